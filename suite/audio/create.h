@@ -1,0 +1,30 @@
+#pragma once
+
+#include <string>
+
+namespace tesk_audio {
+
+class AudioSampleContent;
+class AudioSampleOutput;
+class AudioPlayerOutputInterface;
+
+// Decodes a whole audio file into memory. `argument`: "rate=R" resamples to R frames per second while
+// decoding; empty keeps the file's rate. Threads: ANY. Throws OggVorbisDecodeError, AudioSampleContentError
+// or TESKAudioError. The caller owns the result.
+AudioSampleContent* CreateAudioSampleContent(const std::string& path, const std::string& argument);
+
+// The output for this content's format on the configured device; from then on it calls `player`. Throws
+// TESKAudioError when the device refuses. The caller owns the result; `content` outlives it or is switched.
+AudioSampleOutput* CreateAudioSampleOutput(const AudioSampleContent& content, AudioPlayerOutputInterface& player);
+
+// Opens an audio file, reads its header and its end, and closes it again: what decoding would refuse at once
+// is refused here, with the same errors. Quick, whatever the length.
+struct AudioFileInfo {
+  long long frames = 0;  // at the file's rate; -1 when only decoding can tell
+  double sampleRateHz = 0.0;
+  unsigned channels = 0;
+  std::string format;  // "Ogg Vorbis", "WAV", "FLAC", ...
+};
+AudioFileInfo ProbeAudioFile(const std::string& path);
+
+}  // namespace tesk_audio

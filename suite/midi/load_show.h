@@ -1,0 +1,46 @@
+#pragma once
+
+#include <memory>
+#include <stdexcept>
+#include <string>
+#include <vector>
+
+#include "suite/midi/change_log.h"
+#include "suite/midi/show_data.h"
+
+namespace tesk_midi {
+
+// One thing that is wrong with a show, or worth a warning: where it is, what it is, what to do about it.
+struct Problem {
+  std::string file;  // relative to the show folder; empty: the show as a whole
+  int line = 0;      // from 1; 0: not in a line of text
+  int column = 0;
+  std::string songNumber;  // empty: not one song's
+  std::string message;     // what was found and what to do about it, one sentence or two
+  bool isWarning = false;
+};
+
+// "songs/3 Waltz.toml:12:8: MESSAGE"; parts that are not known are left out.
+std::string ToString(const Problem& problem);
+
+// The show cannot be loaded. what() is ToString of the first problem.
+class ShowError : public std::runtime_error {
+ public:
+  explicit ShowError(std::vector<Problem> problems);
+  const std::vector<Problem>& GetProblems() const { return problems_; }
+
+ private:
+  std::vector<Problem> problems_;
+};
+
+struct LoadedShow {
+  std::unique_ptr<ShowData> showData;
+  std::unique_ptr<CL::ChangeLog> changeLog;
+  std::vector<Problem> warnings;
+};
+
+// Reads show.toml and songs/ of a show folder. Touches no audio. Throws ShowError with every problem found,
+// not only the first.
+LoadedShow LoadShow(const std::string& showPath);
+
+}  // namespace tesk_midi
