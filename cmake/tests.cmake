@@ -10,5 +10,5 @@ function(orbel_test name)
   target_include_directories(${name} PRIVATE ${PROJECT_SOURCE_DIR})
   target_link_libraries(${name} PRIVATE orbel_warnings ${T_LIBRARIES} orbel_parts GTest::gmock GTest::gtest_main
                                         Threads::Threads)
-  gtest_discover_tests(${name} DISCOVERY_TIMEOUT 120 PROPERTIES TIMEOUT 300)
+  gtest_discover_tests(${name} DISCOVERY_TIMEOUT 120 PROPERTIES TIMEOUT 300 LABELS ${name})
 endfunction()

@@ -1,0 +1,80 @@
+# Thin: every target calls the presets of CMakePresets.json or a script of tools/.
+.DEFAULT_GOAL := help
+.PHONY: help play test bench lint sanitize coverage install packages
+STEP := tools/step.sh
+RELEASE := build/release
+ORBEL := $(RELEASE)/host/orbel
+PREFIX ?= /usr/local
+export CTEST_PARALLEL_LEVEL ?= 2
+
+# What runs under the sanitizers: the foundation, timing, show control, loading and the player.
+SANITIZED := exc_test samples_ticks_converter_test ob_show_control_test file_loader_test audio_player_test
+# Every test carries the name of its program as a label.
+SANITIZED_LABELS := ^($(shell echo $(SANITIZED) | tr ' ' '|'))$$$$
+
+help:
+	@echo "make play      install what is missing, build, write a demo show to demo-show/ and play it"
+	@echo "make test      install what is missing, build with g++ and clang++, run every check and every test"
+	@echo "make lint      format, layers, words and clang-tidy"
+	@echo "make sanitize  the engine's tests under the address, undefined-behaviour and thread sanitizers"
+	@echo "make coverage  lines and branches of the engine that the tests reach; fails under 98 % and 90 %"
+	@echo "make bench     the benchmarks"
+	@echo "make install   headers, library, program and CMake package to PREFIX ($(PREFIX))"
+
+packages:
+	@tools/install_packages.sh
+
+.PHONY: release
+release: packages
+	@$(STEP) "configure release" cmake --preset release --log-level=WARNING
+	@$(STEP) "build the program" cmake --build --preset release --target orbel_program
+
+# A show that exists is played as it is; delete demo-show/ to have it written anew.
+play: release
+	@[ -d demo-show ] || $(STEP) "write the demo show" $(ORBEL) demo demo-show
+	@$(ORBEL) play demo-show
+
+test: packages
+	@$(STEP) "format" tools/check_format.sh
+	@$(STEP) "layers" tools/check_layers.py
+	@$(STEP) "configure g++" cmake --preset debug --log-level=WARNING
+	@$(STEP) "build with g++: everything, every header alone" cmake --build --preset debug
+	@$(STEP) "configure clang++" cmake --preset clang --log-level=WARNING
+	@$(STEP) "build with clang++: lock annotations" cmake --build --preset clang
+	@$(MAKE) --no-print-directory engine-only sanitize
+	@$(STEP) "all tests" ctest --preset debug
+
+.PHONY: engine-only
+engine-only: packages
+	@$(STEP) "configure the engine alone" cmake --preset engine-only --log-level=WARNING
+	@$(STEP) "build the engine alone" cmake --build --preset engine-only
+
+sanitize: packages
+	@$(STEP) "configure asan" cmake --preset asan --log-level=WARNING
+	@$(STEP) "build for asan" cmake --build --preset asan --target $(SANITIZED)
+	@$(STEP) "addresses and undefined behaviour" ctest --preset asan -L '$(SANITIZED_LABELS)'
+	@$(STEP) "configure tsan" cmake --preset tsan --log-level=WARNING
+	@$(STEP) "build for tsan" cmake --build --preset tsan --target $(SANITIZED)
+	@$(STEP) "threads" ctest --preset tsan -L '$(SANITIZED_LABELS)'
+
+lint: packages
+	@$(STEP) "format" tools/check_format.sh
+	@$(STEP) "layers" tools/check_layers.py
+	@$(STEP) "words" tools/check_words.py
+	@$(STEP) "configure clang++" cmake --preset clang --log-level=WARNING
+	@$(STEP) "clang-tidy" tools/lint.sh
+
+coverage: packages
+	@$(STEP) "configure coverage" cmake --preset coverage --log-level=WARNING
+	@$(STEP) "build for coverage" cmake --build --preset coverage
+	@$(STEP) "all tests" ctest --preset coverage
+	@$(STEP) "coverage" tools/coverage.sh
+
+bench: packages
+	@$(STEP) "configure benchmarks" cmake --preset bench --log-level=WARNING
+	@$(STEP) "build the benchmarks" cmake --build --preset bench --target benchmarks
+	@for each in build/bench/benchmarks/*_benchmark; do $$each || exit; done
+
+install: release
+	@$(STEP) "build" cmake --build --preset release
+	@cmake --install build/release --prefix $(PREFIX)

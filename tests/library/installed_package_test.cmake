@@ -1,0 +1,20 @@
+# Installs into an empty folder, builds a small host with nothing but the installed package, and runs it.
+file(REMOVE_RECURSE ${WORK})
+function(step name)
+  execute_process(COMMAND ${ARGN} RESULT_VARIABLE status OUTPUT_VARIABLE output ERROR_VARIABLE output)
+  if(NOT status EQUAL 0)
+    message(FATAL_ERROR "${name} failed (${status}):\n${output}")
+  endif()
+  set(last_output "${output}" PARENT_SCOPE)
+endfunction()
+
+step("install" ${CMAKE_COMMAND} --install ${BUILD} --prefix ${WORK}/installed)
+step("configure" ${CMAKE_COMMAND} -S ${HOST} -B ${WORK}/build -G Ninja -DCMAKE_BUILD_TYPE=Debug
+     -DCMAKE_CXX_COMPILER=${COMPILER} -DCMAKE_PREFIX_PATH=${WORK}/installed)
+step("build" ${CMAKE_COMMAND} --build ${WORK}/build)
+step("run" ${WORK}/build/small_host ${WORK}/no-such-show)
+if(NOT last_output MATCHES "cannot open the show")
+  message(FATAL_ERROR "the small host said: ${last_output}")
+endif()
+step("installed program" ${WORK}/installed/bin/orbel --version)
+file(REMOVE_RECURSE ${WORK})
