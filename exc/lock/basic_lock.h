@@ -14,7 +14,7 @@ class LockImpl_;
 //
 // Threads    ANY. The holder must not take a basic_lock again; a basic_rlock it may, as often as it gives it
 // up. Variants   only `false` exists; both templates are instantiated in basic_lock.cpp.
-template <bool>
+template <bool b>
 class basic_lock : public ExLock {
  public:
   // `name` goes to the implementation.
@@ -36,16 +36,14 @@ class basic_lock : public ExLock {
 };
 
 // The same with a recursive mutex.
-template <bool>
-class basic_rlock;
-
-template <>
-class basic_rlock<false> : public basic_lock<false> {
+template <bool b>
+class basic_rlock : public basic_lock<b> {
  public:
   explicit basic_rlock(const std::string& name);
   ~basic_rlock() override;
 };
 
 extern template class basic_lock<false>;
+extern template class basic_rlock<false>;
 
 }  // namespace exc
