@@ -1,0 +1,149 @@
+#include "tests/scenarios/duet.h"
+
+#include <gtest/gtest.h>
+
+#include <algorithm>
+#include <cmath>
+#include <string>
+
+namespace scenarios {
+namespace {
+
+// A vamp that nobody leaves runs for ever.
+constexpr long long kMostFramesPerSong = 500000;
+
+bool Contains(const std::vector<unsigned>& ticks, unsigned tick) {
+  return std::find(ticks.begin(), ticks.end(), tick) != ticks.end();
+}
+
+}  // namespace
+
+std::size_t Duet::Run(std::size_t first) {
+  player_->LoadSong(std::to_string(first + 1));
+  Begin_(first);
+  player_->Play();
+  while (!testing::Test::HasFailure() && Step_()) {
+  }
+  if (testing::Test::HasFailure()) {
+    ADD_FAILURE() << "song " << index_ + 1 << " after " << framesOfSong_ << " frames\n"
+                  << Describe(songs_[index_]);
+  }
+  player_->Stop();
+  return index_ + 1;
+}
+
+void Duet::Begin_(std::size_t song) {
+  index_ = song;
+  model_.emplace(songs_[song], rate_);
+  framesOfSong_ = 0;
+  untilAction_ = dice_->Between(1, 20000);
+}
+
+bool Duet::Step_() {
+  std::vector<float> heard;
+  tesk_audio::StepReport report;
+  const bool ran = tesk_audio::StepOfflineOutput(&report, [&heard](const float* frames, std::size_t count) {
+    heard.insert(heard.end(), frames, frames + count);
+  });
+  if (!ran) {
+    ADD_FAILURE() << "the output does not run, and said neither caesura nor end";
+    return false;
+  }
+  if (report.event == tesk_audio::StepEvent::Attacca) {
+    if (!OnEnd_(true)) return false;
+    Compare_(heard);
+    return true;
+  }
+  Compare_(heard);
+  if (report.event == tesk_audio::StepEvent::Caesura) return OnCaesura_();
+  if (report.event == tesk_audio::StepEvent::End) return OnEnd_(false);
+  if (framesOfSong_ > kMostFramesPerSong) return false;
+  untilAction_ -= static_cast<long long>(heard.size());
+  if (untilAction_ <= 0 && !model_->OnCue()) Act_();
+  return true;
+}
+
+void Duet::Compare_(const std::vector<float>& heard) {
+  std::vector<long long> expected;
+  model_->Play(static_cast<long long>(heard.size()), &expected);
+  ASSERT_EQ(heard.size(), expected.size()) << "more frames than the song has up to its next stop";
+  for (std::size_t i = 0; i < heard.size(); ++i) {
+    const auto value = std::llround(static_cast<double>(heard[i]) * 8388608.0);
+    const long long song = songs_[index_].firstValue;
+    ASSERT_EQ(value - song, expected[i] - song) << "frame " << framesOfSong_ + static_cast<long long>(i);
+  }
+  framesOfSong_ += static_cast<long long>(heard.size());
+  framesCompared_ += static_cast<long long>(heard.size());
+}
+
+bool Duet::OnCaesura_() {
+  EXPECT_EQ(model_->Settle(), FlowModel::State::Caesura) << "stopped where no caesura is";
+  EXPECT_EQ(player_->GetPlayerState(), PlayerState::PAUSE);
+  if (testing::Test::HasFailure()) return false;
+  EXPECT_EQ(player_->GetTickIndex(), *model_->NextCaesura());
+  if (dice_->OneIn(5) && Seek_()) {
+    player_->Play();
+  } else {
+    model_->Continue();
+    EXPECT_TRUE(player_->Continue());
+  }
+  EXPECT_EQ(player_->GetPlayerState(), PlayerState::PLAY);
+  return true;
+}
+
+bool Duet::OnEnd_(bool attacca) {
+  EXPECT_EQ(model_->Settle(), FlowModel::State::Ended) << "ended before the song does";
+  EXPECT_EQ(attacca, songs_[index_].attacca);
+  if (testing::Test::HasFailure() || !attacca) return false;
+  Begin_(index_ + 1);
+  return true;
+}
+
+void Duet::Act_() {
+  untilAction_ = dice_->Between(1, 20000);
+  const unsigned bar = 4 * songs_[index_].Ppq();
+  switch (dice_->Between(0, 7)) {
+    case 0:
+      if (!model_->CanAsk()) break;
+      model_->Again();
+      player_->RepeatSafety();
+      break;
+    case 1: {
+      // Which of two neighbouring ticks is "a bar ahead" is nobody's concern.
+      const auto caesura = model_->NextCaesura();
+      if (caesura && *caesura - model_->Tick() + 2 > bar && *caesura - model_->Tick() < bar + 2) break;
+      model_->SkipCaesura(bar);
+      player_->Continue();
+      break;
+    }
+    case 2:
+      Seek_();
+      break;
+    case 3:
+      player_->Pause();
+      player_->Play();
+      break;
+    case 4:
+      player_->Stop();
+      player_->Play();
+      break;
+    default:
+      model_->Go();
+      player_->FlowControlExit();
+  }
+}
+
+bool Duet::Seek_() {
+  const SongPlan& song = songs_[index_];
+  const unsigned tick = dice_->Between(0, song.PlaybackEnd() + 5);
+  if (model_->HasPerformersJump() || Contains(song.caesuras, std::max(tick, song.audioStart))) return false;
+  if (tick > song.PlaybackEnd()) {
+    player_->Seek(tick);  // nowhere: nothing changes
+    return false;
+  }
+  model_->Seek(tick);
+  player_->Seek(tick);
+  return true;
+}
+
+}  // namespace scenarios

@@ -1,0 +1,95 @@
+#include "tests/scenarios/random_song.h"
+
+#include <algorithm>
+#include <array>
+
+#include "tests/scenarios/sample_map.h"
+
+namespace scenarios {
+namespace {
+
+void AddTempos(Dice* dice, SongPlan* song) {
+  const unsigned count = dice->Between(1, 6);
+  for (unsigned i = 0; i < count; ++i) {
+    song->tempos.push_back({i == 0 && !dice->OneIn(5) ? 0u : 1u, dice->Between(150000, 2000000)});
+  }
+  // The multiplier follows from the tempos, and the ticks from the multiplier.
+  const unsigned multiplier = song->Multiplier();
+  double slowest = 0;
+  for (const TempoPlan& tempo : song->tempos) slowest = std::max(slowest, tempo.microsecondsPerQuarter / 1e6);
+  const double quarters = (0.5 + 0.25 * dice->Between(0, 8)) / std::max(slowest * 0.6, 0.3);
+  const unsigned fileEnd = std::max(16u, static_cast<unsigned>(quarters * song->division));
+  for (TempoPlan& tempo : song->tempos) {
+    if (tempo.tick != 0) tempo.tick = dice->Between(1, fileEnd - 1) * multiplier;
+  }
+  std::sort(song->tempos.begin(), song->tempos.end(),
+            [](const TempoPlan& a, const TempoPlan& b) { return a.tick < b.tick; });
+  song->midiEnd = fileEnd * multiplier;
+}
+
+void AddLoops(Dice* dice, unsigned low, unsigned high, int depth, SongPlan* song) {
+  unsigned at = low;
+  for (unsigned i = dice->Between(0, depth == 0 ? 3 : 2); i > 0 && high - at > 2; --i) {
+    const unsigned from = dice->OneIn(3) ? at : dice->Between(at, high - 2);
+    unsigned to = dice->OneIn(3) ? high : dice->Between(from + 1, high);
+    if (dice->OneIn(5)) to = std::min(high, from + dice->Between(1, 3));
+    if (from == low && to == high && depth > 0) continue;  // the range of the loop around it
+    LoopPlan loop{from, to, static_cast<LoopKind>(dice->Between(0, 2)), static_cast<int>(dice->Between(2, 4)),
+                  static_cast<Exit>(dice->Between(0, 2))};
+    song->loops.push_back(loop);
+    if (depth < 3) AddLoops(dice, from, to, depth + 1, song);
+    at = to;
+  }
+}
+
+// A tick for a cue: anywhere, or on or beside a cue that is there already.
+unsigned CueTick(Dice* dice, const SongPlan& song, unsigned end) {
+  unsigned tick = dice->Between(song.audioStart, end);
+  if (!song.loops.empty() && dice->OneIn(2)) {
+    const LoopPlan& loop = song.loops[dice->Between(0, static_cast<unsigned>(song.loops.size()) - 1)];
+    tick = (dice->OneIn(2) ? loop.from : loop.to) + dice->Between(0, 2);
+    if (tick > song.audioStart && dice->OneIn(3)) --tick;
+  }
+  return std::clamp(tick, song.audioStart, end);
+}
+
+void AddCutsAndCaesuras(Dice* dice, SongPlan* song) {
+  const unsigned end = song->audioEnd != 0 ? song->audioEnd : song->midiEnd;
+  for (unsigned i = dice->Between(0, 2); i > 0; --i) {
+    const unsigned from = CueTick(dice, *song, end - 2);
+    const unsigned to = dice->OneIn(4) ? end : CueTick(dice, *song, end);
+    const bool taken = std::any_of(song->cuts.begin(), song->cuts.end(),
+                                   [from](const CutPlan& cut) { return cut.from == from; });
+    if (!taken && to > from) song->cuts.push_back({from, to});
+  }
+  for (unsigned i = dice->Between(0, 3); i > 0; --i) {
+    const unsigned tick = dice->OneIn(6) ? end : CueTick(dice, *song, end);
+    if (std::find(song->caesuras.begin(), song->caesuras.end(), tick) == song->caesuras.end()) {
+      song->caesuras.push_back(tick);
+    }
+  }
+  std::sort(song->caesuras.begin(), song->caesuras.end());
+}
+
+}  // namespace
+
+SongPlan RandomSong(Dice* dice, unsigned rate) {
+  static constexpr std::array<unsigned, 11> kDivisions = {24,  77,  96,  120, 192, 333,
+                                                          384, 480, 500, 960, 1000};
+  SongPlan song;
+  song.division = kDivisions[dice->Between(0, kDivisions.size() - 1)];
+  AddTempos(dice, &song);
+  if (dice->OneIn(2)) song.audioStart = dice->Between(1, song.midiEnd / 4);
+  if (dice->OneIn(3)) song.audioEnd = dice->Between(song.midiEnd - song.midiEnd / 4, song.midiEnd - 1);
+  const unsigned end = song.audioEnd != 0 ? song.audioEnd : song.midiEnd;
+  AddLoops(dice, song.audioStart, end, 0, &song);
+  AddCutsAndCaesuras(dice, &song);
+  song.attacca = dice->OneIn(3);
+
+  const long long needed = SampleMap(song, rate).FirstSample(song.PlaybackEnd());
+  song.audioFrames =
+      dice->OneIn(4) ? std::max(1LL, needed - dice->Between(1, 5000)) : needed + dice->Between(0, 99);
+  return song;
+}
+
+}  // namespace scenarios
