@@ -1,7 +1,9 @@
 #pragma once
 
+#include <atomic>
 #include <functional>
 #include <map>
+#include <memory>
 #include <string>
 #include <vector>
 
@@ -34,10 +36,16 @@ class CallbackDispatcher {
 
  private:
   using FunctionsByEvent = std::map<std::string, std::vector<Function>>;
+  using Listeners = std::map<void*, FunctionsByEvent>;
+
+  // Replaces the table. Those that notifications in flight may still walk are kept until none is.
+  void Publish_(Listeners listeners) EXC_HOLDS(lock_);
 
   exc::RLockable lock_;
-  std::map<void*, FunctionsByEvent> listeners_;
-  int inFlight_ = 0;
+  // Owned. Replaced as a whole with the lock held, walked without it.
+  std::atomic<const Listeners*> listeners_;
+  std::vector<std::unique_ptr<const Listeners>> retired_ EXC_GUARDED_BY(lock_);
+  int inFlight_ = 0;  // read and written with the lock held; CallbackGuard counts
   exc::Condition condition_;
 };
 

@@ -8,20 +8,20 @@ namespace notify {
 // Where the listener is in the music now. Sent up to 60 times a second while playing.
 struct PositionUpdate {
   std::string songNumber;
-  unsigned tickIndex = 0;          // ticks from the start of the song
-  int bar = 0;                     // as numbered in the song; a pickup bar can be 0
-  unsigned beat = 1;               // from 1
-  unsigned tickInBeat = 0;         // from 0
+  unsigned tickIndex = 0;   // ticks from the start of the song
+  int bar = 0;              // as numbered in the song; a pickup bar can be 0
+  unsigned beat = 1;        // from 1
+  unsigned tickInBeat = 0;  // from 0
   unsigned meterNumerator = 4;
   unsigned meterDenominator = 4;
-  double tempo = 120.0;            // quarter notes per minute as recorded
-  double scaledTempo = 120.0;      // the same with the tempo scale in force
+  double tempo = 120.0;        // quarter notes per minute as recorded
+  double scaledTempo = 120.0;  // the same with the tempo scale in force
   double tempoScale = 1.0;
-  int transposition = 0;           // semitones
-  int keySharps = 0;               // -7 to 7
+  int transposition = 0;  // semitones
+  int keySharps = 0;      // -7 to 7
   bool keyIsMinor = false;
-  unsigned page = 0;               // 0: none known
-  double seconds = 0.0;            // from the audio start as recorded
+  unsigned page = 0;     // 0: none known
+  double seconds = 0.0;  // from the audio start as recorded
 };
 
 // The state of one loop when a pass begins.
