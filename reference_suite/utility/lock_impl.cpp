@@ -59,7 +59,8 @@ void LockImpl_::Unlock() {
 
 bool LockImpl_::TryLock() {
   const int result = pthread_mutex_trylock(&mutex_);
-  if (result == EBUSY) return false;
+  // EDEADLK: this thread has it already, which is one more way of not being free.
+  if (result == EBUSY || result == EDEADLK) return false;
   RequireSuccess(result, "pthread_mutex_trylock", name_);
   return true;
 }

@@ -1,0 +1,113 @@
+#include "exc/console/out_buffer.h"
+
+#include <gtest/gtest.h>
+
+#include <ios>
+#include <limits>
+#include <stdexcept>
+#include <string>
+#include <vector>
+
+namespace {
+
+// What a target is asked for, in order.
+struct SpyTarget {
+  SpyTarget& operator<<(std::string text) {
+    if (fail) throw std::runtime_error("target is gone");
+    calls.push_back(text);
+    return *this;
+  }
+  void flush() { calls.push_back("(flush)"); }
+
+  std::vector<std::string> calls;
+  bool fail = false;
+};
+
+using Buffer = exc::OutBuffer<SpyTarget>;
+using Calls = std::vector<std::string>;
+
+}  // namespace
+
+TEST(OutBuffer, WritesItsTextInOnePieceAndFlushesWhenDestroyed) {
+  SpyTarget target;
+  {
+    Buffer buffer(target);
+    buffer << "song " << std::string("12") << ": " << 7u << "\n";
+    EXPECT_EQ(target.calls, Calls{});
+  }
+  EXPECT_EQ(target.calls, (Calls{"song 12: 7\n", "(flush)"}));
+}
+
+TEST(OutBuffer, CommitWritesTheTextAndKeepsIt) {
+  SpyTarget target;
+  Buffer buffer(target);
+  buffer << "a";
+  buffer.commit();
+  EXPECT_EQ(target.calls, Calls{"a"});
+  buffer << "b";
+  buffer.commit();
+  EXPECT_EQ(target.calls, (Calls{"a", "ab"}));
+}
+
+// Deliberate: commit() leaves the text in the buffer.
+TEST(OutBuffer, FlushedByHandAndThenDestroyedWritesItsTextTwice) {
+  SpyTarget target;
+  {
+    Buffer buffer(target);
+    buffer << "line\n";
+    buffer.flush();
+  }
+  EXPECT_EQ(target.calls, (Calls{"line\n", "(flush)", "line\n", "(flush)"}));
+}
+
+TEST(OutBuffer, CommitClearsTheErrorState) {
+  SpyTarget target;
+  Buffer buffer(target);
+  buffer << "before ";
+  buffer.setstate(std::ios_base::failbit);
+  buffer << "lost ";
+  buffer.commit();
+  EXPECT_TRUE(buffer.good());
+  buffer << "after";
+  EXPECT_EQ(buffer.str(), "before after");
+}
+
+TEST(OutBuffer, TakesEveryNumberAsAStandardStreamWritesIt) {
+  SpyTarget target;
+  Buffer buffer(target);
+  buffer << std::numeric_limits<long long>::min() << " " << std::numeric_limits<unsigned long>::max() << " "
+         << static_cast<unsigned short>(65535) << " " << 4294967295u << " " << -1 << " " << 2L << " " << 3ULL
+         << " " << static_cast<short>(-4) << " " << 0.5 << " " << 0.25f << " " << 1.5L << " " << true << " "
+         << 'c';
+  EXPECT_EQ(buffer.str(),
+            "-9223372036854775808 18446744073709551615 65535 4294967295 -1 2 3 -4 0.5 0.25 1.5 1 c");
+}
+
+TEST(OutBuffer, TakesManipulators) {
+  SpyTarget target;
+  Buffer buffer(target);
+  buffer << std::hex << 255u << " " << std::dec << 255u << " " << std::boolalpha << false;
+  EXPECT_EQ(buffer.str(), "ff 255 false");
+}
+
+TEST(OutBuffer, EveryOperatorReturnsTheBuffer) {
+  SpyTarget target;
+  Buffer buffer(target);
+  EXPECT_EQ(&(buffer << "text"), &buffer);
+  EXPECT_EQ(&(buffer << std::string("text")), &buffer);
+  EXPECT_EQ(&(buffer << 1LL), &buffer);
+  EXPECT_EQ(&(buffer << 1u), &buffer);
+  EXPECT_EQ(&(buffer << static_cast<unsigned short>(1)), &buffer);
+  EXPECT_EQ(&(buffer << 1ul), &buffer);
+  EXPECT_EQ(&(buffer << std::dec), &buffer);
+  EXPECT_EQ(&(buffer << 1.0), &buffer);
+}
+
+TEST(OutBufferDeathTest, DestructionEndsTheProgramWhenTheTargetThrows) {
+  const auto destroy = [] {
+    SpyTarget target;
+    target.fail = true;
+    Buffer buffer(target);
+  };
+  EXPECT_DEATH(destroy(), "target is gone");
+}
