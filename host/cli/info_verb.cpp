@@ -1,0 +1,135 @@
+#include <CLI/CLI.hpp>
+#include <cmath>
+#include <iostream>
+#include <memory>
+
+#include "host/cli/json_text.h"
+#include "host/cli/table.h"
+#include "host/cli/verbs.h"
+#include "host/session/failure.h"
+#include "host/session/show_summary.h"
+#include "host/session/shown_text.h"
+
+namespace host::cli {
+namespace {
+
+using Json = nlohmann::ordered_json;
+
+struct Options {
+  std::string show;
+  std::string song;
+  bool json = false;
+};
+
+Json ToJson(const CueSummary& cue) {
+  Json json = {{"kind", cue.kind}, {"at", cli::ToJson(cue.at)}};
+  if (cue.to) json["to"] = cli::ToJson(*cue.to);
+  if (!cue.detail.empty()) json["detail"] = cue.detail;
+  if (cue.line > 0) json["line"] = cue.line;
+  return json;
+}
+
+Json ToJson(const AudioSummary& audio) {
+  Json json = {{"file", audio.file}};
+  if (!audio.problem.empty()) {
+    json["problem"] = audio.problem;
+    return json;
+  }
+  json["format"] = audio.format;
+  json["sampleRate"] = audio.sampleRateHz;
+  json["channels"] = audio.channels;
+  if (audio.frames >= 0) json["frames"] = audio.frames;
+  return json;
+}
+
+Json ToJson(const SongSummary& song) {
+  Json json = {{"number", song.number},
+               {"name", song.name},
+               {"attacca", song.attacca},
+               {"skip", song.skip},
+               {"ticksPerQuarter", song.ticksPerQuarter},
+               {"start", cli::ToJson(song.start)},
+               {"end", cli::ToJson(song.end)}};
+  json["audio"] = song.audio ? ToJson(*song.audio) : Json(nullptr);
+  json["tempos"] = Json::array();
+  for (const TempoSummary& tempo : song.tempos) {
+    json["tempos"].push_back({{"at", cli::ToJson(tempo.at)}, {"quartersPerMinute", tempo.quartersPerMinute}});
+  }
+  json["meters"] = Json::array();
+  for (const MeterSummary& meter : song.meters) {
+    json["meters"].push_back({{"at", cli::ToJson(meter.at)}, {"beats", meter.beats}, {"unit", meter.unit}});
+  }
+  json["cues"] = Json::array();
+  for (const CueSummary& cue : song.cues) json["cues"].push_back(ToJson(cue));
+  return json;
+}
+
+std::vector<std::string> Row(const std::string& kind, const Place& at) {
+  return {kind, at.position, "tick " + std::to_string(at.tick), "sample " + std::to_string(at.sample),
+          MinutesAndSeconds(at.seconds)};
+}
+
+std::string AudioText(const SongSummary& song) {
+  if (!song.audio) return "no audio: this song is passed over";
+  const std::string file = Shown(song.audio->file);
+  if (!song.audio->problem.empty()) return "cannot be read: " + Shown(song.audio->problem);
+  std::string text = file + ": " + song.audio->format + ", " + ShortNumber(song.audio->sampleRateHz) +
+                     " Hz, " + std::to_string(song.audio->channels) +
+                     (song.audio->channels == 1 ? " channel" : " channels");
+  if (song.audio->frames >= 0) text += ", " + std::to_string(song.audio->frames) + " frames";
+  return text;
+}
+
+void PrintSong(const SongSummary& song) {
+  std::cout << '\n'
+            << Shown(song.number) << "  " << Shown(song.name) << "  " << MinutesAndSeconds(song.end.seconds);
+  if (song.attacca) std::cout << "  attacca";
+  if (song.skip) std::cout << "  skip";
+  std::cout << "\n    " << AudioText(song) << '\n';
+  Table table({2, 3, 4});
+  table.Add(Row("start", song.start));
+  for (const TempoSummary& tempo : song.tempos) {
+    auto row = Row("tempo", tempo.at);
+    row.push_back(ShortNumber(std::round(tempo.quartersPerMinute * 1000.0) / 1000.0) + " quarters a minute");
+    table.Add(std::move(row));
+  }
+  for (const MeterSummary& meter : song.meters) {
+    auto row = Row("meter", meter.at);
+    row.push_back(std::to_string(meter.beats) + "/" + std::to_string(meter.unit));
+    table.Add(std::move(row));
+  }
+  for (const CueSummary& cue : song.cues) {
+    auto row = Row("cue", cue.at);
+    row.push_back(cue.kind + (cue.to ? " to " + cue.to->position : "") + (cue.detail.empty() ? "" : ": ") +
+                  Shown(cue.detail));
+    table.Add(std::move(row));
+  }
+  table.Add(Row("end", song.end));
+  std::cout << table.ToText("    ");
+}
+
+int Run(const Options& options) {
+  const ShowSummary show = Summarise(options.show, options.song);
+  if (options.json) {
+    Json json = {{"title", show.title}, {"songs", Json::array()}};
+    for (const SongSummary& song : show.songs) json["songs"].push_back(ToJson(song));
+    Print(json);
+    return kDone;
+  }
+  std::cout << (show.title.empty() ? Shown(options.show) : Shown(show.title)) << '\n';
+  for (const SongSummary& song : show.songs) PrintSong(song);
+  return kDone;
+}
+
+}  // namespace
+
+void AddInfo(CLI::App& app, Action* action) {
+  CLI::App* verb = app.add_subcommand("info", "Songs in running order, lengths, tempos, meters, cues");
+  const auto options = std::make_shared<Options>();
+  verb->add_option("SHOW", options->show, "The show folder")->required();
+  verb->add_option("-n,--song", options->song, "Only the song with this number");
+  verb->add_flag("--json", options->json, "Print JSON");
+  verb->callback([=] { *action = [=] { return Run(*options); }; });
+}
+
+}  // namespace host::cli

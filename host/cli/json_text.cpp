@@ -1,0 +1,18 @@
+#include "host/cli/json_text.h"
+
+#include <iostream>
+
+namespace host::cli {
+
+nlohmann::ordered_json ToJson(const Place& place) {
+  return {{"position", place.position},
+          {"tick", place.tick},
+          {"sample", place.sample},
+          {"seconds", place.seconds}};
+}
+
+void Print(const nlohmann::ordered_json& json) {
+  std::cout << json.dump(2, ' ', false, nlohmann::ordered_json::error_handler_t::replace) << '\n';
+}
+
+}  // namespace host::cli

@@ -1,0 +1,81 @@
+#include <CLI/CLI.hpp>
+#include <iostream>
+#include <memory>
+
+#include "host/cli/verbs.h"
+#include "host/session/failure.h"
+#include "host/session/render.h"
+#include "host/session/shown_text.h"
+
+namespace host::cli {
+namespace {
+
+// Writes one line over and over; gone when it is destroyed.
+class ProgressBar {
+ public:
+  ProgressBar() = default;
+  ~ProgressBar() {
+    if (last_ >= 0) std::cerr << "\r\x1b[K" << std::flush;
+  }
+  ProgressBar(const ProgressBar&) = delete;
+  ProgressBar& operator=(const ProgressBar&) = delete;
+
+  void Show(const RenderProgress& progress) {
+    const int step = static_cast<int>(progress.fraction * 40.0);
+    if (step == last_) return;
+    last_ = step;
+    const auto done = static_cast<std::size_t>(std::clamp(step, 0, 40));
+    std::cerr << "\r\x1b[K[" << std::string(done, '#') << std::string(40 - done, '.') << "] song "
+              << Shown(progress.song) << "  " << MinutesAndSeconds(progress.seconds) << std::flush;
+  }
+
+ private:
+  int last_ = -1;
+};
+
+int Run(const RenderOptions& options) {
+  RenderResult result;
+  {
+    ProgressBar bar;
+    const auto show = [&](const RenderProgress& progress) { bar.Show(progress); };
+    result =
+        Render(options, MessagesAreOnTerminal() ? std::function<void(const RenderProgress&)>(show) : nullptr);
+  }
+  for (const std::string& problem : result.problems) Say("orbel: " + Shown(problem));
+  if (!result.message.empty()) Say("orbel: " + result.message);
+  Say(Shown(options.outPath) + ": " + MinutesAndSeconds(result.seconds) + ", " +
+      std::to_string(result.frames) + " frames");
+  return result.cannotEnd ? kCannotEnd : kDone;
+}
+
+}  // namespace
+
+void AddRender(CLI::App& app, Action* action) {
+  CLI::App* verb = app.add_subcommand("render", "Play into a sound file, faster than real time");
+  const auto options = std::make_shared<RenderOptions>();
+  verb->add_option("SHOW", options->showPath, "The show folder")->required();
+  verb->add_option("-o,--output", options->outPath, "The sound file to write")->required();
+  verb->add_option("-n,--song", options->song, "The song to start with; default: the first");
+  verb->add_option("--from", options->from, "The position to start at, for instance 17 or 17.3");
+  verb->add_option("--vamp-passes", options->vampPasses,
+                   "Without a script: how often a vamp is played in all")
+      ->check(CLI::Range(1, 1'000'000))
+      ->capture_default_str();
+  verb->add_option("--caesura-silence", options->caesuraSilence,
+                   "Without a script: seconds of silence at a caesura")
+      ->check(CLI::Range(0.0, 3600.0))
+      ->capture_default_str();
+  verb->add_option("--script", options->scriptPath, "Commands to act on, one a line");
+  verb->add_option("--trace", options->tracePath, "A CSV file with one row a read");
+  verb->add_option("--crossfade", options->crossfadeMs, "Milliseconds at jumps; 0 splices bit-exactly")
+      ->check(CLI::Range(0.0, 1000.0))
+      ->capture_default_str();
+  verb->add_option("--rate", options->rateHz, "Frames per second; default: those of the song's audio")
+      ->check(CLI::Range(8000.0, 384000.0));
+  verb->add_option("--format", options->format, "float, pcm24 or pcm16 (WAV), flac or ogg")
+      ->check(CLI::IsMember({"float", "pcm24", "pcm16", "flac", "ogg"}))
+      ->capture_default_str();
+  verb->callback([=] { *action = [=] { return Run(*options); }; });
+}
+
+}  // namespace host::cli

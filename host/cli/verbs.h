@@ -1,0 +1,34 @@
+#pragma once
+
+#include <functional>
+#include <string>
+
+#include "host/cli/program.h"
+
+namespace CLI {
+class App;
+}
+
+namespace host::cli {
+
+// What the verb that was given does, once the whole line is understood; returns the exit status.
+using Action = std::function<int()>;
+
+// Each adds one verb with its options to `app`; when the verb is given, `*action` is set. What the options
+// write to belongs to the action and lives as long as `app`.
+void AddDemo(CLI::App& app, const Faces& faces, Action* action);
+void AddInfo(CLI::App& app, Action* action);
+void AddWhere(CLI::App& app, Action* action);
+void AddCheck(CLI::App& app, Action* action);
+void AddRender(CLI::App& app, Action* action);
+void AddPlay(CLI::App& app, const Faces& faces, Action* action);
+void AddSongVerb(CLI::App& app, Action* action);
+
+// One line on standard error.
+void Say(const std::string& message);
+
+// Whether standard output, or standard error, is a terminal on which a line may be written over.
+bool OutputIsTerminal();
+bool MessagesAreOnTerminal();
+
+}  // namespace host::cli

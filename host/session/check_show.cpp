@@ -1,0 +1,136 @@
+#include "host/session/check_show.h"
+
+#include <algorithm>
+#include <filesystem>
+#include <map>
+#include <memory>
+#include <optional>
+#include <utility>
+
+#include "host/session/failure.h"
+#include "host/session/show_folder.h"
+#include "host/session/shown_text.h"
+#include "host/session/song_check.h"
+#include "suite/audio/audio_sample_content.h"
+#include "suite/utility/listdir.h"
+#include "suite/utility/path.h"
+
+namespace host {
+namespace {
+
+using Problems = std::vector<tesk_midi::Problem>;
+
+void Add(Problems* out, const std::string& file, const std::string& song, const std::string& message,
+         bool isWarning) {
+  tesk_midi::Problem problem;
+  problem.file = file;
+  problem.songNumber = song;
+  problem.message = message;
+  problem.isWarning = isWarning;
+  out->push_back(std::move(problem));
+}
+
+// Files in "data" that are not played, and songs and files that do not find each other.
+void CheckFiles(const ShowFolder& show, Problems* out) {
+  std::vector<std::string> duplicates;
+  ListAudioFiles(show.GetPath(), &duplicates);
+  for (std::size_t index = 0; index + 1 < duplicates.size(); index += 2) {
+    Add(out, duplicates[index], "",
+        "has the same number as \"" + duplicates[index + 1] +
+            "\", which is played instead; remove one of the two",
+        false);
+  }
+  for (const auto& [number, file] : show.GetAudioFiles()) {
+    if (show.GetData().HasSong(number)) continue;
+    Add(out, "data/" + file, number,
+        "there is no song " + number + ", so the show cannot be opened; add \"songs/" + number +
+            " NAME.mid\", or take this file out",
+        false);
+  }
+  for (const std::string& number : show.GetData().GetRunningOrder()) {
+    if (show.HasAudio(number)) continue;
+    const std::string name = number + " " + show.GetData().GetSong(number).GetName();
+    Add(out, "songs/" + name + ".mid", number,
+        "has no audio and is passed over; add \"data/" + name + ".obd\"", true);
+  }
+  const std::string folder = exc::path::Join(show.GetPath(), "data");
+  std::error_code error;
+  if (!std::filesystem::is_directory(folder, error)) {
+    Add(out, "data", "", "there is no such folder; create it and put the recordings into it", false);
+    return;
+  }
+  for (const std::string& name : exc::listdir(folder)) {
+    if (exc::path::extension(name) == ".obd" || name.front() == '.') continue;
+    Add(out, "data/" + name, "",
+        "is not played, because its name does not end in \".obd\"; rename it, or take it out", true);
+  }
+  if (show.GetAudioFiles().empty())
+    Add(out, "data", "", "no song has audio, so nothing can be played", false);
+}
+
+struct Format {
+  std::string song;
+  double rateHz = 0.0;
+  unsigned channels = 0;
+};
+
+// Decodes one song and holds it against the first song that could be decoded.
+void CheckAudio(const ShowFolder& show, const std::string& song, std::optional<Format>* first,
+                Problems* out) {
+  const std::string file = "data/" + show.GetAudioFiles().at(song);
+  std::unique_ptr<tesk_audio::AudioSampleContent> content;
+  try {
+    content.reset(tesk_audio::CreateAudioSampleContent(show.AudioPath(song), ""));
+  } catch (const std::exception& error) {
+    Add(out, file, song, std::string(error.what()) + ". The song is left out; replace the file", false);
+    return;
+  }
+  if (!*first) *first = Format{song, content->GetSampleRateHz(), content->GetChannelCount()};
+  if (content->GetSampleRateHz() != (*first)->rateHz) {
+    Add(out, file, song,
+        "has " + ShortNumber(content->GetSampleRateHz()) + " frames a second where song " + (*first)->song +
+            " has " + ShortNumber((*first)->rateHz) +
+            ", so it is resampled when it is loaded; convert it to save that",
+        true);
+  }
+  if (content->GetChannelCount() != (*first)->channels) {
+    Add(out, file, song,
+        "has " + std::to_string(content->GetChannelCount()) + " channels where song " + (*first)->song +
+            " has " + std::to_string((*first)->channels) +
+            ", so it cannot be played in this show; convert it",
+        false);
+  }
+  Problems more = CheckSongAudio(show, song, *content);
+  out->insert(out->end(), more.begin(), more.end());
+}
+
+Problems CheckLoaded(const ShowFolder& show, const std::function<void(const std::string&)>& progress) {
+  Problems problems = show.GetWarnings();
+  CheckFiles(show, &problems);
+  std::optional<Format> first;
+  for (const std::string& number : show.GetData().GetRunningOrder()) {
+    Problems cues = CheckSongCues(show, number);
+    problems.insert(problems.end(), cues.begin(), cues.end());
+    if (!show.HasAudio(number)) continue;
+    if (progress) progress(show.ShownAudioPath(number));
+    CheckAudio(show, number, &first, &problems);
+  }
+  return problems;
+}
+
+}  // namespace
+
+Problems CheckShow(const std::string& showPath,
+                   const std::function<void(const std::string& file)>& progress) {
+  Problems problems;
+  try {
+    problems = CheckLoaded(ShowFolder(showPath), progress);
+  } catch (const tesk_midi::ShowError& error) {
+    problems = error.GetProblems();
+  }
+  std::stable_partition(problems.begin(), problems.end(),
+                        [](const auto& problem) { return !problem.isWarning; });
+  return problems;
+}
+
+}  // namespace host

@@ -1,0 +1,128 @@
+#include "host/session/conductor.h"
+
+#include <algorithm>
+
+#include "host/session/failure.h"
+#include "host/session/session.h"
+#include "host/session/shown_text.h"
+#include "suite/core/event_codes.h"
+#include "suite/midi/positions.h"
+#include "suite/midi/song_data.h"
+#include "suite/midi/song_log.h"
+#include "suite/player_core/jump.h"
+
+namespace host {
+
+Conductor::Conductor(Session& session, Directions directions)
+    : session_(session),
+      directions_(std::move(directions)),
+      script_(directions_.script.value_or(std::vector<ScriptLine>())),
+      leaver_(directions_.vampPasses) {}
+
+void Conductor::OnSong() {
+  idlePasses_.clear();
+  leaver_.OnSong();
+  const tesk_midi::SongData& song = session_.GetSong();
+  script_.OnSong(
+      [&](const std::string& position) -> std::optional<TickIndex> {
+        try {
+          return tesk_midi::ParsePosition(song, position);
+        } catch (const tesk_midi::PositionError&) {
+          return std::nullopt;  // it lies in another song of the performance
+        }
+      },
+      session_.GetTick());
+}
+
+void Conductor::OnJump(TickIndex from, TickIndex to) {
+  leaver_.OnJump(from, to, session_.GetLog());
+  script_.Land(to);
+  if (!IsVamp_(from, to)) return;
+  const bool seen = !idlePasses_.insert({from, to}).second;
+  stuck_ = stuck_ || (directions_.script ? seen && !script_.CanActWithin(to, from) : leaver_.IsStuck());
+}
+
+bool Conductor::IsVamp_(TickIndex from, TickIndex to) const {
+  const auto& loops = session_.GetLog().loops;
+  return std::any_of(loops.begin(), loops.end(), [&](const CL::Loop& loop) {
+    return loop.GetEventCode() == codes::kVamp && loop.abs_time() == to && loop.GetEndTime() == from;
+  });
+}
+
+void Conductor::OnPosition(TickIndex tick) {
+  script_.PlayTo(tick);
+}
+
+void Conductor::OnTime(double seconds) {
+  script_.SetTime(seconds);
+}
+
+std::vector<Command> Conductor::Act() {
+  std::vector<Command> done;
+  if (directions_.script) {
+    for (const ScriptLine& line : script_.TakeDue()) {
+      Carry_(line);
+      done.push_back(line.command);
+    }
+    return done;
+  }
+  Jump next;
+  const bool sayGo =
+      session_.IsPlaying() && session_.GetNextJump(&next) &&
+      leaver_.ShouldSayGo(next, session_.GetTick(), session_.GetLog(), session_.GetSong().GetTimeline());
+  if (sayGo) {
+    done.push_back({});
+    session_.Do(done.back());
+  }
+  return done;
+}
+
+Conductor::Standing Conductor::LookWhileStanding(bool atCaesura, double now, double* silence) {
+  *silence = 0.0;
+  if (!directions_.script) {
+    *silence = directions_.caesuraSilence;
+    return Standing::GoesOn;
+  }
+  if (atCaesura && script_.HasWaiting()) return Standing::GoesOn;
+  const std::optional<double> next = script_.NextTime();
+  if (!next) return Standing::ScriptEnds;
+  *silence = std::max(0.0, *next - now);
+  return Standing::GoesOn;
+}
+
+std::vector<Command> Conductor::Resume(bool atCaesura, double now) {
+  if (!directions_.script) {
+    session_.Do({});
+    return {Command{}};
+  }
+  if (atCaesura) {
+    if (const std::optional<ScriptLine> line = script_.TakeWaiting()) {
+      Carry_(*line);
+      return {line->command};
+    }
+  }
+  script_.SetTime(now);
+  return Act();
+}
+
+void Conductor::Carry_(const ScriptLine& line) {
+  idlePasses_.clear();
+  try {
+    const std::string song = session_.GetSongNumber();
+    session_.Do(line.command);
+    const bool moved = line.command.kind == CommandKind::Seek || line.command.kind == CommandKind::Left ||
+                       line.command.kind == CommandKind::Right || line.command.kind == CommandKind::Stop;
+    const bool otherSong =
+        line.command.kind == CommandKind::Next || line.command.kind == CommandKind::Previous;
+    if (otherSong || session_.GetSongNumber() != song) {
+      OnSong();
+    } else if (moved) {
+      script_.Land(session_.GetTick());
+    }
+  } catch (const Failure& failure) {
+    throw Failure(Shown(directions_.scriptName) + ":" + std::to_string(line.line) + ": " + failure.what(),
+                  failure.GetStatus());
+  }
+}
+
+}  // namespace host

@@ -1,0 +1,28 @@
+#pragma once
+
+#include <stdexcept>
+#include <string>
+
+namespace host {
+
+// How the program ends.
+enum ExitStatus : int {
+  kDone = 0,
+  kFailed = 1,       // while running; the message says which file, where, what to do
+  kUsage = 2,        // wrong arguments
+  kCannotEnd = 3,    // a vamp or a caesura that nothing leaves
+  kFoundErrors = 5,  // by the check of a show
+};
+
+// Ends the program with a message and a status.
+class Failure : public std::runtime_error {
+ public:
+  explicit Failure(const std::string& message, ExitStatus status = kFailed)
+      : std::runtime_error(message), status_(status) {}
+  ExitStatus GetStatus() const { return status_; }
+
+ private:
+  ExitStatus status_;
+};
+
+}  // namespace host

@@ -1,0 +1,144 @@
+#include "host/session/live.h"
+
+#include <algorithm>
+#include <utility>
+
+#include "host/session/recorded_tempo.h"
+#include "host/session/shown_text.h"
+#include "host/session/song_clock.h"
+
+namespace host {
+namespace {
+
+OutputChoice ChooseOutput(const PlayOptions& options) {
+  OutputChoice choice;
+  choice.aheadMs = options.aheadMs;
+  choice.crossfadeMs = options.crossfadeMs;
+  choice.fadeMs = options.fadeMs;
+  return choice;
+}
+
+Directions ChooseDirections(const PlayOptions& options) {
+  Directions directions;
+  directions.vampPasses = options.vampPasses;
+  directions.caesuraSilence = options.caesuraSilence;
+  directions.scriptName = options.scriptPath;
+  if (!options.scriptPath.empty()) directions.script = ReadScriptFile(options.scriptPath);
+  return directions;
+}
+
+}  // namespace
+
+Live::Live(const PlayOptions& options, bool attended)
+    : session_(options.showPath, options.song, OutputKind::ClockWithoutSound, ChooseOutput(options)),
+      directions_(ChooseDirections(options)),
+      conductor_(session_, directions_),
+      attended_(attended) {
+  if (directions_.script) RequireKnownPositions(session_, *directions_.script, directions_.scriptName);
+}
+
+std::vector<std::string> Live::Start() {
+  song_ = session_.GetSongNumber();
+  tick_ = session_.GetTick();
+  conductor_.OnSong();
+  if (!attended_) session_.Do({CommandKind::Play, 0.0, ""});
+  return TakeMessages_();
+}
+
+std::vector<std::string> Live::Poll(double now) {
+  TakeEvents_();
+  Look_(now);
+  if (!attended_ || directions_.script) ActAlone_(now);
+  return TakeMessages_();
+}
+
+std::vector<std::string> Live::Do(const Command& command) {
+  try {
+    const std::string message = session_.Do(command);
+    if (!message.empty()) messages_.push_back(message);
+  } catch (const std::exception& error) {
+    messages_.push_back(Shown(error.what()));
+  }
+  return TakeMessages_();
+}
+
+void Live::TakeEvents_() {
+  for (const StageEvent& event : session_.TakeEvents()) {
+    if (event.kind == StageEvent::Kind::LoopPass && event.pass > 1) {
+      conductor_.OnJump(event.toTick, event.fromTick);
+      tick_ = event.fromTick;
+    }
+    if (event.kind == StageEvent::Kind::LoadFailed) {
+      messages_.push_back("a song could not be loaded; it is left out when you go on");
+    }
+  }
+}
+
+// What has become of the position since the last look. A jump that a listener did not tell of shows as a step
+// back.
+void Live::Look_(double now) {
+  conductor_.OnTime(now);
+  if (session_.GetSongNumber() != song_) {
+    song_ = session_.GetSongNumber();
+    conductor_.OnSong();
+    tick_ = session_.GetTick();
+  }
+  const TickIndex tick = session_.GetTick();
+  if (tick < tick_) conductor_.OnJump(tick_, tick);
+  conductor_.OnPosition(tick);
+  tick_ = tick;
+}
+
+void Live::ActAlone_(double now) {
+  try {
+    conductor_.Act();
+    if (conductor_.IsStuck() && !attended_) {
+      return EndWith_(kCannotEnd, "a vamp around " + session_.GetClock().PlaceOfTick(tick_).position +
+                                      " of song " + Shown(song_) +
+                                      " goes on for ever: nothing in the script leaves it any more");
+    }
+    if (session_.IsPlaying()) return standsSince_.reset();
+    if (session_.HasEnded()) return GoOnAfterSong_();
+    double silence = 0.0;
+    const bool atCaesura = session_.IsWaiting();
+    if (conductor_.LookWhileStanding(atCaesura, now, &silence) == Conductor::Standing::ScriptEnds) {
+      if (!attended_) EndWith_(kDone, "the script ends here");
+      return;
+    }
+    if (!standsSince_) standsSince_ = now + silence;
+    if (now < *standsSince_) return;
+    standsSince_.reset();
+    conductor_.Resume(atCaesura, now);
+    const bool stuck = !directions_.script && !session_.IsPlaying();
+    if (stuck) EndWith_(kCannotEnd, "nothing leads on from here");
+  } catch (const std::exception& error) {
+    EndWith_(kFailed, error.what());
+  }
+}
+
+// After the last read of a song that does not run into the next. With a script that is the end, as in a
+// render.
+void Live::GoOnAfterSong_() {
+  if (attended_) return;
+  if (directions_.script || !session_.NextSongStopped()) return EndWith_(kDone, "");
+  song_ = session_.GetSongNumber();
+  tick_ = session_.GetTick();
+  conductor_.OnSong();
+  session_.Do({CommandKind::Play, 0.0, ""});
+}
+
+void Live::EndWith_(ExitStatus status, const std::string& message) {
+  over_ = true;
+  statusAtEnd_ = status;
+  if (!message.empty()) messages_.push_back(message);
+}
+
+std::vector<std::string> Live::TakeMessages_() {
+  const auto& problems = session_.GetProblems();
+  for (; problemsTold_ < problems.size(); ++problemsTold_) {
+    messages_.push_back(Shown(tesk_midi::ToString(problems[problemsTold_])));
+  }
+  return std::exchange(messages_, {});
+}
+
+}  // namespace host

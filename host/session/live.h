@@ -1,0 +1,75 @@
+#pragma once
+
+#include <memory>
+#include <optional>
+#include <string>
+#include <vector>
+
+#include "host/session/conductor.h"
+#include "host/session/failure.h"
+#include "host/session/session.h"
+
+namespace host {
+
+struct PlayOptions {
+  std::string showPath;
+  std::string song;  // empty: the first that can be played
+  std::string scriptPath;
+  double aheadMs = 15.0;
+  double crossfadeMs = 5.0;
+  double fadeMs = 3.0;
+  int vampPasses = 1;           // when nobody sits at the keys: how often a vamp is played in all
+  double caesuraSilence = 0.0;  // and how long a caesura waits, in seconds
+};
+
+// What a face shows of a performance; the one copy for all of them.
+struct StageStatus {
+  std::string song;  // number and name
+  std::string position;
+  double tempo = 120.0;  // quarter notes per minute
+  std::string state;     // "playing", "paused", "waiting at a caesura", "stopped", "ended"
+  std::string next;      // the next cue, for instance "13.1 vamp back to 9.1"
+};
+
+// A show that is played to a device. `attended`: somebody sits at the keys and decides; otherwise vamps are
+// left and caesuras waited out as the options say, or a script acts, and song follows song to the end of the
+// show. Threads    HOST. Poll is called a hundred times a second or so.
+class Live {
+ public:
+  // Opens the show; nothing plays yet. Throws Failure, tesk_midi::ShowError.
+  Live(const PlayOptions& options, bool attended);
+
+  // `now`: seconds since playing began. Returns what the operator should read.
+  std::vector<std::string> Start();
+  std::vector<std::string> Poll(double now);
+  std::vector<std::string> Do(const Command& command);
+
+  StageStatus GetStatus();
+  bool IsPlaying() const { return session_.IsPlaying(); }
+  // Nobody will act any more and playback stands.
+  bool IsOver() const { return over_; }
+  ExitStatus GetStatusAtEnd() const { return statusAtEnd_; }
+
+ private:
+  void Look_(double now);
+  void TakeEvents_();
+  void ActAlone_(double now);
+  void GoOnAfterSong_();
+  void EndWith_(ExitStatus status, const std::string& message);
+  std::vector<std::string> TakeMessages_();
+  std::string NextCue_();
+
+  Session session_;
+  const Directions directions_;
+  Conductor conductor_;
+  const bool attended_;
+  std::string song_;
+  TickIndex tick_ = 0;
+  std::optional<double> standsSince_;
+  std::size_t problemsTold_ = 0;
+  bool over_ = false;
+  ExitStatus statusAtEnd_ = kDone;
+  std::vector<std::string> messages_;
+};
+
+}  // namespace host

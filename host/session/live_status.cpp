@@ -1,0 +1,67 @@
+#include <algorithm>
+#include <cctype>
+
+#include "host/session/live.h"
+#include "host/session/shown_text.h"
+#include "host/session/song_clock.h"
+#include "suite/core/event_codes.h"
+#include "suite/midi/song_data.h"
+#include "suite/player_core/jump.h"
+
+namespace host {
+namespace {
+
+// "13.1" for "13.1.0".
+std::string BarAndBeat(const std::string& position) {
+  return position.substr(0, position.rfind('.'));
+}
+
+std::string JumpName(int kind) {
+  std::string name = codes::editNameByTeskEventCode(kind);
+  std::transform(name.begin(), name.end(), name.begin(),
+                 [](unsigned char letter) { return static_cast<char>(std::tolower(letter)); });
+  return name;
+}
+
+std::string StateName(const Session& session) {
+  if (session.IsPlaying()) return "playing";
+  if (session.IsWaiting()) return "waiting at a caesura";
+  if (session.IsPaused()) return "paused";
+  return session.HasEnded() ? "ended" : "stopped";
+}
+
+}  // namespace
+
+StageStatus Live::GetStatus() {
+  StageStatus status;
+  const tesk_midi::SongData& song = session_.GetSong();
+  const notify::PositionUpdate heard = session_.GetHeardPosition();
+  const bool known = session_.IsPlaying() && heard.songNumber == song.GetNumber();
+  const TickIndex tick = known ? heard.tickIndex : session_.GetTick();
+  status.song = Shown(song.GetNumber() + " " + song.GetName());
+  status.position = BarAndBeat(session_.GetClock().PlaceOfTick(tick).position);
+  for (const TL::Tempo& tempo : song.GetTimeline().GetTempos()) {
+    if (tempo.abs_time() <= tick) status.tempo = 6e7 / tempo.GetMicrosecondsPerQuarter();
+  }
+  status.state = StateName(session_);
+  status.next = NextCue_();
+  return status;
+}
+
+std::string Live::NextCue_() {
+  const SongClock& clock = session_.GetClock();
+  const auto at = [&](TickIndex tick) { return BarAndBeat(clock.PlaceOfTick(tick).position); };
+  const TickIndex here = session_.GetTick();
+  const long long countdown = session_.GetCaesuraCountdown();
+  Jump jump;
+  const bool jumps = session_.GetNextJump(&jump) && jump.fromTick >= here;
+  // At one tick a jump comes before a caesura.
+  if (jumps && (countdown < 0 || jump.fromTick - here <= countdown)) {
+    return at(jump.fromTick) + " " + JumpName(jump.kind) +
+           (jump.toTick < jump.fromTick ? " back to " : " to ") + at(jump.toTick);
+  }
+  if (countdown >= 0) return at(static_cast<TickIndex>(here + countdown)) + " caesura";
+  return at(clock.GetEndTick()) + (session_.RunsAttacca() ? " attacca" : " end");
+}
+
+}  // namespace host

@@ -1,0 +1,154 @@
+#include <algorithm>
+#include <optional>
+#include <utility>
+
+#include "Sources/audio_player/audio_player.h"
+#include "host/session/failure.h"
+#include "host/session/session.h"
+#include "host/session/shown_text.h"
+#include "host/session/song_clock.h"
+#include "player_core/player_wrapper/audio_player_wrapper.h"
+#include "suite/audio/audio_sample_content.h"
+#include "suite/audio/errors.h"
+#include "suite/player_core/content_argument.h"
+
+namespace host {
+namespace {
+
+std::string ContentArgument(double rateHz) {
+  return "rate=" + ShortNumber(rateHz);
+}
+
+std::string Channels(unsigned count) {
+  return std::to_string(count) + (count == 1 ? " channel" : " channels");
+}
+
+// Why a song's audio cannot be decoded; nothing when it can.
+std::optional<std::string> WhyUndecodable(const std::string& path, double rateHz) {
+  try {
+    const std::unique_ptr<tesk_audio::AudioSampleContent> content(
+        tesk_audio::CreateAudioSampleContent(path, ContentArgument(rateHz)));
+    return std::nullopt;
+  } catch (const std::exception& error) {
+    return error.what();
+  }
+}
+
+}  // namespace
+
+Session::Session(const std::string& showPath, const std::string& song, OutputKind kind, OutputChoice choice)
+    : folder_(showPath), kind_(kind), choice_(choice) {
+  ChooseFormat_(song);
+  BuildWithoutBrokenSongs_();
+  for (const std::string& number : folder_.GetData().GetRunningOrder()) {
+    const bool wanted =
+        song.empty() ? folder_.HasAudio(number) && !leftOut_.contains(number) : number == song;
+    if (!wanted) continue;
+    if (GetSongNumber() != number) LoadStopped(number);
+    events_.Clear();
+    return;
+  }
+}
+
+Session::~Session() {
+  try {
+    if (player_) player_->Stop();
+    if (player_) player_->PrepareForExit();
+  } catch (const std::exception&) {
+    // the player ends with the wrapper in any case
+  }
+}
+
+// The output has one format for the whole show: that of the song asked for, or of the first that can be read.
+// Songs with other rates are resampled while decoding; songs with other channels cannot be played beside it.
+void Session::ChooseFormat_(const std::string& song) {
+  const std::string wanted = folder_.FindSong(song).GetNumber();
+  if (!folder_.HasAudio(wanted)) {
+    throw Failure(Shown(folder_.GetPath()) + ": song " + Shown(wanted) +
+                  " has no audio; put its recording into data/ as \"" + Shown(wanted) + " " +
+                  Shown(folder_.GetData().GetSong(wanted).GetName()) + ".obd\"");
+  }
+  std::optional<tesk_audio::AudioFileInfo> format;
+  std::vector<std::string> order = folder_.GetData().GetRunningOrder();
+  std::stable_partition(order.begin(), order.end(),
+                        [&](const std::string& number) { return number == wanted; });
+  for (const std::string& number : order) {
+    if (!folder_.HasAudio(number)) continue;
+    try {
+      const tesk_audio::AudioFileInfo info = folder_.Probe(number);
+      if (!format) format = info;
+      if (info.channels != format->channels) {
+        LeaveOut_(number, "has " + Channels(info.channels) + " where the show plays " +
+                              Channels(format->channels) + "; convert it to " + Channels(format->channels));
+      }
+    } catch (const tesk_audio::TESKAudioError& error) {
+      if (number == song) throw Failure(Shown(error.what()));
+      LeaveOut_(number, error.what());
+    }
+  }
+  if (!format)
+    throw Failure(Shown(folder_.GetPath()) + ": no song can be played:\n" +
+                  tesk_midi::ToString(problems_.front()));
+  if (choice_.rateHz == 0.0) choice_.rateHz = format->sampleRateHz;
+}
+
+void Session::Build_() {
+  player_ = nullptr;
+  wrapper_.reset();
+  if (kind_ == OutputKind::Offline) {
+    UseOfflineOutput(choice_);
+  } else {
+    UseClockWithoutSound(choice_);
+  }
+  player_core::SetContentArgument(ContentArgument(choice_.rateHz));
+  std::string leaveOut;
+  for (const std::string& number : leftOut_) leaveOut += (leaveOut.empty() ? "" : ",") + number;
+  wrapper_ = std::make_unique<AudioPlayerWrapper>(folder_.GetPath(), leaveOut);
+  player_ = dynamic_cast<AudioPlayer*>(wrapper_->GetPlayer());
+  if (!player_) throw Failure(Shown(folder_.GetPath()) + ": no song can be played");
+}
+
+void Session::BuildWithoutBrokenSongs_() {
+  Build_();
+  while (LoadHasFailed_()) {
+    if (!LeaveOutBrokenSongs_()) player_->ThrowIfThreadExceptions();
+    Build_();
+  }
+  for (const tesk_midi::Problem& problem : wrapper_->GetProblems()) {
+    const bool known = std::any_of(problems_.begin(), problems_.end(), [&](const tesk_midi::Problem& other) {
+      return other.songNumber == problem.songNumber && (other.message == problem.message || !other.isWarning);
+    });
+    if (known) continue;
+    problems_.push_back(problem);
+    if (!problem.isWarning && !problem.songNumber.empty()) leftOut_.insert(problem.songNumber);
+  }
+}
+
+void Session::LeaveOut_(const std::string& song, const std::string& why) {
+  leftOut_.insert(song);
+  tesk_midi::Problem problem;
+  problem.file = "data/" + folder_.GetAudioFiles().at(song);
+  problem.songNumber = song;
+  problem.message = why + ". Song " + song + " is left out.";
+  problems_.push_back(std::move(problem));
+}
+
+bool Session::LoadHasFailed_() const {
+  return player_->GetFileLoaderErrorOccurred();
+}
+
+// A player keeps a loader's error for good and does not say whose it was, so the songs that it had in hand
+// are decoded once more here. False when all of them can be.
+bool Session::LeaveOutBrokenSongs_() {
+  bool found = false;
+  for (const auto& [number, file] : folder_.GetAudioFiles()) {
+    if (leftOut_.contains(number)) continue;
+    const std::optional<std::string> why = WhyUndecodable(folder_.AudioPath(number), choice_.rateHz);
+    if (!why) continue;
+    LeaveOut_(number, *why);
+    found = true;
+  }
+  return found;
+}
+
+}  // namespace host

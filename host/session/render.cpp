@@ -1,0 +1,226 @@
+#include "host/session/render.h"
+
+#include <algorithm>
+#include <cmath>
+#include <memory>
+#include <utility>
+
+#include "host/session/conductor.h"
+#include "host/session/failure.h"
+#include "host/session/interrupts.h"
+#include "host/session/recorded_tempo.h"
+#include "host/session/session.h"
+#include "host/session/shown_text.h"
+#include "host/session/song_clock.h"
+#include "host/session/trace.h"
+
+namespace host {
+namespace {
+
+OutputChoice ChooseOutput(const RenderOptions& options) {
+  OutputChoice choice;
+  choice.rateHz = options.rateHz;
+  choice.crossfadeMs = options.crossfadeMs;
+  choice.fadeMs = 0.0;  // nothing is switched on or off here: every sample stays as it is
+  return choice;
+}
+
+Directions ChooseDirections(const RenderOptions& options) {
+  Directions directions;
+  directions.vampPasses = options.vampPasses;
+  directions.caesuraSilence = options.caesuraSilence;
+  directions.scriptName = options.scriptPath;
+  if (!options.scriptPath.empty()) directions.script = ReadScriptFile(options.scriptPath);
+  return directions;
+}
+
+// One render from its first read to its last.
+class Renderer {
+ public:
+  Renderer(const RenderOptions& options, std::function<void(const RenderProgress&)> progress)
+      : options_(options),
+        progress_(std::move(progress)),
+        directions_(ChooseDirections(options)),
+        session_(options.showPath, options.song, OutputKind::Offline, ChooseOutput(options)),
+        conductor_(session_, directions_) {}
+
+  RenderResult Run();
+
+ private:
+  bool Step_();
+  bool OnStep_(const Step& step, TraceRow row);
+  bool Stand_(TraceRow row);
+  void Act_();
+  void NoteCommands_(const std::vector<Command>& commands);
+  void WriteSilence_(long long frames);
+  TraceRow RowAt_(const SongClock& clock, SampleCount sample) const;
+  TraceRow RowHere_();
+  void Report_();
+  double Now_() const { return static_cast<double>(result_.frames) / rate_; }
+
+  const RenderOptions& options_;
+  const std::function<void(const RenderProgress&)> progress_;
+  const Directions directions_;
+  Session session_;
+  Conductor conductor_;
+  std::unique_ptr<SoundFile> file_;
+  std::unique_ptr<Trace> trace_;
+  RenderResult result_;
+  double rate_ = 0.0;
+  std::string song_;
+  bool soughtSinceRead_ = false;
+};
+
+RenderResult Renderer::Run() {
+  RequireRecordedTempo(session_, directions_.script.value_or(std::vector<ScriptLine>()), options_.scriptPath);
+  if (directions_.script) RequireKnownPositions(session_, *directions_.script, options_.scriptPath);
+  for (const tesk_midi::Problem& problem : session_.GetProblems()) {
+    result_.problems.push_back(tesk_midi::ToString(problem));
+  }
+  if (!options_.from.empty()) session_.Do({CommandKind::Seek, 0.0, options_.from});
+  rate_ = RenderRateHz();
+  file_ = CreateSoundFile(options_.outPath, options_.format, rate_, RenderChannels());
+  trace_ = std::make_unique<Trace>(options_.tracePath);
+  song_ = session_.GetSongNumber();
+  conductor_.OnSong();
+  session_.Do({CommandKind::Play, 0.0, ""});
+  while (Step_()) Report_();
+  file_->Commit();
+  trace_->Commit();
+  result_.seconds = Now_();
+  return std::move(result_);
+}
+
+// False when the performance is over.
+bool Renderer::Step_() {
+  if (InterruptCount() > 0) throw Failure("interrupted: " + Shown(options_.outPath) + " was not written");
+  conductor_.OnTime(Now_());
+  Act_();
+  const SongClock& clock = session_.GetClock();  // the step may run into another song
+  Step step;
+  const bool ran = RenderStep(&step, [&](const float* frames, std::size_t count) {
+    file_->Write(frames, count);
+    result_.frames += static_cast<long long>(count);
+  });
+  return ran ? OnStep_(step, RowAt_(clock, step.sample)) : Stand_(RowHere_());
+}
+
+bool Renderer::OnStep_(const Step& step, TraceRow row) {
+  static constexpr const char* kNames[] = {"", "jump", "caesura", "end", "attacca"};
+  row.outputFrame = result_.frames - step.frames;
+  row.frames = step.frames;
+  row.scale = step.scale;
+  row.transposition = step.transposition;
+  row.event = kNames[static_cast<int>(step.event)];
+  if (row.event.empty() && std::exchange(soughtSinceRead_, false)) row.event = "seek";
+
+  for (const StageEvent& event : session_.TakeEvents()) {
+    if (event.kind == StageEvent::Kind::LoadFailed) session_.ThrowLoaderError();
+  }
+  if (step.event == Step::Event::Jump) {
+    const SongClock& clock = session_.GetClock();
+    conductor_.OnJump(clock.SampleToTick(step.jumpFrom), clock.SampleToTick(step.jumpTo));
+  }
+  if (session_.GetSongNumber() != song_) {
+    song_ = session_.GetSongNumber();
+    conductor_.OnSong();
+  }
+  conductor_.OnPosition(session_.GetTick());
+  row.nextTick = session_.GetTick();
+  if (step.event == Step::Event::Caesura && session_.IsWaiting()) return Stand_(std::move(row));
+  trace_->Write(row);
+  if (conductor_.IsStuck()) {
+    result_.cannotEnd = true;
+    result_.message = "a vamp around " + session_.GetClock().PlaceOfTick(session_.GetTick()).position +
+                      " of song " + Shown(song_) +
+                      " goes on for ever: nothing in the script leaves it any more";
+    return false;
+  }
+  return !session_.HasEnded();
+}
+
+// Playback stands: at a caesura, or paused or stopped by the script. Silence passes until somebody acts.
+bool Renderer::Stand_(TraceRow row) {
+  while (true) {
+    Act_();
+    if (session_.IsPlaying()) return true;
+    if (session_.HasEnded()) return false;
+    const bool atCaesura = session_.IsWaiting();
+    const std::string place =
+        session_.GetClock().PlaceOfTick(session_.GetTick()).position + " of song " + Shown(song_);
+    double silence = 0.0;
+    if (conductor_.LookWhileStanding(atCaesura, Now_(), &silence) == Conductor::Standing::ScriptEnds) {
+      trace_->Write(row);
+      if (atCaesura) result_.message = "the script ends while playback waits at the caesura at " + place;
+      if (session_.IsPaused() && !atCaesura)
+        result_.message = "the script ends while playback is paused at " + place;
+      return false;
+    }
+    row.frames = std::llround(silence * rate_);
+    trace_->Write(row);
+    WriteSilence_(row.frames);
+    NoteCommands_(conductor_.Resume(atCaesura, Now_() + 0.5 / rate_));
+    if (!directions_.script && !session_.IsPlaying()) {
+      result_.cannotEnd = true;
+      result_.message = "nothing leads on from the caesura at " + place;
+      return false;
+    }
+    row = RowHere_();
+  }
+}
+
+void Renderer::Act_() {
+  NoteCommands_(conductor_.Act());
+}
+
+void Renderer::NoteCommands_(const std::vector<Command>& commands) {
+  for (const Command& command : commands) {
+    const bool moves = command.kind == CommandKind::Seek || command.kind == CommandKind::Left ||
+                       command.kind == CommandKind::Right || command.kind == CommandKind::Stop ||
+                       command.kind == CommandKind::Next || command.kind == CommandKind::Previous;
+    soughtSinceRead_ = soughtSinceRead_ || moves;
+  }
+  song_ = session_.GetSongNumber();
+}
+
+void Renderer::WriteSilence_(long long frames) {
+  constexpr long long kBlock = 4096;
+  const std::vector<float> silence(static_cast<std::size_t>(kBlock) * RenderChannels(), 0.0F);
+  for (long long left = frames; left > 0; left -= kBlock) {
+    file_->Write(silence.data(), static_cast<std::size_t>(std::min(left, kBlock)));
+  }
+  result_.frames += frames;
+}
+
+TraceRow Renderer::RowAt_(const SongClock& clock, SampleCount sample) const {
+  TraceRow row;
+  row.outputFrame = result_.frames;
+  row.song = song_;
+  row.sample = sample;
+  row.tick = row.nextTick = clock.SampleToTick(sample);
+  return row;
+}
+
+// A row without a read, where playback stands.
+TraceRow Renderer::RowHere_() {
+  const SongClock& clock = session_.GetClock();
+  return RowAt_(clock, clock.TickToSample(session_.GetTick()));
+}
+
+void Renderer::Report_() {
+  if (!progress_) return;
+  RenderProgress progress;
+  progress.song = song_;
+  progress.seconds = Now_();
+  progress.fraction = static_cast<double>(session_.GetTick()) / session_.GetClock().GetEndTick();
+  progress_(progress);
+}
+
+}  // namespace
+
+RenderResult Render(const RenderOptions& options,
+                    const std::function<void(const RenderProgress&)>& progress) {
+  return Renderer(options, progress).Run();
+}
+
+}  // namespace host

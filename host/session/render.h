@@ -1,0 +1,43 @@
+#pragma once
+
+#include <functional>
+#include <optional>
+#include <string>
+#include <vector>
+
+namespace host {
+
+struct RenderOptions {
+  std::string showPath;
+  std::string outPath;
+  std::string song;  // empty: the first that can be played
+  std::string from;  // a position; empty: the start
+  int vampPasses = 1;
+  double caesuraSilence = 0.0;  // seconds
+  std::string scriptPath;
+  std::string tracePath;
+  double crossfadeMs = 5.0;
+  double rateHz = 0.0;  // 0: the audio's own
+  std::string format = "float";
+};
+
+struct RenderProgress {
+  std::string song;
+  double fraction = 0.0;  // of the song, 0 to 1
+  double seconds = 0.0;   // of output
+};
+
+struct RenderResult {
+  double seconds = 0.0;
+  long long frames = 0;
+  bool cannotEnd = false;             // a vamp or a caesura that nothing leaves
+  std::string message;                // why it ended where it did, when that is not the end of the song
+  std::vector<std::string> problems;  // of the show, for the reader
+};
+
+// Plays into a sound file through the engine, faster than real time. `progress` is called now and then; it
+// may be empty. When Ctrl-C was pressed, or anything fails, there is no file of the final name. Throws
+// Failure and the errors of show and audio.
+RenderResult Render(const RenderOptions& options, const std::function<void(const RenderProgress&)>& progress);
+
+}  // namespace host

@@ -1,0 +1,110 @@
+#pragma once
+
+#include <memory>
+#include <set>
+#include <string>
+#include <vector>
+
+#include "Sources/types.h"
+#include "host/session/device_setup.h"
+#include "host/session/script.h"
+#include "host/session/show_folder.h"
+#include "host/session/stage_events.h"
+
+class AudioPlayer;
+class AudioPlayerWrapper;
+struct Jump;
+
+namespace host {
+
+class SongClock;
+
+enum class OutputKind { ClockWithoutSound, Offline };
+
+// One open show, and the one table of commands for every face of the program.
+//
+// Threads    HOST: one thread drives it. With the offline output that thread is the render thread as well.
+// Failure    a song whose audio cannot be decoded is left out: a fresh player is built without it, at the
+// same
+//            place as far as that is possible, and GetProblems says so.
+class Session {
+ public:
+  // Opens the show and stands at the start of `song` (empty: the first that can be played). Throws Failure,
+  // tesk_midi::ShowError.
+  Session(const std::string& showPath, const std::string& song, OutputKind kind, OutputChoice choice);
+  ~Session();
+  Session(const Session&) = delete;
+  Session& operator=(const Session&) = delete;
+
+  // ---- commands.cpp ----------------------------------------------------------------------------
+  // Returns what the performer should read; empty when there is nothing to say. Throws Failure for a position
+  // that does not exist.
+  std::string Do(const Command& command);
+  // Makes a song current and stands at its start, silent, whatever was going on. Throws Failure.
+  void LoadStopped(const std::string& song);
+  // False at the end of the show, where the current song is back at its start.
+  bool NextSongStopped();
+
+  // ---- state -----------------------------------------------------------------------------------
+  bool IsPlaying() const;
+  bool IsPaused() const;
+  // The song has come to its end, and nobody has done anything since.
+  bool HasEnded() const { return ended_; }
+  // Playback stands at a caesura.
+  bool IsWaiting() const { return waiting_ && !IsPlaying(); }
+  TickIndex GetTick() const;
+  std::string GetSongNumber() const;
+  const tesk_midi::SongData& GetSong() const;
+  const CL::SongLog& GetLog() const;
+  // The clock of the current song at the output's rate.
+  const SongClock& GetClock();
+  const ShowFolder& GetFolder() const { return folder_; }
+  // The next jump if nobody acts; false when there is none.
+  bool GetNextJump(Jump* jump) const;
+  // Ticks to the next caesura; negative when there is none ahead.
+  long long GetCaesuraCountdown() const;
+  bool RunsAttacca() const;
+  notify::PositionUpdate GetHeardPosition() const { return events_.GetPosition(); }
+
+  // What happened since the last call, oldest first. A failed load is dealt with in here.
+  std::vector<StageEvent> TakeEvents();
+
+  // Throws the error of the loader that failed last. Only after a LoadFailed event.
+  void ThrowLoaderError();
+
+  // Songs that cannot be played and why, and what else is worth knowing; grows while playing.
+  const std::vector<tesk_midi::Problem>& GetProblems() const { return problems_; }
+
+ private:
+  // ---- opening.cpp -----------------------------------------------------------------------------
+  void ChooseFormat_(const std::string& song);
+  void Build_();
+  void BuildWithoutBrokenSongs_();
+  void LeaveOut_(const std::string& song, const std::string& why);
+  bool LoadHasFailed_() const;
+  bool LeaveOutBrokenSongs_();
+
+  // ---- commands.cpp ----------------------------------------------------------------------------
+  std::string Go_();
+  void Play_();
+  void Stop_();
+  void Seek_(const std::string& position);
+  std::string StepSong_(bool forward);
+  bool SettleStopped_();
+  void Recover_(const std::string& song);
+
+  ShowFolder folder_;
+  const OutputKind kind_;
+  OutputChoice choice_;
+  std::set<std::string> leftOut_;
+  std::vector<tesk_midi::Problem> problems_;
+  StageEvents events_;
+  std::unique_ptr<AudioPlayerWrapper> wrapper_;
+  AudioPlayer* player_ = nullptr;  // the wrapper's
+  std::unique_ptr<SongClock> clock_;
+  std::string clockSong_;
+  bool waiting_ = false;
+  bool ended_ = false;
+};
+
+}  // namespace host

@@ -1,0 +1,94 @@
+#include "host/session/show_folder.h"
+
+#include <filesystem>
+
+#include "exc/text/split_string.h"
+#include "host/session/failure.h"
+#include "host/session/shown_text.h"
+#include "suite/audio/errors.h"
+#include "suite/utility/listdir.h"
+#include "suite/utility/path.h"
+
+namespace host {
+namespace {
+
+constexpr double kUsualRateHz = 44100.0;
+
+tesk_midi::LoadedShow Load(const std::string& path) {
+  std::error_code error;
+  if (!std::filesystem::is_directory(path, error)) {
+    throw Failure(Shown(path) + ": is not a show folder; give the folder that holds songs/ and data/");
+  }
+  return tesk_midi::LoadShow(path);
+}
+
+}  // namespace
+
+ShowFolder::AudioFiles ListAudioFiles(const std::string& showPath, std::vector<std::string>* duplicates) {
+  ShowFolder::AudioFiles files;
+  const std::string folder = exc::path::Join(showPath, "data");
+  std::error_code error;
+  if (!std::filesystem::is_directory(folder, error)) return files;
+  for (const std::string& name : exc::listdir(folder)) {
+    if (exc::path::extension(name) != ".obd") continue;
+    const std::string number = exc::SplitString(name, ' ').front();
+    const auto known = files.find(number);
+    if (known != files.end() && duplicates) {
+      duplicates->push_back("data/" + known->second);
+      duplicates->push_back("data/" + name);
+    }
+    files[number] = name;
+  }
+  return files;
+}
+
+ShowFolder::ShowFolder(const std::string& path)
+    : path_(path), show_(Load(path)), audioFiles_(ListAudioFiles(path, nullptr)) {}
+
+std::string ShowFolder::AudioPath(const std::string& song) const {
+  return exc::path::Join(path_, "data", audioFiles_.at(song));
+}
+
+std::string ShowFolder::ShownAudioPath(const std::string& song) const {
+  return Shown("data/" + audioFiles_.at(song));
+}
+
+std::string ShowFolder::CueFile(const std::string& song) const {
+  std::error_code error;
+  for (const auto& entry : std::filesystem::directory_iterator(exc::path::Join(path_, "songs"), error)) {
+    const std::string name = entry.path().filename().string();
+    const bool isCues = exc::path::extension(name) == ".toml";
+    if (isCues && exc::SplitString(exc::path::basename_no_ext(name), ' ').front() == song)
+      return "songs/" + name;
+  }
+  return "songs/" + song + ".toml";
+}
+
+tesk_audio::AudioFileInfo ShowFolder::Probe(const std::string& song) const {
+  return tesk_audio::ProbeAudioFile(AudioPath(song));
+}
+
+double ShowFolder::RateOf(const std::string& song) const {
+  if (!HasAudio(song)) return kUsualRateHz;
+  try {
+    return Probe(song).sampleRateHz;
+  } catch (const tesk_audio::TESKAudioError&) {
+    return kUsualRateHz;  // whoever needs the audio itself is told why it cannot be read
+  }
+}
+
+const tesk_midi::SongData& ShowFolder::FindSong(const std::string& number) const {
+  const tesk_midi::ShowData& data = GetData();
+  for (const std::string& candidate : data.GetRunningOrder()) {
+    if (candidate == number || (number.empty() && HasAudio(candidate))) return data.GetSong(candidate);
+  }
+  if (number.empty()) {
+    throw Failure(Shown(path_) + ": no song has audio; put its recording into data/ as \"NUMBER NAME.obd\"");
+  }
+  std::string known;
+  for (const std::string& candidate : data.GetRunningOrder())
+    known += (known.empty() ? "" : ", ") + candidate;
+  throw Failure(Shown(path_) + ": there is no song \"" + Shown(number) + "\"; the songs are " + Shown(known));
+}
+
+}  // namespace host

@@ -1,0 +1,75 @@
+#include "host/session/show_summary.h"
+
+#include "host/session/show_folder.h"
+#include "suite/audio/errors.h"
+#include "suite/midi/song_log.h"
+
+namespace host {
+namespace {
+
+AudioSummary SummariseAudio(const ShowFolder& show, const std::string& song) {
+  AudioSummary summary;
+  summary.file = "data/" + show.GetAudioFiles().at(song);
+  try {
+    const tesk_audio::AudioFileInfo info = show.Probe(song);
+    summary.format = info.format;
+    summary.sampleRateHz = info.sampleRateHz;
+    summary.channels = info.channels;
+    summary.frames = info.frames;
+  } catch (const tesk_audio::TESKAudioError& error) {
+    summary.problem = error.what();
+  }
+  return summary;
+}
+
+SongSummary SummariseSong(const ShowFolder& show, const tesk_midi::SongData& song) {
+  const std::string& number = song.GetNumber();
+  const CL::SongLog& log = show.GetLog(number);
+  const SongClock clock(song, show.RateOf(number));
+  SongSummary summary;
+  summary.number = number;
+  summary.name = song.GetName();
+  summary.attacca = log.attacca != 0;
+  summary.skip = log.skip;
+  summary.ticksPerQuarter = song.GetPulsesPerQuarterNote();
+  summary.start = clock.PlaceOfTick(clock.GetStartTick());
+  summary.end = clock.PlaceOfTick(clock.GetEndTick());
+  if (show.HasAudio(number)) summary.audio = SummariseAudio(show, number);
+  for (const TL::Tempo& tempo : song.GetTimeline().GetTempos()) {
+    summary.tempos.push_back({clock.PlaceOfTick(tempo.abs_time()), 6e7 / tempo.GetMicrosecondsPerQuarter()});
+  }
+  for (const TL::Meter& meter : song.GetTimeline().GetMeters()) {
+    summary.meters.push_back(
+        {clock.PlaceOfTick(meter.abs_time()), meter.GetNumerator(), meter.GetDenominator()});
+  }
+  summary.cues = SummariseCues(log, clock);
+  return summary;
+}
+
+}  // namespace
+
+ShowSummary Summarise(const std::string& showPath, const std::string& song) {
+  const ShowFolder show(showPath);
+  ShowSummary summary;
+  summary.title = show.GetData().GetTitle();
+  if (!song.empty()) {
+    summary.songs.push_back(SummariseSong(show, show.FindSong(song)));
+    return summary;
+  }
+  for (const std::string& number : show.GetData().GetRunningOrder()) {
+    summary.songs.push_back(SummariseSong(show, show.GetData().GetSong(number)));
+  }
+  return summary;
+}
+
+std::vector<Place> FindPlaces(const std::string& showPath, const std::string& song,
+                              const std::vector<std::string>& texts) {
+  const ShowFolder show(showPath);
+  const tesk_midi::SongData& data = show.FindSong(song);
+  const SongClock clock(data, show.RateOf(data.GetNumber()));
+  std::vector<Place> places;
+  for (const std::string& text : texts) places.push_back(clock.Find(text));
+  return places;
+}
+
+}  // namespace host

@@ -1,0 +1,19 @@
+#pragma once
+
+#include <string>
+#include <string_view>
+
+namespace host {
+
+// Text from outside (names, paths, messages) as it may be shown on a terminal: control characters and bytes
+// that are not UTF-8 become \xHH, so that no name can move the cursor or forge a line. Threads: ANY.
+std::string Shown(std::string_view text);
+
+// Seconds as "3:07.250".
+std::string MinutesAndSeconds(double seconds);
+
+// A number with as many digits as it takes and no more, always with a point: "1", "0.95", "12.345678".
+// Independent of the locale.
+std::string ShortNumber(double value);
+
+}  // namespace host

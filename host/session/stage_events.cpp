@@ -1,0 +1,83 @@
+#include "host/session/stage_events.h"
+
+#include <utility>
+
+#include "suite/core/callback_dispatcher.h"
+#include "suite/core/notification_names.h"
+
+namespace host {
+
+StageEvents::StageEvents() {
+  notify::guiDispatcher.AddListener(this);
+  notify::callbackDispatcher.Add(this, notify::names::stopped_at_end_of_song, [this](void*) {
+    StageEvent event;
+    event.kind = StageEvent::Kind::EndOfSong;
+    Put_(std::move(event));
+  });
+}
+
+StageEvents::~StageEvents() {
+  notify::callbackDispatcher.Remove(this);
+  notify::guiDispatcher.RemoveListener(this);
+}
+
+std::optional<StageEvent> StageEvents::Take() {
+  const std::lock_guard lock(mutex_);
+  if (events_.empty()) return std::nullopt;
+  StageEvent event = std::move(events_.front());
+  events_.pop_front();
+  return event;
+}
+
+void StageEvents::Clear() {
+  const std::lock_guard lock(mutex_);
+  events_.clear();
+}
+
+notify::PositionUpdate StageEvents::GetPosition() const {
+  const std::lock_guard lock(mutex_);
+  return position_;
+}
+
+void StageEvents::Put_(StageEvent event) {
+  const std::lock_guard lock(mutex_);
+  events_.push_back(std::move(event));
+}
+
+void StageEvents::OnPlayerException() {
+  StageEvent event;
+  event.kind = StageEvent::Kind::LoadFailed;
+  Put_(std::move(event));
+}
+
+void StageEvents::OnSongLoaded(const std::string& songNumber) {
+  StageEvent event;
+  event.kind = StageEvent::Kind::SongLoaded;
+  event.song = songNumber;
+  Put_(std::move(event));
+}
+
+void StageEvents::OnPosition(const notify::PositionUpdate& update) {
+  const std::lock_guard lock(mutex_);
+  position_ = update;
+}
+
+void StageEvents::OnCaesura(const std::string& songNumber, unsigned tickIndex) {
+  StageEvent event;
+  event.kind = StageEvent::Kind::Caesura;
+  event.song = songNumber;
+  event.fromTick = tickIndex;
+  Put_(std::move(event));
+}
+
+void StageEvents::OnLoopPass(const notify::LoopUpdate& update) {
+  StageEvent event;
+  event.kind = StageEvent::Kind::LoopPass;
+  event.song = update.songNumber;
+  event.fromTick = update.fromTick;
+  event.toTick = update.toTick;
+  event.pass = update.pass;
+  Put_(std::move(event));
+}
+
+}  // namespace host

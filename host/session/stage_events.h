@@ -1,0 +1,51 @@
+#pragma once
+
+#include <deque>
+#include <mutex>
+#include <optional>
+#include <string>
+
+#include "Sources/types.h"
+#include "suite/core/gui_dispatcher.h"
+
+namespace host {
+
+// Something that happened in the player, as it is handed to the host thread.
+struct StageEvent {
+  enum class Kind { SongLoaded, Caesura, LoopPass, EndOfSong, LoadFailed };
+  Kind kind = Kind::SongLoaded;
+  std::string song;
+  TickIndex fromTick = 0;  // LoopPass: start of the loop; Caesura: its tick
+  TickIndex toTick = 0;    // LoopPass: end of the loop
+  int pass = 1;            // LoopPass: the pass that begins
+};
+
+// Collects what the player tells its listeners, for the host thread to take.
+// Threads    the listener's operations come from ANY thread and return at once; Take and GetPosition: HOST.
+class StageEvents : private notify::GuiListener {
+ public:
+  StageEvents();
+  ~StageEvents() override;
+  StageEvents(const StageEvents&) = delete;
+  StageEvents& operator=(const StageEvents&) = delete;
+
+  // The oldest event not yet taken.
+  std::optional<StageEvent> Take();
+  void Clear();
+  // Where the listener was last; the default before the first update.
+  notify::PositionUpdate GetPosition() const;
+
+ private:
+  void OnPlayerException() override;
+  void OnSongLoaded(const std::string& songNumber) override;
+  void OnPosition(const notify::PositionUpdate& update) override;
+  void OnCaesura(const std::string& songNumber, unsigned tickIndex) override;
+  void OnLoopPass(const notify::LoopUpdate& update) override;
+  void Put_(StageEvent event);
+
+  mutable std::mutex mutex_;  // guards the two below; innermost, nothing is called with it held
+  std::deque<StageEvent> events_;
+  notify::PositionUpdate position_;
+};
+
+}  // namespace host

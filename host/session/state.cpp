@@ -1,0 +1,74 @@
+#include <utility>
+
+#include "Sources/audio_player/audio_player.h"
+#include "host/session/session.h"
+#include "host/session/song_clock.h"
+#include "suite/player_core/jump.h"
+#include "suite/player_core/show_control.h"
+
+namespace host {
+
+bool Session::IsPlaying() const {
+  return player_->GetPlayerState() == PlayerState::PLAY;
+}
+
+bool Session::IsPaused() const {
+  return player_->GetPlayerState() == PlayerState::PAUSE;
+}
+
+TickIndex Session::GetTick() const {
+  return player_->GetTickIndex();
+}
+
+std::string Session::GetSongNumber() const {
+  return player_->GetCurrentSongNumber();
+}
+
+const tesk_midi::SongData& Session::GetSong() const {
+  return folder_.GetData().GetSong(GetSongNumber());
+}
+
+const CL::SongLog& Session::GetLog() const {
+  return folder_.GetLog(GetSongNumber());
+}
+
+const SongClock& Session::GetClock() {
+  if (!clock_ || clockSong_ != GetSongNumber()) {
+    clock_ = std::make_unique<SongClock>(GetSong(), choice_.rateHz);
+    clockSong_ = GetSongNumber();
+  }
+  return *clock_;
+}
+
+bool Session::GetNextJump(Jump* jump) const {
+  return player_->GetJumpForVampRepeatOrCut(jump);
+}
+
+long long Session::GetCaesuraCountdown() const {
+  return player_->GetShowControl().GetCaesuraCountdown();
+}
+
+bool Session::RunsAttacca() const {
+  return player_->CurrentSongIsAttacca();
+}
+
+void Session::ThrowLoaderError() {
+  player_->ThrowIfThreadExceptions();
+}
+
+std::vector<StageEvent> Session::TakeEvents() {
+  std::vector<StageEvent> taken;
+  while (std::optional<StageEvent> event = events_.Take()) {
+    // A seek onto a caesura stops the output as the end of a song would; the caesura tells the two apart.
+    if (event->kind == StageEvent::Kind::EndOfSong && player_->HasPendingCaesura()) {
+      event->kind = StageEvent::Kind::Caesura;
+      event->fromTick = GetTick();
+    }
+    if (event->kind == StageEvent::Kind::Caesura) waiting_ = true;
+    if (event->kind == StageEvent::Kind::EndOfSong) ended_ = true;
+    taken.push_back(std::move(*event));
+  }
+  return taken;
+}
+
+}  // namespace host

@@ -1,0 +1,60 @@
+#include "host/session/trace.h"
+
+#include <cerrno>
+#include <cstdio>
+#include <cstring>
+#include <system_error>
+
+#include "host/session/failure.h"
+#include "host/session/shown_text.h"
+
+namespace host {
+namespace {
+
+// Text with a comma or a quotation mark in quotation marks, as CSV has it.
+std::string Field(const std::string& text) {
+  if (text.find_first_of(",\"\r\n") == std::string::npos) return text;
+  std::string quoted = "\"";
+  for (const char letter : text) quoted += letter == '"' ? std::string("\"\"") : std::string(1, letter);
+  return quoted + "\"";
+}
+
+}  // namespace
+
+Trace::Trace(const std::string& path) : path_(path), partPath_(path.empty() ? "" : path + ".part") {
+  if (path_.empty()) return;
+  out_.open(partPath_, std::ios::binary | std::ios::trunc);
+  out_ << "output_frame,song,sample,frames,tick,next_tick,scale,transposition,event\n";
+  Check_();
+}
+
+Trace::~Trace() {
+  if (partPath_.empty()) return;
+  out_.close();
+  std::remove(partPath_.c_str());
+}
+
+void Trace::Write(const TraceRow& row) {
+  if (path_.empty()) return;
+  out_ << row.outputFrame << ',' << Field(row.song) << ',' << row.sample << ',' << row.frames << ','
+       << row.tick << ',' << row.nextTick << ',' << ShortNumber(row.scale) << ',' << row.transposition << ','
+       << row.event << '\n';
+  Check_();
+}
+
+void Trace::Commit() {
+  if (path_.empty()) return;
+  out_.close();
+  Check_();
+  if (std::rename(partPath_.c_str(), path_.c_str()) != 0) {
+    throw Failure(Shown(path_) + ": cannot be written: " + std::generic_category().message(errno));
+  }
+  partPath_.clear();
+}
+
+void Trace::Check_() {
+  if (out_) return;
+  throw Failure(Shown(path_) + ": cannot be written: " + std::generic_category().message(errno));
+}
+
+}  // namespace host

@@ -1,0 +1,23 @@
+#pragma once
+
+#include <termios.h>
+
+namespace host::terminal {
+
+// Keys arrive one by one and unseen while this lives; Ctrl-C stays a signal. Restores what was before.
+// Threads    HOST.
+class RawMode {
+ public:
+  // `file`: a descriptor of a terminal.
+  explicit RawMode(int file);
+  ~RawMode();
+  RawMode(const RawMode&) = delete;
+  RawMode& operator=(const RawMode&) = delete;
+
+ private:
+  int file_;
+  bool changed_ = false;
+  termios before_{};
+};
+
+}  // namespace host::terminal

@@ -1,0 +1,161 @@
+#include "host/terminal/terminal_face.h"
+
+#include <poll.h>
+#include <sys/ioctl.h>
+#include <unistd.h>
+
+#include <chrono>
+#include <iostream>
+#include <memory>
+
+#include "host/session/interrupts.h"
+#include "host/session/shown_text.h"
+#include "host/terminal/keys.h"
+#include "host/terminal/raw_mode.h"
+#include "host/terminal/status_line.h"
+
+namespace host::terminal {
+namespace {
+
+// Often enough that a key is felt at once and a bar line is never missed.
+constexpr int kPollMilliseconds = 10;
+
+std::size_t TerminalColumns() {
+  winsize size{};
+  if (::ioctl(STDERR_FILENO, TIOCGWINSZ, &size) != 0 || size.ws_col < 2) return 79;
+  return size.ws_col - 1U;  // the last column would wrap on some terminals
+}
+
+// Where the operator reads: a line that is written over on a terminal, lines under each other elsewhere.
+class Display {
+ public:
+  explicit Display(bool onTerminal) : onTerminal_(onTerminal) {}
+
+  void Message(const std::string& text) {
+    if (TerminalHasHungUp()) return;
+    std::cerr << (onTerminal_ ? "\r\x1b[K" : "") << text << std::endl;
+    shown_.clear();
+  }
+
+  void Status(const StageStatus& status) {
+    if (TerminalHasHungUp()) return;
+    if (onTerminal_) {
+      const std::string line = StatusLine(status, TerminalColumns());
+      if (line != shown_) std::cerr << "\r\x1b[K" << line << std::flush;
+      shown_ = line;
+      return;
+    }
+    const std::string change = status.song + status.state;
+    if (change != shown_) std::cerr << StatusLine(status, std::string::npos) << std::endl;
+    shown_ = change;
+  }
+
+  void End() {
+    if (onTerminal_ && !TerminalHasHungUp()) std::cerr << std::endl;
+  }
+
+ private:
+  bool onTerminal_;
+  std::string shown_;
+};
+
+// One performance, from opening to quitting.
+class Performance {
+ public:
+  Performance(const PlayOptions& options, bool attended)
+      : attended_(attended), display_(attended && ::isatty(STDERR_FILENO) == 1), live_(options, attended) {}
+
+  int Run() {
+    std::unique_ptr<RawMode> raw;
+    if (attended_) raw = std::make_unique<RawMode>(STDIN_FILENO);
+    Say_(live_.Start());
+    while (!MustEnd_()) {
+      Say_(live_.Poll(Seconds_()));
+      ReadKeys_();
+      display_.Status(live_.GetStatus());
+    }
+    display_.Status(live_.GetStatus());
+    display_.End();
+    return live_.GetStatusAtEnd();
+  }
+
+ private:
+  double Seconds_() const {
+    return std::chrono::duration<double>(std::chrono::steady_clock::now() - start_).count();
+  }
+
+  void Say_(const std::vector<std::string>& messages) {
+    for (const std::string& message : messages) display_.Message(message);
+  }
+
+  bool MustEnd_() {
+    if (quit_ || live_.IsOver()) return true;
+    // With the terminal gone nobody can start it again once playback has come to a stand.
+    if (attended_ && TerminalHasHungUp() && !live_.IsPlaying()) return true;
+    const int interrupts = InterruptCount();
+    if (interrupts == interruptsSeen_) return false;
+    const bool more = interrupts > interruptsSeen_ + 1;
+    interruptsSeen_ = interrupts;
+    return more || AskToQuit_("Ctrl-C");
+  }
+
+  // While something plays only the second time in a row ends it.
+  bool AskToQuit_(const std::string& key) {
+    if (!live_.IsPlaying() || Seconds_() < quitUntil_) return true;
+    quitUntil_ = Seconds_() + 5.0;
+    display_.Message("playing: " + key + " once more ends it");
+    return false;
+  }
+
+  void ReadKeys_() {
+    pollfd input{STDIN_FILENO, POLLIN, 0};
+    const bool reads = attended_ && !TerminalHasHungUp();
+    if (::poll(&input, reads ? 1 : 0, kPollMilliseconds) <= 0) return;
+    char bytes[64];
+    const ssize_t count = ::read(STDIN_FILENO, bytes, sizeof bytes);
+    if (count <= 0) {
+      ::poll(nullptr, 0, kPollMilliseconds);  // a terminal that has gone answers at once, again and again
+      return;
+    }
+    keys_.Feed(std::string(bytes, static_cast<std::size_t>(count)));
+    while (const std::optional<Key> key = keys_.Next()) Act_(*key);
+  }
+
+  void Act_(const Key& key) {
+    if (key.kind == Key::Kind::Quit) quit_ = quit_ || AskToQuit_("q");
+    if (key.kind == Key::Kind::PlayOrPause) {
+      Say_(live_.Do({live_.IsPlaying() ? CommandKind::Pause : CommandKind::Play, 0.0, ""}));
+    }
+    if (key.kind == Key::Kind::Command) Say_(live_.Do({key.command, 0.0, ""}));
+  }
+
+  const bool attended_;
+  Display display_;
+  Live live_;
+  KeyReader keys_;
+  const std::chrono::steady_clock::time_point start_ = std::chrono::steady_clock::now();
+  double quitUntil_ = 0.0;
+  int interruptsSeen_ = InterruptCount();
+  bool quit_ = false;
+};
+
+}  // namespace
+
+int Play(const PlayOptions& options) {
+  const bool attended = ::isatty(STDIN_FILENO) == 1;
+  if (attended) {
+    std::cerr << "space go   p play/pause   s stop   a once more   n b songs   left right places   q quit"
+              << std::endl;
+  } else if (options.scriptPath.empty()) {
+    std::cerr << "No terminal, so nobody at the keys: a vamp is played " << options.vampPasses
+              << (options.vampPasses == 1 ? " time" : " times") << ", a caesura waits "
+              << ShortNumber(options.caesuraSilence) << " s, and song follows song to the end of the show."
+              << std::endl;
+  } else {
+    std::cerr << "No terminal, so nobody at the keys: the script acts." << std::endl;
+  }
+  std::cerr << "Playing to a clock without sound." << std::endl;
+  return Performance(options, attended).Run();
+}
+
+}  // namespace host::terminal
