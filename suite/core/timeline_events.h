@@ -85,17 +85,24 @@ class PageNum : public cmn::TESKEvent {
   unsigned number_;
 };
 
-// One bar: its number, its beats and how long a beat is in ticks. Bars follow each other without a gap up to
-// the end of the MIDI; a meter change starts a new bar.
+// One bar: its number, its beats and how long a beat is in ticks, rounded down. Bars follow each other
+// without a gap up to the end of the MIDI; a meter change starts a new bar.
 class BarsBeats : public cmn::TESKEvent {
  public:
   static constexpr int evt_code = codes::kBarsBeats;
-  BarsBeats(unsigned absTime, int bar, unsigned beats, unsigned ticksPerBeat)
-      : TESKEvent(absTime), bar_(bar), beats_(beats), ticksPerBeat_(ticksPerBeat) {}
+  // `ticks`: how long the beats are together, where a beat is not a whole number of ticks; 0: the product.
+  BarsBeats(unsigned absTime, int bar, unsigned beats, unsigned ticksPerBeat, unsigned ticks = 0)
+      : TESKEvent(absTime),
+        bar_(bar),
+        beats_(beats),
+        ticksPerBeat_(ticksPerBeat),
+        ticks_(ticks == 0 ? beats * ticksPerBeat : ticks) {}
 
   int GetBar() const { return bar_; }
   unsigned GetBeats() const { return beats_; }
   unsigned GetTicksPerBeat() const { return ticksPerBeat_; }
+  // Beat n, from 0, begins GetTicks() * n / GetBeats() ticks into the bar, rounded down.
+  unsigned GetTicks() const { return ticks_; }
 
   int GetEventCode() const override { return evt_code; }
   void WriteString(std::ostream& out) const override;
@@ -105,6 +112,7 @@ class BarsBeats : public cmn::TESKEvent {
   int bar_;
   unsigned beats_;
   unsigned ticksPerBeat_;
+  unsigned ticks_;
 };
 
 }  // namespace TL

@@ -2,6 +2,7 @@
 
 #include <memory>
 
+#include "exc/annotations.h"
 #include "exc/lock/lockable.h"
 
 class Transients;
@@ -54,5 +55,5 @@ class HowToPlay : public exc::Lockable {
 
  private:
   struct State;
-  std::unique_ptr<State> state_;
+  std::unique_ptr<State> state_ EXC_GUARDED_BY(this);
 };

@@ -11,6 +11,7 @@
 namespace tesk_midi {
 
 // One thing that is wrong with a show, or worth a warning: where it is, what it is, what to do about it.
+// File names in it are as people may see them: control characters and bytes that are not UTF-8 stand as \xNN.
 struct Problem {
   std::string file;  // relative to the show folder; empty: the show as a whole
   int line = 0;      // from 1; 0: not in a line of text
@@ -36,11 +37,14 @@ class ShowError : public std::runtime_error {
 struct LoadedShow {
   std::unique_ptr<ShowData> showData;
   std::unique_ptr<CL::ChangeLog> changeLog;
+  // Warnings, and one error for each song that is left out because a file of its own cannot be read.
   std::vector<Problem> warnings;
 };
 
-// Reads show.toml and songs/ of a show folder. Touches no audio. Throws ShowError with every problem found,
-// not only the first.
+// Reads show.toml and songs/ of a show folder. Touches no audio. What is wrong with a file's content is
+// thrown as ShowError, with every problem found and not only the first. A song whose file the system does not
+// let be read (permission, a pipe, a link that leads nowhere) is left out instead, so that the rest of the
+// show plays; when no song remains, that is thrown too. Threads: ANY; waits for the disk.
 LoadedShow LoadShow(const std::string& showPath);
 
 }  // namespace tesk_midi

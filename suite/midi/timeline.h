@@ -18,7 +18,7 @@ struct BarBeatTick {
 // end. Plain data, filled once while the show is loaded; read by any thread afterwards without a lock.
 class Timeline {
  public:
-  // At least one tempo, the first at tick 0; ascending ticks.
+  // At least one tempo and one meter, the first of each at tick 0; ascending ticks.
   const cmn::SequenceTemplate<Tempo>& GetTempos() const { return tempos_; }
   const cmn::SequenceTemplate<Meter>& GetMeters() const { return meters_; }
   const cmn::SequenceTemplate<Key>& GetKeys() const { return keys_; }
@@ -39,7 +39,8 @@ class Timeline {
   void SetAudioStartTicks(unsigned ticks) { audioStartTicks_ = ticks; }
   void SetAudioEndTicks(unsigned ticks) { audioEndTicks_ = ticks; }
 
-  // The place of a tick; past the last bar line the last bar is counted on. Logarithmic.
+  // The place of a tick; past the end of the last bar, bars like it are counted on, so that a song that ends
+  // on a bar line ends at "49.1.0" and not in a fifth beat. Logarithmic.
   BarBeatTick GetBarBeatTick(unsigned tick) const;
 
   // The first bar line, or beat, at or after `tick`; the end of the MIDI when there is none.
