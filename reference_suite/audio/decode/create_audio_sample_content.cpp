@@ -1,0 +1,28 @@
+// The factory stands alone in its object, so that a program can put another in its place.
+#include <new>
+
+#include "reference_suite/audio/decode/available_memory.h"
+#include "reference_suite/audio/decode/content_argument.h"
+#include "reference_suite/audio/decode/decode_content.h"
+#include "reference_suite/audio/decode/open_decoder.h"
+#include "reference_suite/audio/decode/out_of_memory.h"
+#include "reference_suite/audio/text/shown_path.h"
+#include "suite/audio/create.h"
+
+namespace tesk_audio {
+
+AudioSampleContent* CreateAudioSampleContent(const std::string& path, const std::string& argument) {
+  try {
+    DecodeRequest request;
+    request.shownPath = ShownPath(path);
+    request.rateHz = RateOfContentArgument(request.shownPath, argument);
+    request.availableMemoryBytes = AvailableMemoryBytes;
+    AudioFile file(path);
+    const std::unique_ptr<AudioDecoder> decoder = OpenDecoder(file);
+    return DecodeContent(*decoder, request).release();
+  } catch (const std::bad_alloc&) {
+    ThrowOutOfMemory(path);
+  }
+}
+
+}  // namespace tesk_audio

@@ -1,0 +1,29 @@
+#pragma once
+
+#include <functional>
+#include <memory>
+#include <string>
+
+#include "reference_suite/audio/decode/audio_decoder.h"
+#include "reference_suite/audio/decode/memory_content.h"
+
+namespace tesk_audio {
+
+struct DecodeRequest {
+  std::string shownPath;
+  double rateHz = 0.0;  // 0: the file's own
+  // What a song may have: its length is a 32-bit number everywhere.
+  long long maxFrames = 4'294'967'295LL;
+  std::function<unsigned long long()> availableMemoryBytes;
+};
+
+// Decodes to the end. What a header promises is only ever used to refuse what cannot fit; the length is what
+// came out. Samples that are not finite become 0. Everything odd about the file is one warning line on the
+// console. Throws TESKAudioError when memory is short, and the decoder's own class for a file without a
+// single frame or with too many.
+std::unique_ptr<MemoryContent> DecodeContent(AudioDecoder& decoder, const DecodeRequest& request);
+
+// What both decoding and probing refuse at once. `frames` may be -1, unknown.
+void RequirePlayableLength(const DecodedFormat& format, long long frames, const DecodeRequest& request);
+
+}  // namespace tesk_audio

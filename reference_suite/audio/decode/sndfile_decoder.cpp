@@ -1,0 +1,173 @@
+#include "reference_suite/audio/decode/sndfile_decoder.h"
+
+#include <cstring>
+#include <new>
+
+#include "reference_suite/audio/decode/ogg_scan.h"
+
+namespace tesk_audio {
+
+namespace {
+
+AudioFile& FileOf(void* source) {
+  return *static_cast<AudioFile*>(source);
+}
+
+sf_count_t LengthCallback(void* source) {
+  return FileOf(source).Size();
+}
+
+sf_count_t SeekCallback(sf_count_t offset, int whence, void* source) {
+  AudioFile& file = FileOf(source);
+  if (whence == SEEK_CUR) offset += file.Tell();
+  if (whence == SEEK_END) offset += file.Size();
+  return file.Seek(offset) ? file.Tell() : -1;
+}
+
+sf_count_t ReadCallback(void* buffer, sf_count_t count, void* source) {
+  return static_cast<sf_count_t>(FileOf(source).Read(buffer, static_cast<std::size_t>(count)));
+}
+
+sf_count_t WriteCallback(const void* /*buffer*/, sf_count_t /*count*/, void* /*source*/) {
+  return 0;
+}
+
+sf_count_t TellCallback(void* source) {
+  return FileOf(source).Tell();
+}
+
+std::string FormatName(int format) {
+  if ((format & SF_FORMAT_SUBMASK) == SF_FORMAT_OPUS) return "Ogg Opus";
+  switch (format & SF_FORMAT_TYPEMASK) {
+    case SF_FORMAT_WAV:
+    case SF_FORMAT_WAVEX:
+      return "WAV";
+    case SF_FORMAT_RF64:
+      return "RF64";
+    case SF_FORMAT_AIFF:
+      return "AIFF";
+    case SF_FORMAT_FLAC:
+      return "FLAC";
+    case SF_FORMAT_MPEG:
+      return "MP3";
+    case SF_FORMAT_OGG:
+      return "Ogg";
+    default:
+      break;
+  }
+  SF_FORMAT_INFO info{};
+  info.format = format & SF_FORMAT_TYPEMASK;
+  const bool known =
+      sf_command(nullptr, SFC_GET_FORMAT_INFO, &info, sizeof info) == 0 && info.name != nullptr;
+  return known ? info.name : "unknown";
+}
+
+// What the first bytes claim the file to be; empty when they claim nothing.
+std::string ClaimedName(const std::string& head) {
+  const auto begins = [&head](const char* with) { return head.compare(0, std::strlen(with), with) == 0; };
+  if (begins("OggS")) return "Ogg";
+  if (begins("RIFF") && head.compare(8, 4, "WAVE") == 0) return "WAV";
+  if (begins("RF64")) return "RF64";
+  if (begins("FORM")) return "AIFF";
+  if (begins("fLaC")) return "FLAC";
+  if (begins("ID3")) return "MP3";
+  return "";
+}
+
+unsigned long long SizeField(const std::string& head, bool bigEndian) {
+  unsigned long long size = 0;
+  for (std::size_t i = 0; i < 4; ++i) {
+    const std::size_t at = bigEndian ? 4 + i : 7 - i;
+    size = size * 256 + static_cast<unsigned char>(head[at]);
+  }
+  return size;
+}
+
+// Whether a WAV or AIFF header promises more bytes than the file has. Recorders that could not go back to
+// their header leave sizes from 2 GiB up (or 0) there, which promise nothing.
+bool IsCutOff(const std::string& head, long long fileSize) {
+  const std::string name = ClaimedName(head);
+  if (head.size() < 12 || (name != "WAV" && name != "AIFF")) return false;
+  const unsigned long long size = SizeField(head, name == "AIFF");
+  return size < 0x7FFFFFFFULL && size + 8 > static_cast<unsigned long long>(fileSize);
+}
+
+}  // namespace
+
+SndfileDecoder::SndfileDecoder(AudioFile& file, bool isOgg) : file_(file) {
+  file_.Seek(0);
+  SF_VIRTUAL_IO callbacks{LengthCallback, SeekCallback, ReadCallback, WriteCallback, TellCallback};
+  SF_INFO info{};
+  sound_ = sf_open_virtual(&callbacks, SFM_READ, &info, &file_);
+  if (sound_ == nullptr) ThrowOpenFailed_(isOgg);
+  const bool isCounted = info.frames >= 0 && info.frames != SF_COUNT_MAX;
+  format_ = {FormatName(info.format), static_cast<double>(info.samplerate),
+             static_cast<unsigned>(info.channels), isCounted ? info.frames : -1, isOgg};
+}
+
+SndfileDecoder::~SndfileDecoder() {
+  sf_close(sound_);
+}
+
+void SndfileDecoder::ThrowOpenFailed_(bool isOgg) {
+  const int error = sf_error(nullptr);
+  file_.ThrowIfReadFailed();
+  if (std::strcmp(sf_error_number(error), "Internal malloc () failed.") == 0) throw std::bad_alloc();
+  const std::string name = ClaimedName(file_.Head(12));
+  if (name.empty()) {
+    ThrowUndecodable(isOgg, file_.Name() +
+                                ": this is not audio that can be decoded. Use Ogg Vorbis, "
+                                "Ogg Opus, FLAC, WAV, AIFF or MP3.");
+  }
+  ThrowUndecodable(isOgg,
+                   file_.Name() + ": the " + name +
+                       " file cannot be decoded: its header is damaged, cut off or of an unknown kind. "
+                       "Export the recording again.");
+}
+
+void SndfileDecoder::Inspect() {
+  if (IsCutOff(file_.Head(12), file_.Size())) {
+    warnings_.push_back("the file is shorter than its header says: it was cut off");
+  }
+  if (!format_.isOgg) return;
+  const long long position = file_.Tell();
+  const OggScan scan = ScanOgg(file_);
+  file_.ThrowIfReadFailed();
+  file_.Seek(position);
+  if (scan.chained) {
+    ThrowUndecodable(true,
+                     file_.Name() +
+                         ": this is a chain of several Ogg streams, of which only the first would be heard. "
+                         "Keep one recording in each file.");
+  }
+  if (scan.lostStart || scan.lostInside) {
+    warnings_.push_back("the Ogg stream is damaged; what follows the damage comes too early");
+  }
+  if (scan.lostEnd) warnings_.push_back("the Ogg stream has no end: the file was cut off");
+}
+
+std::size_t SndfileDecoder::Read(float* frames, std::size_t count) {
+  const sf_count_t got = sf_readf_float(sound_, frames, static_cast<sf_count_t>(count));
+  if (got <= 0) {
+    file_.ThrowIfReadFailed();
+    return 0;
+  }
+  handedOut_ += got;
+  return static_cast<std::size_t>(got);
+}
+
+std::vector<std::string> SndfileDecoder::Warnings() const {
+  std::vector<std::string> warnings = warnings_;
+  if (sf_error(sound_) != SF_ERR_NO_ERROR) {
+    std::string text = sf_strerror(sound_);
+    while (!text.empty() && text.back() == '.') text.pop_back();
+    warnings.push_back("decoding met an error: " + text);
+  }
+  if (handedOut_ < format_.frames) {
+    warnings.push_back("only " + std::to_string(handedOut_) + " of " + std::to_string(format_.frames) +
+                       " frames could be decoded");
+  }
+  return warnings;
+}
+
+}  // namespace tesk_audio

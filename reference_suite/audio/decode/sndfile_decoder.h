@@ -1,0 +1,38 @@
+#pragma once
+
+#include <sndfile.h>
+
+#include <cstddef>
+#include <string>
+#include <vector>
+
+#include "reference_suite/audio/decode/audio_decoder.h"
+#include "reference_suite/audio/decode/audio_file.h"
+
+namespace tesk_audio {
+
+// Everything but Ogg Vorbis: WAV, AIFF, FLAC, MP3, Ogg Opus and what else libsndfile reads.
+// Errors     AudioSampleContentError; OggVorbisDecodeError for an Ogg stream.
+class SndfileDecoder : public AudioDecoder {
+ public:
+  SndfileDecoder(AudioFile& file, bool isOgg);
+  ~SndfileDecoder() override;
+  SndfileDecoder(const SndfileDecoder&) = delete;
+  SndfileDecoder& operator=(const SndfileDecoder&) = delete;
+
+  const DecodedFormat& Format() const override { return format_; }
+  void Inspect() override;
+  std::size_t Read(float* frames, std::size_t count) override;
+  std::vector<std::string> Warnings() const override;
+
+ private:
+  [[noreturn]] void ThrowOpenFailed_(bool isOgg);
+
+  AudioFile& file_;
+  SNDFILE* sound_ = nullptr;
+  DecodedFormat format_;
+  std::vector<std::string> warnings_;
+  long long handedOut_ = 0;
+};
+
+}  // namespace tesk_audio

@@ -1,0 +1,171 @@
+#include "reference_suite/audio/decode/vorbis_decoder.h"
+
+#include <algorithm>
+#include <cmath>
+
+#include "reference_suite/audio/decode/ogg_scan.h"
+
+namespace tesk_audio {
+
+namespace {
+
+constexpr int kFramesAtATime = 4096;
+// A position that leaps further than this is nonsense, not a lost page.
+constexpr double kLongestGapSeconds = 600.0;
+
+AudioFile& FileOf(void* source) {
+  return *static_cast<AudioFile*>(source);
+}
+
+std::size_t ReadCallback(void* buffer, std::size_t size, std::size_t count, void* source) {
+  return size == 0 ? 0 : FileOf(source).Read(buffer, size * count) / size;
+}
+
+int SeekCallback(void* source, ogg_int64_t offset, int whence) {
+  AudioFile& file = FileOf(source);
+  if (whence == SEEK_CUR) offset += file.Tell();
+  if (whence == SEEK_END) offset += file.Size();
+  return file.Seek(offset) ? 0 : -1;
+}
+
+long TellCallback(void* source) {
+  return static_cast<long>(FileOf(source).Tell());
+}
+
+}  // namespace
+
+VorbisDecoder::VorbisDecoder(AudioFile& file) : file_(file) {
+  file_.Seek(0);
+  const ov_callbacks callbacks{ReadCallback, SeekCallback, nullptr, TellCallback};
+  if (ov_open_callbacks(&file_, &stream_, nullptr, 0, callbacks) != 0) {
+    file_.ThrowIfReadFailed();
+    ThrowUndecodable(true, file_.Name() +
+                               ": the Ogg Vorbis stream cannot be decoded: its headers are damaged or "
+                               "cut off. Encode the recording again.");
+  }
+  try {
+    const vorbis_info* info = ov_info(&stream_, 0);
+    format_ = {"Ogg Vorbis", static_cast<double>(info->rate), static_cast<unsigned>(info->channels),
+               ov_pcm_total(&stream_, -1), true};
+    startOffset_ = startLeap_ = stream_.pcmlengths[0];
+    RequireOneFormat_();
+  } catch (...) {
+    ov_clear(&stream_);
+    throw;
+  }
+}
+
+VorbisDecoder::~VorbisDecoder() {
+  ov_clear(&stream_);
+}
+
+void VorbisDecoder::RequireOneFormat_() {
+  const long links = ov_streams(&stream_);
+  for (long link = 1; link < links; ++link) {
+    const vorbis_info* info = ov_info(&stream_, static_cast<int>(link));
+    const bool sameRate = static_cast<double>(info->rate) == format_.rateHz;
+    if (sameRate && static_cast<unsigned>(info->channels) == format_.channels) continue;
+    const std::string from = sameRate ? std::to_string(format_.channels) + " to " : "";
+    const std::string change =
+        sameRate ? "the channels change inside, from " + from + std::to_string(info->channels)
+                 : "the rate changes inside, from " + std::to_string(std::lround(format_.rateHz)) + " to " +
+                       std::to_string(info->rate) + " Hz";
+    ThrowUndecodable(true, file_.Name() + ": this is a chain of " + std::to_string(links) +
+                               " Ogg streams, and " + change + ". Keep one recording in each file.");
+  }
+}
+
+void VorbisDecoder::Inspect() {
+  const long long position = file_.Tell();
+  const OggScan scan = ScanOgg(file_);
+  file_.ThrowIfReadFailed();
+  file_.Seek(position);
+  if (scan.chained && ov_streams(&stream_) == 1) {
+    ThrowUndecodable(true, file_.Name() +
+                               ": this is a chain of Ogg streams that all bear the same number, which "
+                               "cannot be told apart. Keep one recording in each file.");
+  }
+  if (scan.chained) {
+    warnings_.push_back("several Ogg streams follow each other in this file; they are played as one");
+  }
+  if (scan.lostEnd) warnings_.push_back("the Ogg stream has no end: the file was cut off");
+  if (scan.lostStart) FillGap_(startOffset_);
+}
+
+std::size_t VorbisDecoder::Read(float* frames, std::size_t count) {
+  // Behind an open gap nothing is handed out: its length is not known yet.
+  while ((gapOpen_ || queueRead_ == QueuedFrames_()) && DecodeSome_()) {
+  }
+  const std::size_t part = std::min(count, QueuedFrames_() - queueRead_);
+  if (part == 0) file_.ThrowIfReadFailed();
+  const auto from = queue_.begin() + static_cast<std::ptrdiff_t>(queueRead_ * format_.channels);
+  std::copy_n(from, part * format_.channels, frames);
+  queueRead_ += part;
+  handedOut_ += static_cast<long long>(part);
+  if (queueRead_ == QueuedFrames_()) {
+    queue_.clear();
+    queueRead_ = 0;
+  }
+  return part;
+}
+
+bool VorbisDecoder::DecodeSome_() {
+  float** channels = nullptr;
+  int link = 0;
+  const long got = ov_read_float(&stream_, &channels, kFramesAtATime, &link);
+  if (got == OV_HOLE) {
+    if (!gapOpen_) gapAt_ = QueuedFrames_();
+    gapOpen_ = true;
+    return true;
+  }
+  if (got <= 0) {
+    // Nothing behind the gap says where it stood, except the length that the last page gave.
+    if (gapOpen_) FillGap_(format_.frames + startOffset_ - startLeap_ - lastTell_);
+    return false;
+  }
+  // The stream tells its true position once a page has been read to its end, and leaps when some were lost.
+  const long long tell = ov_pcm_tell(&stream_);
+  long long leap = tell - lastTell_ - got;
+  lastTell_ = tell;
+  if (leap >= startLeap_) {
+    leap -= startLeap_;
+    startLeap_ = 0;
+  }
+  if (leap > 0) FillGap_(leap);
+  Enqueue_(channels, static_cast<std::size_t>(got));
+  return true;
+}
+
+void VorbisDecoder::Enqueue_(float** channels, std::size_t count) {
+  std::size_t index = queue_.size();
+  queue_.resize(index + count * format_.channels);
+  for (std::size_t frame = 0; frame < count; ++frame) {
+    for (unsigned channel = 0; channel < format_.channels; ++channel) {
+      queue_[index++] = channels[channel][frame];
+    }
+  }
+}
+
+void VorbisDecoder::FillGap_(long long frames) {
+  const std::size_t at = gapOpen_ ? gapAt_ : QueuedFrames_();
+  gapOpen_ = false;
+  if (frames <= 0 || static_cast<double>(frames) > kLongestGapSeconds * format_.rateHz) return;
+  lostFrames_ += frames;
+  queue_.insert(queue_.begin() + static_cast<std::ptrdiff_t>(at * format_.channels),
+                static_cast<std::size_t>(frames) * format_.channels, 0.0F);
+}
+
+std::vector<std::string> VorbisDecoder::Warnings() const {
+  std::vector<std::string> warnings = warnings_;
+  if (lostFrames_ > 0) {
+    warnings.push_back("the Ogg stream is damaged; " + std::to_string(lostFrames_) +
+                       " frames are lost and silent");
+  }
+  if (handedOut_ < format_.frames) {
+    warnings.push_back("only " + std::to_string(handedOut_) + " of " + std::to_string(format_.frames) +
+                       " frames could be decoded");
+  }
+  return warnings;
+}
+
+}  // namespace tesk_audio

@@ -1,0 +1,55 @@
+#pragma once
+
+#include <vorbis/vorbisfile.h>
+
+#include <cstddef>
+#include <string>
+#include <vector>
+
+#include "reference_suite/audio/decode/audio_decoder.h"
+#include "reference_suite/audio/decode/audio_file.h"
+
+namespace tesk_audio {
+
+// Ogg Vorbis. Where pages were lost, silence of the lost length stands in, so that everything behind the
+// damage still comes at its own time: cues follow the music, not the file.
+//
+// Units      frames of the file's own rate.
+// Errors     OggVorbisDecodeError when the headers are broken or the format changes inside.
+class VorbisDecoder : public AudioDecoder {
+ public:
+  explicit VorbisDecoder(AudioFile& file);
+  ~VorbisDecoder() override;
+  VorbisDecoder(const VorbisDecoder&) = delete;
+  VorbisDecoder& operator=(const VorbisDecoder&) = delete;
+
+  const DecodedFormat& Format() const override { return format_; }
+  void Inspect() override;
+  std::size_t Read(float* frames, std::size_t count) override;
+  std::vector<std::string> Warnings() const override;
+
+ private:
+  void RequireOneFormat_();
+  // One step of the library into queue_. False at the end.
+  bool DecodeSome_();
+  void Enqueue_(float** channels, std::size_t count);
+  // `frames` that are missing belong where the last gap began, or to the end of the queue without one.
+  void FillGap_(long long frames);
+  std::size_t QueuedFrames_() const { return queue_.size() / format_.channels; }
+
+  AudioFile& file_;
+  OggVorbis_File stream_{};
+  DecodedFormat format_;
+  std::vector<std::string> warnings_;
+  std::vector<float> queue_;   // decoded, not yet handed out
+  std::size_t queueRead_ = 0;  // frames of it that are handed out
+  bool gapOpen_ = false;       // pages are missing and the stream has not yet said where it goes on
+  std::size_t gapAt_ = 0;      // frames of queue_ before the gap
+  long long startOffset_ = 0;  // where the first frame of audio says it stands
+  long long startLeap_ = 0;    // the same, until the stream's position has leaped by it
+  long long lastTell_ = 0;     // where the stream said it stood
+  long long lostFrames_ = 0;   // replaced by silence
+  long long handedOut_ = 0;
+};
+
+}  // namespace tesk_audio

@@ -1,0 +1,248 @@
+// Files that are broken: refused in words, or played as far as they go with a warning.
+#include <gtest/gtest.h>
+#include <sndfile.h>
+
+#include <algorithm>
+#include <cstdint>
+#include <filesystem>
+#include <limits>
+
+#include "suite/audio/errors.h"
+#include "tests/reference_suite/audio/support/decoded.h"
+#include "tests/reference_suite/audio/support/sound_files.h"
+#include "tests/support/cout_capture.h"
+#include "tests/support/throws_with_text.h"
+
+namespace {
+
+using test_support::ThrowsWithText;
+
+using tesk_audio::AudioSampleContentError;
+
+constexpr int kWav16 = SF_FORMAT_WAV | SF_FORMAT_PCM_16;
+constexpr int kWavFloat = SF_FORMAT_WAV | SF_FORMAT_FLOAT;
+constexpr int kFlac = SF_FORMAT_FLAC | SF_FORMAT_PCM_16;
+constexpr int kMp3 = SF_FORMAT_MPEG | SF_FORMAT_MPEG_LAYER_III;
+
+class DamagedFiles : public testing::Test {
+ protected:
+  // A real file's bytes.
+  std::string Song(int format, long long frames = 144'000) const {
+    sound_files::Write(path_, format, 48000, 2, sound_files::Noise(frames, 2));
+    return sound_files::Bytes(path_);
+  }
+
+  void Damage(const std::string& bytes) const { sound_files::WriteBytes(path_, bytes); }
+
+  // Decoding and probing refuse alike.
+  void ExpectRefused(const std::string& bytes, const std::string& text) const {
+    Damage(bytes);
+    EXPECT_TRUE(ThrowsWithText<AudioSampleContentError>([&] { Decode(path_); }, path_ + ": " + text));
+    EXPECT_TRUE(ThrowsWithText<AudioSampleContentError>([&] { tesk_audio::ProbeAudioFile(path_); },
+                                                        path_ + ": " + text));
+  }
+
+  void ExpectPlaysWithWarning(const std::string& bytes, unsigned frames, const std::string& warnings) const {
+    Damage(bytes);
+    const test_support::CoutCapture console;
+    EXPECT_EQ(Decode(path_)->GetSampleCount(), frames);
+    EXPECT_EQ(console.Text(), warnings);
+  }
+
+  void ExpectPlaysOrIsRefused() const {
+    const test_support::CoutCapture console;
+    try {
+      EXPECT_GT(Decode(path_)->GetSampleCount(), 0U);
+    } catch (const AudioSampleContentError&) {
+    } catch (const tesk_audio::OggVorbisDecodeError&) {
+    }
+  }
+
+  std::string Warning(const std::string& text) const { return "WARNING: " + path_ + ": " + text + ".\n"; }
+
+  sound_files::TemporaryFolder folder_;
+  std::string path_ = folder_.Path("1 Song.obd");
+};
+
+const char* const kNotAudio =
+    "this is not audio that can be decoded. Use Ogg Vorbis, Ogg Opus, FLAC, WAV, AIFF or MP3.";
+const char* const kWavHeader =
+    "the WAV file cannot be decoded: its header is damaged, cut off or of an unknown kind. Export the "
+    "recording "
+    "again.";
+
+TEST_F(DamagedFiles, EmptyFile) {
+  ExpectRefused("", "the file is empty. Copy it again from where it came.");
+}
+
+TEST_F(DamagedFiles, ZerosAndText) {
+  ExpectRefused(std::string(5000, '\0'), kNotAudio);
+  ExpectRefused("Dear diary, today I wrote no music.\n", kNotAudio);
+}
+
+TEST_F(DamagedFiles, WavWithoutData) {
+  const std::string text =
+      "the WAV file holds no audio: not one frame could be decoded. Export the recording again.";
+  ExpectRefused(Song(kWav16, 0), text);
+}
+
+TEST_F(DamagedFiles, WavWithABrokenHeader) {
+  const std::string song = Song(kWav16);
+  ExpectRefused(song.substr(0, 30), kWavHeader);
+  std::string noRate = song;
+  noRate.replace(24, 4, 4, '\0');
+  ExpectRefused(noRate, kWavHeader);
+  std::string noChannels = song;
+  noChannels.replace(22, 2, 2, '\0');
+  ExpectRefused(noChannels, kWavHeader);
+  std::string manyChannels = song;
+  manyChannels.replace(22, 2, "\x01\x04");  // 1025
+  ExpectRefused(manyChannels, kWavHeader);
+  std::string unknownKind = song;
+  unknownKind.replace(20, 2, "\x34\x12");
+  ExpectRefused(unknownKind, kWavHeader);
+}
+
+TEST_F(DamagedFiles, WavCutInHalfPlaysItsHalf) {
+  const std::string song = Song(kWav16);
+  ExpectPlaysWithWarning(song.substr(0, song.size() / 2), 71'994,
+                         Warning("the file is shorter than its header says: it was cut off"));
+}
+
+TEST_F(DamagedFiles, WavWhoseLengthWasNeverWrittenPlaysCompletely) {
+  for (const char byte : {'\xFF', '\0'}) {
+    std::string song = Song(kWav16);
+    song.replace(4, 4, 4, byte);
+    song.replace(40, 4, 4, byte);
+    const unsigned expected = byte == '\0' ? 0 : 144'000;
+    if (expected == 0) continue;
+    ExpectPlaysWithWarning(song, expected, "");
+  }
+}
+
+TEST_F(DamagedFiles, AiffCutInHalfPlaysItsHalf) {
+  const std::string song = Song(SF_FORMAT_AIFF | SF_FORMAT_PCM_24);
+  ExpectPlaysWithWarning(song.substr(0, song.size() / 2), 71'995,
+                         Warning("the file is shorter than its header says: it was cut off"));
+}
+
+TEST_F(DamagedFiles, FlacCutInHalfPlaysItsHalf) {
+  const std::string song = Song(kFlac);
+  Damage(song.substr(0, song.size() / 2));
+  const test_support::CoutCapture console;
+  const auto content = Decode(path_);
+  EXPECT_GT(content->GetSampleCount(), 60'000U);
+  EXPECT_LT(content->GetSampleCount(), 75'000U);
+  EXPECT_EQ(console.Text(), Warning("only " + std::to_string(content->GetSampleCount()) +
+                                    " of 144000 frames could be decoded"));
+}
+
+TEST_F(DamagedFiles, FlacWithoutAWholeFrame) {
+  ExpectRefused(Song(kFlac).substr(0, 100),
+                "the FLAC file holds no audio: not one frame could be decoded. Export the recording again.");
+  ExpectRefused(
+      Song(kFlac).substr(0, 30),
+      "the FLAC file cannot be decoded: its header is damaged, cut off or of an unknown kind. Export the "
+      "recording again.");
+}
+
+TEST_F(DamagedFiles, FlacThatDoesNotKnowItsLengthPlaysCompletely) {
+  std::string song = Song(kFlac);
+  // The 36 bits of the length, behind rate, channels and depth.
+  song[21] = static_cast<char>(song[21] & 0xF0);
+  song.replace(22, 4, 4, '\0');
+  ExpectPlaysWithWarning(song, 144'000, "");
+}
+
+TEST_F(DamagedFiles, FlacThatPromisesMoreThanASongCanHave) {
+  std::string song = Song(kFlac);
+  song[21] = static_cast<char>(song[21] | 0x0F);
+  song.replace(22, 4, 4, '\xFF');
+  ExpectRefused(song,
+                "68719476735 frames are more than the 4294967295 that a song can have. Split the recording.");
+}
+
+TEST_F(DamagedFiles, Mp3CutInHalfPlaysItsHalf) {
+  const std::string song = Song(kMp3);
+  Damage(song.substr(0, song.size() / 2));
+  const test_support::CoutCapture console;
+  const auto content = Decode(path_);
+  EXPECT_GT(content->GetSampleCount(), 60'000U);
+  EXPECT_LT(content->GetSampleCount(), 75'000U);
+  EXPECT_EQ(console.Text(), Warning("only " + std::to_string(content->GetSampleCount()) +
+                                    " of 144000 frames could be decoded"));
+}
+
+TEST_F(DamagedFiles, Mp3WithAHoleTellsWhatStoppedIt) {
+  std::string song = Song(kMp3);
+  song.replace(song.size() / 2, song.size() / 4, song.size() / 4, '\0');
+  Damage(song);
+  const test_support::CoutCapture console;
+  const auto content = Decode(path_);
+  EXPECT_EQ(console.Text(), Warning("decoding met an error: Unspecified internal error") +
+                                Warning("only " + std::to_string(content->GetSampleCount()) +
+                                        " of 144000 frames could be decoded"));
+}
+
+TEST_F(DamagedFiles, NotANumberAndInfinitiesBecomeSilence) {
+  std::vector<float> samples = sound_files::IndexCoded(10'000, 2);
+  const float infinity = std::numeric_limits<float>::infinity();
+  samples[5] = std::numeric_limits<float>::quiet_NaN();
+  samples[6'000] = infinity;
+  samples[19'999] = -infinity;
+  samples[7] = 1e30F;
+  samples[8] = -1e30F;
+  sound_files::Write(path_, kWavFloat, 48000, 2, samples);
+  const test_support::CoutCapture console;
+  const std::vector<float> heard = Samples(*Decode(path_));
+  samples[5] = samples[6'000] = samples[19'999] = 0.0F;
+  EXPECT_EQ(heard, samples);
+  EXPECT_EQ(console.Text(), Warning("3 samples that are not finite are replaced by 0"));
+}
+
+TEST_F(DamagedFiles, RecordingOf27Hours) {
+  // A header, and behind it a hole of 9.3 GB: 4 665 600 000 frames of 16 bits.
+  const std::uint64_t dataBytes = 9'331'200'000ULL;
+  const auto little = [](std::uint64_t value, std::size_t bytes) {
+    std::string text;
+    for (std::size_t i = 0; i < bytes; ++i) text += static_cast<char>(value >> (8 * i) & 0xFF);
+    return text;
+  };
+  const std::string none(4, '\xFF');
+  Damage("RF64" + none + "WAVEds64" + little(28, 4) + little(dataBytes + 72, 8) + little(dataBytes, 8) +
+         little(dataBytes / 2, 8) + little(0, 4) + "fmt " + little(16, 4) + little(1, 2) + little(1, 2) +
+         little(48000, 4) + little(96000, 4) + little(2, 2) + little(16, 2) + "data" + none);
+  std::filesystem::resize_file(path_, std::filesystem::file_size(path_) + dataBytes);
+  const std::string text =
+      path_ + ": 4665600000 frames are more than the 4294967295 that a song can have. Split the recording.";
+  EXPECT_TRUE(ThrowsWithText<AudioSampleContentError>([&] { Decode(path_); }, text));
+  EXPECT_TRUE(ThrowsWithText<AudioSampleContentError>([&] { tesk_audio::ProbeAudioFile(path_); }, text));
+}
+
+TEST_F(DamagedFiles, EveryCutOfASmallFileIsSurvived) {
+  for (const int format :
+       {kWav16, kFlac, kMp3, SF_FORMAT_OGG | SF_FORMAT_VORBIS, SF_FORMAT_OGG | SF_FORMAT_OPUS}) {
+    const std::string song = Song(format, 3'000);
+    const std::size_t step = std::max<std::size_t>(1, song.size() / 150);
+    for (std::size_t length = 0; length < song.size(); length += step) {
+      Damage(song.substr(0, length));
+      ExpectPlaysOrIsRefused();
+    }
+  }
+}
+
+TEST_F(DamagedFiles, EveryBrokenByteOfASmallFileIsSurvived) {
+  for (const int format :
+       {kWav16, kFlac, kMp3, SF_FORMAT_OGG | SF_FORMAT_VORBIS, SF_FORMAT_OGG | SF_FORMAT_OPUS}) {
+    const std::string song = Song(format, 3'000);
+    const std::size_t step = std::max<std::size_t>(1, song.size() / 150);
+    for (std::size_t at = 0; at < song.size(); at += step) {
+      std::string broken = song;
+      broken[at] = static_cast<char>(broken[at] ^ 0x5A);
+      Damage(broken);
+      ExpectPlaysOrIsRefused();
+    }
+  }
+}
+
+}  // namespace
