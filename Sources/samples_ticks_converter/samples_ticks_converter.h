@@ -16,15 +16,13 @@ class SongData;
 // The one authority that relates the audio position of the current song to its MIDI position.
 //
 // Units      tick: MIDI ticks from the start of the song. sample: audio frames from the first frame of the
-// decoded
-//            audio, unscaled (as recorded, whatever the tempo scale in force). elapsed: samples handed to the
-//            output since playback was set up, whatever jumps lay between; it only grows.
+//            decoded audio, unscaled (as recorded, whatever the tempo scale in force). elapsed: samples
+//            handed to the output since playback was set up, whatever jumps lay between; it only grows.
 // Origin     sample 0 is the first frame of tick GetAudioStart().
 // Threads    ANY. Every public operation takes this object's own recursive lock throughout; hold it yourself
 //            around two conversions that must see the same map.
 // Render     the conversions allocate nothing (but for the text of a failed assertion) and walk a map with
-// one
-//            entry per tempo change. RegisterElapsedSampleCount inserts into a map, so it may allocate.
+//            one entry per tempo change. RegisterElapsedSampleCount inserts into a map, so it may allocate.
 // Arithmetic which step is double and which long double is a contract: see sample_math.h.
 class SamplesTicksConverter : public exc::RLockable {
  public:
