@@ -97,10 +97,11 @@ TEST_F(ContentDeleterThreadTest, AnythingElseFromTheCallbackIsLoggedAsUnknownWit
 
 TEST_F(ContentDeleterThreadTest, NoThreadFromTheSystemThrows) {
   const test_support::NoThreads noThreads;
-  EXPECT_TRUE(ThrowsWithText<std::runtime_error>([&] { Start(); },
-                                                 "Creating audio content deleter thread.: 11 EAGAIN: The "
-                                                 "system lacked the necessary resources to create "
-                                                 "another thread."));
+  EXPECT_TRUE(test_support::ThrowsWithText<std::runtime_error>(
+      [&] { Start(); },
+      "Creating audio content deleter thread.: 11 EAGAIN: The "
+      "system lacked the necessary resources to create "
+      "another thread."));
   EXPECT_EQ(data_, nullptr);
 }
 

@@ -47,7 +47,8 @@ TEST_F(FileLoaderDataTest, LoadHandsPathAndArgumentToTheDecoderAndKeepsTheConten
 
 TEST_F(FileLoaderDataTest, LoadLetsTheDecodersErrorThroughAndKeepsNoContent) {
   fakes::decoder::FailDecode("/show/data/12 Waltz.obd", ErrorKind::OggVorbis, "bad page");
-  EXPECT_TRUE(ThrowsWithText<tesk_audio::OggVorbisDecodeError>([&] { data_.Load(); }, "bad page"));
+  EXPECT_TRUE(
+      test_support::ThrowsWithText<tesk_audio::OggVorbisDecodeError>([&] { data_.Load(); }, "bad page"));
   EXPECT_EQ(data_.AudioContent(), nullptr);
 }
 
@@ -111,7 +112,7 @@ TEST_F(FileLoaderDataTest, JoinWaitsForTheThreadAndDoesNotSetJoined) {
 // A thread cannot wait for itself.
 TEST_F(FileLoaderDataTest, AJoinThatFailsThrowsWithCallCodeAndSystemText) {
   *data_.ThreadID() = pthread_self();
-  EXPECT_TRUE(ThrowsWithText<exc::NOERRError>(
+  EXPECT_TRUE(test_support::ThrowsWithText<exc::NOERRError>(
       [&] { data_.Join(); }, "pthread_join(fld->thread_id, &thread_data): 35 Resource deadlock avoided"));
 }
 

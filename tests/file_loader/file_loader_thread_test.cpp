@@ -166,7 +166,7 @@ TEST_F(FileLoaderThreadTest, ManyLoadersRunAtOnce) {
 // The record is not freed then: see the suppression for leak checkers.
 TEST_F(FileLoaderThreadTest, NoThreadFromTheSystemThrows) {
   const test_support::NoThreads noThreads;
-  EXPECT_TRUE(ThrowsWithText<std::runtime_error>(
+  EXPECT_TRUE(test_support::ThrowsWithText<std::runtime_error>(
       [&] { StartFileLoaderThread("12", "any", "", Owner::Finished, &owner_); },
       "Creating file loader thread: 11 EAGAIN: The system lacked the necessary resources to create another "
       "thread."));

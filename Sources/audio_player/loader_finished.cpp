@@ -1,0 +1,59 @@
+#include <pthread.h>
+
+#include <utility>
+
+#include "Sources/audio_player/audio_player.h"
+#include "exc/flag/ex_scope_flag.h"
+
+void AudioPlayer_FileLoaderFinished(FileLoaderData* fld) {
+  static_cast<AudioPlayer*>(fld->UserData())->FileLoaderFinished_(fld);
+}
+
+// Who deletes the record: whoever has set its joined flag, for that one still has to join the thread;
+// otherwise this operation when the load failed or is awaited. The record of a song that nobody waits for is
+// left alone.
+void AudioPlayer::FileLoaderFinished_(FileLoaderData* fld) {
+  exc::ScopeLock lock(*this);
+  const std::string song = fld->SongNumber();
+  if (CheckFileLoaderExceptions(fld)) {
+    TakeLoaderOutOfMap_(song, fld);
+    ReleaseRecord_(fld);
+    return;
+  }
+  decodedContents_[song] = fld->AudioContent();
+  TakeLoaderOutOfMap_(song, fld);
+  if (!waitForAudio_.GetIsSet() || waitForAudio_.GetString() != song) return;
+
+  exc::ExScopeFlag finishing(fileLoaderIsFinishing_, song);
+  ReleaseRecord_(fld);
+  if (!PutAwaitedSongInPlace_()) return;
+  lock.Unlock();
+  TakeOverRateAndStart_();
+  Play();
+}
+
+bool AudioPlayer::PutAwaitedSongInPlace_() {
+  const tesk_audio::AudioSampleContent& content = *decodedContents_.at(waitForAudio_.GetString());
+  waitForAudio_.Cancel();
+  if (!IsOutputInitialized_()) return false;  // who waits for the very first song makes the output
+  SwitchOutputTo_(content);
+  // In an attacca the output's own thread waits and goes on playing by itself.
+  return !std::exchange(loadSongAttaccaIsWaiting_, false);
+}
+
+void AudioPlayer::ReleaseRecord_(FileLoaderData* fld) {
+  if (fld->Joined()) return;
+  pthread_detach(*fld->ThreadID());
+  delete fld;
+}
+
+bool AudioPlayer::LoaderIsInMap_(const std::string& song, const FileLoaderData* fld) {
+  const auto entry = fileLoaders_.find(song);
+  return entry != fileLoaders_.end() && entry->second == fld;
+}
+
+void AudioPlayer::TakeLoaderOutOfMap_(const std::string& song, const FileLoaderData* fld) {
+  if (!LoaderIsInMap_(song, fld)) return;
+  fileLoaders_.erase(song);
+  loaderLeftMap_.Broadcast(*this);
+}

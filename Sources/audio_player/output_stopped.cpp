@@ -1,0 +1,13 @@
+#include "Sources/audio_player/audio_player.h"
+#include "suite/core/callback_dispatcher.h"
+#include "suite/core/notification_names.h"
+
+void AudioPlayer::NotifyOutputHasStopped() {
+  SetPlayerState(PlayerState::STOP);
+  {
+    exc::ScopeLock lock(*this);
+    if (stopRequested_.exchange(false)) return;
+  }
+  // Nobody asked for it: the song has come to its end. Listeners run without the lock.
+  notify::callbackDispatcher.Notify(notify::names::stopped_at_end_of_song, nullptr);
+}

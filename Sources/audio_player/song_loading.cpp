@@ -1,0 +1,98 @@
+#include "Sources/audio_player/audio_player.h"
+#include "exc/lock/call_unlocked.h"
+#include "exc/lock/scope_unlock.h"
+#include "suite/audio/audio_sample_output.h"
+#include "suite/audio/create.h"
+#include "suite/core/gui_dispatcher.h"
+
+bool AudioPlayer::DoLoadSongAndGetIsFinished_(const std::string& song) {
+  {
+    exc::ScopeLock lock(*this);
+    waitForAudio_.Cancel();
+    loadSongAttaccaIsWaiting_ = false;
+  }
+  playerIsResetting_.WaitForCancel();
+  fileLoaderIsFinishing_.WaitForCancel();
+  if (songAudioFiles_.count(song) == 0) throw NoAudioForSong(song);
+  if (!IsPlaying()) Idle();
+  SetActiveSongNumber(song);
+  PreLoadAudio_();
+  showControl_.LoadSong();
+
+  const Placement placement = PutSongInPlace_(song);
+  if (placement == Placement::Failed) return false;
+  const bool ready = placement == Placement::Ready;
+  if (ready) TakeOverRateAndStart_();
+  notify::guiDispatcher.SendSongLoaded(song);
+  return ready;
+}
+
+AudioPlayer::Placement AudioPlayer::PutSongInPlace_(const std::string& song) {
+  exc::ScopeLock lock(*this);
+  const bool decoded = decodedContents_.count(song) != 0;
+  if (decoded) {
+    waitForAudio_.Cancel();
+  } else {
+    waitForAudio_.Set(song);
+  }
+  if (IsOutputInitialized_()) {
+    if (!decoded) return Placement::Loading;
+    SwitchOutputTo_(*decodedContents_.at(song));
+    return Placement::Ready;
+  }
+  // The very first song is waited for: the output is made for its format.
+  if (!decoded && !WaitUnlockedForLoader_()) return Placement::Failed;
+  audioSampleOutput_.reset(tesk_audio::CreateAudioSampleOutput(*decodedContents_.at(song), *this));
+  IsOutputInitialized_(true);
+  refusedContent_ = nullptr;
+  return Placement::Ready;
+}
+
+// Lock open: the loader stores the song's content; there is no output yet that it could switch.
+// Afterwards: the content is looked up anew.
+bool AudioPlayer::WaitUnlockedForLoader_() {
+  exc::ScopeUnlock open(*this);
+  return WaitForLoaderAndGetNoErrors_();
+}
+
+void AudioPlayer::SwitchOutputTo_(const tesk_audio::AudioSampleContent& content) {
+  std::string errorText;
+  if (!audioSampleOutput_->SwitchContent(content, &errorText)) {
+    refusedContent_ = &content;
+    throw AudioFormatError(errorText);
+  }
+  refusedContent_ = nullptr;
+}
+
+void AudioPlayer::TakeOverRateAndStart_() {
+  samplesTicksConverter_.SetSampleRate(GetSampleRateHz());
+  guiUpdate_.ResetAndSeekToTickIndex(showControl_.GetStartTickIndex());
+}
+
+bool AudioPlayer::WaitForLoaderAndGetNoErrors_() {
+  exc::ScopeLock lock(*this);
+  if (waitForAudio_.GetIsSet()) {
+    const auto entry = fileLoaders_.find(waitForAudio_.GetString());
+    if (entry != fileLoaders_.end()) WaitForLoader_(lock, entry->first, entry->second);
+  }
+  // Lock open: the loader that holds the flag needs the lock to finish.
+  // Afterwards: nothing read above is reused.
+  exc::CallUnlocked(lock, [this] { fileLoaderIsFinishing_.WaitForCancel(); });
+  return !loaderErrorOccurred_;
+}
+
+// Copies of the entry's parts, because the loader takes the entry out of the map.
+void AudioPlayer::WaitForLoader_(exc::ScopeLock& lock, std::string song, FileLoaderData* fld) {
+  if (fld->Joined()) {
+    // Another thread joins it already, and deletes it: a thread can be joined only once.
+    while (LoaderIsInMap_(song, fld)) loaderLeftMap_.WaitWhileLocked(lock);
+    return;
+  }
+  fld->Joined(true);
+  // Lock open: the loader finishes, puts its content in place and leaves the map.
+  // Afterwards: the map's entry is gone, the record is not: who joins deletes it.
+  exc::CallUnlocked(lock, [fld] { fld->Join(); });
+  CheckFileLoaderExceptions(fld);
+  TakeLoaderOutOfMap_(song, fld);
+  delete fld;
+}

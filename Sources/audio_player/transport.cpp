@@ -1,0 +1,107 @@
+#include "Sources/audio_player/audio_player.h"
+#include "Sources/audio_player/source_path.h"
+#include "exc/assertion/require_at.h"
+#include "exc/console/cout_buffer.h"
+#include "exc/flag/ex_scope_flag.h"
+#include "suite/audio/audio_sample_output.h"
+#include "suite/core/gui_dispatcher.h"
+
+void AudioPlayer::Play() {
+  if (!WaitForLoaderAndGetNoErrors_()) {
+    if (GetFileLoaderErrorOccurred()) notify::guiDispatcher.SendPlayerExceptionNotification();
+    return;
+  }
+  if (EnterPlay_()) StartOutput_();
+  notify::guiDispatcher.SendPlaybackStarted();
+  guiUpdate_.Unpause();
+}
+
+// One step, because a loader and the host may come here at once: only one of them starts the output.
+bool AudioPlayer::EnterPlay_() {
+  exc::ScopeLock lock(*this);
+  if (IsPlaying()) return false;
+  SetPlayerState(PlayerState::PLAY);
+  return true;
+}
+
+void AudioPlayer::StartOutput_() {
+  if (tesk_audio::AudioSampleOutput* const output = Output_()) output->Start();
+}
+
+void AudioPlayer::Pause() {
+  // One step: a song that ends at this moment stays stopped.
+  PlayerState playing = PlayerState::PLAY;
+  if (!playerState_.compare_exchange_strong(playing, PlayerState::PAUSE)) return;
+  if (tesk_audio::AudioSampleOutput* const output = Output_()) output->Pause();
+  notify::guiDispatcher.SendPlaybackPaused();
+}
+
+void AudioPlayer::Stop() {
+  if (GetPlayerState() == PlayerState::STOP) {
+    if (OutputRuns_()) {
+      exc::FailAssertion("!(this->audioSampleOutput_->GetOutputIsRunning())", "Stop",
+                         audio_player::kSourcePath, 991);
+    }
+    return;
+  }
+  SetStopRequested(true);
+  if (tesk_audio::AudioSampleOutput* const output = Output_()) {
+    output->Stop(true);
+  } else {
+    NotifyOutputHasStopped();  // what the output would have reported
+  }
+  if (GetPlayerState() == PlayerState::PAUSE) SetPlayerState(PlayerState::STOP);
+}
+
+void AudioPlayer::StopAndReset() {
+  if (GetPlayerState() != PlayerState::STOP && OutputRuns_()) Stop();
+  ResetPlayer();
+}
+
+void AudioPlayer::ResetPlayer() {
+  if (OutputRuns_() && !StopRunningOutput_()) {
+    exc::CoutBuffer() << "[WARNING] ResetPlayer was called while output was running. Unable to stop output."
+                      << exc::EndlT();
+    return;
+  }
+  exc::ExScopeFlag resetting(playerIsResetting_);
+  {
+    exc::ScopeLock lock(*this);
+    continueIsPending_ = false;
+    seekRequestedWhileNotPlay_ = true;
+    stopRequested_ = false;
+    attaccaHasOccurred_ = false;
+    attaccaAudibleHold_ = false;
+    approachingStop_ = false;
+    audibleTickIndex_ = 0;
+    attaccaHoldSampleCount_ = 0;
+    approachingStopTickIndex_ = 0;
+  }
+  samplesTicksConverter_.SetElapsedSampleCountAtAudioStart(0);
+  if (showControl_.FullReset()) return;
+  RefillOutput_();
+  EnsureGuiIsCurrent();
+}
+
+void AudioPlayer::ResetPlayerNoFillBuffers() {
+  {
+    exc::ScopeLock lock(*this);
+    continueIsPending_ = false;
+    seekRequestedWhileNotPlay_ = true;
+  }
+  samplesTicksConverter_.SetElapsedSampleCountAtAudioStart(0);
+  showControl_.FullReset();
+}
+
+bool AudioPlayer::StopRunningOutput_() {
+  tesk_audio::AudioSampleOutput* const output = Output_();
+  SetStopRequested(true);
+  for (int retries = 10; !output->Stop(true); --retries) {
+    if (retries == 0) return false;
+  }
+  return true;
+}
+
+void AudioPlayer::RefillOutput_() {
+  if (tesk_audio::AudioSampleOutput* const output = Output_()) output->Refill();
+}

@@ -1,0 +1,63 @@
+#pragma once
+
+#include <gtest/gtest.h>
+
+#include <cstddef>
+#include <memory>
+#include <string>
+#include <vector>
+
+#include "Sources/audio_player/audio_player.h"
+#include "suite/core/gui_dispatcher.h"
+#include "suite/midi/change_log.h"
+#include "suite/midi/show_data.h"
+#include "tests/support/cranked_output.h"
+
+using Journal = std::vector<std::string>;
+
+// A player of the show "/show" with the songs 1 to 5, among fakes: a decoder with switches, an output without
+// a thread, a base with scripted answers. What all of them and the listeners are told is in one journal.
+//
+// Each song has ticks of 0.0005 s (22.05 samples at 44100), starts at tick 0 and ends at tick 9600.
+class PlayerTest : public testing::Test, public notify::GuiListener {
+ protected:
+  PlayerTest();
+  ~PlayerTest() override;
+
+  void MakePlayer(const std::vector<std::string>& songsWithoutAudio = {});
+  void DestroyPlayer() { player_.reset(); }
+  // Makes the player if there is none, loads the song and waits for all loaders. The journal is empty then.
+  void LoadReady(const std::string& song);
+  void LoadAndPlay(const std::string& song);
+
+  AudioPlayer& GetPlayer() { return *player_; }
+  tesk_audio::AudioPlayerOutputInterface& AsOutputSees() { return *player_; }
+  // The one output. There must be one.
+  test_support::CrankedOutput& Output() { return *test_support::cranked::Get(); }
+
+  // Where the song's audio lies.
+  static std::string Path(const std::string& song);
+  // Until no loader's thread is left. Not while one is held, or while the test has threads of its own.
+  bool AwaitLoaders();
+  // Whether another thread could take the player lock now.
+  bool PlayerLockIsFree();
+  // What was told since the last time, all of it or the entries of one ("gui", "output", "notify", ...).
+  static Journal Told();
+  static Journal Told(const std::string& who);
+
+  // Replaces a song of the show; before the player is made.
+  void SetSong(const std::string& number, unsigned audioStart, unsigned audioEnd);
+
+  tesk_midi::ShowData show_;
+  CL::ChangeLog changeLog_;
+  std::unique_ptr<AudioPlayer> player_;
+
+ private:
+  void OnPlaybackStarted() override;
+  void OnPlaybackPaused() override;
+  void OnPlaybackStopped() override;
+  void OnPlayerException() override;
+  void OnSongLoaded(const std::string& songNumber) override;
+
+  std::ptrdiff_t threadsWithoutLoaders_ = 0;
+};
