@@ -1,0 +1,26 @@
+#pragma once
+
+#include <string>
+#include <vector>
+
+#include "suite/midi/load_show.h"
+
+namespace tesk_midi {
+
+// The files of one song, by their names in the folder songs/.
+struct SongFiles {
+  std::string number;
+  std::string name;
+  std::string midi;
+  std::string toml;  // empty: none
+};
+
+// Finds the songs among the entries of songs/: every "NUMBER NAME.mid", with its "NUMBER NAME.toml". Names
+// that cannot be understood and numbers that are taken are added to `problems`. Hidden files and files of
+// other kinds are none of ours.
+std::vector<SongFiles> FindSongFiles(const std::vector<std::string>& entries, std::vector<Problem>* problems);
+
+// Equal for numbers that differ in leading zeros only: "1" for "001", "2a" for "02a".
+std::string NumberByValue(const std::string& number);
+
+}  // namespace tesk_midi
