@@ -1,14 +1,20 @@
 find_package(GTest REQUIRED)
 include(GoogleTest)
 
-# orbel_test(<name> SOURCES <file>... [LIBRARIES <target>...])
+# orbel_test(<name> SOURCES <file>... [LIBRARIES <target>...] [PARTS <module>...])
 # One program per folder. Sources come before the parts at link time, so a fake defined among them
-# takes the place of the part's own object.
+# takes the place of the part's own object. PARTS are the only modules linked, for a program whose fakes stand
+# in for a whole module; without it, all of them.
 function(orbel_test name)
-  cmake_parse_arguments(PARSE_ARGV 1 T "" "" "SOURCES;LIBRARIES")
+  cmake_parse_arguments(PARSE_ARGV 1 T "" "" "SOURCES;LIBRARIES;PARTS")
+  set(parts orbel_parts)
+  if(T_PARTS)
+    string(REPLACE ";" "," group "${T_PARTS}")
+    set(parts "$<LINK_GROUP:RESCAN,${group}>")
+  endif()
   add_executable(${name} ${T_SOURCES})
   target_include_directories(${name} PRIVATE ${PROJECT_SOURCE_DIR})
-  target_link_libraries(${name} PRIVATE orbel_warnings ${T_LIBRARIES} orbel_parts GTest::gmock GTest::gtest_main
+  target_link_libraries(${name} PRIVATE orbel_warnings ${T_LIBRARIES} ${parts} GTest::gmock GTest::gtest_main
                                         Threads::Threads)
   gtest_discover_tests(${name} DISCOVERY_TIMEOUT 120 PROPERTIES TIMEOUT 300 LABELS ${name})
 endfunction()
