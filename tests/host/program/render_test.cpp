@@ -1,0 +1,389 @@
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+#include <signal.h>
+
+#include <filesystem>
+#include <sstream>
+
+#include "tests/host/run_orbel.h"
+#include "tests/host/show_files.h"
+
+namespace host_tests {
+namespace {
+
+using testing::HasSubstr;
+
+constexpr long long kBar = ShowFiles::kRate;  // a bar lasts one second
+
+// A passage of a song's audio.
+struct Piece {
+  long long from;
+  long long to;
+};
+
+class Render : public testing::Test {
+ protected:
+  Ended Play(std::vector<std::string> options) {
+    std::vector<std::string> arguments{"render", files_.Show(), "-o", Out(), "--crossfade", "0"};
+    arguments.insert(arguments.end(), options.begin(), options.end());
+    return Orbel(arguments);
+  }
+  std::string Out() const { return files_.Beside("out.wav"); }
+
+  std::string Script(const std::string& text) {
+    files_.Write("../script.txt", text);
+    return files_.Beside("script.txt");
+  }
+
+  // Every frame of the output is the one that belongs there. Bars count from 1; "silence" is a piece before
+  // bar 1.
+  void ExpectOutput(const std::vector<Piece>& pieces) {
+    std::vector<float> expected;
+    for (const Piece& piece : pieces) {
+      for (long long frame = piece.from; frame < piece.to; ++frame) {
+        expected.push_back(frame < 0 ? 0.0F : FrameValue(frame));
+      }
+    }
+    const std::vector<float> heard = ReadFloatWav(Out());
+    EXPECT_EQ(heard.size(), expected.size());
+    for (std::size_t index = 0; index < std::min(heard.size(), expected.size()); ++index) {
+      ASSERT_EQ(heard[index] * 16777216.0F, expected[index] * 16777216.0F) << "at frame " << index;
+    }
+  }
+
+  static Piece Bars(int from, int to) { return {(from - 1) * kBar, (to - 1) * kBar}; }
+  static Piece Silence(double seconds) { return {-static_cast<long long>(seconds * ShowFiles::kRate), 0}; }
+
+  ShowFiles files_;
+};
+
+TEST_F(Render, ASongWithoutCuesIsItsAudioFrameForFrame) {
+  files_.AddSong("1", "Waltz", 8);
+  const Ended run = Play({});
+  EXPECT_EQ(run.status, 0) << run.messages;
+  EXPECT_EQ(run.out, "");
+  EXPECT_EQ(run.messages, Out() + ": 0:08.000, 64000 frames\n");
+  ExpectOutput({Bars(1, 9)});
+}
+
+TEST_F(Render, AVampIsPlayedAsOftenAsAskedFor) {
+  files_.AddSong("1", "Waltz", 8, "[[vamp]]\nfrom = \"3\"\nto = \"5\"\n");
+  EXPECT_EQ(Play({}).status, 0);
+  ExpectOutput({Bars(1, 9)});
+  EXPECT_EQ(Play({"--vamp-passes", "3"}).status, 0);
+  ExpectOutput({Bars(1, 5), Bars(3, 5), Bars(3, 9)});
+}
+
+TEST_F(Render, AVampThatGoLeavesAtABarOrABeatHasWholePassesToo) {
+  for (const std::string exit : {"bar", "beat"}) {
+    files_.AddSong("1", "Waltz", 8, "[[vamp]]\nfrom = \"3\"\nto = \"5\"\nexit = \"" + exit + "\"\n");
+    EXPECT_EQ(Play({"--vamp-passes", "2"}).status, 0) << exit;
+    ExpectOutput({Bars(1, 5), Bars(3, 9)});
+  }
+}
+
+TEST_F(Render, AVampInsideARepeatIsPlayedAsOftenEachTime) {
+  files_.AddSong("1", "Waltz", 8,
+                 "[[repeat]]\nfrom = \"2\"\nto = \"6\"\npasses = 2\n[[vamp]]\nfrom = \"3\"\nto = \"4\"\n");
+  EXPECT_EQ(Play({"--vamp-passes", "2"}).status, 0);
+  ExpectOutput({Bars(1, 4), Bars(3, 6), Bars(2, 4), Bars(3, 9)});
+}
+
+TEST_F(Render, RepeatsCutsAndSafetiesAreSplicedOnTheSample) {
+  files_.AddSong("1", "Waltz", 8,
+                 "[[repeat]]\nfrom = \"2\"\nto = \"3\"\npasses = 3\n[[safety]]\nfrom = \"4\"\nto = \"5\"\n"
+                 "[[cut]]\nfrom = \"6\"\nto = \"7.3\"\n");
+  EXPECT_EQ(Play({}).status, 0);
+  ExpectOutput({Bars(1, 3), Bars(2, 3), Bars(2, 6), {6 * kBar + kBar / 2, 8 * kBar}});
+}
+
+TEST_F(Render, ACaesuraWaitsInSilenceAndGoesOn) {
+  files_.AddSong("1", "Waltz", 4, "[[caesura]]\nat = \"3\"\n");
+  EXPECT_EQ(Play({}).status, 0);
+  ExpectOutput({Bars(1, 5)});
+  EXPECT_EQ(Play({"--caesura-silence", "0.5"}).status, 0);
+  ExpectOutput({Bars(1, 3), Silence(0.5), Bars(3, 5)});
+}
+
+TEST_F(Render, FromStartsThere) {
+  files_.AddSong("1", "Waltz", 4);
+  EXPECT_EQ(Play({"--from", "3.3"}).status, 0);
+  ExpectOutput({{2 * kBar + kBar / 2, 4 * kBar}});
+}
+
+TEST_F(Render, SongChoosesTheSongAndTheFirstInRunningOrderIsTheDefault) {
+  files_.AddSong("1", "Waltz", 2);
+  files_.AddSong("2", "Polka", 3);
+  files_.AddSong("10", "Galop", 4);
+  files_.Write("show.toml", "format = 1\norder = [\"2\", \"1\"]\n");
+  EXPECT_EQ(Play({}).status, 0);
+  ExpectOutput({Bars(1, 4)});
+  EXPECT_EQ(Play({"--song", "10"}).status, 0);
+  ExpectOutput({Bars(1, 5)});
+}
+
+TEST_F(Render, AttaccaRunsOnIntoTheSongsThatFollow) {
+  files_.AddSong("1", "Waltz", 2, "attacca = true\n");
+  files_.AddSong("2", "Polka", 3, "attacca = true\n");
+  files_.AddSong("3", "Galop", 2);
+  files_.AddSong("4", "Finale", 2);
+  EXPECT_EQ(Play({}).status, 0);
+  ExpectOutput({Bars(1, 3), Bars(1, 4), Bars(1, 3)});
+}
+
+TEST_F(Render, SongsOfAnotherRateAreResampledToThatOfTheFirst) {
+  files_.AddSong("1", "Waltz", 2, "attacca = true\n");
+  files_.AddSong("2", "Polka", 3);
+  WriteWav(files_.At("data/2 Polka.obd"), std::vector<float>(3 * 16000, 0.25F), 16000);
+  EXPECT_EQ(Play({}).status, 0);
+  EXPECT_EQ(ReadFloatWav(Out()).size(), 5U * ShowFiles::kRate);
+}
+
+TEST_F(Render, RateChoosesTheRateOfTheOutput) {
+  files_.AddSong("1", "Waltz", 2);
+  EXPECT_EQ(Play({"--rate", "16000"}).status, 0);
+  EXPECT_EQ(ReadFloatWav(Out()).size(), 2U * 16000);
+}
+
+TEST_F(Render, TheSameShowGivesTheSameBytes) {
+  files_.AddSong("1", "Waltz", 8, "[[vamp]]\nfrom = \"3\"\nto = \"5\"\n[[cut]]\nfrom = \"6\"\nto = \"7\"\n");
+  const auto render = [&](const std::string& out) {
+    EXPECT_EQ(Orbel({"render", files_.Show(), "-o", files_.Beside(out), "--vamp-passes", "2"}).status, 0);
+    return ReadText(files_.Beside(out));
+  };
+  const std::string first = render("a.wav");
+  EXPECT_FALSE(first.empty());
+  EXPECT_TRUE(first == render("b.wav"));
+}
+
+TEST_F(Render, ACrossfadeChangesNeitherLengthNorPlace) {
+  files_.AddSong("1", "Waltz", 4, "[[cut]]\nfrom = \"2\"\nto = \"3\"\n");
+  EXPECT_EQ(Orbel({"render", files_.Show(), "-o", Out()}).status, 0);
+  const std::vector<float> heard = ReadFloatWav(Out());
+  ASSERT_EQ(heard.size(), 3U * kBar);
+  EXPECT_EQ(heard[kBar - 1], FrameValue(kBar - 1));
+  EXPECT_NE(heard[kBar + 10], FrameValue(2 * kBar + 10)) << "under the cross-fade";
+  EXPECT_EQ(heard[kBar + 40], FrameValue(2 * kBar + 40)) << "5 ms later it is over";
+}
+
+TEST_F(Render, EveryFormatIsWritten) {
+  files_.AddSong("1", "Waltz", 2);
+  const std::vector<std::pair<std::string, std::string>> formats{
+      {"float", "RIFF"}, {"pcm24", "RIFF"}, {"pcm16", "RIFF"}, {"flac", "fLaC"}, {"ogg", "OggS"}};
+  for (const auto& [format, magic] : formats) {
+    EXPECT_EQ(Play({"--format", format}).status, 0) << format;
+    EXPECT_EQ(ReadText(Out()).substr(0, 4), magic) << format;
+  }
+}
+
+// ---- scripts -----------------------------------------------------------------------------------
+
+TEST_F(Render, AScriptLeavesAVampInThePassThatItNames) {
+  files_.AddSong("1", "Waltz", 8, "[[vamp]]\nfrom = \"3\"\nto = \"5\"\n");
+  EXPECT_EQ(Play({"--script", Script("at 4 pass 3 go  # third time round\n")}).status, 0);
+  ExpectOutput({Bars(1, 5), Bars(3, 5), Bars(3, 9)});
+}
+
+TEST_F(Render, AScriptGoesOnFromCaesurasOneLineEach) {
+  files_.AddSong("1", "Waltz", 4, "[[caesura]]\nat = \"2\"\n[[caesura]]\nat = \"3\"\n");
+  EXPECT_EQ(Play({"--script", Script("waiting go\nwaiting go\n")}).status, 0);
+  ExpectOutput({Bars(1, 5)});
+}
+
+TEST_F(Render, AScriptThatEndsAtACaesuraEndsTheRenderThere) {
+  files_.AddSong("1", "Waltz", 4, "[[caesura]]\nat = \"2\"\n[[caesura]]\nat = \"3.2\"\n");
+  const Ended run = Play({"--script", Script("waiting go\n")});
+  EXPECT_EQ(run.status, 0);
+  EXPECT_THAT(run.messages,
+              HasSubstr("orbel: the script ends while playback waits at the caesura at 3.2.0 of song 1\n"));
+  ExpectOutput({{0, 2 * kBar + kBar / 4}});
+}
+
+TEST_F(Render, AVampThatNothingLeavesEndsWithStatusThreeAfterItsNextPass) {
+  files_.AddSong("1", "Waltz", 8, "[[vamp]]\nfrom = \"3\"\nto = \"5\"\n");
+  const Ended run = Play({"--script", Script("at 2 again\n")});
+  EXPECT_EQ(run.status, 3);
+  EXPECT_THAT(run.messages,
+              HasSubstr("of song 1 goes on for ever: nothing in the script leaves it any more\n"));
+}
+
+TEST_F(Render, ASeekInAScriptMovesWithinOneRead) {
+  files_.AddSong("1", "Waltz", 8);
+  const Ended run = Play({"--script", Script("at 3 seek 7\n")});
+  EXPECT_EQ(run.status, 0) << run.messages;
+  const std::vector<float> heard = ReadFloatWav(Out());
+  ASSERT_EQ(heard.size() % 1, 0U);
+  EXPECT_EQ(heard[2 * kBar - 1], FrameValue(2 * kBar - 1));
+  EXPECT_EQ(heard.back(), FrameValue(8 * kBar - 1));
+  const auto over = static_cast<long long>(heard.size()) - 4 * kBar;
+  EXPECT_GE(over, 0);
+  EXPECT_LE(over, 256) << "the command waits for the next read and no longer";
+}
+
+TEST_F(Render, TimeCommandsCountSecondsOfOutput) {
+  files_.AddSong("1", "Waltz", 8);
+  EXPECT_EQ(Play({"--script", Script("time 2.500 stop\n")}).status, 0);
+  const auto over = static_cast<long long>(ReadFloatWav(Out()).size()) - 20000;
+  EXPECT_GE(over, 0);
+  EXPECT_LE(over, 256);
+}
+
+TEST_F(Render, APauseIsSilenceUntilTheNextTimeCommand) {
+  files_.AddSong("1", "Waltz", 4);
+  EXPECT_EQ(Play({"--script", Script("time 1 pause\ntime 2 play\n")}).status, 0);
+  const std::vector<float> heard = ReadFloatWav(Out());
+  EXPECT_EQ(heard.back(), FrameValue(4 * kBar - 1));
+  const long long silent = std::count(heard.begin(), heard.end(), 0.0F);
+  EXPECT_GE(silent, kBar - 256);
+  EXPECT_LE(silent, kBar);
+  EXPECT_EQ(static_cast<long long>(heard.size()), 4 * kBar + silent);
+}
+
+TEST_F(Render, NextGoesOnInTheNextSong) {
+  files_.AddSong("1", "Waltz", 8);
+  files_.AddSong("2", "Polka", 2);
+  EXPECT_EQ(Play({"--script", Script("at 2 next\n")}).status, 0);
+  const std::vector<float> heard = ReadFloatWav(Out());
+  ASSERT_GE(heard.size(), 3U * kBar);
+  EXPECT_LE(heard.size(), 3U * kBar + 256);
+  EXPECT_EQ(heard[heard.size() - 2 * kBar], FrameValue(0));
+}
+
+TEST_F(Render, AScriptWithAFaultIsRefusedBeforeAnythingIsWritten) {
+  files_.AddSong("1", "Waltz", 4);
+  const std::string path = Script("\nat 2 dance\n");
+  const Ended run = Play({"--script", path});
+  EXPECT_EQ(run.status, 1);
+  EXPECT_THAT(run.messages, HasSubstr("orbel: " + path + ":2: found \"dance\", expected a command: go, "));
+  EXPECT_FALSE(std::filesystem::exists(Out()));
+}
+
+TEST_F(Render, AScriptThatNamesAPlaceThatNoSongHasIsRefused) {
+  files_.AddSong("1", "Waltz", 4);
+  const std::string path = Script("at 2 go\nat 40 go\n");
+  const Ended run = Play({"--script", path});
+  EXPECT_EQ(run.status, 1);
+  EXPECT_THAT(run.messages, HasSubstr("orbel: " + path + ":2: "));
+}
+
+// ---- the trace ---------------------------------------------------------------------------------
+
+std::vector<std::vector<std::string>> Rows(const std::string& csv) {
+  std::vector<std::vector<std::string>> rows;
+  std::istringstream lines(csv);
+  for (std::string line; std::getline(lines, line);) {
+    rows.emplace_back();
+    std::istringstream fields(line + ",");
+    for (std::string field; std::getline(fields, field, ',');) rows.back().push_back(field);
+  }
+  return rows;
+}
+
+TEST_F(Render, TheTraceHasOneRowAReadAndItsFramesAreTheFile) {
+  files_.AddSong("1", "Waltz", 3, "attacca = true\n[[cut]]\nfrom = \"2\"\nto = \"3\"\n");
+  files_.AddSong("2", "Polka", 2, "[[caesura]]\nat = \"2\"\n");
+  const std::string trace = files_.Beside("trace.csv");
+  EXPECT_EQ(Play({"--trace", trace, "--caesura-silence", "0.25"}).status, 0);
+  auto rows = Rows(ReadText(trace));
+  ASSERT_GT(rows.size(), 2U);
+  EXPECT_EQ(rows[0], (std::vector<std::string>{"output_frame", "song", "sample", "frames", "tick",
+                                               "next_tick", "scale", "transposition", "event"}));
+  rows.erase(rows.begin());
+  long long frames = 0;
+  std::string events;
+  for (const auto& row : rows) {
+    ASSERT_EQ(row.size(), 9U);
+    EXPECT_EQ(std::stoll(row[0]), frames);
+    frames += std::stoll(row[3]);
+    EXPECT_EQ(row[6], "1");
+    EXPECT_EQ(row[7], "0");
+    if (!row[8].empty()) events += row[1] + ":" + row[8] + "@" + row[4] + " ";
+  }
+  EXPECT_EQ(frames, static_cast<long long>(ReadFloatWav(Out()).size()));
+  EXPECT_EQ(events, "1:jump@3840 1:attacca@5760 2:caesura@1920 2:end@3840 ");
+}
+
+// ---- what is refused, and what is left behind ----------------------------------------------------
+
+TEST_F(Render, ATempoScaleIsRefusedWithFileLineAndCue) {
+  files_.AddSong("1", "Waltz", 4, "[[tempo]]\nat = \"3\"\nscale = 0.95\n");
+  const Ended run = Play({});
+  EXPECT_EQ(run.status, 1);
+  EXPECT_EQ(run.messages,
+            "orbel: songs/1 Waltz.toml:2: the tempo scale 0.95 at 3.1.0 of song 1: this version plays at the "
+            "recorded "
+            "tempo and key only; take the cue out, or set it to 1.0 or 0\n");
+  EXPECT_FALSE(std::filesystem::exists(Out()));
+}
+
+TEST_F(Render, ATranspositionIsRefusedWithFileLineAndCue) {
+  files_.AddSong("1", "Waltz", 4, "attacca = true\n");
+  files_.AddSong("2", "Polka", 4, "[[transpose]]\nat = \"2\"\nsemitones = -2\n");
+  const Ended run = Play({});
+  EXPECT_EQ(run.status, 1);
+  EXPECT_EQ(run.messages,
+            "orbel: songs/2 Polka.toml:2: the transposition by -2 semitones at 2.1.0 of song 2: this version "
+            "plays at "
+            "the recorded tempo and key only; take the cue out, or set it to 1.0 or 0\n");
+}
+
+TEST_F(Render, ATempoInAScriptIsRefusedWithItsLine) {
+  files_.AddSong("1", "Waltz", 4);
+  const std::string path = Script("at 2 tempo 1\nat 3 tempo 0.5\n");
+  const Ended run = Play({"--script", path});
+  EXPECT_EQ(run.status, 1);
+  EXPECT_THAT(run.messages, HasSubstr(path + ":2: \"tempo 0.5\": this version plays at the recorded tempo"));
+}
+
+TEST_F(Render, CtrlCLeavesNoFile) {
+  files_.AddSong("1", "Waltz", 8, "[[vamp]]\nfrom = \"1\"\nto = \"9\"\n");
+  RunningOrbel running({"render", files_.Show(), "-o", Out(), "--vamp-passes", "1000000"});
+  const auto folder = std::filesystem::path(Out()).parent_path();
+  const auto entries = [&] {
+    return std::distance(std::filesystem::directory_iterator(folder), std::filesystem::directory_iterator());
+  };
+  while (entries() < 2) {
+  }  // until the part file appears beside the show
+  running.Signal(SIGINT);
+  const Ended run = running.WaitForEnd();
+  EXPECT_EQ(run.status, 1);
+  EXPECT_EQ(run.messages, "orbel: interrupted: " + Out() + " was not written\n");
+  EXPECT_EQ(entries(), 1) << "only the show is left";
+}
+
+TEST_F(Render, AFullDiskLeavesNoFileAndSaysSo) {
+  files_.AddSong("1", "Waltz", 4);
+  const Ended run = Orbel({"render", files_.Show(), "-o", "/dev/full/out.wav"});
+  EXPECT_EQ(run.status, 1);
+  EXPECT_THAT(run.messages, HasSubstr("/dev/full/out.wav"));
+}
+
+TEST_F(Render, ABrokenSongIsNamedWithItsFile) {
+  files_.AddSong("1", "Waltz", 4);
+  files_.Write("data/1 Waltz.obd", "this is no audio");
+  const Ended run = Play({"--song", "1"});
+  EXPECT_EQ(run.status, 1);
+  EXPECT_THAT(run.messages, HasSubstr("1 Waltz.obd"));
+  EXPECT_FALSE(std::filesystem::exists(Out()));
+}
+
+TEST_F(Render, ABrokenSongElsewhereInTheShowIsPassedOverAndSaid) {
+  files_.AddSong("1", "Waltz", 2);
+  files_.AddSong("2", "Polka", 2);
+  files_.AddSong("3", "Galop", 2);
+  files_.Write("data/1 Waltz.obd", "this is no audio");
+  const Ended run = Play({});
+  EXPECT_EQ(run.status, 0) << run.messages;
+  EXPECT_THAT(run.messages, HasSubstr("1 Waltz.obd"));
+  ExpectOutput({Bars(1, 3)});
+}
+
+TEST_F(Render, AFaultInTheCuesIsNamedWithFileAndLine) {
+  files_.AddSong("1", "Waltz", 4, "[[vamp]]\nfrom = \"3\"\nto = \"40\"\n");
+  const Ended run = Play({});
+  EXPECT_EQ(run.status, 1);
+  EXPECT_THAT(run.messages, HasSubstr("songs/1 Waltz.toml:4"));
+}
+
+}  // namespace
+}  // namespace host_tests

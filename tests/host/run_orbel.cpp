@@ -1,0 +1,84 @@
+#include "tests/host/run_orbel.h"
+
+#include <fcntl.h>
+#include <signal.h>
+#include <sys/wait.h>
+#include <unistd.h>
+
+#include <chrono>
+#include <filesystem>
+#include <thread>
+
+#include "tests/host/show_files.h"
+
+namespace host_tests {
+namespace {
+
+std::string OutputPath(const char* kind) {
+  static int count = 0;
+  return (std::filesystem::temp_directory_path() /
+          ("orbel_run_" + std::to_string(::getpid()) + "_" + std::to_string(++count) + kind))
+      .string();
+}
+
+void Redirect(int to, const std::string& path, int flags) {
+  const int file = ::open(path.c_str(), flags, 0600);
+  if (file < 0 || ::dup2(file, to) < 0) ::_exit(126);
+}
+
+}  // namespace
+
+RunningOrbel::RunningOrbel(const std::vector<std::string>& arguments)
+    : outPath_(OutputPath(".out")), messagesPath_(OutputPath(".err")) {
+  std::vector<std::string> words{ORBEL_PROGRAM};
+  words.insert(words.end(), arguments.begin(), arguments.end());
+  std::vector<char*> argv;
+  for (std::string& word : words) argv.push_back(word.data());
+  argv.push_back(nullptr);
+  process_ = ::fork();
+  if (process_ != 0) return;
+  Redirect(STDIN_FILENO, "/dev/null", O_RDONLY);
+  Redirect(STDOUT_FILENO, outPath_, O_WRONLY | O_CREAT | O_TRUNC);
+  Redirect(STDERR_FILENO, messagesPath_, O_WRONLY | O_CREAT | O_TRUNC);
+  ::execv(argv[0], argv.data());
+  ::_exit(127);
+}
+
+RunningOrbel::~RunningOrbel() {
+  if (process_ > 0) {
+    Signal(SIGKILL);
+    ::waitpid(process_, nullptr, 0);
+  }
+  std::filesystem::remove(outPath_);
+  std::filesystem::remove(messagesPath_);
+}
+
+void RunningOrbel::Signal(int signal) const {
+  ::kill(process_, signal);
+}
+
+bool RunningOrbel::Says(const std::string& text) const {
+  const auto deadline = std::chrono::steady_clock::now() + std::chrono::seconds(10);
+  while (std::chrono::steady_clock::now() < deadline) {
+    if (ReadText(messagesPath_).find(text) != std::string::npos) return true;
+    std::this_thread::sleep_for(std::chrono::milliseconds(5));
+  }
+  return false;
+}
+
+Ended RunningOrbel::WaitForEnd() {
+  int status = 0;
+  ::waitpid(process_, &status, 0);
+  process_ = -1;
+  Ended run;
+  run.status = WIFEXITED(status) ? WEXITSTATUS(status) : -1;
+  run.out = ReadText(outPath_);
+  run.messages = ReadText(messagesPath_);
+  return run;
+}
+
+Ended Orbel(const std::vector<std::string>& arguments) {
+  return RunningOrbel(arguments).WaitForEnd();
+}
+
+}  // namespace host_tests

@@ -1,0 +1,39 @@
+#pragma once
+
+#include <sys/types.h>
+
+#include <string>
+#include <vector>
+
+namespace host_tests {
+
+// What a run of the program left behind.
+struct Ended {
+  int status = -1;  // exit status; -1 when a signal ended it
+  std::string out;
+  std::string messages;  // standard error
+};
+
+// Runs the program orbel to its end, without a terminal.
+Ended Orbel(const std::vector<std::string>& arguments);
+
+// A run that can be looked at while it lasts.
+class RunningOrbel {
+ public:
+  explicit RunningOrbel(const std::vector<std::string>& arguments);
+  ~RunningOrbel();
+  RunningOrbel(const RunningOrbel&) = delete;
+  RunningOrbel& operator=(const RunningOrbel&) = delete;
+
+  void Signal(int signal) const;
+  // Whether standard error has this text by now; waits up to ten seconds for it.
+  bool Says(const std::string& text) const;
+  Ended WaitForEnd();
+
+ private:
+  pid_t process_ = -1;
+  std::string outPath_;
+  std::string messagesPath_;
+};
+
+}  // namespace host_tests

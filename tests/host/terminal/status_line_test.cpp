@@ -1,0 +1,22 @@
+#include "host/terminal/status_line.h"
+
+#include <gtest/gtest.h>
+
+namespace host::terminal {
+namespace {
+
+const StageStatus kStatus{"1 Ouvertüre", "12.3", 132.04, "playing", "13.1 vamp back to 9.1"};
+
+TEST(StatusLine, SaysSongPlaceTempoStateAndWhatComesNext) {
+  EXPECT_EQ(StatusLine(kStatus, 200),
+            "1 Ouvertüre   bar 12.3   132 bpm   playing   next: 13.1 vamp back to 9.1");
+}
+
+TEST(StatusLine, IsCutToTheWidthInCharactersAndNeverInsideOne) {
+  EXPECT_EQ(StatusLine(kStatus, 9), "1 Ouvertü");
+  EXPECT_EQ(StatusLine(kStatus, 8), "1 Ouvert");
+  EXPECT_EQ(StatusLine(kStatus, 0), "");
+}
+
+}  // namespace
+}  // namespace host::terminal
