@@ -36,11 +36,16 @@ class ShowData {
   void LeaveOut(const std::string& songNumber);
   bool IsLeftOut(const std::string& songNumber) const;
 
+  // Songs without recorded audio; until somebody says so every song has some.
+  void SetHasNoAudio(const std::string& songNumber) { withoutAudio_.insert(songNumber); }
+  bool HasAudio(const std::string& songNumber) const { return withoutAudio_.count(songNumber) == 0; }
+
  private:
   std::string title_;
   std::map<std::string, std::shared_ptr<const SongData>, exc::NumericStringCompare> songs_;
   std::vector<std::string> runningOrder_;
   std::set<std::string> leftOut_;
+  std::set<std::string> withoutAudio_;
 };
 
 }  // namespace tesk_midi

@@ -2,8 +2,8 @@
 
 #include <string>
 
-// What players made from now on tell the decoder besides a file's path: "rate=R" when the output device runs at
-// a rate of its own, empty when it takes any. Process-wide; set before the first show is opened.
+// What players made from now on tell the decoder besides a file's path: "rate=R" when the output device runs
+// at a rate of its own, empty when it takes any. Process-wide; set before the first show is opened.
 namespace player_core {
 
 void SetContentArgument(const std::string& argument);

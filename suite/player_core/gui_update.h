@@ -40,6 +40,7 @@ class GuiUpdate : public exc::RLockable {
 
  private:
   struct State;
+  class UpdateScope;
   std::unique_ptr<State> state_;
 };
 

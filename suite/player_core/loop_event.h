@@ -7,8 +7,8 @@
 struct LoopEvent {
   unsigned targetTick = 0;
   unsigned tick = 0;
-  int limit = 0;  // how many times the jump is taken; 0: without limit; less than 0: never
-  int done = 0;   // how many times it has been taken
+  int limit = 0;               // how many times the jump is taken; 0: without limit; less than 0: never
+  int done = 0;                // how many times it has been taken
   unsigned char kind = 0;      // 64: vamp; 65: repeat; others are other kinds
   unsigned char canceled = 0;  // bit 0: canceled
 
@@ -17,8 +17,8 @@ struct LoopEvent {
   bool GetCanceled() const { return (canceled & 1) != 0; }
 };
 
-// The loop events that lie ahead, in event order. Canceled events stay in the list and are passed over by every
-// operation. No lock of its own: the show control's guards it.
+// The loop events that lie ahead, in event order. Canceled events stay in the list and are passed over by
+// every operation. No lock of its own: the show control's guards it.
 class LoopEventList {
  public:
   // Events that are not canceled.

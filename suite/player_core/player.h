@@ -15,8 +15,8 @@ namespace gui {
 class GuiUpdate;
 }
 
-// What every kind of player has: its state, the active song, the transients, and the player lock, which is the
-// object itself and recursive.
+// What every kind of player has: its state, the active song, the transients, and the player lock, which is
+// the object itself and recursive.
 //
 // Threads    HOST drives the transport, one command at a time; queries ANY.
 // Locks      the player lock is taken by the operation itself where it needs it.
@@ -81,12 +81,14 @@ class Player : public exc::RLockable {
   bool RepeatSafety();
 
   PlayerState GetPlayerState() const { return playerState_.load(); }
-  void SetPlayerState(PlayerState state) { playerState_ = state; }
+  // Starting to play leaves the caesura at which playback stood, and with it what was asked for there.
+  void SetPlayerState(PlayerState state);
   bool IsPlaying() const { return GetPlayerState() == PlayerState::PLAY; }
 
   // Throws std::out_of_range when no song is active yet.
   std::string GetCurrentSongNumber() const { return activeSongNumber_.Get(); }
-  void SetActiveSongNumber(const std::string& songNumber) { activeSongNumber_.Set(songNumber); }
+  // A continue asked for in the song before is forgotten.
+  void SetActiveSongNumber(const std::string& songNumber);
   ActiveSongNumber& GetActiveSongNumberRef() { return activeSongNumber_; }
 
   Transients& GetTransients() { return transients_; }

@@ -16,8 +16,8 @@ class Player;
 // class builds. Threads: HOST.
 class PlayerWrapper {
  public:
-  // `showPath`: the show folder. `leaveOut`: numbers of songs that are to be left out, separated by commas; empty
-  // for none.
+  // `showPath`: the show folder. `leaveOut`: numbers of songs that are to be left out, separated by commas;
+  // empty for none.
   PlayerWrapper(const std::string& showPath, const std::string& leaveOut);
   virtual ~PlayerWrapper();
   PlayerWrapper(const PlayerWrapper&) = delete;
@@ -38,8 +38,8 @@ class PlayerWrapper {
 
   void SetVersionTarget(long version) { versionTarget_ = version; }
   long GetVersionTarget() const { return versionTarget_; }
-  // LoadShowData, then the header and the end of every audio file: songs whose audio cannot be decoded are left
-  // out of the running order, and a problem tells why.
+  // LoadShowData, then the header and the end of every audio file: songs whose audio cannot be decoded are
+  // left out of the running order, and a problem tells why.
   void SetUp();
 
   // Throws exc::ExAssertionError while there is none.

@@ -15,22 +15,25 @@ class HowToPlay;
 namespace CL {
 class ChangeLog;
 struct SongLog;
-}
+}  // namespace CL
 namespace gui {
 class GuiUpdate;
 }
 namespace tesk_midi {
 class ShowData;
 class SongData;
-}
+}  // namespace tesk_midi
 
 // The control position of the current song, a tick, and the cues around it: what comes next, and what happens
 // there. Derived classes move the audio with it.
 //
 // Locks      its own, which is re-entrant; most operations take it for their whole body. Seek, FullReset,
-//            RecoverySeek, LoadSong, OnCaesuraStop and SetChangeLog take the read-samples lock first, so that
-//            the position never moves in the middle of a render step.
+//            RecoverySeek, LoadSong, OnCaesuraStop, SetChangeLog and what the performer asks for take the
+//            read-samples lock first, so that nothing moves in the middle of a render step.
 // Threads    ANY, one transport command at a time. No listener is called with the lock held.
+// Render     looking for the next event costs the same whatever the number of cues; landing after a jump
+// sorts
+//            the song's loops. Neither allocates.
 class ShowControl : public exc::Lockable {
  public:
   ShowControl(ActiveSongNumber& activeSongNumber, tesk_midi::ShowData& showData, CL::ChangeLog* changeLog);
@@ -98,14 +101,17 @@ class ShowControl : public exc::Lockable {
   unsigned RecoverySeek(unsigned tick);
   bool GetFermataCanceledCaesura();
   void ClearFermataCanceledCaesura();
+  // True from the stop at a caesura until playback goes on or the position moves.
+  bool StandsAtCaesura();
+  void LeaveCaesura();
 
   // ---- what the performer asks for -------------------------------------------------------------
   // Cancels the innermost loop around the position that would still be taken. False when there is none.
   bool ExitLoop();
   // Plays the safety around the position once more. False when there is none.
   bool RepeatSafety();
-  // Passes the next caesura within a bar by. `pastReads`: set when the reads planned so far have already come
-  // to it. False when there is none.
+  // Passes the next caesura within a bar by. `alreadyReached` receives whether the reads planned so far have
+  // already come to it, so that the output is about to stop there. False when there is none.
   bool CancelCaesura(bool* alreadyReached);
   bool GetPerformersJump(Jump* jump);
   void ClearPerformersJump();
@@ -117,6 +123,8 @@ class ShowControl : public exc::Lockable {
   // StartOfShow "No song before NUMBER.".
   std::string GetSongAfter(const std::string& songNumber);
   std::string GetSongBefore(const std::string& songNumber);
+  // Whether a song that can be played and has audio follows.
+  bool HasSongWithAudioAfter(const std::string& songNumber);
   bool SongIsNotSkip(const std::string& songNumber);
   // 0: off; 1: on. Until the first call the change log's state holds.
   void SetAttaccaState(const std::string& songNumber, unsigned char state);
@@ -149,5 +157,29 @@ class ShowControl : public exc::Lockable {
 
  private:
   struct State;
+  // How a position was reached, which decides what becomes of the loops' counts.
+  enum class Landing { Seek, Recovery, LoopBack, Cut };
+
+  // ---- arming.cpp: which cues lie ahead --------------------------------------------------------
+  void ArmFrom_(unsigned tick, Landing landing) EXC_HOLDS(this);
+  void ResetLoopsFor_(unsigned tick, Landing landing) EXC_HOLDS(this);
+  void ArmLoopsAfter_(unsigned tick) EXC_HOLDS(this);
+  void ArmCaesurasFrom_(unsigned tick, bool alsoOnIt) EXC_HOLDS(this);
+  void DropCuesBefore_(unsigned tick) EXC_HOLDS(this);
+  void ClearFlags_() EXC_HOLDS(this);
+  void ClearJumps_() EXC_HOLDS(this);
+
+  // ---- advance.cpp -----------------------------------------------------------------------------
+  bool FindEventAt_(unsigned tick) EXC_HOLDS(this);
+  unsigned GetFirstEventTickAfter_(unsigned tick) EXC_HOLDS(this);
+
+  // ---- seek.cpp --------------------------------------------------------------------------------
+  bool SeekTo_(unsigned tick);
+  void SettleAt_(unsigned tick) EXC_HOLDS(this);
+
+  // ---- song.cpp, change_log.cpp ----------------------------------------------------------------
+  void TakeCuesOf_(const CL::SongLog& log) EXC_HOLDS(this);
+  void KeepLoopsStillThere_(std::list<LoopEvent>& before) EXC_HOLDS(this);
+
   std::unique_ptr<State> state_;
 };
