@@ -65,7 +65,12 @@ Json ToJson(const SongSummary& song) {
 }
 
 std::vector<std::string> Row(const std::string& kind, const Place& at) {
-  return {kind, at.position, "tick " + std::to_string(at.tick), "sample " + std::to_string(at.sample),
+  return {kind,
+          at.position,
+          "tick",
+          std::to_string(at.tick),
+          "sample",
+          std::to_string(at.sample),
           MinutesAndSeconds(at.seconds)};
 }
 
@@ -86,7 +91,7 @@ void PrintSong(const SongSummary& song) {
   if (song.attacca) std::cout << "  attacca";
   if (song.skip) std::cout << "  skip";
   std::cout << "\n    " << AudioText(song) << '\n';
-  Table table({2, 3, 4});
+  Table table({3, 5, 6});
   table.Add(Row("start", song.start));
   for (const TempoSummary& tempo : song.tempos) {
     auto row = Row("tempo", tempo.at);

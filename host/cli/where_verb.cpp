@@ -27,9 +27,9 @@ int Run(const Options& options) {
     Print(json);
     return kDone;
   }
-  Table table({1, 2, 3});
+  Table table({2, 4, 5});
   for (const Place& place : places) {
-    table.Add({place.position, "tick " + std::to_string(place.tick), "sample " + std::to_string(place.sample),
+    table.Add({place.position, "tick", std::to_string(place.tick), "sample", std::to_string(place.sample),
                MinutesAndSeconds(place.seconds)});
   }
   std::cout << table.ToText("");

@@ -21,26 +21,27 @@ TEST(Info, TellsSongsInRunningOrderWithCuesInEveryUnit) {
   files.Write("show.toml", "format = 1\ntitle = \"An Evening\"\norder = [\"2\", \"1\"]\n");
   const Ended run = Orbel({"info", files.Show()});
   EXPECT_EQ(run.status, 0) << run.messages;
-  EXPECT_EQ(run.out,
-            "An Evening\n"
-            "\n"
-            "2  Polka  0:02.000  attacca\n"
-            "    data/2 Polka.obd: WAV, 8000 Hz, 1 channel, 16000 frames\n"
-            "    start  1.1.0  tick    0  sample     0  0:00.000\n"
-            "    tempo  1.1.0  tick    0  sample     0  0:00.000  240 quarters a minute\n"
-            "    meter  1.1.0  tick    0  sample     0  0:00.000  4/4\n"
-            "    end    3.1.0  tick 3840  sample 16000  0:02.000\n"
-            "\n"
-            "1  Waltz  0:08.000\n"
-            "    data/1 Waltz.obd: WAV, 8000 Hz, 1 channel, 64000 frames\n"
-            "    start  1.1.0  tick     0  sample     0  0:00.000\n"
-            "    tempo  1.1.0  tick     0  sample     0  0:00.000  240 quarters a minute\n"
-            "    meter  1.1.0  tick     0  sample     0  0:00.000  4/4\n"
-            "    cue    2.1.0  tick  1920  sample  8000  0:01.000  marker: Solo\n"
-            "    cue    3.1.0  tick  3840  sample 16000  0:02.000  vamp to 5.1.0: until go, left at the end "
-            "of the pass\n"
-            "    cue    6.1.0  tick  9600  sample 40000  0:05.000  cut to 7.3.0\n"
-            "    end    9.1.0  tick 15360  sample 64000  0:08.000\n");
+  EXPECT_EQ(
+      run.out,
+      "An Evening\n"
+      "\n"
+      "2  Polka  0:02.000  attacca\n"
+      "    data/2 Polka.obd: WAV, 8000 Hz, 1 channel, 16000 frames\n"
+      "    start  1.1.0  tick     0  sample      0  0:00.000\n"
+      "    tempo  1.1.0  tick     0  sample      0  0:00.000  240 quarters a minute\n"
+      "    meter  1.1.0  tick     0  sample      0  0:00.000  4/4\n"
+      "    end    3.1.0  tick  3840  sample  16000  0:02.000\n"
+      "\n"
+      "1  Waltz  0:08.000\n"
+      "    data/1 Waltz.obd: WAV, 8000 Hz, 1 channel, 64000 frames\n"
+      "    start  1.1.0  tick      0  sample      0  0:00.000\n"
+      "    tempo  1.1.0  tick      0  sample      0  0:00.000  240 quarters a minute\n"
+      "    meter  1.1.0  tick      0  sample      0  0:00.000  4/4\n"
+      "    cue    2.1.0  tick   1920  sample   8000  0:01.000  marker: Solo\n"
+      "    cue    3.1.0  tick   3840  sample  16000  0:02.000  vamp to 5.1.0: until go, left at the end "
+      "of the pass\n"
+      "    cue    6.1.0  tick   9600  sample  40000  0:05.000  cut to 7.3.0\n"
+      "    end    9.1.0  tick  15360  sample  64000  0:08.000\n");
 }
 
 TEST(Info, SongLimitsItToOne) {

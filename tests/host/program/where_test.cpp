@@ -18,10 +18,10 @@ TEST_F(Where, SaysEachPositionInEveryUnit) {
   const Ended run = Orbel({"where", files_.Show(), "1", "1", "2.3", "2.3.120", "end"});
   EXPECT_EQ(run.status, 0) << run.messages;
   EXPECT_EQ(run.out,
-            "1.1.0    tick     0  sample     0  0:00.000\n"
-            "2.3.0    tick  2880  sample 12000  0:01.500\n"
-            "2.3.120  tick  3000  sample 12500  0:01.563\n"
-            "9.1.0    tick 15360  sample 64000  0:08.000\n");
+            "1.1.0    tick      0  sample      0  0:00.000\n"
+            "2.3.0    tick   2880  sample  12000  0:01.500\n"
+            "2.3.120  tick   3000  sample  12500  0:01.563\n"
+            "9.1.0    tick  15360  sample  64000  0:08.000\n");
 }
 
 TEST_F(Where, GoesTheOtherWayRoundFromTicksSamplesAndTimes) {
@@ -29,10 +29,10 @@ TEST_F(Where, GoesTheOtherWayRoundFromTicksSamplesAndTimes) {
       Orbel({"where", files_.Show(), "1", "tick:2880", "sample:12001", "time:0:01.5", "time:1.5"});
   EXPECT_EQ(run.status, 0) << run.messages;
   EXPECT_EQ(run.out,
-            "2.3.0  tick 2880  sample 12000  0:01.500\n"
-            "2.3.0  tick 2880  sample 12001  0:01.500\n"
-            "2.3.0  tick 2880  sample 12000  0:01.500\n"
-            "2.3.0  tick 2880  sample 12000  0:01.500\n");
+            "2.3.0  tick  2880  sample  12000  0:01.500\n"
+            "2.3.0  tick  2880  sample  12001  0:01.500\n"
+            "2.3.0  tick  2880  sample  12000  0:01.500\n"
+            "2.3.0  tick  2880  sample  12000  0:01.500\n");
 }
 
 TEST_F(Where, JsonIsAnArrayWithOneObjectAPosition) {
@@ -50,10 +50,10 @@ TEST_F(Where, SamplesCountFromTheAudioStart) {
   const Ended run = Orbel({"where", files_.Show(), "1", "1.2", "2", "2.3", "sample:0"});
   EXPECT_EQ(run.status, 0) << run.messages;
   EXPECT_EQ(run.out,
-            "1.2.0  tick  480  sample    0  0:00.000\n"
-            "2.1.0  tick 1920  sample    0  0:00.000\n"
-            "2.3.0  tick 2880  sample 4000  0:00.500\n"
-            "2.1.0  tick 1920  sample    0  0:00.000\n");
+            "1.2.0  tick   480  sample     0  0:00.000\n"
+            "2.1.0  tick  1920  sample     0  0:00.000\n"
+            "2.3.0  tick  2880  sample  4000  0:00.500\n"
+            "2.1.0  tick  1920  sample     0  0:00.000\n");
 }
 
 TEST_F(Where, WhatDoesNotExistIsSaidInWords) {
