@@ -1,6 +1,6 @@
 #pragma once
 
-#include <ostream>
+#include <iostream>  // and not only <ostream>: whoever includes this may write before main()
 #include <string>
 
 #include "exc/annotations.h"
@@ -31,7 +31,8 @@ class ThreadSafeOStream {
   std::ostream* stream_ EXC_TS_(pt_guarded_by(lock_));
 };
 
-// Standard output; supplied by the utility library. Ready before the first constructor of the program runs.
-extern ThreadSafeOStream thread_safe_cout;
+// Standard output; supplied by the utility library. Constructors and destructors of static objects may use
+// it.
+extern ThreadSafeOStream& thread_safe_cout;
 
 }  // namespace exc

@@ -2,6 +2,7 @@
 
 #include <gtest/gtest.h>
 
+#include <cstdlib>
 #include <ios>
 #include <iostream>
 #include <map>
@@ -15,6 +16,37 @@
 #include "tests/support/cout_capture.h"
 
 using test_support::CoutCapture;
+
+namespace {
+
+const std::string kWrittenBeforeMain = [] {
+  CoutCapture capture;
+  exc::CoutBuffer() << "first" << exc::EndlT();
+  return capture.Text();
+}();
+
+// Writes a line when the static objects go, if told to.
+struct LateWriter {
+  ~LateWriter() {
+    if (isArmed) exc::CoutBuffer() << "written after main" << exc::EndlT();
+  }
+  bool isArmed = false;
+} lateWriter;
+
+}  // namespace
+
+TEST(CoutBuffer, MayBeUsedBeforeMain) {
+  EXPECT_EQ(kWrittenBeforeMain, "first\n");
+}
+
+TEST(CoutBufferDeathTest, MayBeUsedAfterMain) {
+  const auto leave = [] {
+    std::cout.rdbuf(std::cerr.rdbuf());
+    lateWriter.isArmed = true;
+    std::exit(0);
+  };
+  EXPECT_EXIT(leave(), testing::ExitedWithCode(0), "written after main");
+}
 
 TEST(CoutBuffer, WritesOneLinePerTemporary) {
   CoutCapture capture;
@@ -100,5 +132,5 @@ TEST(CoutBufferDeathTest, DestructionEndsTheProgramWhenTheConsoleThrows) {
     std::cout.exceptions(std::ios_base::badbit);
     exc::CoutBuffer() << "line" << exc::EndlT();
   };
-  EXPECT_DEATH(destroy(), "console is gone");
+  EXPECT_DEATH(destroy(), "terminate called");
 }

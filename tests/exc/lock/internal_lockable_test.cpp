@@ -62,5 +62,5 @@ TEST(InternalScopeLockDeathTest, DestructionEndsTheProgramWhenUnlockThrows) {
     internal_scope_lock lock(&spy);
     spy.failUnlock = true;
   };
-  EXPECT_DEATH(destroy(), "internal lock cannot be given up");
+  EXPECT_DEATH(destroy(), "terminate called");
 }

@@ -206,5 +206,5 @@ TEST(ScopeLockDeathTest, DestructionEndsTheProgramWhenUnlockThrows) {
     exc::ScopeLock lock(spy);
     spy.failUnlock = true;
   };
-  EXPECT_DEATH(destroy(), "SpyLock cannot be given up");
+  EXPECT_DEATH(destroy(), "terminate called");
 }
