@@ -1,5 +1,6 @@
 #pragma once
 
+#include <cstdint>
 #include <ostream>
 
 #include "suite/core/event.h"
@@ -85,24 +86,32 @@ class PageNum : public cmn::TESKEvent {
   unsigned number_;
 };
 
-// One bar: its number, its beats and how long a beat is in ticks, rounded down. Bars follow each other
-// without a gap up to the end of the MIDI; a meter change starts a new bar.
+// One bar: its number, its beats and how long a beat is. Bars follow each other without a gap up to the end
+// of the MIDI; a meter change starts a new bar. Neither a bar nor a beat need be a whole number of ticks:
+// what is left over is kept in sixteenths of a tick, which is exact for every note value down to a
+// sixty-fourth.
 class BarsBeats : public cmn::TESKEvent {
  public:
   static constexpr int evt_code = codes::kBarsBeats;
-  // `ticks`: how long the beats are together, where a beat is not a whole number of ticks; 0: the product.
-  BarsBeats(unsigned absTime, int bar, unsigned beats, unsigned ticksPerBeat, unsigned ticks = 0)
+  // `startSixteenths`: how much later than its tick the bar begins, 0 to 15. `beatSixteenths`: how much
+  // longer than `ticksPerBeat` a beat is.
+  BarsBeats(unsigned absTime, int bar, unsigned beats, unsigned ticksPerBeat, unsigned startSixteenths = 0,
+            unsigned beatSixteenths = 0)
       : TESKEvent(absTime),
         bar_(bar),
         beats_(beats),
         ticksPerBeat_(ticksPerBeat),
-        ticks_(ticks == 0 ? beats * ticksPerBeat : ticks) {}
+        startSixteenths_(startSixteenths),
+        beatSixteenths_(beatSixteenths) {}
 
   int GetBar() const { return bar_; }
   unsigned GetBeats() const { return beats_; }
+  // Rounded down.
   unsigned GetTicksPerBeat() const { return ticksPerBeat_; }
-  // Beat n, from 0, begins GetTicks() * n / GetBeats() ticks into the bar, rounded down.
-  unsigned GetTicks() const { return ticks_; }
+
+  // In sixteenths of a tick, from the start of the song.
+  std::uint64_t GetStartSixteenths() const { return std::uint64_t{16} * abs_time() + startSixteenths_; }
+  std::uint64_t GetSixteenthsPerBeat() const { return std::uint64_t{16} * ticksPerBeat_ + beatSixteenths_; }
 
   int GetEventCode() const override { return evt_code; }
   void WriteString(std::ostream& out) const override;
@@ -112,7 +121,8 @@ class BarsBeats : public cmn::TESKEvent {
   int bar_;
   unsigned beats_;
   unsigned ticksPerBeat_;
-  unsigned ticks_;
+  unsigned startSixteenths_;
+  unsigned beatSixteenths_;
 };
 
 }  // namespace TL

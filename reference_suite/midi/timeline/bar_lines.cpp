@@ -9,25 +9,23 @@ namespace tesk_midi {
 
 namespace {
 
+// Lines are kept in sixteenths of a tick, in which every beat down to a sixty-fourth is a whole number.
+
 constexpr std::size_t kMostWarnings = 20;
 
 class BarLayout {
  public:
   BarLayout(unsigned pulsesPerQuarterNote, int firstBar) : ppq_(pulsesPerQuarterNote), bar_(firstBar) {}
 
-  // Fills [meter, `end`) with bars. `cut`: `end` is the next meter, at which a new bar begins.
+  // Fills [meter, `end`) with bars. `cut`: the meter that begins at `end`, where a new bar begins with it.
   void Fill(const TL::Meter& meter, std::uint64_t end, const TL::Meter* cut) {
-    const std::uint64_t beats = meter.GetNumerator();
-    for (std::uint64_t index = 0;; ++index) {
-      const std::uint64_t start = meter.abs_time() + Ticks_(meter, index * beats);
-      const std::uint64_t next = meter.abs_time() + Ticks_(meter, (index + 1) * beats);
-      if (start >= end) return;
-      if (cut != nullptr && next > end) {
-        AddCut_(meter, start, end);
-        Warn_(*cut);
-        return;
-      }
-      Add_(meter, start, beats, next - start);
+    const std::uint64_t perBeat = 16 * 4 * ppq_ / meter.GetDenominator();
+    const std::uint64_t perBar = meter.GetNumerator() * perBeat;
+    std::uint64_t start = 16 * std::uint64_t{meter.abs_time()};
+    for (; start / 16 < end; start += perBar) {
+      const bool isCut = cut != nullptr && (start + perBar) / 16 > end;
+      Add_(start, isCut ? BeatsUntil_(start, perBeat, end) : meter.GetNumerator(), perBeat);
+      if (isCut) Warn_(*cut);
     }
   }
 
@@ -39,27 +37,22 @@ class BarLayout {
   }
 
  private:
-  // `count` beats of a meter in ticks, rounded down.
-  std::uint64_t Ticks_(const TL::Meter& meter, std::uint64_t count) const {
-    return count * 4 * ppq_ / meter.GetDenominator();
-  }
-
-  void Add_(const TL::Meter& meter, std::uint64_t start, std::uint64_t beats, std::uint64_t ticks) {
+  void Add_(std::uint64_t start, std::uint64_t beats, std::uint64_t perBeat) {
     if (lines_.bars.GetSize() == kMostBars) {
       throw TimelineError(
           "the song has more than " + std::to_string(kMostBars) +
           " bars; see that its meters are right and that no track ends long after the music.");
     }
-    lines_.bars.Add(TL::BarsBeats(static_cast<unsigned>(start), bar_, static_cast<unsigned>(beats),
-                                  static_cast<unsigned>(Ticks_(meter, 1)), static_cast<unsigned>(ticks)));
+    lines_.bars.Add(TL::BarsBeats(static_cast<unsigned>(start / 16), bar_, static_cast<unsigned>(beats),
+                                  static_cast<unsigned>(perBeat / 16), start % 16, perBeat % 16));
     ++bar_;
   }
 
-  // As many beats as begin before the cut.
-  void AddCut_(const TL::Meter& meter, std::uint64_t start, std::uint64_t end) {
+  // As many beats as begin before `end`.
+  static std::uint64_t BeatsUntil_(std::uint64_t start, std::uint64_t perBeat, std::uint64_t end) {
     std::uint64_t beats = 1;
-    while (start + Ticks_(meter, beats) < end) ++beats;
-    Add_(meter, start, beats, Ticks_(meter, beats));
+    while ((start + beats * perBeat) / 16 < end) ++beats;
+    return beats;
   }
 
   void Warn_(const TL::Meter& meter) {

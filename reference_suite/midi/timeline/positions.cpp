@@ -29,10 +29,9 @@ TL::BarSpan FindBar(const TL::Timeline& timeline, std::uint64_t number) {
   if (number < first || number - first > bars.GetSize()) ThrowNoSuchBar(timeline, number);
   const std::uint64_t index = number - first;
   if (index < bars.GetSize()) return TL::FindBarSpan(bars, bars[index].abs_time());
-  const TL::BarsBeats& last = bars[bars.GetSize() - 1];
-  const std::uint64_t start = std::uint64_t{last.abs_time()} + last.GetTicks();
-  if (start > timeline.GetMidiEndTicks()) ThrowNoSuchBar(timeline, number);
-  return TL::FindBarSpan(bars, start);
+  const TL::BarSpan last = TL::FindBarSpan(bars, bars[bars.GetSize() - 1].abs_time());
+  if (last.end > timeline.GetMidiEndTicks()) ThrowNoSuchBar(timeline, number);
+  return TL::FindBarSpan(bars, last.end);
 }
 
 std::uint64_t TickOfBarPlace(const TL::Timeline& timeline, const WrittenPlace& place) {

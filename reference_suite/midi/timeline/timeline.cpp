@@ -15,7 +15,7 @@ BarBeatTick Timeline::GetBarBeatTick(unsigned tick) const {
 
 unsigned Timeline::GetBarLineAtOrAfter(unsigned tick) const {
   const BarSpan span = FindBarSpan(barsBeats_, tick);
-  const std::uint64_t line = span.start == tick ? tick : span.end;
+  const std::uint64_t line = span.Start() == tick ? tick : span.end;
   return static_cast<unsigned>(std::min<std::uint64_t>(line, midiEndTicks_));
 }
 
@@ -28,7 +28,7 @@ unsigned Timeline::GetBeatAtOrAfter(unsigned tick) const {
 }
 
 unsigned Timeline::GetBarStart(unsigned tick) const {
-  return static_cast<unsigned>(FindBarSpan(barsBeats_, tick).start);
+  return static_cast<unsigned>(FindBarSpan(barsBeats_, tick).Start());
 }
 
 unsigned Timeline::GetBeatStart(unsigned tick) const {
