@@ -24,7 +24,8 @@ unsigned GetTicksPerBeat(const tesk_midi::SongData& song, unsigned tick) {
 }
 
 unsigned GetTicksPerBar(const tesk_midi::SongData& song, unsigned tick) {
-  return GetBarAt(song, tick).GetTicks();
+  const TL::BarsBeats bar = GetBarAt(song, tick);
+  return bar.GetBeats() * bar.GetTicksPerBeat();
 }
 
 }  // namespace player_core

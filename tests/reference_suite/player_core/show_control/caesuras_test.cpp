@@ -4,8 +4,8 @@
 
 namespace {
 
-using test_support::kBar;
 using test_support::IsFree;
+using test_support::kBar;
 using test_support::kBeat;
 using test_support::Stage;
 using test_support::TestSong;

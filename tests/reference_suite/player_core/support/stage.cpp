@@ -27,7 +27,8 @@ void TestShowControl::ResetGuiUpdate() {
 }
 
 void TestShowControl::SetJump(unsigned tickIndex, exc::ExLock& lock, bool skipAhead) {
-  Tell_("SetJump " + std::to_string(tickIndex) + (skipAhead ? " skipping" : ""));
+  // Not always: what it costs is watched.
+  if (onCall) Tell_("SetJump " + std::to_string(tickIndex) + (skipAhead ? " skipping" : ""));
   ShowControl::SetJump(tickIndex, lock, skipAhead);
 }
 
