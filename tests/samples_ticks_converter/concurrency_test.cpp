@@ -6,8 +6,8 @@
 
 #include "Sources/samples_ticks_converter/samples_ticks_converter.h"
 #include "exc/lock/scope_lock.h"
-#include "tests/samples_ticks_converter/songs.h"
 #include "tests/support/slot_index.h"
+#include "tests/support/tempo_songs.h"
 
 namespace {
 

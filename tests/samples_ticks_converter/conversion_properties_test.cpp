@@ -7,7 +7,7 @@
 #include <vector>
 
 #include "Sources/samples_ticks_converter/samples_ticks_converter.h"
-#include "tests/samples_ticks_converter/songs.h"
+#include "tests/support/tempo_songs.h"
 
 // What must hold for every song: a tick begins on one sample, that sample belongs to that tick, and the
 // samples are shared out among the ticks without a gap. The songs are drawn at random, from seeds that are

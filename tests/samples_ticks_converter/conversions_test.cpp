@@ -7,8 +7,8 @@
 
 #include "Sources/samples_ticks_converter/samples_ticks_converter.h"
 #include "exc/assertion/ex_assertion_error.h"
-#include "tests/samples_ticks_converter/songs.h"
 #include "tests/support/allocation_watch.h"
+#include "tests/support/tempo_songs.h"
 #include "tests/support/throws_with_text.h"
 
 namespace {

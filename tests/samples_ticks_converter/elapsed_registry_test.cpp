@@ -6,8 +6,8 @@
 
 #include "Sources/samples_ticks_converter/samples_ticks_converter.h"
 #include "exc/console/cout_buffer.h"
-#include "tests/samples_ticks_converter/songs.h"
 #include "tests/support/cout_capture.h"
+#include "tests/support/tempo_songs.h"
 
 namespace {
 

@@ -5,7 +5,7 @@
 #include <stdexcept>
 
 #include "Sources/samples_ticks_converter/samples_ticks_converter.h"
-#include "tests/samples_ticks_converter/songs.h"
+#include "tests/support/tempo_songs.h"
 #include "tests/support/throws_with_text.h"
 
 // The map is seen through the conversions: an entry's samples are those of its tick, its tick time is the
