@@ -1,0 +1,146 @@
+#include "reference_suite/audio/output/device_feed.h"
+
+#include <algorithm>
+
+namespace tesk_audio {
+
+namespace {
+
+constexpr std::uint64_t kOpenBit = 1ULL << 31U;
+constexpr std::uint64_t kFadeMask = kOpenBit - 1;
+
+std::uint32_t NumberOf(std::uint64_t command) {
+  return static_cast<std::uint32_t>(command >> 32U);
+}
+
+}  // namespace
+
+DeviceFeed::DeviceFeed(FrameRing& ring, unsigned channels, std::size_t fadeFrames)
+    : ring_(ring), channels_(channels), fadeFrames_(fadeFrames), fade_(channels) {
+  fade_.Set(false);
+}
+
+void DeviceFeed::Command_(bool open, std::size_t fadeFrames) {
+  const std::uint64_t number = NumberOf(command_) + 1ULL;
+  command_ = number << 32U | (open ? kOpenBit : 0) | (fadeFrames & kFadeMask);
+}
+
+void DeviceFeed::Open() {
+  Command_(true, fadeFrames_);
+}
+
+void DeviceFeed::Close(std::size_t fadeFrames) {
+  Command_(false, fadeFrames);
+}
+
+void DeviceFeed::DropBefore(std::uint64_t position) {
+  dropBefore_ = position;
+}
+
+bool DeviceFeed::IsClosed() const {
+  return closedBy_ == NumberOf(command_);
+}
+
+void DeviceFeed::Process(float* out, std::size_t frames) noexcept {
+  // The command first: what was dropped before it was given is then surely seen.
+  const std::uint64_t command = command_;
+  ObeyDrop_();
+  ObeyCommand_(command);
+  for (std::size_t done = 0; done < frames;) {
+    done += ProcessSome_(out + done * channels_, frames - done);
+  }
+  PublishAudible_();
+}
+
+void DeviceFeed::ObeyDrop_() {
+  const std::uint64_t position = dropBefore_;
+  if (ring_.GetReadPosition() >= position) return;
+  if (!open_) {
+    ring_.SkipTo(position);
+    return;
+  }
+  drop_ = position;
+  if (!dropping_ && !closing_) fade_.StartOut(fadeFrames_);
+  dropping_ = true;
+  if (!fade_.IsUnderWay()) FinishFade_();
+}
+
+void DeviceFeed::ObeyCommand_(std::uint64_t command) {
+  if (NumberOf(command) == obeyed_) return;
+  obeyed_ = NumberOf(command);
+  const std::size_t fadeFrames = command & kFadeMask;
+  if ((command & kOpenBit) != 0) {
+    if (!open_) fade_.Set(ring_.GetReadPosition() == refill_);
+    open_ = true;
+    closing_ = false;
+    if (!dropping_) fade_.StartIn(fadeFrames);
+  } else if (open_) {
+    closing_ = true;
+    fade_.StartOut(fadeFrames);
+    if (!fade_.IsUnderWay()) FinishFade_();
+  } else {
+    closedBy_ = obeyed_;
+  }
+}
+
+std::size_t DeviceFeed::Playable_(std::size_t limit) const {
+  const std::uint64_t position = ring_.GetReadPosition();
+  // What is being dropped must not run on into the frames that come instead.
+  const std::uint64_t border = dropping_ ? drop_ : end_.load();
+  const std::uint64_t allowed = border > position ? border - position : 0;
+  return std::min({limit, ring_.GetAvailable(), static_cast<std::size_t>(allowed)});
+}
+
+std::size_t DeviceFeed::ProcessSome_(float* out, std::size_t frames) {
+  if (!open_) {
+    std::fill_n(out, frames * channels_, 0.0F);
+    silentFrames_ += frames;
+    return frames;
+  }
+  const std::size_t limit = fade_.IsUnderWay() ? std::min(frames, fade_.GetLeft()) : frames;
+  std::size_t count = Playable_(limit);
+  if (count > 0) {
+    ring_.Read(out, count);
+    silentFrames_ = 0;
+  } else if (dropping_) {
+    FinishFade_();
+    return 0;
+  } else if (ring_.GetReadPosition() == end_) {
+    Close_();
+    return 0;
+  } else {
+    // Nothing is ready: silence for exactly the frames that are missing, through which a fade goes on.
+    count = limit;
+    std::fill_n(out, count * channels_, 0.0F);
+    underrunFrames_ += static_cast<long long>(count);
+    silentFrames_ += count;
+  }
+  fade_.Apply(out, count);
+  if (!fade_.IsUnderWay()) FinishFade_();
+  return count;
+}
+
+void DeviceFeed::FinishFade_() {
+  if (dropping_) {
+    dropping_ = false;
+    ring_.SkipTo(drop_);
+    fade_.Set(false);
+    if (!closing_) fade_.StartIn(fadeFrames_);
+  }
+  if (closing_) Close_();
+}
+
+void DeviceFeed::Close_() {
+  open_ = closing_ = false;
+  closedBy_ = obeyed_;
+}
+
+void DeviceFeed::PublishAudible_() {
+  const std::uint64_t taken = ring_.GetReadPosition();
+  const std::uint64_t latency = latency_;
+  // Silence behind the last frame has pushed it on towards the loudspeaker.
+  const std::uint64_t behind = latency > silentFrames_ ? latency - silentFrames_ : 0;
+  if (taken > behind && taken - behind > audible_) audible_ = taken - behind;
+}
+
+}  // namespace tesk_audio

@@ -1,0 +1,90 @@
+#pragma once
+
+#include <atomic>
+#include <cstddef>
+#include <cstdint>
+#include <limits>
+
+#include "reference_suite/audio/device/device.h"
+#include "reference_suite/audio/output/fade.h"
+#include "reference_suite/audio/output/frame_ring.h"
+
+namespace tesk_audio {
+
+// What the device hears: frames out of the ring while it is open, silence while it is closed. Opening and
+// closing take effect in the device's next period, with a fade; the device itself runs on.
+//
+// Units      frames; positions are those of the ring.
+// Threads    Process on the device's thread. Commands by any thread, one at a time by agreement of the
+// callers.
+//            Queries by any thread.
+// Render     Process takes no lock, allocates nothing, calls nobody: all that it shares is atomic.
+class DeviceFeed : public DeviceCallback {
+ public:
+  // `fadeFrames`: on opening, and where frames are dropped; 0 leaves every sample as it is.
+  DeviceFeed(FrameRing& ring, unsigned channels, std::size_t fadeFrames);
+
+  // ---- commands
+  // Fades in, unless the next frame is the first after a refill.
+  void Open();
+  // Fades out over that many frames of the ring; what follows them stays for the next opening.
+  void Close(std::size_t fadeFrames);
+  // Frames before `position` are heard no more, but for a fade-out when they are being heard now.
+  void DropBefore(std::uint64_t position);
+  // The frame at `position` is the first after a refill.
+  void SetRefill(std::uint64_t position) { refill_ = position; }
+  // Closes by itself, without a fade, when it has come to `position`.
+  void EndAt(std::uint64_t position) { end_ = position; }
+  void ClearEnd() { end_ = kNever; }
+  // What the device reports; frames.
+  void SetLatency(unsigned frames) { latency_ = frames; }
+
+  // ---- queries
+  // Whether the last command was to close, or the end was reached, and the device has obeyed.
+  bool IsClosed() const;
+  // Up to where the listener has heard. Never decreases.
+  std::uint64_t GetAudiblePosition() const { return audible_; }
+  // Frames of silence because the ring ran short.
+  long long GetUnderrunFrames() const { return underrunFrames_; }
+
+  void Process(float* out, std::size_t frames) noexcept override;
+
+ private:
+  static constexpr std::uint64_t kNever = std::numeric_limits<std::uint64_t>::max();
+
+  void Command_(bool open, std::size_t fadeFrames);
+  void ObeyCommand_(std::uint64_t command);
+  void ObeyDrop_();
+  // Some frames, at least one; returns how many.
+  std::size_t ProcessSome_(float* out, std::size_t frames);
+  // Frames of the ring that may be heard now, at most `limit`.
+  std::size_t Playable_(std::size_t limit) const;
+  void FinishFade_();
+  void Close_();
+  void PublishAudible_();
+
+  FrameRing& ring_;
+  unsigned channels_;
+  std::size_t fadeFrames_;
+
+  // The last command: its number in the upper half, then whether to open, then the fade's frames.
+  std::atomic<std::uint64_t> command_{0};
+  std::atomic<std::uint32_t> closedBy_{0};  // number of the command under which the feed is closed
+  std::atomic<std::uint64_t> dropBefore_{0};
+  std::atomic<std::uint64_t> refill_{0};
+  std::atomic<std::uint64_t> end_{kNever};
+  std::atomic<unsigned> latency_{0};
+  std::atomic<std::uint64_t> audible_{0};
+  std::atomic<long long> underrunFrames_{0};
+
+  // The device's thread only.
+  bool open_ = false;
+  bool closing_ = false;   // open, and closed when the fade has ended
+  bool dropping_ = false;  // open, and passing over frames up to drop_ when the fade has ended
+  std::uint64_t drop_ = 0;
+  Fade fade_;
+  std::uint32_t obeyed_ = 0;        // number of the last command
+  std::uint64_t silentFrames_ = 0;  // since the last frame out of the ring
+};
+
+}  // namespace tesk_audio

@@ -1,0 +1,46 @@
+#pragma once
+
+#include <atomic>
+#include <cstddef>
+#include <cstdint>
+#include <vector>
+
+namespace tesk_audio {
+
+// Frames on their way from one thread to another.
+//
+// Units      interleaved frames. Positions count all frames that ever passed, so that both sides can speak of
+// a
+//            frame long after or before it is in the ring; they never wrap in practice (2^64 frames).
+// Threads    one writer and one reader, each its own operations. Several threads may take turns in either
+// part
+//            when a lock of theirs orders them.
+// Render     no lock, no allocation, no wait.
+class FrameRing {
+ public:
+  // Room for at least `frames`.
+  FrameRing(std::size_t frames, unsigned channels);
+
+  // ---- the writer
+  std::uint64_t GetWritePosition() const { return write_.load(std::memory_order_acquire); }
+  std::size_t GetFree() const;
+  // `count` frames, for which there must be room.
+  void Write(const float* frames, std::size_t count);
+
+  // ---- the reader
+  std::uint64_t GetReadPosition() const { return read_.load(std::memory_order_acquire); }
+  std::size_t GetAvailable() const;
+  // `count` frames, which must be available.
+  void Read(float* frames, std::size_t count);
+  // Passes over everything before `position`, which must have been written.
+  void SkipTo(std::uint64_t position);
+
+ private:
+  std::size_t mask_;  // frames; one less than a power of two
+  unsigned channels_;
+  std::vector<float> samples_;
+  std::atomic<std::uint64_t> write_{0};
+  std::atomic<std::uint64_t> read_{0};
+};
+
+}  // namespace tesk_audio

@@ -1,0 +1,163 @@
+// The render thread of LiveSampleOutput: what it does next, and when it sleeps.
+#include <sched.h>
+
+#include <algorithm>
+#include <cerrno>
+#include <exception>
+#include <string>
+#include <system_error>
+
+#include "exc/console/cout_buffer.h"
+#include "exc/lock/scope_lock.h"
+#include "reference_suite/audio/output/live_sample_output.h"
+#include "suite/audio/errors.h"
+#include "suite/core/tesk_log_exception.h"
+#include "suite/utility/thread_names.h"
+
+namespace tesk_audio {
+
+namespace {
+
+// Above everything ordinary, below the sound system's own threads.
+constexpr int kPriority = 60;
+constexpr long long kMillisecond = 1'000'000;
+
+int CreateRealTimeThread(pthread_t* thread, void* (*body)(void*), void* argument) {
+  pthread_attr_t attributes;
+  pthread_attr_init(&attributes);
+  sched_param parameters{};
+  parameters.sched_priority = kPriority;
+  pthread_attr_setinheritsched(&attributes, PTHREAD_EXPLICIT_SCHED);
+  pthread_attr_setschedpolicy(&attributes, SCHED_FIFO);
+  pthread_attr_setschedparam(&attributes, &parameters);
+  const int result = ::pthread_create(thread, &attributes, body, argument);
+  pthread_attr_destroy(&attributes);
+  return result;
+}
+
+}  // namespace
+
+void LiveSampleOutput::StartThread_() {
+  int result = CreateRealTimeThread(&thread_, &LiveSampleOutput::ThreadBody_, this);
+  if (result == EPERM) {
+    exc::CoutBuffer()
+        << "NOTICE: the system grants the audio output no real-time priority; sound may drop out "
+           "when other programs are busy."
+        << exc::EndlT();
+    result = ::pthread_create(&thread_, nullptr, &LiveSampleOutput::ThreadBody_, this);
+  }
+  if (result != 0) {
+    throw TESKAudioError("The audio output cannot start its thread: " +
+                         std::generic_category().message(result) + ". Close other programs.");
+  }
+  threadRuns_ = true;
+}
+
+void LiveSampleOutput::JoinThread_() {
+  if (!threadRuns_) return;
+  {
+    exc::ScopeLock lock(*this);
+    exits_ = true;
+    renderWakes_.WakeAll();
+  }
+  ::pthread_join(thread_, nullptr);
+  threadRuns_ = false;
+  renderThread_ = pthread_t{};
+}
+
+void* LiveSampleOutput::ThreadBody_(void* self) {
+  exc::thread_names.SetNameOfCurrentThread("AudioRender");
+  static_cast<LiveSampleOutput*>(self)->Run_();
+  return nullptr;
+}
+
+bool LiveSampleOutput::OnRenderThread_() const {
+  return ::pthread_equal(renderThread_, ::pthread_self()) != 0;
+}
+
+void LiveSampleOutput::Run_() {
+  renderThread_ = ::pthread_self();
+  exc::ScopeLock lock(*this);
+  for (Task task = NextTask_(); task != Task::Exit; task = NextTask_()) {
+    if (task == Task::Wait) {
+      WaitForTask_(lock);
+      continue;
+    }
+    inPlayer_ = true;
+    // Lock open: transport commands may change every state.
+    // Afterwards: nothing read above is reused.
+    lock.Unlock();
+    Do_(task);
+    lock.Lock();
+    inPlayer_ = false;
+    changed_.WakeAll();
+    if (task == Task::LookForMove) WaitForTask_(lock);
+  }
+}
+
+void LiveSampleOutput::Do_(Task task) noexcept {
+  try {
+    if (task == Task::Step) StepWhileRunning_();
+    if (task == Task::AskAttacca) AskAttacca_();
+    if (task == Task::AnnounceStop) AnnounceStop_();
+    if (task == Task::LookForMove) LookForMove_();
+    if (task == Task::FinishStop) FinishStop_();
+    if (task == Task::FinishEnding) FinishEnding_();
+  } catch (const std::exception& error) {
+    TeskLogException(error.what(), "reference_suite/audio/output", __LINE__);
+  }
+}
+
+void LiveSampleOutput::WaitForTask_(exc::ScopeLock& lock) {
+  if (state_ != State::Running && !stopRequested_) {
+    renderWakes_.Wait(lock);
+    return;
+  }
+  // The device does not wake us, so that its thread never has to: look again before it has taken half a read.
+  const double frames =
+      static_cast<double>(std::min<std::size_t>(quantum_, device_->GetPeriodFrames())) / 2.0;
+  const auto nanoseconds = static_cast<long long>(frames / device_->GetRateHz() * 1e9);
+  renderWakes_.WaitFor(lock, std::clamp(nanoseconds, kMillisecond / 2, 2 * kMillisecond));
+}
+
+LiveSampleOutput::Task LiveSampleOutput::NextTask_() {
+  feed_.SetLatency(device_->GetLatencyFrames());
+  if (exits_) return Task::Exit;
+  if (stopRequested_) {
+    CloseFeed_(stopFadeFrames_);
+    return feed_.IsClosed() ? Task::FinishStop : Task::Wait;
+  }
+  return state_ == State::Running ? NextRunningTask_() : Task::Wait;
+}
+
+LiveSampleOutput::Task LiveSampleOutput::NextRunningTask_() {
+  if (idle_ || seekFlag_.GetIsSet()) return Task::Wait;
+  // Another song: neither the frames nor the ending of the one before count any more.
+  if (switched_) return Task::LookForMove;
+  if (ending_ != Ending::None) return NextEndingTask_();
+  if (NeedsFrames_()) return Task::Step;
+  if (!feedOpen_) {
+    feed_.Open();
+    feedOpen_ = true;
+  }
+  return Task::Wait;
+}
+
+LiveSampleOutput::Task LiveSampleOutput::NextEndingTask_() {
+  if (ending_ == Ending::SongEnd) return Task::AskAttacca;
+  if (ending_ == Ending::Caesura && !stopIsAnnounced_) return Task::AnnounceStop;
+  if (!feedOpen_) {
+    feed_.Open();
+    feedOpen_ = true;
+  }
+  const bool played = feed_.IsClosed() && feed_.GetAudiblePosition() >= endPosition_;
+  return played ? Task::FinishEnding : Task::LookForMove;
+}
+
+bool LiveSampleOutput::MayStep() {
+  exc::ScopeLock lock(*this);
+  const bool wanted = state_ == State::Running && !stopRequested_ && !idle_ && !exits_;
+  return wanted && ending_ == Ending::None && !seekFlag_.GetIsSet();
+}
+
+}  // namespace tesk_audio

@@ -1,0 +1,67 @@
+#include "reference_suite/audio/output/live_sample_output.h"
+
+#include <algorithm>
+#include <cmath>
+#include <utility>
+
+#include "exc/lock/scope_lock.h"
+
+namespace tesk_audio {
+
+LiveSampleOutput::LiveSampleOutput(AudioPlayerOutputInterface& player, std::unique_ptr<Device> device,
+                                   const OutputSettings& settings)
+    : exc::Lockable("AudioSampleOutput"),
+      player_(player),
+      device_(std::move(device)),
+      stepLock_("AudioSampleOutput_Step"),
+      step_(player, device_->GetChannelCount(), device_->GetRateHz(), settings.crossfadeMs),
+      quantum_(step_.GetQuantum()),
+      aheadFrames_(std::max(FramesOf_(settings.aheadMs), device_->GetPeriodFrames() + quantum_)),
+      fadeFrames_(FramesOf_(settings.fadeMs)),
+      // Room for what is rendered ahead twice over: while the device has not yet passed over what was
+      // dropped, the same amount is rendered anew.
+      ring_(4 * (aheadFrames_ + quantum_), device_->GetChannelCount()),
+      feed_(ring_, device_->GetChannelCount(), fadeFrames_),
+      seekFlag_("AudioSampleOutput_Seek") {
+  device_->Start(feed_);
+  try {
+    StartThread_();
+  } catch (...) {
+    device_->Stop();
+    throw;
+  }
+}
+
+LiveSampleOutput::~LiveSampleOutput() {
+  {
+    exc::ScopeLock lock(*this);
+    CloseFeed_(FramesOf_(10.0));
+    WaitUntilClosed_(lock);
+  }
+  JoinThread_();
+  device_->Stop();
+}
+
+long long LiveSampleOutput::GetElapsedSampleCount() {
+  return elapsed_.GetCount(feed_.GetAudiblePosition());
+}
+
+bool LiveSampleOutput::GetOutputIsRunning() {
+  exc::ScopeLock lock(*this);
+  return state_ == State::Running;
+}
+
+std::size_t LiveSampleOutput::FramesOf_(double milliseconds) const {
+  return static_cast<std::size_t>(std::lround(std::max(0.0, milliseconds) * device_->GetRateHz() / 1000.0));
+}
+
+std::size_t LiveSampleOutput::GetRingFill_() const {
+  const std::uint64_t start = std::max<std::uint64_t>(contentStart_, ring_.GetReadPosition());
+  return static_cast<std::size_t>(ring_.GetWritePosition() - start);
+}
+
+bool LiveSampleOutput::NeedsFrames_() const {
+  return GetRingFill_() < aheadFrames_ && ring_.GetFree() >= quantum_;
+}
+
+}  // namespace tesk_audio

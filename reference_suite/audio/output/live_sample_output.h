@@ -1,0 +1,151 @@
+#pragma once
+
+#include <pthread.h>
+
+#include <atomic>
+#include <cstddef>
+#include <cstdint>
+#include <memory>
+#include <string>
+
+#include "exc/flag/ex_flag.h"
+#include "exc/lock/lockable.h"
+#include "reference_suite/audio/device/device.h"
+#include "reference_suite/audio/output/device_feed.h"
+#include "reference_suite/audio/output/elapsed_count.h"
+#include "reference_suite/audio/output/frame_ring.h"
+#include "reference_suite/audio/output/output_settings.h"
+#include "reference_suite/audio/output/render_step.h"
+#include "reference_suite/audio/output/timed_condition.h"
+#include "suite/audio/audio_sample_output.h"
+
+namespace tesk_audio {
+
+// Plays in real time: a render thread keeps a ring filled with what the player hands out, the device takes
+// it.
+//
+//   player <- render step <- render thread -> ring -> feed -> device
+//
+// Units      frames at the device's rate, which is the audio's.
+// Threads    the transport on any thread; render steps on the render thread while running, and on the
+// caller's
+//            thread inside Refill; the device on its own.
+// Locks      this object (the states below; never held while the player is called), then, each alone: the
+// step
+//            lock, which one render step at a time holds and which encloses the player's read-samples lock;
+//            the elapsed count's.
+// Errors     what a step throws (a song that asks for stretching, a broken invariant of the player) ends
+// playback
+//            where it happened, in the log and as a line on the console.
+class LiveSampleOutput : public AudioSampleOutput, public exc::Lockable, private StepGate {
+ public:
+  // The device runs from now on, with silence. Throws TESKAudioError when it, or a thread, cannot be started.
+  LiveSampleOutput(AudioPlayerOutputInterface& player, std::unique_ptr<Device> device,
+                   const OutputSettings& settings);
+  // The player lock must not be held by whoever deletes, unless PrepareForExit has come before.
+  ~LiveSampleOutput() override;
+  LiveSampleOutput(const LiveSampleOutput&) = delete;
+  LiveSampleOutput& operator=(const LiveSampleOutput&) = delete;
+
+  double GetSampleRateHz() override { return device_->GetRateHz(); }
+  long long GetElapsedSampleCount() override;
+  void Refill() override;
+  void Start() override;
+  void Pause() override;
+  bool Stop(bool wait) override;
+  bool SwitchContent(const AudioSampleContent& content, std::string* errorText) override;
+  void Idle() override;
+  void PrepareForExit() override;
+  bool GetOutputIsRunning() override;
+  exc::ExFlag& GetSeekFlag() override { return seekFlag_; }
+
+  // Frames of silence because the ring ran short.
+  long long GetUnderrunFrames() const { return feed_.GetUnderrunFrames(); }
+
+ private:
+  enum class State { Stopped, Paused, Running };
+  // What comes behind the last frame in the ring.
+  enum class Ending {
+    None,     // more frames
+    SongEnd,  // the end of the song; whether another follows has not been asked yet
+    Stop,     // nothing
+    Caesura,
+    Failure,  // nothing, because a step threw
+  };
+  // What the render thread does next.
+  enum class Task { Exit, Wait, Step, AskAttacca, AnnounceStop, LookForMove, FinishStop, FinishEnding };
+
+  // ---- live_rendering.cpp: the render thread
+  static void* ThreadBody_(void* self);
+  void StartThread_();
+  void JoinThread_();
+  void Run_();
+  void Do_(Task task) noexcept;
+  Task NextTask_() EXC_HOLDS(this);
+  Task NextRunningTask_() EXC_HOLDS(this);
+  Task NextEndingTask_() EXC_HOLDS(this);
+  void WaitForTask_(exc::ScopeLock& lock) EXC_HOLDS(this);
+  bool OnRenderThread_() const;
+  bool MayStep() override;
+
+  // ---- live_steps.cpp: one step, and what follows it
+  void StepWhileRunning_();
+  StepOutcome StepIntoRing_(StepGate& gate) EXC_HOLDS(stepLock_);
+  void DropRing_() EXC_HOLDS(stepLock_);
+  void SetEnding_(Ending ending);
+  void ForgetEnding_();
+  void AskAttacca_();
+  void AnnounceStop_();
+  void LookForMove_();
+  void FinishStop_();
+  void FinishEnding_();
+  void StopAtCaesura_();
+  void NotifyStopped_();
+
+  // ---- live_transport.cpp
+  void PrepareRefill_();
+  bool StopAndWait_(bool wait, std::size_t fadeFrames);
+  void CloseFeed_(std::size_t fadeFrames) EXC_HOLDS(this);
+  void WaitUntilClosed_(exc::ScopeLock& lock) EXC_HOLDS(this);
+  std::size_t FramesOf_(double milliseconds) const;
+  // Frames that are rendered and still to be heard.
+  std::size_t GetRingFill_() const;
+  bool NeedsFrames_() const;
+
+  AudioPlayerOutputInterface& player_;
+  std::unique_ptr<Device> device_;
+  exc::Lockable stepLock_;
+  RenderStep step_ EXC_GUARDED_BY(stepLock_);
+  std::size_t quantum_;
+  std::size_t aheadFrames_;
+  std::size_t fadeFrames_;
+  FrameRing ring_;
+  DeviceFeed feed_;
+  ElapsedCount elapsed_;
+  exc::ExFlag seekFlag_;
+  std::atomic<std::uint64_t> contentStart_{0};  // in the ring; what lies before was dropped
+  std::atomic<bool> switched_{false};           // another content: the ring still holds the one before
+  std::atomic<bool> inAttacca_{false};          // the player switches the content itself, without a gap
+
+  TimedCondition renderWakes_;  // both with this object's lock
+  TimedCondition changed_;
+  State state_ EXC_GUARDED_BY(this) = State::Stopped;
+  Ending ending_ EXC_GUARDED_BY(this) = Ending::None;
+  std::uint64_t endPosition_ EXC_GUARDED_BY(this) = 0;
+  std::string failure_ EXC_GUARDED_BY(this);
+  bool exits_ EXC_GUARDED_BY(this) = false;
+  bool idle_ EXC_GUARDED_BY(this) = false;
+  bool feedOpen_ EXC_GUARDED_BY(this) = false;         // the last command to the feed was to open
+  bool stopIsAnnounced_ EXC_GUARDED_BY(this) = false;  // the player knows of an approaching caesura
+  bool stopRequested_ EXC_GUARDED_BY(this) = false;
+  bool startsAfterStop_ EXC_GUARDED_BY(this) = false;
+  std::size_t stopFadeFrames_ EXC_GUARDED_BY(this) = 0;
+  bool notifies_ EXC_GUARDED_BY(this) = false;  // the player is being told that the output has stopped
+  bool inPlayer_ EXC_GUARDED_BY(this) = false;  // the render thread is inside calls to the player
+
+  pthread_t thread_{};
+  bool threadRuns_ = false;  // by who constructs, prepares for exit and deletes
+  std::atomic<pthread_t> renderThread_{};
+};
+
+}  // namespace tesk_audio

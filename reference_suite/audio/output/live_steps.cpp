@@ -1,0 +1,180 @@
+// One render step of LiveSampleOutput, and what follows the last frame.
+#include <exception>
+
+#include "exc/console/cout_buffer.h"
+#include "exc/lock/scope_lock.h"
+#include "reference_suite/audio/output/go_on_attacca.h"
+#include "reference_suite/audio/output/live_sample_output.h"
+#include "suite/core/tesk_log_exception.h"
+
+namespace tesk_audio {
+
+namespace {
+
+const char* const kSourcePath = "reference_suite/audio/output";
+
+}  // namespace
+
+void LiveSampleOutput::StepWhileRunning_() {
+  exc::ScopeLock lock(stepLock_);
+  StepIntoRing_(*this);
+}
+
+StepOutcome LiveSampleOutput::StepIntoRing_(StepGate& gate) {
+  try {
+    const StepResult result = step_.Run(gate);
+    // What was rendered before the seek gives way to what was rendered after it.
+    if (result.moved) DropRing_();
+    if (result.outcome == StepOutcome::Frames) {
+      const auto count = static_cast<std::size_t>(result.frames);
+      elapsed_.Add(count, result.frames);
+      ring_.Write(step_.Frames(), count);
+    }
+    if (result.outcome == StepOutcome::Caesura) SetEnding_(Ending::Caesura);
+    if (result.outcome == StepOutcome::End) SetEnding_(Ending::SongEnd);
+    return result.outcome;
+  } catch (const std::exception& error) {
+    {
+      exc::ScopeLock lock(*this);
+      failure_ = error.what();
+    }
+    SetEnding_(Ending::Failure);
+    return StepOutcome::End;
+  }
+}
+
+void LiveSampleOutput::DropRing_() {
+  const std::uint64_t position = ring_.GetWritePosition();
+  elapsed_.CountAll();
+  step_.Reset();
+  contentStart_ = position;
+  feed_.DropBefore(position);
+}
+
+void LiveSampleOutput::SetEnding_(Ending ending) {
+  exc::ScopeLock lock(*this);
+  ending_ = ending;
+  endPosition_ = ring_.GetWritePosition();
+  // Before it is known that nothing follows, the device must not close: an attacca goes on without a gap.
+  if (ending != Ending::SongEnd) feed_.EndAt(endPosition_);
+}
+
+void LiveSampleOutput::ForgetEnding_() {
+  exc::ScopeLock lock(*this);
+  ending_ = Ending::None;
+  feed_.ClearEnd();
+  // It may have closed by itself.
+  if (feed_.IsClosed()) feedOpen_ = false;
+}
+
+void LiveSampleOutput::AskAttacca_() {
+  inAttacca_ = true;
+  const bool goesOn = GoOnAttacca(player_);
+  inAttacca_ = false;
+  if (goesOn) {
+    {
+      exc::ScopeLock lock(stepLock_);
+      step_.ForgetPosition();
+    }
+    ForgetEnding_();
+    return;
+  }
+  exc::ScopeLock lock(*this);
+  if (ending_ != Ending::SongEnd) return;
+  ending_ = Ending::Stop;
+  feed_.EndAt(endPosition_);
+}
+
+void LiveSampleOutput::AnnounceStop_() {
+  {
+    exc::ScopeLock lock(*this);
+    stopIsAnnounced_ = true;
+  }
+  player_.NotifyApproachingStop();
+}
+
+void LiveSampleOutput::LookForMove_() {
+  bool wasAnnounced = false;
+  {
+    exc::ScopeLock lock(stepLock_);
+    if (!switched_ && !step_.PositionHasMoved()) return;
+    switched_ = false;
+    DropRing_();
+    ForgetEnding_();
+    exc::ScopeLock state(*this);
+    wasAnnounced = stopIsAnnounced_;
+    stopIsAnnounced_ = false;
+  }
+  if (!wasAnnounced) return;
+  // The stop that the player holds its display for does not come: only this lets it go on.
+  player_.PauseAndClearApproachingStop();
+  player_.Play();
+}
+
+void LiveSampleOutput::FinishStop_() {
+  {
+    exc::ScopeLock lock(*this);
+    state_ = State::Stopped;
+    stopRequested_ = false;
+    notifies_ = true;
+  }
+  NotifyStopped_();
+}
+
+void LiveSampleOutput::FinishEnding_() {
+  std::string failure;
+  Ending ending = Ending::None;
+  {
+    exc::ScopeLock lock(*this);
+    // A command that came in between goes first; what ends here ends then.
+    if (state_ != State::Running || stopRequested_) return;
+    ending = ending_;
+    failure.swap(failure_);
+    ending_ = Ending::None;
+    feed_.ClearEnd();
+    feedOpen_ = false;
+    stopIsAnnounced_ = false;
+    state_ = ending == Ending::Caesura ? State::Paused : State::Stopped;
+    notifies_ = ending != Ending::Caesura;
+  }
+  if (ending == Ending::Caesura) {
+    StopAtCaesura_();
+    return;
+  }
+  if (ending == Ending::Failure) {
+    TeskLogException(failure, kSourcePath, __LINE__);
+    exc::CoutBuffer() << "WARNING: playback stops: " << failure << exc::EndlT();
+  }
+  NotifyStopped_();
+}
+
+void LiveSampleOutput::StopAtCaesura_() {
+  try {
+    player_.PauseAndClearApproachingStop();
+    if (player_.OnCaesuraStop()) player_.Play();
+  } catch (const std::exception& error) {
+    // Half of a caesura is no state to go on from: the player is told that the music has stopped.
+    TeskLogException(error.what(), kSourcePath, __LINE__);
+    {
+      exc::ScopeLock lock(*this);
+      state_ = State::Stopped;
+      notifies_ = true;
+    }
+    NotifyStopped_();
+  }
+}
+
+void LiveSampleOutput::NotifyStopped_() {
+  try {
+    player_.NotifyOutputHasStopped();
+  } catch (const std::exception& error) {
+    TeskLogException(error.what(), kSourcePath, __LINE__);
+  }
+  exc::ScopeLock lock(*this);
+  notifies_ = false;
+  if (startsAfterStop_) state_ = State::Running;
+  startsAfterStop_ = false;
+  changed_.WakeAll();
+}
+
+}  // namespace tesk_audio

@@ -1,0 +1,131 @@
+// The commands of LiveSampleOutput.
+#include "exc/lock/scope_lock.h"
+#include "reference_suite/audio/output/format_fit.h"
+#include "reference_suite/audio/output/live_sample_output.h"
+
+namespace tesk_audio {
+
+namespace {
+
+constexpr long long kMillisecond = 1'000'000;
+// How long a device may take to obey.
+constexpr long long kPatience = 500 * kMillisecond;
+
+class OpenGate : public StepGate {
+ public:
+  bool MayStep() override { return true; }
+};
+
+}  // namespace
+
+void LiveSampleOutput::Refill() {
+  PrepareRefill_();
+  exc::ScopeLock lock(stepLock_);
+  ForgetEnding_();
+  const std::uint64_t position = ring_.GetWritePosition();
+  switched_ = false;
+  step_.Reset();
+  elapsed_.Restart(position);
+  contentStart_ = position;
+  feed_.SetRefill(position);
+  feed_.DropBefore(position);
+  // Whoever refills has finished moving the position, so that a seek flag of its own does not count.
+  OpenGate gate;
+  while (NeedsFrames_() && StepIntoRing_(gate) == StepOutcome::Frames) {
+  }
+}
+
+void LiveSampleOutput::PrepareRefill_() {
+  bool wasAnnounced = false;
+  {
+    exc::ScopeLock lock(*this);
+    idle_ = false;
+    if (state_ == State::Running) state_ = State::Paused;
+    CloseFeed_(fadeFrames_);
+    if (!OnRenderThread_()) WaitUntilClosed_(lock);
+    wasAnnounced = stopIsAnnounced_;
+    stopIsAnnounced_ = false;
+  }
+  // The stop that was announced lies in what is dropped now.
+  if (wasAnnounced) player_.PauseAndClearApproachingStop();
+}
+
+void LiveSampleOutput::Start() {
+  exc::ScopeLock lock(*this);
+  if (exits_) return;
+  idle_ = false;
+  if (stopRequested_ && !OnRenderThread_()) {
+    // In the order in which they were asked for: the stop first.
+    startsAfterStop_ = true;
+    return;
+  }
+  state_ = State::Running;
+  renderWakes_.WakeAll();
+}
+
+void LiveSampleOutput::Pause() {
+  exc::ScopeLock lock(*this);
+  if (state_ != State::Running) return;
+  state_ = State::Paused;
+  CloseFeed_(fadeFrames_);
+  if (!OnRenderThread_()) WaitUntilClosed_(lock);
+}
+
+bool LiveSampleOutput::Stop(bool wait) {
+  return StopAndWait_(wait, fadeFrames_);
+}
+
+bool LiveSampleOutput::StopAndWait_(bool wait, std::size_t fadeFrames) {
+  exc::ScopeLock lock(*this);
+  if (exits_) return true;
+  if (state_ != State::Stopped) {
+    stopRequested_ = true;
+    stopFadeFrames_ = fadeFrames;
+    startsAfterStop_ = false;
+    renderWakes_.WakeAll();
+  }
+  if (!wait || OnRenderThread_()) return true;
+  long long deadline = MonotonicNow() + kPatience;
+  while (stopRequested_ || notifies_) {
+    // A call to the player may take as long as it takes; the device's time begins when it has returned.
+    if (inPlayer_) deadline = MonotonicNow() + kPatience;
+    if (MonotonicNow() > deadline) return false;
+    changed_.WaitFor(lock, kMillisecond);
+  }
+  return true;
+}
+
+bool LiveSampleOutput::SwitchContent(const AudioSampleContent& content, std::string* errorText) {
+  if (!FormatFits(content, device_->GetRateHz(), device_->GetChannelCount(), errorText)) return false;
+  if (!inAttacca_) switched_ = true;
+  return true;
+}
+
+void LiveSampleOutput::Idle() {
+  {
+    exc::ScopeLock lock(*this);
+    idle_ = true;
+  }
+  if (OnRenderThread_()) return;
+  // Whoever holds this is in the middle of a step.
+  exc::ScopeLock lock(stepLock_);
+}
+
+void LiveSampleOutput::PrepareForExit() {
+  StopAndWait_(true, FramesOf_(10.0));
+  if (OnRenderThread_()) return;
+  JoinThread_();
+  device_->Stop();
+}
+
+void LiveSampleOutput::CloseFeed_(std::size_t fadeFrames) {
+  if (feedOpen_) feed_.Close(fadeFrames);
+  feedOpen_ = false;
+}
+
+void LiveSampleOutput::WaitUntilClosed_(exc::ScopeLock& lock) {
+  const long long deadline = MonotonicNow() + kPatience;
+  while (!feed_.IsClosed() && MonotonicNow() < deadline) changed_.WaitFor(lock, kMillisecond / 2);
+}
+
+}  // namespace tesk_audio

@@ -1,0 +1,111 @@
+#include "reference_suite/audio/output/render_step.h"
+
+#include <algorithm>
+#include <cmath>
+#include <locale>
+#include <sstream>
+
+#include "exc/lock/scope_lock.h"
+#include "suite/audio/errors.h"
+
+namespace tesk_audio {
+
+namespace {
+
+std::size_t QuantumAt(double rateHz) {
+  return std::max<std::size_t>(256, static_cast<std::size_t>(std::ceil(0.0055 * rateHz)));
+}
+
+std::size_t FramesOf(double milliseconds, double rateHz) {
+  return static_cast<std::size_t>(std::lround(std::max(0.0, milliseconds) * rateHz / 1000.0));
+}
+
+}  // namespace
+
+RenderStep::RenderStep(AudioPlayerOutputInterface& player, unsigned channels, double rateHz,
+                       double crossfadeMs)
+    : player_(player),
+      channels_(channels),
+      quantum_(QuantumAt(rateHz)),
+      frames_(quantum_ * channels),
+      crossFade_(channels, FramesOf(crossfadeMs, rateHz)) {}
+
+void RenderStep::Reset() {
+  crossFade_.Cancel();
+  ForgetPosition();
+}
+
+StepResult RenderStep::Run(StepGate& gate) {
+  exc::ScopeLock lock(player_.GetReadSamplesLock());
+  StepResult result;
+  if (!gate.MayStep()) return result;
+  const long long before = player_.GetSampleIndex();
+  result.moved = expectedIndex_ != kUnknown && expectedIndex_ != before;
+  if (result.moved) crossFade_.Cancel();
+  // A due loop or cut is known now and gone after the plan. A jump that is not announced (a safety's) shows
+  // in the position alone.
+  const bool announced = player_.GetJumpIsNext();
+  const long long target = announced ? player_.GetJumpTargetSampleIndex() : kUnknown;
+  const auto request = static_cast<long long>(quantum_);
+  // Never more than was asked for: the buffer ends there.
+  const long long count =
+      std::min(request, player_.GetNextReadSampleCount(SampleCount(request, 1.0L)).GetUnscaled());
+  result.sampleIndex = player_.GetSampleIndex();
+  result.jumped = result.sampleIndex != before ||
+                  (announced && target == before && player_.GetLastJumpSampleIndex() == before);
+  if (result.jumped) {
+    result.jumpFrom = before;
+    result.jumpTo = result.sampleIndex;
+  }
+  if (count <= 0) {
+    const bool caesura = player_.GetNextCaesuraSampleIndex(result.sampleIndex) == result.sampleIndex;
+    result.outcome = caesura ? StepOutcome::Caesura : StepOutcome::End;
+    expectedIndex_ = result.sampleIndex;
+    return result;
+  }
+  RequireNoStretching_();
+  if (result.sampleIndex != before) BeginCrossFade_(before);
+  Read_(count);
+  result.outcome = StepOutcome::Frames;
+  result.frames = count;
+  expectedIndex_ = player_.GetSampleIndex();
+  return result;
+}
+
+void RenderStep::BeginCrossFade_(long long from) {
+  if (crossFade_.GetLength() == 0) return;
+  float* outgoing = crossFade_.Outgoing();
+  std::fill_n(outgoing, crossFade_.GetLength() * channels_, 0.0F);
+  auto wanted = static_cast<long long>(crossFade_.GetLength());
+  player_.ReadSamplesAt(from, &wanted, outgoing);
+  crossFade_.Begin();
+}
+
+void RenderStep::RequireNoStretching_() {
+  long double scale = 1.0L;
+  int transposition = 0;
+  // Asked while the position is still at the start of the read: the plan has moved the control stream on
+  // already.
+  player_.GetDspFactorsAtCurrentSampleIndex(&scale, &transposition);
+  if (scale == 1.0L && transposition == 0) return;
+  std::ostringstream text;
+  text.imbue(std::locale::classic());
+  text
+      << "The song asks for tempo scale " << scale << " and transposition " << transposition << " at sample "
+      << player_.GetSampleIndex()
+      << ", and this version cannot stretch audio: it plays tempo scale 1 and transposition 0 only. Take the "
+         "change out of the song's cues or of the script.";
+  throw TESKAudioError(text.str());
+}
+
+void RenderStep::Read_(long long count) {
+  std::fill_n(frames_.data(), static_cast<std::size_t>(count) * channels_, 0.0F);
+  SampleCount delivered(count, 1.0L);
+  player_.ReadSamples(&delivered, frames_.data());
+  // The audio ends before the song does: silence stands in, and the song runs on.
+  const long long missing = count - delivered.GetUnscaled();
+  if (missing > 0) player_.AddToSampleIndex(missing);
+  crossFade_.Apply(frames_.data(), static_cast<std::size_t>(count));
+}
+
+}  // namespace tesk_audio
