@@ -40,7 +40,7 @@ std::strong_ordering CompareByValue(std::string_view a, std::string_view b) {
       a.remove_prefix(1);
       b.remove_prefix(1);
     }
-    if (order != 0) return order;
+    if (std::is_neq(order)) return order;
   }
   return a.size() <=> b.size();
 }
@@ -49,7 +49,7 @@ std::strong_ordering CompareByValue(std::string_view a, std::string_view b) {
 
 bool NumericStringCompare::operator()(const std::string& a, const std::string& b) const {
   const std::strong_ordering order = CompareByValue(a, b);
-  return order != 0 ? order < 0 : a < b;
+  return std::is_neq(order) ? std::is_lt(order) : a < b;
 }
 
 }  // namespace exc
