@@ -26,7 +26,7 @@ std::size_t Duet::Run(std::size_t first) {
   }
   if (testing::Test::HasFailure()) {
     ADD_FAILURE() << "song " << index_ + 1 << " after " << framesOfSong_ << " frames\n"
-                  << Describe(songs_[index_]);
+                  << Describe(songs_[index_]) << actions_.str();
   }
   player_->Stop();
   return index_ + 1;
@@ -36,6 +36,7 @@ void Duet::Begin_(std::size_t song) {
   index_ = song;
   model_.emplace(songs_[song], rate_);
   framesOfSong_ = 0;
+  actions_.str("");
   untilAction_ = dice_->Between(1, 20000);
 }
 
@@ -84,6 +85,7 @@ bool Duet::OnCaesura_() {
   if (dice_->OneIn(5) && Seek_()) {
     player_->Play();
   } else {
+    Note_("continue");
     model_->Continue();
     EXPECT_TRUE(player_->Continue());
   }
@@ -105,6 +107,7 @@ void Duet::Act_() {
   switch (dice_->Between(0, 7)) {
     case 0:
       if (!model_->CanAsk()) break;
+      Note_("again");
       model_->Again();
       player_->RepeatSafety();
       break;
@@ -112,6 +115,7 @@ void Duet::Act_() {
       // Which of two neighbouring ticks is "a bar ahead" is nobody's concern.
       const auto caesura = model_->NextCaesura();
       if (caesura && *caesura - model_->Tick() + 2 > bar && *caesura - model_->Tick() < bar + 2) break;
+      Note_("skip the next caesura");
       model_->SkipCaesura(bar);
       player_->Continue();
       break;
@@ -120,17 +124,24 @@ void Duet::Act_() {
       Seek_();
       break;
     case 3:
+      Note_("pause and play");
       player_->Pause();
       player_->Play();
       break;
     case 4:
+      Note_("stop and play");
       player_->Stop();
       player_->Play();
       break;
     default:
+      Note_("go");
       model_->Go();
       player_->FlowControlExit();
   }
+}
+
+void Duet::Note_(const std::string& action) {
+  actions_ << "  after " << framesOfSong_ << " frames, tick " << model_->Tick() << ": " << action << "\n";
 }
 
 bool Duet::Seek_() {
@@ -141,6 +152,7 @@ bool Duet::Seek_() {
     player_->Seek(tick);  // nowhere: nothing changes
     return false;
   }
+  Note_("seek " + std::to_string(tick));
   model_->Seek(tick);
   player_->Seek(tick);
   return true;

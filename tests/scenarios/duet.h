@@ -1,6 +1,8 @@
 #pragma once
 
 #include <optional>
+#include <sstream>
+#include <string>
 #include <vector>
 
 #include "Sources/audio_player/audio_player.h"
@@ -29,6 +31,7 @@ class Duet {
   bool OnCaesura_();
   bool OnEnd_(bool attacca);
   void Act_();
+  void Note_(const std::string& action);
   // False when the position stayed where it was.
   bool Seek_();
 
@@ -41,6 +44,7 @@ class Duet {
   long long framesOfSong_ = 0;
   long long framesCompared_ = 0;
   long long untilAction_ = 0;
+  std::ostringstream actions_;  // of this song, for the message of a failure
 };
 
 }  // namespace scenarios

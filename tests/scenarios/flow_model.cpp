@@ -104,7 +104,7 @@ bool FlowModel::TakeCut_(unsigned tick) {
     }
   }
   if (!target) return false;
-  if (*target >= song_.PlaybackEnd()) ended_ = true;
+  if (*target > song_.PlaybackEnd()) ended_ = true;
   Land_(*target);
   return true;
 }

@@ -46,14 +46,13 @@ StepResult RenderStep::Run(StepGate& gate) {
   // in the position alone.
   const bool announced = player_.GetJumpIsNext();
   const long long target = announced ? player_.GetJumpTargetSampleIndex() : kUnknown;
-  const auto request = static_cast<long long>(quantum_);
-  // Never more than was asked for: the buffer ends there.
-  const long long count =
-      std::min(request, player_.GetNextReadSampleCount(SampleCount(request, 1.0L)).GetUnscaled());
+  long long count = Plan_();
   result.sampleIndex = player_.GetSampleIndex();
   result.jumped = result.sampleIndex != before ||
                   (announced && target == before && player_.GetLastJumpSampleIndex() == before);
   if (result.jumped) {
+    count = PlanFromLanding_(count);
+    result.sampleIndex = player_.GetSampleIndex();
     result.jumpFrom = before;
     result.jumpTo = result.sampleIndex;
   }
@@ -70,6 +69,24 @@ StepResult RenderStep::Run(StepGate& gate) {
   result.frames = count;
   expectedIndex_ = player_.GetSampleIndex();
   return result;
+}
+
+long long RenderStep::Plan_() {
+  const auto request = static_cast<long long>(quantum_);
+  // Never more than was asked for: the buffer ends there.
+  return std::min(request, player_.GetNextReadSampleCount(SampleCount(request, 1.0L)).GetUnscaled());
+}
+
+// A plan that jumps goes on with what was left of the request at the jump, which can be less than two ticks
+// and then runs past a cue right behind the landing, or ends before one on it. Nothing has been read yet:
+// planning once more, with a whole quantum, ends on the cue.
+long long RenderStep::PlanFromLanding_(long long count) {
+  while (count > 0) {
+    const long long landing = player_.GetSampleIndex();
+    count = Plan_();
+    if (player_.GetSampleIndex() == landing) break;
+  }
+  return count;
 }
 
 void RenderStep::BeginCrossFade_(long long from) {

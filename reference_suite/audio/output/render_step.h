@@ -67,6 +67,8 @@ class RenderStep {
  private:
   static constexpr long long kUnknown = -1;
 
+  long long Plan_();
+  long long PlanFromLanding_(long long count);
   // Takes the frames that would have come at `from`, to fade out under what comes instead.
   void BeginCrossFade_(long long from);
   void RequireNoStretching_();
