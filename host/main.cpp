@@ -3,8 +3,8 @@
 #include "host/terminal/terminal_face.h"
 
 int main(int argc, char** argv) {
-  host::cli::Faces faces;
-  faces.play = host::terminal::Play;
+  orbel::host::cli::Faces faces;
+  faces.play = orbel::host::terminal::Play;
   faces.writeDemo = [](const std::string& folder) { WriteDemoShow(folder); };
-  return host::cli::RunProgram(argc, argv, faces);
+  return orbel::host::cli::RunProgram(argc, argv, faces);
 }

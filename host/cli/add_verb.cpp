@@ -7,7 +7,7 @@
 #include "host/session/failure.h"
 #include "host/session/shown_text.h"
 
-namespace host::cli {
+namespace orbel::host::cli {
 namespace {
 
 struct Options {
@@ -34,4 +34,4 @@ void AddSongVerb(CLI::App& app, Action* action) {
   });
 }
 
-}  // namespace host::cli
+}  // namespace orbel::host::cli

@@ -9,7 +9,7 @@
 #include "host/session/failure.h"
 #include "host/session/shown_text.h"
 
-namespace host::cli {
+namespace orbel::host::cli {
 namespace {
 
 struct Options {
@@ -70,4 +70,4 @@ void AddCheck(CLI::App& app, Action* action) {
   verb->callback([=] { *action = [=] { return Run(*options); }; });
 }
 
-}  // namespace host::cli
+}  // namespace orbel::host::cli

@@ -6,7 +6,7 @@
 #include "host/session/failure.h"
 #include "host/session/shown_text.h"
 
-namespace host::cli {
+namespace orbel::host::cli {
 
 void AddDemo(CLI::App& app, const Faces& faces, Action* action) {
   CLI::App* verb = app.add_subcommand("demo", "Write a small complete show that uses every feature");
@@ -22,4 +22,4 @@ void AddDemo(CLI::App& app, const Faces& faces, Action* action) {
   });
 }
 
-}  // namespace host::cli
+}  // namespace orbel::host::cli

@@ -10,7 +10,7 @@
 #include "host/session/show_summary.h"
 #include "host/session/shown_text.h"
 
-namespace host::cli {
+namespace orbel::host::cli {
 namespace {
 
 using Json = nlohmann::ordered_json;
@@ -137,4 +137,4 @@ void AddInfo(CLI::App& app, Action* action) {
   verb->callback([=] { *action = [=] { return Run(*options); }; });
 }
 
-}  // namespace host::cli
+}  // namespace orbel::host::cli

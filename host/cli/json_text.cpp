@@ -2,7 +2,7 @@
 
 #include <iostream>
 
-namespace host::cli {
+namespace orbel::host::cli {
 
 nlohmann::ordered_json ToJson(const Place& place) {
   return {{"position", place.position},
@@ -15,4 +15,4 @@ void Print(const nlohmann::ordered_json& json) {
   std::cout << json.dump(2, ' ', false, nlohmann::ordered_json::error_handler_t::replace) << '\n';
 }
 
-}  // namespace host::cli
+}  // namespace orbel::host::cli

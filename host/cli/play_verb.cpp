@@ -3,7 +3,7 @@
 
 #include "host/cli/verbs.h"
 
-namespace host::cli {
+namespace orbel::host::cli {
 
 void AddPlay(CLI::App& app, const Faces& faces, Action* action) {
   CLI::App* verb = app.add_subcommand("play", "Play to a device");
@@ -40,4 +40,4 @@ void AddPlay(CLI::App& app, const Faces& faces, Action* action) {
   verb->callback([=] { *action = [=] { return faces.play(*options); }; });
 }
 
-}  // namespace host::cli
+}  // namespace orbel::host::cli

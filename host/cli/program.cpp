@@ -14,7 +14,7 @@
 #include "host/session/shown_text.h"
 #include "host/session/version.h"
 
-namespace host::cli {
+namespace orbel::host::cli {
 namespace {
 
 constexpr char kFooter[] =
@@ -90,4 +90,4 @@ int RunProgram(int argc, char** argv, const Faces& faces) {
   return Carry(action);
 }
 
-}  // namespace host::cli
+}  // namespace orbel::host::cli

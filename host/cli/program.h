@@ -5,7 +5,7 @@
 
 #include "host/session/live.h"
 
-namespace host::cli {
+namespace orbel::host::cli {
 
 // What the command line hands over to other parts of the program.
 struct Faces {
@@ -19,4 +19,4 @@ struct Faces {
 // Returns the exit status; throws nothing.
 int RunProgram(int argc, char** argv, const Faces& faces);
 
-}  // namespace host::cli
+}  // namespace orbel::host::cli

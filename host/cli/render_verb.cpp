@@ -7,7 +7,7 @@
 #include "host/session/render.h"
 #include "host/session/shown_text.h"
 
-namespace host::cli {
+namespace orbel::host::cli {
 namespace {
 
 // Writes one line over and over; gone when it is destroyed.
@@ -78,4 +78,4 @@ void AddRender(CLI::App& app, Action* action) {
   verb->callback([=] { *action = [=] { return Run(*options); }; });
 }
 
-}  // namespace host::cli
+}  // namespace orbel::host::cli

@@ -2,7 +2,7 @@
 
 #include <algorithm>
 
-namespace host::cli {
+namespace orbel::host::cli {
 namespace {
 
 constexpr char kGap[] = "  ";
@@ -36,4 +36,4 @@ std::string Table::ToText(const std::string& indent) const {
   return text;
 }
 
-}  // namespace host::cli
+}  // namespace orbel::host::cli

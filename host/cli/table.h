@@ -3,7 +3,7 @@
 #include <string>
 #include <vector>
 
-namespace host::cli {
+namespace orbel::host::cli {
 
 // Rows of text in columns that line up. Width is counted in characters, not in bytes.
 class Table {
@@ -20,4 +20,4 @@ class Table {
   std::vector<std::vector<std::string>> rows_;
 };
 
-}  // namespace host::cli
+}  // namespace orbel::host::cli

@@ -9,7 +9,7 @@ namespace CLI {
 class App;
 }
 
-namespace host::cli {
+namespace orbel::host::cli {
 
 // What the verb that was given does, once the whole line is understood; returns the exit status.
 using Action = std::function<int()>;
@@ -31,4 +31,4 @@ void Say(const std::string& message);
 bool OutputIsTerminal();
 bool MessagesAreOnTerminal();
 
-}  // namespace host::cli
+}  // namespace orbel::host::cli

@@ -9,7 +9,7 @@
 #include "host/session/show_summary.h"
 #include "host/session/shown_text.h"
 
-namespace host::cli {
+namespace orbel::host::cli {
 namespace {
 
 struct Options {
@@ -50,4 +50,4 @@ void AddWhere(CLI::App& app, Action* action) {
   verb->callback([=] { *action = [=] { return Run(*options); }; });
 }
 
-}  // namespace host::cli
+}  // namespace orbel::host::cli

@@ -14,7 +14,7 @@
 #include "suite/midi/load_show.h"
 #include "suite/utility/path.h"
 
-namespace host {
+namespace orbel::host {
 namespace {
 
 namespace fs = std::filesystem;
@@ -170,4 +170,4 @@ std::vector<std::string> AddSong(const std::string& showPath, const NewSong& son
   return {midi.string(), audio.string()};
 }
 
-}  // namespace host
+}  // namespace orbel::host

@@ -3,7 +3,7 @@
 #include <string>
 #include <vector>
 
-namespace host {
+namespace orbel::host {
 
 struct NewSong {
   std::string number;
@@ -18,4 +18,4 @@ struct NewSong {
 // Failure, also when the number is taken and `replace` is off, and the errors of show and audio.
 std::vector<std::string> AddSong(const std::string& showPath, const NewSong& song);
 
-}  // namespace host
+}  // namespace orbel::host

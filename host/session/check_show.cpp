@@ -15,7 +15,7 @@
 #include "suite/utility/listdir.h"
 #include "suite/utility/path.h"
 
-namespace host {
+namespace orbel::host {
 namespace {
 
 using Problems = std::vector<tesk_midi::Problem>;
@@ -133,4 +133,4 @@ Problems CheckShow(const std::string& showPath,
   return problems;
 }
 
-}  // namespace host
+}  // namespace orbel::host

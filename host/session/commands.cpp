@@ -8,7 +8,7 @@
 #include "host/session/song_clock.h"
 #include "suite/player_core/errors.h"
 
-namespace host {
+namespace orbel::host {
 
 std::string Session::Do(const Command& command) {
   switch (command.kind) {
@@ -152,4 +152,4 @@ void Session::Recover_(const std::string& song) {
   }
 }
 
-}  // namespace host
+}  // namespace orbel::host

@@ -11,7 +11,7 @@
 #include "suite/midi/song_log.h"
 #include "suite/player_core/jump.h"
 
-namespace host {
+namespace orbel::host {
 
 Conductor::Conductor(Session& session, Directions directions)
     : session_(session),
@@ -125,4 +125,4 @@ void Conductor::Carry_(const ScriptLine& line) {
   }
 }
 
-}  // namespace host
+}  // namespace orbel::host

@@ -11,7 +11,7 @@
 #include "host/session/script_runner.h"
 #include "host/session/vamp_leaver.h"
 
-namespace host {
+namespace orbel::host {
 
 class Session;
 
@@ -65,4 +65,4 @@ class Conductor {
   bool stuck_ = false;
 };
 
-}  // namespace host
+}  // namespace orbel::host

@@ -5,7 +5,7 @@
 #include "host/session/shown_text.h"
 #include "suite/midi/song_log.h"
 
-namespace host {
+namespace orbel::host {
 namespace {
 
 std::string LoopDetail(const CL::Loop& loop) {
@@ -57,4 +57,4 @@ std::vector<CueSummary> SummariseCues(const CL::SongLog& log, const SongClock& c
   return cues;
 }
 
-}  // namespace host
+}  // namespace orbel::host

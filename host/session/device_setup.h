@@ -7,7 +7,7 @@
 
 #include "Sources/types.h"
 
-namespace host {
+namespace orbel::host {
 
 // How the output sounds. The one place at which the host meets a particular implementation of the audio
 // library.
@@ -29,7 +29,7 @@ struct Step {
   Event event = Event::None;
   SampleCount sample = 0;    // first frame of song audio read
   SampleCount frames = 0;    // how many; 0 at a caesura and at the end
-  SampleCount jumpFrom = 0;  // with Jump
+  SampleCount jumpFrom = 0;  // differs from jumpTo when a jump was taken, also one that led to the event
   SampleCount jumpTo = 0;
   double scale = 1.0;
   int transposition = 0;
@@ -53,4 +53,4 @@ class SoundFile {
 std::unique_ptr<SoundFile> CreateSoundFile(const std::string& path, const std::string& format, double rateHz,
                                            unsigned channels);
 
-}  // namespace host
+}  // namespace orbel::host

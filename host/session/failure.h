@@ -3,7 +3,7 @@
 #include <stdexcept>
 #include <string>
 
-namespace host {
+namespace orbel::host {
 
 // How the program ends.
 enum ExitStatus : int {
@@ -25,4 +25,4 @@ class Failure : public std::runtime_error {
   ExitStatus status_;
 };
 
-}  // namespace host
+}  // namespace orbel::host

@@ -4,7 +4,7 @@
 
 #include <atomic>
 
-namespace host {
+namespace orbel::host {
 namespace {
 
 std::atomic<int> interrupts{0};
@@ -44,4 +44,4 @@ bool TerminalHasHungUp() {
   return hungUp;
 }
 
-}  // namespace host
+}  // namespace orbel::host

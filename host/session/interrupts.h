@@ -1,6 +1,6 @@
 #pragma once
 
-namespace host {
+namespace orbel::host {
 
 // Ctrl-C, and what else ends a program from outside: counted, not obeyed at once. A closed pipe and a file
 // size limit are left to the writes that meet them, a closed terminal to whoever looks at it.
@@ -10,4 +10,4 @@ int InterruptCount();
 // The terminal has gone away.
 bool TerminalHasHungUp();
 
-}  // namespace host
+}  // namespace orbel::host

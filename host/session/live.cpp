@@ -7,7 +7,7 @@
 #include "host/session/shown_text.h"
 #include "host/session/song_clock.h"
 
-namespace host {
+namespace orbel::host {
 namespace {
 
 OutputChoice ChooseOutput(const PlayOptions& options) {
@@ -141,4 +141,4 @@ std::vector<std::string> Live::TakeMessages_() {
   return std::exchange(messages_, {});
 }
 
-}  // namespace host
+}  // namespace orbel::host

@@ -9,7 +9,7 @@
 #include "host/session/failure.h"
 #include "host/session/session.h"
 
-namespace host {
+namespace orbel::host {
 
 struct PlayOptions {
   std::string showPath;
@@ -72,4 +72,4 @@ class Live {
   std::vector<std::string> messages_;
 };
 
-}  // namespace host
+}  // namespace orbel::host

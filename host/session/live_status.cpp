@@ -8,7 +8,7 @@
 #include "suite/midi/song_data.h"
 #include "suite/player_core/jump.h"
 
-namespace host {
+namespace orbel::host {
 namespace {
 
 // "13.1" for "13.1.0".
@@ -64,4 +64,4 @@ std::string Live::NextCue_() {
   return at(clock.GetEndTick()) + (session_.RunsAttacca() ? " attacca" : " end");
 }
 
-}  // namespace host
+}  // namespace orbel::host

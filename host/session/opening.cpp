@@ -12,7 +12,7 @@
 #include "suite/audio/errors.h"
 #include "suite/player_core/content_argument.h"
 
-namespace host {
+namespace orbel::host {
 namespace {
 
 std::string ContentArgument(double rateHz) {
@@ -151,4 +151,4 @@ bool Session::LeaveOutBrokenSongs_() {
   return found;
 }
 
-}  // namespace host
+}  // namespace orbel::host

@@ -9,7 +9,7 @@
 #include "suite/midi/song_data.h"
 #include "suite/midi/song_log.h"
 
-namespace host {
+namespace orbel::host {
 namespace {
 
 constexpr char kCure[] =
@@ -91,4 +91,4 @@ void RequireKnownPositions(const Session& session, const std::vector<ScriptLine>
   }
 }
 
-}  // namespace host
+}  // namespace orbel::host

@@ -5,7 +5,7 @@
 
 #include "host/session/script.h"
 
-namespace host {
+namespace orbel::host {
 
 class Session;
 
@@ -18,4 +18,4 @@ void RequireRecordedTempo(const Session& session, const std::vector<ScriptLine>&
 void RequireKnownPositions(const Session& session, const std::vector<ScriptLine>& script,
                            const std::string& scriptName);
 
-}  // namespace host
+}  // namespace orbel::host

@@ -14,7 +14,7 @@
 #include "host/session/song_clock.h"
 #include "host/session/trace.h"
 
-namespace host {
+namespace orbel::host {
 namespace {
 
 OutputChoice ChooseOutput(const RenderOptions& options) {
@@ -51,6 +51,7 @@ class Renderer {
   bool OnStep_(const Step& step, TraceRow row);
   bool Stand_(TraceRow row);
   void Act_();
+  void TakeEvents_();
   void NoteCommands_(const std::vector<Command>& commands);
   void WriteSilence_(long long frames);
   TraceRow RowAt_(const SongClock& clock, SampleCount sample) const;
@@ -114,10 +115,8 @@ bool Renderer::OnStep_(const Step& step, TraceRow row) {
   row.event = kNames[static_cast<int>(step.event)];
   if (row.event.empty() && std::exchange(soughtSinceRead_, false)) row.event = "seek";
 
-  for (const StageEvent& event : session_.TakeEvents()) {
-    if (event.kind == StageEvent::Kind::LoadFailed) session_.ThrowLoaderError();
-  }
-  if (step.event == Step::Event::Jump) {
+  TakeEvents_();
+  if (step.jumpFrom != step.jumpTo) {
     const SongClock& clock = session_.GetClock();
     conductor_.OnJump(clock.SampleToTick(step.jumpFrom), clock.SampleToTick(step.jumpTo));
   }
@@ -143,6 +142,7 @@ bool Renderer::OnStep_(const Step& step, TraceRow row) {
 bool Renderer::Stand_(TraceRow row) {
   while (true) {
     Act_();
+    TakeEvents_();
     if (session_.IsPlaying()) return true;
     if (session_.HasEnded()) return false;
     const bool atCaesura = session_.IsWaiting();
@@ -166,6 +166,12 @@ bool Renderer::Stand_(TraceRow row) {
       return false;
     }
     row = RowHere_();
+  }
+}
+
+void Renderer::TakeEvents_() {
+  for (const StageEvent& event : session_.TakeEvents()) {
+    if (event.kind == StageEvent::Kind::LoadFailed) session_.ThrowLoaderError();
   }
 }
 
@@ -223,4 +229,4 @@ RenderResult Render(const RenderOptions& options,
   return Renderer(options, progress).Run();
 }
 
-}  // namespace host
+}  // namespace orbel::host

@@ -5,7 +5,7 @@
 #include <string>
 #include <vector>
 
-namespace host {
+namespace orbel::host {
 
 struct RenderOptions {
   std::string showPath;
@@ -40,4 +40,4 @@ struct RenderResult {
 // Failure and the errors of show and audio.
 RenderResult Render(const RenderOptions& options, const std::function<void(const RenderProgress&)>& progress);
 
-}  // namespace host
+}  // namespace orbel::host

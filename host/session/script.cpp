@@ -11,7 +11,7 @@
 #include "host/session/failure.h"
 #include "host/session/shown_text.h"
 
-namespace host {
+namespace orbel::host {
 namespace {
 
 enum class Operand { None, Scale, Semitones, Position };
@@ -167,4 +167,4 @@ std::vector<ScriptLine> ReadScriptFile(const std::string& path) {
   return ReadScript(in, path);
 }
 
-}  // namespace host
+}  // namespace orbel::host

@@ -4,7 +4,7 @@
 #include <string>
 #include <vector>
 
-namespace host {
+namespace orbel::host {
 
 // What a performer can do, at the keys as well as in a script.
 enum class CommandKind {
@@ -53,4 +53,4 @@ struct ScriptLine {
 std::vector<ScriptLine> ReadScript(std::istream& in, const std::string& name);
 std::vector<ScriptLine> ReadScriptFile(const std::string& path);
 
-}  // namespace host
+}  // namespace orbel::host

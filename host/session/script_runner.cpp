@@ -3,7 +3,7 @@
 #include <algorithm>
 #include <utility>
 
-namespace host {
+namespace orbel::host {
 
 ScriptRunner::ScriptRunner(std::vector<ScriptLine> lines) {
   for (ScriptLine& line : lines) entries_.push_back({std::move(line), State::Open, std::nullopt, 0});
@@ -90,4 +90,4 @@ bool ScriptRunner::CanActWithin(TickIndex from, TickIndex to) const {
   });
 }
 
-}  // namespace host
+}  // namespace orbel::host

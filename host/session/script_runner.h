@@ -8,7 +8,7 @@
 #include "Sources/types.h"
 #include "host/session/script.h"
 
-namespace host {
+namespace orbel::host {
 
 // Follows a performance and tells which commands of a script are due. A position is reached when playback
 // arrives at it or passes it, by playing or by landing on it. Every line acts once. Threads    one at a time.
@@ -58,4 +58,4 @@ class ScriptRunner {
   TickIndex tick_ = 0;
 };
 
-}  // namespace host
+}  // namespace orbel::host

@@ -6,7 +6,7 @@
 
 #include "suite/audio/audio_sample_content.h"
 
-namespace host {
+namespace orbel::host {
 namespace {
 
 // What is looked at on either side: long enough for a period of 100 Hz.
@@ -53,4 +53,4 @@ Seam MeasureSeam(const tesk_audio::AudioSampleContent& content, long long from, 
   return worst;
 }
 
-}  // namespace host
+}  // namespace orbel::host

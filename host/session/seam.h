@@ -4,7 +4,7 @@ namespace tesk_audio {
 class AudioSampleContent;
 }
 
-namespace host {
+namespace orbel::host {
 
 // How a jump sounds that is spliced without a cross-fade.
 struct Seam {
@@ -18,4 +18,4 @@ struct Seam {
 // off counts. Frames outside the audio are silence.
 Seam MeasureSeam(const tesk_audio::AudioSampleContent& content, long long from, long long to);
 
-}  // namespace host
+}  // namespace orbel::host

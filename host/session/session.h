@@ -15,7 +15,7 @@ class AudioPlayer;
 class AudioPlayerWrapper;
 struct Jump;
 
-namespace host {
+namespace orbel::host {
 
 class SongClock;
 
@@ -107,4 +107,4 @@ class Session {
   bool ended_ = false;
 };
 
-}  // namespace host
+}  // namespace orbel::host

@@ -9,7 +9,7 @@
 #include "suite/utility/listdir.h"
 #include "suite/utility/path.h"
 
-namespace host {
+namespace orbel::host {
 namespace {
 
 constexpr double kUsualRateHz = 44100.0;
@@ -91,4 +91,4 @@ const tesk_midi::SongData& ShowFolder::FindSong(const std::string& number) const
   throw Failure(Shown(path_) + ": there is no song \"" + Shown(number) + "\"; the songs are " + Shown(known));
 }
 
-}  // namespace host
+}  // namespace orbel::host

@@ -9,7 +9,7 @@
 #include "suite/midi/load_show.h"
 #include "suite/utility/numeric_string_compare.h"
 
-namespace host {
+namespace orbel::host {
 
 // A show folder as it lies on disk, without a player: data, cues and the names of the audio files.
 // Threads    one at a time.
@@ -53,4 +53,4 @@ class ShowFolder {
 // names.
 ShowFolder::AudioFiles ListAudioFiles(const std::string& showPath, std::vector<std::string>* duplicates);
 
-}  // namespace host
+}  // namespace orbel::host

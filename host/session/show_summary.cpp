@@ -4,7 +4,7 @@
 #include "suite/audio/errors.h"
 #include "suite/midi/song_log.h"
 
-namespace host {
+namespace orbel::host {
 namespace {
 
 AudioSummary SummariseAudio(const ShowFolder& show, const std::string& song) {
@@ -72,4 +72,4 @@ std::vector<Place> FindPlaces(const std::string& showPath, const std::string& so
   return places;
 }
 
-}  // namespace host
+}  // namespace orbel::host

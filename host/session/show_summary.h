@@ -10,7 +10,7 @@ namespace CL {
 struct SongLog;
 }
 
-namespace host {
+namespace orbel::host {
 
 class ShowFolder;
 
@@ -72,4 +72,4 @@ std::vector<Place> FindPlaces(const std::string& showPath, const std::string& so
 // A song's cues in the order of their places.
 std::vector<CueSummary> SummariseCues(const CL::SongLog& log, const SongClock& clock);
 
-}  // namespace host
+}  // namespace orbel::host

@@ -4,7 +4,7 @@
 #include <cmath>
 #include <cstdint>
 
-namespace host {
+namespace orbel::host {
 namespace {
 
 void AppendEscaped(std::string* out, unsigned char byte) {
@@ -79,4 +79,4 @@ std::string ShortNumber(double value) {
   return std::string(digits, end);
 }
 
-}  // namespace host
+}  // namespace orbel::host

@@ -3,7 +3,7 @@
 #include <string>
 #include <string_view>
 
-namespace host {
+namespace orbel::host {
 
 // Text from outside (names, paths, messages) as it may be shown on a terminal: control characters and bytes
 // that are not UTF-8 become \xHH, so that no name can move the cursor or forge a line. Threads: ANY.
@@ -16,4 +16,4 @@ std::string MinutesAndSeconds(double seconds);
 // Independent of the locale.
 std::string ShortNumber(double value);
 
-}  // namespace host
+}  // namespace orbel::host

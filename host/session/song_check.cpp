@@ -12,7 +12,7 @@
 #include "suite/midi/song_data.h"
 #include "suite/midi/song_log.h"
 
-namespace host {
+namespace orbel::host {
 namespace {
 
 tesk_midi::Problem Make(const std::string& song, std::string file, int line, std::string message,
@@ -121,4 +121,4 @@ std::vector<tesk_midi::Problem> CheckSongCues(const ShowFolder& show, const std:
   return problems;
 }
 
-}  // namespace host
+}  // namespace orbel::host

@@ -9,7 +9,7 @@ namespace tesk_audio {
 class AudioSampleContent;
 }
 
-namespace host {
+namespace orbel::host {
 
 class ShowFolder;
 
@@ -20,4 +20,4 @@ std::vector<tesk_midi::Problem> CheckSongAudio(const ShowFolder& show, const std
 // Cues that the output cannot play, and an attacca that leads nowhere. Needs no audio.
 std::vector<tesk_midi::Problem> CheckSongCues(const ShowFolder& show, const std::string& song);
 
-}  // namespace host
+}  // namespace orbel::host

@@ -11,7 +11,7 @@
 #include "suite/midi/positions.h"
 #include "suite/midi/song_data.h"
 
-namespace host {
+namespace orbel::host {
 namespace {
 
 template <typename Number>
@@ -115,4 +115,4 @@ TickIndex SongClock::GetStartTick() const {
   return song_.GetTimeline().GetAudioStartTicks();
 }
 
-}  // namespace host
+}  // namespace orbel::host

@@ -10,7 +10,7 @@ namespace tesk_midi {
 class SongData;
 }
 
-namespace host {
+namespace orbel::host {
 
 // One place of a song in every unit.
 struct Place {
@@ -56,4 +56,4 @@ class SongClock {
   std::unique_ptr<SamplesTicksConverter> converter_;
 };
 
-}  // namespace host
+}  // namespace orbel::host

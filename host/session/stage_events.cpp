@@ -5,7 +5,7 @@
 #include "suite/core/callback_dispatcher.h"
 #include "suite/core/notification_names.h"
 
-namespace host {
+namespace orbel::host {
 
 StageEvents::StageEvents() {
   notify::guiDispatcher.AddListener(this);
@@ -80,4 +80,4 @@ void StageEvents::OnLoopPass(const notify::LoopUpdate& update) {
   Put_(std::move(event));
 }
 
-}  // namespace host
+}  // namespace orbel::host

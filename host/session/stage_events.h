@@ -8,7 +8,7 @@
 #include "Sources/types.h"
 #include "suite/core/gui_dispatcher.h"
 
-namespace host {
+namespace orbel::host {
 
 // Something that happened in the player, as it is handed to the host thread.
 struct StageEvent {
@@ -48,4 +48,4 @@ class StageEvents : private notify::GuiListener {
   notify::PositionUpdate position_;
 };
 
-}  // namespace host
+}  // namespace orbel::host

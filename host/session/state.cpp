@@ -6,7 +6,7 @@
 #include "suite/player_core/jump.h"
 #include "suite/player_core/show_control.h"
 
-namespace host {
+namespace orbel::host {
 
 bool Session::IsPlaying() const {
   return player_->GetPlayerState() == PlayerState::PLAY;
@@ -71,4 +71,4 @@ std::vector<StageEvent> Session::TakeEvents() {
   return taken;
 }
 
-}  // namespace host
+}  // namespace orbel::host

@@ -8,7 +8,7 @@
 #include "host/session/failure.h"
 #include "host/session/shown_text.h"
 
-namespace host {
+namespace orbel::host {
 namespace {
 
 // Text with a comma or a quotation mark in quotation marks, as CSV has it.
@@ -57,4 +57,4 @@ void Trace::Check_() {
   throw Failure(Shown(path_) + ": cannot be written: " + std::generic_category().message(errno));
 }
 
-}  // namespace host
+}  // namespace orbel::host

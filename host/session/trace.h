@@ -5,7 +5,7 @@
 
 #include "Sources/types.h"
 
-namespace host {
+namespace orbel::host {
 
 // One read, as a row of the trace.
 struct TraceRow {
@@ -40,4 +40,4 @@ class Trace {
   std::ofstream out_;
 };
 
-}  // namespace host
+}  // namespace orbel::host

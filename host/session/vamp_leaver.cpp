@@ -7,7 +7,7 @@
 #include "suite/midi/timeline.h"
 #include "suite/player_core/jump.h"
 
-namespace host {
+namespace orbel::host {
 
 void VampLeaver::OnJump(TickIndex from, TickIndex to, const CL::SongLog& log) {
   if (to >= from) return;
@@ -42,4 +42,4 @@ bool VampLeaver::IsStuck() const {
                      [&](const auto& entry) { return entry.second > passes_ + 1; });
 }
 
-}  // namespace host
+}  // namespace orbel::host

@@ -13,7 +13,7 @@ namespace TL {
 class Timeline;
 }
 
-namespace host {
+namespace orbel::host {
 
 // Stands in for the performer's go on a vamp: every vamp is played a fixed number of times in all.
 // Threads    one at a time.
@@ -40,4 +40,4 @@ class VampLeaver {
   std::map<std::pair<TickIndex, TickIndex>, int> taken_;
 };
 
-}  // namespace host
+}  // namespace orbel::host

@@ -1,8 +1,8 @@
 #pragma once
 
-namespace host {
+namespace orbel::host {
 
 // As in the build's project declaration; a test holds the two together.
 inline constexpr char kVersion[] = "0.1.0";
 
-}  // namespace host
+}  // namespace orbel::host

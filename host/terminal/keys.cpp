@@ -1,6 +1,6 @@
 #include "host/terminal/keys.h"
 
-namespace host::terminal {
+namespace orbel::host::terminal {
 namespace {
 
 constexpr char kEscape = '\x1b';
@@ -58,4 +58,4 @@ std::optional<Key> KeyReader::NextSequence_() {
   return Key{};
 }
 
-}  // namespace host::terminal
+}  // namespace orbel::host::terminal

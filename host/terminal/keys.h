@@ -5,7 +5,7 @@
 
 #include "host/session/script.h"
 
-namespace host::terminal {
+namespace orbel::host::terminal {
 
 // What a key asks for.
 struct Key {
@@ -29,4 +29,4 @@ class KeyReader {
   std::string bytes_;
 };
 
-}  // namespace host::terminal
+}  // namespace orbel::host::terminal

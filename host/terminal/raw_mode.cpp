@@ -1,6 +1,6 @@
 #include "host/terminal/raw_mode.h"
 
-namespace host::terminal {
+namespace orbel::host::terminal {
 
 RawMode::RawMode(int file) : file_(file) {
   if (::tcgetattr(file_, &before_) != 0) return;
@@ -15,4 +15,4 @@ RawMode::~RawMode() {
   if (changed_) ::tcsetattr(file_, TCSANOW, &before_);
 }
 
-}  // namespace host::terminal
+}  // namespace orbel::host::terminal

@@ -2,7 +2,7 @@
 
 #include <termios.h>
 
-namespace host::terminal {
+namespace orbel::host::terminal {
 
 // Keys arrive one by one and unseen while this lives; Ctrl-C stays a signal. Restores what was before.
 // Threads    HOST.
@@ -20,4 +20,4 @@ class RawMode {
   termios before_{};
 };
 
-}  // namespace host::terminal
+}  // namespace orbel::host::terminal

@@ -4,7 +4,7 @@
 
 #include "host/session/shown_text.h"
 
-namespace host::terminal {
+namespace orbel::host::terminal {
 namespace {
 
 // The first `count` characters, never half of one.
@@ -27,4 +27,4 @@ std::string StatusLine(const StageStatus& status, std::size_t columns) {
                          columns);
 }
 
-}  // namespace host::terminal
+}  // namespace orbel::host::terminal

@@ -14,7 +14,7 @@
 #include "host/terminal/raw_mode.h"
 #include "host/terminal/status_line.h"
 
-namespace host::terminal {
+namespace orbel::host::terminal {
 namespace {
 
 // Often enough that a key is felt at once and a bar line is never missed.
@@ -158,4 +158,4 @@ int Play(const PlayOptions& options) {
   return Performance(options, attended).Run();
 }
 
-}  // namespace host::terminal
+}  // namespace orbel::host::terminal

@@ -2,7 +2,7 @@
 
 #include <gtest/gtest.h>
 
-namespace host::cli {
+namespace orbel::host::cli {
 namespace {
 
 TEST(Table, ColumnsLineUpByCharacters) {
@@ -19,4 +19,4 @@ TEST(Table, WithoutRowsIsEmpty) {
 }
 
 }  // namespace
-}  // namespace host::cli
+}  // namespace orbel::host::cli

@@ -220,6 +220,37 @@ TEST_F(Render, ASeekInAScriptMovesWithinOneRead) {
   EXPECT_LE(over, 256) << "the command waits for the next read and no longer";
 }
 
+TEST_F(Render, ASeekOntoACaesuraWaitsThere) {
+  files_.AddSong("1", "Waltz", 8, "[[caesura]]\nat = \"5\"\n");
+  const std::string trace = files_.Beside("trace.csv");
+  EXPECT_EQ(Play({"--script", Script("at 2 seek 5\nwaiting go\n"), "--trace", trace}).status, 0);
+  const std::vector<float> heard = ReadFloatWav(Out());
+  EXPECT_GE(heard.size(), 5U * kBar);
+  EXPECT_LE(heard.size(), 5U * kBar + 256);
+  EXPECT_EQ(heard[heard.size() - 4 * kBar], FrameValue(4 * kBar));
+}
+
+TEST_F(Render, GoShortlyBeforeACaesuraPassesItBy) {
+  files_.AddSong("1", "Waltz", 4, "[[caesura]]\nat = \"3\"\n");
+  EXPECT_EQ(Play({"--script", Script("at 2.2 go\n")}).status, 0);
+  ExpectOutput({Bars(1, 5)});
+}
+
+TEST_F(Render, AgainPlaysASafetyOnceMore) {
+  files_.AddSong("1", "Waltz", 4, "[[safety]]\nfrom = \"2\"\nto = \"3\"\n");
+  EXPECT_EQ(Play({"--script", Script("at 2.2 again\n")}).status, 0);
+  ExpectOutput({Bars(1, 3), Bars(2, 5)});
+}
+
+TEST_F(Render, PreviousGoesBackToTheStartOfTheSong) {
+  files_.AddSong("1", "Waltz", 4);
+  EXPECT_EQ(Play({"--script", Script("at 3 previous\n")}).status, 0);
+  const std::vector<float> heard = ReadFloatWav(Out());
+  EXPECT_GE(heard.size(), 6U * kBar);
+  EXPECT_LE(heard.size(), 6U * kBar + 256);
+  EXPECT_EQ(heard[heard.size() - 4 * kBar], FrameValue(0));
+}
+
 TEST_F(Render, TimeCommandsCountSecondsOfOutput) {
   files_.AddSong("1", "Waltz", 8);
   EXPECT_EQ(Play({"--script", Script("time 2.500 stop\n")}).status, 0);

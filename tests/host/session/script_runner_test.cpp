@@ -4,7 +4,7 @@
 
 #include <sstream>
 
-namespace host {
+namespace orbel::host {
 namespace {
 
 // Positions are plain ticks here; a song has those up to its length.
@@ -155,4 +155,4 @@ TEST(ScriptRunner, ATimeStillToComeCanActAnywhere) {
 }
 
 }  // namespace
-}  // namespace host
+}  // namespace orbel::host

@@ -7,7 +7,7 @@
 
 #include "host/session/failure.h"
 
-namespace host {
+namespace orbel::host {
 namespace {
 
 std::vector<ScriptLine> Read(const std::string& text) {
@@ -101,4 +101,4 @@ TEST(Script, AFileThatIsNotThereIsNamed) {
 }
 
 }  // namespace
-}  // namespace host
+}  // namespace orbel::host

@@ -8,7 +8,7 @@
 
 #include "suite/audio/audio_sample_content.h"
 
-namespace host {
+namespace orbel::host {
 namespace {
 
 // Interleaved frames at 1,000 frames a second, so that the window of a seam is 10 frames.
@@ -79,4 +79,4 @@ TEST(Seam, AStepThatNobodyHearsIsNoClick) {
 }
 
 }  // namespace
-}  // namespace host
+}  // namespace orbel::host

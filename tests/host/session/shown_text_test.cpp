@@ -4,7 +4,7 @@
 
 #include <limits>
 
-namespace host {
+namespace orbel::host {
 namespace {
 
 TEST(Shown, PlainTextStaysAsItIs) {
@@ -50,4 +50,4 @@ TEST(ShortNumber, HasAPointInEveryLocaleAndNoExponent) {
 }
 
 }  // namespace
-}  // namespace host
+}  // namespace orbel::host

@@ -5,7 +5,7 @@
 #include "host/session/failure.h"
 #include "suite/midi/song_data.h"
 
-namespace host {
+namespace orbel::host {
 namespace {
 
 // Four bars of 4/4 at 120 quarter notes a minute and 480 ticks each: 22.96875 samples a tick at 22,050 a
@@ -78,4 +78,4 @@ TEST(SongClock, PlacesPastTheEndAreRefusedInWords) {
 }
 
 }  // namespace
-}  // namespace host
+}  // namespace orbel::host

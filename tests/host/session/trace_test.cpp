@@ -9,7 +9,7 @@
 
 #include "host/session/failure.h"
 
-namespace host {
+namespace orbel::host {
 namespace {
 
 std::string Content(const std::string& path) {
@@ -80,4 +80,4 @@ TEST_F(TraceFile, AFullDiskIsAnErrorAtOnce) {
 }
 
 }  // namespace
-}  // namespace host
+}  // namespace orbel::host

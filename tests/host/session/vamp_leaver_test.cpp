@@ -7,7 +7,7 @@
 #include "suite/midi/timeline.h"
 #include "suite/player_core/jump.h"
 
-namespace host {
+namespace orbel::host {
 namespace {
 
 // A vamp over bars 3 and 4 of a song in 4/4 at 480 ticks to the quarter note.
@@ -112,4 +112,4 @@ TEST_F(Vamp, ARepeatOfManyPassesIsNotStuck) {
 }
 
 }  // namespace
-}  // namespace host
+}  // namespace orbel::host

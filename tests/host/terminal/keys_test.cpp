@@ -2,7 +2,7 @@
 
 #include <gtest/gtest.h>
 
-namespace host::terminal {
+namespace orbel::host::terminal {
 namespace {
 
 // Every key in `bytes`, as words.
@@ -48,4 +48,4 @@ TEST(Keys, OtherSequencesArePassedOverWhole) {
 }
 
 }  // namespace
-}  // namespace host::terminal
+}  // namespace orbel::host::terminal

@@ -2,7 +2,7 @@
 
 #include <gtest/gtest.h>
 
-namespace host::terminal {
+namespace orbel::host::terminal {
 namespace {
 
 const StageStatus kStatus{"1 Ouvertüre", "12.3", 132.04, "playing", "13.1 vamp back to 9.1"};
@@ -19,4 +19,4 @@ TEST(StatusLine, IsCutToTheWidthInCharactersAndNeverInsideOne) {
 }
 
 }  // namespace
-}  // namespace host::terminal
+}  // namespace orbel::host::terminal

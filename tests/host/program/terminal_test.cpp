@@ -1,0 +1,94 @@
+#include <gtest/gtest.h>
+
+#include "tests/host/show_files.h"
+#include "tests/host/terminal_program.h"
+
+namespace host_tests {
+namespace {
+
+TEST(Terminal, NothingPlaysBeforeGoAndTheKeysDriveTheShow) {
+  ShowFiles files;
+  files.AddSong("1", "Waltz", 60, "[[vamp]]\nfrom = \"2\"\nto = \"40\"\n");
+  files.AddSong("2", "Polka", 60);
+  OrbelInATerminal orbel({"play", files.Show()});
+  EXPECT_TRUE(
+      orbel.Shows("space go   p play/pause   s stop   a once more   n b songs   left right places   q quit"));
+  EXPECT_TRUE(orbel.Shows("1 Waltz   bar 1.1   240 bpm   stopped   next: 40.1 vamp back to 2.1"));
+  orbel.Type(" ");
+  EXPECT_TRUE(orbel.Shows("bar 2.1   240 bpm   playing   next: 40.1 vamp back to 2.1"));
+  orbel.Type(" ");
+  EXPECT_TRUE(orbel.Shows("go: the loop is left"));
+  EXPECT_TRUE(orbel.Shows("playing   next: 61.1 end"));
+  orbel.Type("p");
+  EXPECT_TRUE(orbel.Shows("paused"));
+  orbel.Type("p");
+  EXPECT_TRUE(orbel.Shows("playing"));
+  orbel.Type("s");
+  EXPECT_TRUE(orbel.Shows("1 Waltz   bar 1.1   240 bpm   stopped"));
+  orbel.Type("n");
+  EXPECT_TRUE(orbel.Shows("2 Polka   bar 1.1   240 bpm   stopped   next: 61.1 end"));
+  orbel.Type("b");
+  EXPECT_TRUE(orbel.Shows("1 Waltz   bar 1.1   240 bpm   stopped"));
+  orbel.Type("\x1b[C");
+  EXPECT_TRUE(orbel.Shows("1 Waltz   bar 2.1"));
+  orbel.Type("\x1b[D");
+  EXPECT_TRUE(orbel.Shows("1 Waltz   bar 1.1"));
+  orbel.Type("q");
+  EXPECT_EQ(orbel.WaitForEnd(), 0);
+  EXPECT_TRUE(orbel.IsAsBefore());
+}
+
+TEST(Terminal, ACaesuraWaitsForGo) {
+  ShowFiles files;
+  files.AddSong("1", "Waltz", 2, "[[caesura]]\nat = \"1.3\"\n");
+  OrbelInATerminal orbel({"play", files.Show()});
+  EXPECT_TRUE(orbel.Shows("stopped   next: 1.3 caesura"));
+  orbel.Type(" ");
+  EXPECT_TRUE(orbel.Shows("bar 1.3   240 bpm   waiting at a caesura   next: 3.1 end"));
+  orbel.Type(" ");
+  EXPECT_TRUE(orbel.Shows("playing   next: 3.1 end"));
+  EXPECT_TRUE(orbel.Shows("ended"));
+  orbel.Type(" ");
+  EXPECT_TRUE(orbel.Shows("the show is over; p plays the last song again"));
+  orbel.Type("p");
+  EXPECT_TRUE(orbel.Shows("playing"));
+  orbel.Type("qq");
+  EXPECT_EQ(orbel.WaitForEnd(), 0);
+}
+
+TEST(Terminal, QuittingWhilePlayingTakesASecondTime) {
+  ShowFiles files;
+  files.AddSong("1", "Waltz", 60);
+  OrbelInATerminal orbel({"play", files.Show()});
+  EXPECT_TRUE(orbel.Shows("stopped"));
+  orbel.Type("p");
+  EXPECT_TRUE(orbel.Shows("playing"));
+  orbel.Type("q");
+  EXPECT_TRUE(orbel.Shows("playing: q once more ends it"));
+  orbel.Type("\x03");  // Ctrl-C counts as the second time as well
+  EXPECT_EQ(orbel.WaitForEnd(), 0);
+  EXPECT_TRUE(orbel.IsAsBefore());
+}
+
+TEST(Terminal, WhenItGoesAwayTheShowGoesOnToItsEnd) {
+  ShowFiles files;
+  files.AddSong("1", "Waltz", 2);
+  OrbelInATerminal orbel({"play", files.Show()});
+  EXPECT_TRUE(orbel.Shows("stopped"));
+  orbel.Type("p");
+  EXPECT_TRUE(orbel.Shows("playing"));
+  orbel.CloseTerminal();
+  EXPECT_EQ(orbel.WaitForEnd(), 0) << "by itself, and not by the signal";
+}
+
+TEST(Terminal, ARenderShowsItsProgressOnOneLine) {
+  ShowFiles files;
+  files.AddSong("1", "Waltz", 8);
+  OrbelInATerminal orbel({"render", files.Show(), "-o", files.Beside("out.wav")});
+  EXPECT_TRUE(orbel.Shows("\r\x1b[K[####"));
+  EXPECT_TRUE(orbel.Shows("] song 1  0:0"));
+  EXPECT_EQ(orbel.WaitForEnd(), 0);
+}
+
+}  // namespace
+}  // namespace host_tests

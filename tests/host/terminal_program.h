@@ -1,0 +1,39 @@
+#pragma once
+
+#include <sys/types.h>
+
+#include <string>
+#include <vector>
+
+namespace host_tests {
+
+// The program in a terminal of its own, in which a test can type.
+class OrbelInATerminal {
+ public:
+  explicit OrbelInATerminal(const std::vector<std::string>& arguments);
+  ~OrbelInATerminal();
+  OrbelInATerminal(const OrbelInATerminal&) = delete;
+  OrbelInATerminal& operator=(const OrbelInATerminal&) = delete;
+
+  void Type(const std::string& keys) const;
+  // Whether the terminal shows `text` from now on; waits up to ten seconds for it. What came before is not
+  // looked at again.
+  bool Shows(const std::string& text);
+  // Whether the terminal echoes and waits for whole lines, as it did before the program.
+  bool IsAsBefore() const;
+  void CloseTerminal();
+  // Exit status; -1 when a signal ended it.
+  int WaitForEnd();
+  const std::string& GetScreen() const { return screen_; }
+
+ private:
+  void Read_();
+
+  pid_t process_ = -1;
+  int terminal_ = -1;
+  int keptOpen_ = -1;
+  std::string screen_;
+  std::size_t seen_ = 0;
+};
+
+}  // namespace host_tests
