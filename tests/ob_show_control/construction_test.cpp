@@ -36,9 +36,9 @@ TEST_F(Construction, NobodysClockIsFollowed) {
 }
 
 TEST_F(Construction, TheLockIsReentrant) {
-  exc::ScopeLock outer(*control);
-  exc::ScopeLock inner(*control);
-  EXPECT_EQ(control->GetSampleIndex(), 0);
+  exc::ScopeLock lock(*control);
+  EXPECT_EQ(control->GetSampleIndex(), 0) << "takes it again";
+  EXPECT_FALSE(LocksAreFree()) << "and gives up its own level alone";
 }
 
 TEST(ShowControlSlots, StandInTheOrderOfTheContract) {

@@ -39,6 +39,8 @@ TEST(SampleMath, WhatIsNoInteger64Is0) {
   EXPECT_EQ(ToInteger(std::numeric_limits<double>::quiet_NaN()), 0);
   EXPECT_EQ(ToInteger(std::numeric_limits<double>::infinity()), 0);
   EXPECT_EQ(ToInteger(-std::numeric_limits<double>::infinity()), 0);
+  EXPECT_EQ(ToInteger(std::numeric_limits<long double>::quiet_NaN()), 0);
+  EXPECT_EQ(ToInteger(-std::numeric_limits<long double>::infinity()), 0);
 }
 
 TEST(SampleMath, TicksAreTruncatedAndTakenAs32Bits) {
