@@ -4,6 +4,7 @@
 
 #include <algorithm>
 #include <cerrno>
+#include <new>
 #include <set>
 #include <utility>
 
@@ -118,10 +119,15 @@ class ShowLoader {
 
 LoadedShow LoadShow(const std::string& showPath) {
   RequireFolder(showPath);
-  ShowLoader loader;
-  loader.LoadSongs(showPath);
-  loader.SetOrder(showPath);
-  return loader.Finish();
+  try {
+    ShowLoader loader;
+    loader.LoadSongs(showPath);
+    loader.SetOrder(showPath);
+    return loader.Finish();
+  } catch (const std::bad_alloc&) {
+    // What was loaded so far is gone by now, so that there is room for these words.
+    RefuseAtOnce("", "there is not enough memory to load the show; end other programs and open it again.");
+  }
 }
 
 }  // namespace tesk_midi

@@ -26,7 +26,7 @@ std::string_view NearestWord(std::string_view word, std::span<const std::string_
   // Longer words are nobody's slip of the finger, and would cost time.
   constexpr std::size_t kLongestWord = 64;
   if (word.size() > kLongestWord) return {};
-  std::size_t allowed = std::min<std::size_t>(2, (word.size() + 1) / 2);
+  std::size_t allowed = std::min<std::size_t>(2, word.size() / 2);
   std::string_view nearest;
   for (const std::string_view candidate : candidates) {
     const std::size_t distance = EditDistance(word, candidate);

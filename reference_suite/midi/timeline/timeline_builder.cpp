@@ -4,7 +4,6 @@
 #include <utility>
 
 #include "reference_suite/midi/timeline/bar_lines.h"
-#include "reference_suite/midi/timeline/position_text.h"
 #include "reference_suite/midi/timeline/tick_scaling.h"
 
 namespace tesk_midi {
@@ -49,17 +48,6 @@ std::vector<TL::Meter> Meters(const StandardMidiFile& midi, unsigned multiplier)
   return meters;
 }
 
-void WarnOfMissingTempo(const StandardMidiFile& midi, unsigned multiplier, BuiltTimeline* built) {
-  if (midi.tempos.empty()) {
-    built->warnings.push_back("there is no tempo; 120 quarter notes a minute hold throughout.");
-  } else if (midi.tempos.front().tick != 0) {
-    built->warnings.push_back(
-        "there is no tempo at the beginning; 120 quarter notes a minute hold until the first "
-        "one, at " +
-        PlaceText(built->timeline, midi.tempos.front().tick * multiplier) + ".");
-  }
-}
-
 }  // namespace
 
 BuiltTimeline BuildTimeline(const StandardMidiFile& midi, int firstBar) {
@@ -83,8 +71,7 @@ BuiltTimeline BuildTimeline(const StandardMidiFile& midi, int firstBar) {
   built.markers = Scaled<CL::Marker>(midi.markers, multiplier, [](unsigned tick, const SmfMarker& marker) {
     return CL::Marker(tick, marker.name, 0);
   });
-  WarnOfMissingTempo(midi, multiplier, &built);
-  built.warnings.insert(built.warnings.end(), lines.warnings.begin(), lines.warnings.end());
+  built.warnings = std::move(lines.warnings);
   return built;
 }
 

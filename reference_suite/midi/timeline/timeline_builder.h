@@ -18,9 +18,9 @@ struct BuiltTimeline {
   std::vector<std::string> warnings;  // sentences
 };
 
-// Multiplies every tick, adds what holds where the file says nothing (120 quarter notes a minute, 4/4), and
-// lays out the bars, the first of which has the number `firstBar`, 0 or more. Of two tempos, meters or keys
-// at one tick the later one holds.
+// Multiplies every tick, adds what holds where the file says nothing (120 quarter notes a minute, of which
+// the file's reader warns, and 4/4), and lays out the bars, the first of which has the number `firstBar`, 0
+// or more. Of two tempos, meters or keys at one tick the later one holds.
 //
 // Throws TimelineError when the song has no length, or does not fit its PPQ, its ticks or the number of bars.
 BuiltTimeline BuildTimeline(const StandardMidiFile& midi, int firstBar);

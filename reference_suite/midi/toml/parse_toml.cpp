@@ -4,9 +4,7 @@
 #include <tuple>
 #include <utility>
 
-// The library comes as headers that cost seconds to compile: nothing else includes them.
-#define TOML_ENABLE_FORMATTERS 0
-#include <toml++/toml.h>
+#include "reference_suite/midi/toml/toml_library.h"
 
 namespace tesk_midi {
 
@@ -58,6 +56,32 @@ TomlNode Copy(const toml::node& node) {
   return copy;
 }
 
+bool BreaksTheLibrary(std::string_view text) {
+  try {
+    static_cast<void>(toml::parse(text));
+  } catch (const TomlLibraryBroken&) {
+    return true;
+  } catch (const toml::parse_error&) {
+    return false;
+  }
+  return false;
+}
+
+// Where a text breaks the library: it reads from front to back, so that is where the shortest beginning ends
+// that does so.
+TextPlace FindBreak(std::string_view text) {
+  std::size_t sound = 0;
+  std::size_t broken = text.size();
+  while (broken - sound > 1) {
+    const std::size_t middle = sound + (broken - sound) / 2;
+    (BreaksTheLibrary(text.substr(0, middle)) ? broken : sound) = middle;
+  }
+  const auto lines = std::count(text.begin(), text.begin() + sound, '\n');
+  const std::string_view line = text.substr(0, broken).substr(text.substr(0, sound).rfind('\n') + 1);
+  const auto characters = std::count_if(line.begin(), line.end(), [](char c) { return (c & 0xC0) != 0x80; });
+  return {static_cast<int>(lines + 1), static_cast<int>(characters)};
+}
+
 }  // namespace
 
 TomlNode ParseToml(std::string_view text) {
@@ -65,6 +89,8 @@ TomlNode ParseToml(std::string_view text) {
     return Copy(toml::parse(text));
   } catch (const toml::parse_error& error) {
     throw TomlSyntaxError(PlaceOf(error.source().begin), std::string(error.description()));
+  } catch (const TomlLibraryBroken&) {
+    throw TomlSyntaxError(FindBreak(text), "unexpected character");
   }
 }
 

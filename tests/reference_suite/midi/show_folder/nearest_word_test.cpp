@@ -28,8 +28,9 @@ TEST(NearestWord, IsTheOneThatWasProbablyMeant) {
   EXPECT_EQ(NearestWord("pases", kWords), "passes");
   EXPECT_EQ(NearestWord("passes", kWords), "passes");
   EXPECT_EQ(NearestWord("colour", kWords), "");
-  EXPECT_EQ(NearestWord("at", kWords), "") << "half of a short word is another word";
-  EXPECT_EQ(NearestWord("t", kWords), "to");
+  EXPECT_EQ(NearestWord("at", kWords), "") << "two letters of two are another word";
+  EXPECT_EQ(NearestWord("tq", kWords), "to");
+  EXPECT_EQ(NearestWord("t", kWords), "") << "one letter could be anything";
   EXPECT_EQ(NearestWord("", kWords), "");
   EXPECT_EQ(NearestWord(std::string(65, 'x'), kWords), "");
   EXPECT_EQ(NearestWord("from", {}), "");

@@ -137,6 +137,20 @@ INSTANTIATE_TEST_SUITE_P(
             "@1:8 Error while parsing floating-point: expected decimal digit or exponent, saw '.'"},
         Row{"a = \"\xff\"\n", "@1:5 Encountered invalid utf-8 sequence"}));
 
+// Texts that the library holds to be impossible.
+INSTANTIATE_TEST_SUITE_P(Impossible, BrokenToml,
+                         testing::Values(Row{"a = 1\n[[\x15vamp]]", "@2:3 unexpected character"},
+                                         Row{"a = 1\n  [=]\n", "@2:4 unexpected character"},
+                                         Row{"[[ü", "@1:3 unexpected character"},
+                                         Row{"# ü\n\"ü\" = 1\n[ü]\nb = 2", "@3:2 unexpected character"}));
+
+TEST(BrokenToml, LettersOutsideQuotesThatTheLibraryHasNoTableFor) {
+  EXPECT_EQ(Refusal("a =ü 1"), "@1:4 Error while parsing value: could not determine value type");
+  EXPECT_EQ(Refusal("ü = 1"),
+            "@1:1 Error while parsing root table: expected keys, tables, whitespace or comments, saw 'ü'");
+  EXPECT_EQ(Refusal("a = 1ϧ"), "@1:6 Error while parsing decimal integer: expected digit, saw 'ϧ'");
+}
+
 TEST(BrokenToml, DeepNestingIsRefused) {
   EXPECT_EQ(Refusal("a = " + std::string(300, '[')),
             "@1:261 Error while parsing value: exceeded maximum nested value depth of 256 "
