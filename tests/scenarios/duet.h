@@ -27,6 +27,7 @@ class Duet {
  private:
   void Begin_(std::size_t song);
   bool Step_();
+  bool WaitsAtTheStartAfterAttacca_();
   void Compare_(const std::vector<float>& heard);
   bool OnCaesura_();
   bool OnEnd_(bool attacca);
@@ -44,6 +45,7 @@ class Duet {
   long long framesOfSong_ = 0;
   long long framesCompared_ = 0;
   long long untilAction_ = 0;
+  bool cameByAttacca_ = false;
   std::ostringstream actions_;  // of this song, for the message of a failure
 };
 

@@ -52,6 +52,7 @@ FlowModel::State FlowModel::Settle() {
   while (!ended_) {
     const unsigned cue = NextCue_();
     if (sample_ < map_.FirstSample(cue)) return State::Playing;
+    if (jumpedOntoCaesura_) return State::Caesura;
     if (cue > loopFloor_ && TakeLoop_(cue)) continue;
     if (TakeCut_(cue)) continue;
     if (NextCaesura() == cue) return State::Caesura;
@@ -106,10 +107,13 @@ bool FlowModel::TakeCut_(unsigned tick) {
   if (!target) return false;
   if (*target > song_.PlaybackEnd()) ended_ = true;
   Land_(*target);
+  // Where a jump lands on a caesura, playback stops before anything else there is looked at.
+  jumpedOntoCaesura_ = NextCaesura() == *target;
   return true;
 }
 
 void FlowModel::Land_(unsigned tick) {
+  jumpedOntoCaesura_ = false;
   sample_ = map_.FirstSample(tick);
   cueFloor_ = tick;
   loopFloor_ = tick;
@@ -123,7 +127,14 @@ void FlowModel::Reset_(LoopState* loop) {
 }
 
 void FlowModel::Continue() {
-  cueFloor_ = *NextCaesura() + 1;
+  jumpedOntoCaesura_ = false;
+  Disarm_(*NextCaesura());
+}
+
+void FlowModel::Disarm_(unsigned caesura) {
+  for (std::size_t i = 0; i < song_.caesuras.size(); ++i) {
+    if (song_.caesuras[i] == caesura) caesuraArmed_[i] = false;
+  }
 }
 
 FlowModel::LoopState* FlowModel::InnermostAround_(unsigned tick,
@@ -163,9 +174,7 @@ void FlowModel::Again() {
 void FlowModel::SkipCaesura(unsigned ticksPerBar) {
   const auto caesura = NextCaesura();
   if (!caesura || *caesura - Tick() > ticksPerBar) return;
-  for (std::size_t i = 0; i < song_.caesuras.size(); ++i) {
-    if (song_.caesuras[i] == *caesura) caesuraArmed_[i] = false;
-  }
+  Disarm_(*caesura);
 }
 
 void FlowModel::Seek(unsigned tick) {

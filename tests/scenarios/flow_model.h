@@ -55,6 +55,7 @@ class FlowModel {
   bool TakeLoop_(unsigned tick);
   bool TakeCut_(unsigned tick);
   void Land_(unsigned tick);
+  void Disarm_(unsigned caesura);
   void Reset_(LoopState* loop);
   LoopState* InnermostAround_(unsigned tick, const std::function<bool(const LoopState&)>& wanted);
 
@@ -66,6 +67,7 @@ class FlowModel {
   long long sample_ = 0;
   unsigned cueFloor_ = 0;   // cuts and caesuras at or after it are ahead
   unsigned loopFloor_ = 0;  // loops that end after it are ahead
+  bool jumpedOntoCaesura_ = false;
   bool ended_ = false;
 };
 

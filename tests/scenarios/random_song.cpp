@@ -69,6 +69,10 @@ void AddCutsAndCaesuras(Dice* dice, SongPlan* song) {
     }
   }
   std::sort(song->caesuras.begin(), song->caesuras.end());
+  // An attacca lands on the start like a seek: it stops at a caesura there even though a cut comes first.
+  const bool cutAtStart = std::any_of(song->cuts.begin(), song->cuts.end(),
+                                      [song](const CutPlan& cut) { return cut.from == song->audioStart; });
+  if (cutAtStart) std::erase(song->caesuras, song->audioStart);
 }
 
 }  // namespace
