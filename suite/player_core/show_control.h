@@ -170,6 +170,7 @@ class ShowControl : public exc::Lockable {
   void ClearJumps_() EXC_HOLDS(this);
 
   // ---- advance.cpp -----------------------------------------------------------------------------
+  void FindNextEvent_(unsigned from, unsigned to) EXC_HOLDS(this);
   bool FindEventAt_(unsigned tick) EXC_HOLDS(this);
   unsigned GetFirstEventTickAfter_(unsigned tick) EXC_HOLDS(this);
 

@@ -1,9 +1,7 @@
 #include <algorithm>
-#include <limits>
 
 #include "exc/lock/scope_lock.h"
 #include "reference_suite/player_core/show_control/state.h"
-#include "suite/core/event_codes.h"
 #include "suite/core/gui_dispatcher.h"
 #include "suite/midi/how_to_play.h"
 #include "suite/midi/song_data.h"
@@ -25,34 +23,41 @@ notify::LoopUpdate DescribePass(const LoopEvent& loop, const tesk_midi::SongData
 }  // namespace
 
 void ShowControl::FindNextControlEventOnAdvance(unsigned from, unsigned to) {
-  notify::LoopUpdate pass;
+  std::optional<notify::LoopUpdate> pass;
   {
     exc::ScopeLock lock(*this);
-    ClearFlags_();
-    state_->pendingJump = State::PendingJump::None;
-    if (tickIndex_ != from) {
-      replan_ = true;
-      reachedTickIndex_ = tickIndex_;
-      return;
+    FindNextEvent_(from, to);
+    State& state = *state_;
+    if (state.pendingJump == State::PendingJump::Loop && state.song != nullptr) {
+      state.untoldPass = DescribePass(*state.armedLoop->loop, *state.song);
     }
-    DropCuesBefore_(from);
-    if (!FindEventAt_(from)) {
-      state_->hasJustLanded = false;
-      const unsigned event = GetFirstEventTickAfter_(from);
-      // A read that ends inside `to` would play its first samples, so an event there is met by the next read.
-      if (event > to) {
-        reachedTickIndex_ = to;
-      } else if (event < to) {
-        reachedTickIndex_ = event;
-      } else {
-        reachedTickIndex_ = to - 1 > from ? to - 1 : to;
-      }
-    }
-    if (state_->pendingJump != State::PendingJump::Loop || state_->song == nullptr) return;
-    pass = DescribePass(*state_->armedLoop->loop, *state_->song);
+    // No listener is called with the lock held; a plan around this one would still hold it.
+    if (state.untoldPass && state.lock.IsTakenOnce()) pass.swap(state.untoldPass);
   }
   // The jump is settled: the plan that asked takes it as soon as this returns.
-  notify::guiDispatcher.SendLoopPass(pass);
+  if (pass) notify::guiDispatcher.SendLoopPass(*pass);
+}
+
+void ShowControl::FindNextEvent_(unsigned from, unsigned to) {
+  ClearFlags_();
+  state_->pendingJump = State::PendingJump::None;
+  if (tickIndex_ != from) {
+    replan_ = true;
+    reachedTickIndex_ = tickIndex_;
+    return;
+  }
+  DropCuesBefore_(from);
+  if (FindEventAt_(from)) return;
+  state_->hasJustLanded = false;
+  const unsigned event = GetFirstEventTickAfter_(from);
+  // A read that ends inside `to` would play its first samples, so an event there is met by the next read.
+  if (event > to) {
+    reachedTickIndex_ = to;
+  } else if (event < to) {
+    reachedTickIndex_ = event;
+  } else {
+    reachedTickIndex_ = to - 1 > from ? to - 1 : to;
+  }
 }
 
 bool ShowControl::FindEventAt_(unsigned tick) {

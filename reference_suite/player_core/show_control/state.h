@@ -8,7 +8,42 @@
 
 #include "exc/lock/basic_lock.h"
 #include "exc/lock/rlockable.h"
+#include "suite/core/gui_dispatcher.h"
 #include "suite/player_core/show_control.h"
+
+namespace show_control {
+
+// A recursive lock that knows how often its holder has taken it.
+class CountedLock : public exc::basic_rlock<false> {
+ public:
+  using exc::basic_rlock<false>::basic_rlock;
+
+  void Lock() EXC_TAKES() override {
+    basic_rlock::Lock();
+    ++depth_;
+  }
+  void Unlock() EXC_GIVES_UP() override {
+    --depth_;
+    basic_rlock::Unlock();
+  }
+  bool TryLock() EXC_TRIES(true) override {
+    if (!basic_rlock::TryLock()) return false;
+    ++depth_;
+    return true;
+  }
+  // For the holder: whether giving the lock up once frees it.
+  bool IsTakenOnce() const { return depth_ == 1; }
+
+ private:
+  int depth_ = 0;  // the holder's alone
+};
+
+// Whether the loop would be taken on arriving at its end now.
+inline bool MayBeTaken(const LoopEvent& loop) {
+  return !loop.GetCanceled() && (loop.limit == 0 || loop.done < loop.limit);
+}
+
+}  // namespace show_control
 
 // What the show control keeps to itself. Everything but the two locks and the references is guarded by the
 // show control's lock.
@@ -29,7 +64,7 @@ struct ShowControl::State {
   enum class PendingJump { None, Loop, Performers, Cut };
 
   exc::RLockable readSamples{"ReadSamples"};
-  exc::basic_rlock<false> lock{"ShowControl"};
+  show_control::CountedLock lock{"ShowControl"};
 
   ActiveSongNumber& activeSongNumber;
   tesk_midi::ShowData& showData;
@@ -50,6 +85,9 @@ struct ShowControl::State {
   std::optional<ArmedLoop> armedLoop;
   std::optional<Jump> performersJump;
   PendingJump pendingJump = PendingJump::None;
+  // A pass that listeners have not been told of, because a plan within a plan has taken the loop and the plan
+  // around it holds locks.
+  std::optional<notify::LoopUpdate> untoldPass;
 
   // ---- position --------------------------------------------------------------------------------
   unsigned lastSeekTick = 0;
@@ -61,12 +99,3 @@ struct ShowControl::State {
 
   std::map<std::string, unsigned char> attaccaStates;  // as set by the host; else the log's hold
 };
-
-namespace show_control {
-
-// Whether the loop would be taken on arriving at its end now.
-inline bool MayBeTaken(const LoopEvent& loop) {
-  return !loop.GetCanceled() && (loop.limit == 0 || loop.done < loop.limit);
-}
-
-}  // namespace show_control

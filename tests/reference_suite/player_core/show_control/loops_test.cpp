@@ -216,6 +216,25 @@ TEST(LoopPasses, NoLockIsHeldWhileListenersAreTold) {
   EXPECT_EQ(listener.held, std::vector<std::string>{});
 }
 
+// A jump that is corrected onto the end of a loop is followed, within the same plan, by that loop's own jump.
+TEST(LoopPasses, OneTakenByAPlanWithinAPlanIsToldWhenTheLocksAreFree) {
+  PassListener listener;
+  Stage stage(TestSong("1").Bars(9).Vamp(0, 480));
+  stage.control.PlayTo(480);
+  const auto planWithinAPlan = [&] {
+    exc::ScopeLock outerPlan(stage.control);
+    stage.control.Play(580);
+  };
+  planWithinAPlan();
+  EXPECT_TRUE(listener.passes.empty());
+  stage.control.Play(100);
+  ASSERT_EQ(listener.passes.size(), 1U);
+  EXPECT_EQ(listener.passes[0].pass, 2);
+  EXPECT_EQ(listener.held, std::vector<std::string>{});
+  stage.control.Play(200);
+  EXPECT_EQ(listener.passes.size(), 1U);
+}
+
 TEST(LoopPasses, AListenerThatMovesThePositionAsksForANewPlan) {
   PassListener listener;
   Stage stage(TestSong("1").Bars(9).Vamp(0, 480));

@@ -138,8 +138,10 @@ TEST(ExitLoop, APerformersJumpThatACutLeavesBehindIsDropped) {
   stage.control.PlayTo(At(3) + 100);
   stage.control.ExitLoop();
   EXPECT_EQ(PerformersJump(stage), "5760->9600");
-  EXPECT_EQ(stage.control.Perform(), "3940..4340 7680..17280 end");
+  stage.control.PlayTo(At(3) + 500);
+  EXPECT_EQ(stage.control.Play(At(3) + 600), "jump 7680");
   EXPECT_EQ(PerformersJump(stage), "none");
+  EXPECT_EQ(stage.control.Perform(), "7680..17280 end");
 }
 
 TEST(ExitLoop, APerformersJumpOutlivesALoopBackBeforeIt) {
