@@ -1,6 +1,25 @@
+#include <chrono>
+#include <thread>
+
 #include "exc/lock/scope_lock.h"
 #include "suite/player_core/player.h"
 #include "suite/player_core/show_control.h"
+
+namespace {
+
+// A stop takes no longer than to refill the output.
+constexpr std::chrono::milliseconds kLongestStop(500);
+
+// While the render thread is stopping at a caesura, which it no longer can be kept from. No lock is held.
+void WaitForStopAtCaesura(const Player& player, ShowControl& showControl) {
+  const auto deadline = std::chrono::steady_clock::now() + kLongestStop;
+  while (player.IsPlaying() && showControl.StandsAtCaesura()) {
+    if (std::chrono::steady_clock::now() > deadline) return;
+    std::this_thread::sleep_for(std::chrono::milliseconds(1));
+  }
+}
+
+}  // namespace
 
 bool Player::HasPendingCaesura() {
   return GetShowControl().HasPendingCaesura();
@@ -32,6 +51,10 @@ bool Player::RepeatSafety() {
 
 bool Player::Continue() {
   ShowControl& showControl = GetShowControl();
+  if (IsPlaying() && showControl.StandsAtCaesura()) {
+    WaitForStopAtCaesura(*this, showControl);
+    if (!showControl.StandsAtCaesura()) return true;  // it has been passed through
+  }
   if (GetPlayerState() == PlayerState::PAUSE && showControl.StandsAtCaesura()) {
     if (play_) play_();
     return true;

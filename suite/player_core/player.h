@@ -66,7 +66,8 @@ class Player : public exc::RLockable {
   virtual void StopAndReset() = 0;
   // The performer's go on a loop: it is left at its end. False when there is none around the position.
   virtual bool FlowControlExit();
-  // The performer's go on a caesura. False when there was nothing to continue from.
+  // The performer's go on a caesura. False when there was nothing to continue from. Waits, for less than a
+  // second, when playback is just stopping there: hold no lock.
   virtual bool Continue();
   virtual void SetTimeCodeCallback(std::function<void(double, double, double)> callback) = 0;
   virtual void SetFullFrameTimeCodeCallback(std::function<void(double)> callback) = 0;

@@ -101,7 +101,8 @@ class ShowControl : public exc::Lockable {
   unsigned RecoverySeek(unsigned tick);
   bool GetFermataCanceledCaesura();
   void ClearFermataCanceledCaesura();
-  // True from the stop at a caesura until playback goes on or the position moves.
+  // True from the stop at a caesura, once it cannot be called off any more, until playback goes on or the
+  // position moves.
   bool StandsAtCaesura();
   void LeaveCaesura();
 

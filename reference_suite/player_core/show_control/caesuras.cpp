@@ -47,8 +47,13 @@ bool ShowControl::GetFermataCanceledCaesura() {
   return state_->fermataIsCanceled;
 }
 
+// The player asks this once for every stop, after it has read the flag: from here on a stop that has not been
+// called off happens, and a go means to go on afterwards.
 void ShowControl::ClearFermataCanceledCaesura() {
   exc::ScopeLock lock(*this);
+  const bool isAtPosition =
+      !pendingCaesuras_.empty() && pendingCaesuras_.front().GetTickIndex() == tickIndex_;
+  if (isAtPosition && !state_->fermataIsCanceled) state_->standsAtCaesura = true;
   state_->fermataIsCanceled = false;
 }
 

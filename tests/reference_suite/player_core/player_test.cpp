@@ -2,11 +2,14 @@
 
 #include <gtest/gtest.h>
 
+#include <atomic>
 #include <stdexcept>
+#include <thread>
 
 #include "suite/player_core/content_argument.h"
 #include "tests/reference_suite/player_core/support/position_listener.h"
 #include "tests/reference_suite/player_core/support/stage.h"
+#include "tests/support/wait_until.h"
 
 namespace {
 
@@ -185,6 +188,54 @@ TEST(Continue, PlayingACaesuraThatTheReadsHaveReachedIsPassedThrough) {
   EXPECT_TRUE(stage.player.IsContinuePending());
   EXPECT_TRUE(stage.player.GetFermataCanceledCaesura());
   EXPECT_EQ(stage.player.plays, 0);  // the output goes on by itself
+}
+
+// The go comes when the player has already decided to stop, and has not yet paused.
+TEST(Continue, WhilePlaybackIsStoppingItGoesOnAfterwards) {
+  Stage stage(TestSong("1").Bars(3).Caesura(960).Caesura(1440));
+  stage.player.SetPlayerState(PlayerState::PLAY);
+  ASSERT_EQ(stage.control.Perform(), "0..960 caesura");
+  ASSERT_FALSE(stage.control.GetFermataCanceledCaesura());
+  stage.control.ClearFermataCanceledCaesura();
+  std::atomic<bool> isAsking{false};
+  std::atomic<bool> hasContinued{false};
+  std::thread host([&] {
+    isAsking = true;
+    hasContinued = stage.player.Continue();
+  });
+  ASSERT_TRUE(test_support::WaitUntil([&] { return isAsking.load(); }));
+  stage.control.OnCaesuraStop();
+  stage.player.StorePause();
+  host.join();
+  EXPECT_TRUE(hasContinued);
+  EXPECT_EQ(stage.player.plays, 1);
+  EXPECT_EQ(stage.control.GetCaesurasAhead(), (std::vector<unsigned>{1440}));
+}
+
+TEST(Continue, WhilePlaybackIsPassingThroughThereIsNothingToAdd) {
+  Stage stage(TestSong("1").Bars(3).Caesura(960).Caesura(1440));
+  stage.player.SetPlayerState(PlayerState::PLAY);
+  ASSERT_EQ(stage.control.Perform(), "0..960 caesura");
+  stage.control.OnCaesuraStop();
+  std::atomic<bool> isAsking{false};
+  std::atomic<bool> hasContinued{false};
+  std::thread host([&] {
+    isAsking = true;
+    hasContinued = stage.player.Continue();
+  });
+  ASSERT_TRUE(test_support::WaitUntil([&] { return isAsking.load(); }));
+  stage.player.StorePause();
+  stage.player.SetPlayerState(PlayerState::PLAY);
+  host.join();
+  EXPECT_TRUE(hasContinued);
+}
+
+TEST(Continue, AStopThatNeverEndsDoesNotHoldTheHost) {
+  Stage stage(TestSong("1").Caesura(960));
+  stage.player.SetPlayerState(PlayerState::PLAY);
+  ASSERT_EQ(stage.control.Perform(), "0..960 caesura");
+  stage.control.OnCaesuraStop();
+  EXPECT_FALSE(stage.player.Continue());
 }
 
 TEST(Continue, PlayingWithNoCaesuraWithinABarItDoesNothing) {

@@ -120,6 +120,21 @@ TEST(CaesuraStop, PlaybackStandsThereUntilItGoesOnOrMoves) {
   EXPECT_FALSE(stage.control.StandsAtCaesura());
 }
 
+TEST(CaesuraStop, OnceTheFermataIsReadPlaybackIsAboutToStand) {
+  Stage stage(TestSong("1").Caesura(960));
+  stage.control.ClearFermataCanceledCaesura();
+  EXPECT_FALSE(stage.control.StandsAtCaesura());  // not there yet
+  EXPECT_EQ(stage.control.Perform(), "0..960 caesura");
+  stage.control.ClearFermataCanceledCaesura();
+  EXPECT_TRUE(stage.control.StandsAtCaesura());
+  Stage called(TestSong("1").Caesura(960).Caesura(961));
+  EXPECT_EQ(called.control.Perform(), "0..960 caesura");
+  bool isReached = false;
+  called.control.CancelCaesura(&isReached);
+  called.control.ClearFermataCanceledCaesura();
+  EXPECT_FALSE(called.control.StandsAtCaesura());
+}
+
 TEST(CaesuraStop, AGoThatCameTooLateDoesNotPassTheNextOneBy) {
   Stage stage(TestSong("1").Caesura(960));
   stage.control.MoveTo(960);

@@ -99,6 +99,14 @@ TEST(Loops, ProcessingTwiceAtOneArrivalCountsOnce) {
   EXPECT_EQ(stage.control.DescribeLoop(960), "0/1/0");
 }
 
+TEST(Loops, AJumpIsArmedForTheTickOfArrivalAlone) {
+  Stage stage(TestSong("1").Vamp(480, 960));
+  stage.control.PlayTo(960);
+  stage.control.ProcessLoopEventsAtCurrentTickIndex();
+  stage.control.DoSkipAhead(970);  // the output has played more than was planned
+  EXPECT_EQ(stage.control.Advance(970, 1070), "1070");
+}
+
 TEST(Loops, ProcessingElsewhereDoesNothing) {
   Stage stage(TestSong("1").Vamp(480, 960));
   stage.control.MoveTo(959);
@@ -198,6 +206,16 @@ TEST(LoopPasses, AVampHasNoNumberOfPasses) {
   EXPECT_EQ(listener.passes[1].kind, codes::kVamp);
   EXPECT_EQ(listener.passes[1].pass, 3);
   EXPECT_EQ(listener.passes[1].passes, 0);
+}
+
+TEST(LoopPasses, APassIsToldOnce) {
+  PassListener listener;
+  Stage stage(TestSong("1").Vamp(0, 480));
+  stage.control.PlayTo(480);
+  stage.control.ProcessLoopEventsAtCurrentTickIndex();
+  EXPECT_EQ(stage.control.Advance(480, 580), "jump 0");
+  EXPECT_EQ(stage.control.Advance(400, 580), "replan 480");
+  EXPECT_EQ(listener.passes.size(), 1U);
 }
 
 TEST(LoopPasses, ACutIsNoPass) {
