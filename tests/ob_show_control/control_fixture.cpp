@@ -86,6 +86,12 @@ long long ControlTest::Plan(long long request, long double scale) {
   return control->GetNextReadSampleCount(tesk_audio::SampleCount(request, scale)).GetUnscaled();
 }
 
+tesk_audio::SampleCount ControlTest::PlanScaled(long long scaled, long double scale) {
+  tesk_audio::SampleCount request(0, scale);
+  request.SetScaled(scaled);
+  return control->GetNextReadSampleCount(request);
+}
+
 long long ControlTest::Read(long long request) {
   const long long count = Plan(request);
   control->AddToSampleIndex(count);

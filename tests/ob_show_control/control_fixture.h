@@ -50,6 +50,8 @@ class ControlTest : public testing::Test {
   void Place(unsigned tick, long long extra = 0);
   // The next read, unscaled.
   long long Plan(long long request, long double scale = 1.0L);
+  // The next read for a request of `scaled` samples at `scale`, which may be a fraction of an unscaled one.
+  tesk_audio::SampleCount PlanScaled(long long scaled, long double scale);
   // Plans and reads exactly what was planned.
   long long Read(long long request);
 

@@ -101,10 +101,19 @@ TEST_F(ReadPlanning, CatchingUpStartsInsideATick) {
 
 TEST_F(ReadPlanning, ACatchUpNeverGrowsTheScaledView) {
   control->PlaceTick(1);
-  // 16 scaled of 1.5 are 24 unscaled; a request of 24.4 rounds to 24 and has 16 scaled.
   const auto count = control->GetNextReadSampleCount(tesk_audio::SampleCount(1000, 1.5L));
   EXPECT_EQ(count.GetUnscaled(), 24);
   EXPECT_EQ(count.GetScaled(), 16);
+  // 23.75 samples, which are 24: exactly 24 would be 96.
+  EXPECT_EQ(PlanScaled(95, 0.25L).GetScaled(), 95);
+}
+
+// 24.25 samples, which are 24 and so are cut to exactly 24.
+TEST_F(ReadPlanning, ARequestOfJustWhatIsMissingIsCutToo) {
+  control->PlaceTick(1);
+  const auto count = PlanScaled(97, 0.25L);
+  EXPECT_EQ(count.GetUnscaled(), 24);
+  EXPECT_EQ(count.GetScaled(), 96);
 }
 
 // 200,000,000 ticks are 4,800,000,000 samples: 505,032,704 more than 2^32.

@@ -71,6 +71,13 @@ TEST_F(ReadsAcrossTicks, AShorterReadHasASmallerScaledView) {
   EXPECT_EQ(count.GetScaled(), 192);
 }
 
+// 999.75 samples, which are 1,000: exactly 1,000 would be 4,000 scaled.
+TEST_F(ReadsAcrossTicks, AReadThatIsNotCutDoesNotGrowItsScaledViewEither) {
+  const auto count = PlanScaled(3999, 0.25L);
+  EXPECT_EQ(count.GetUnscaled(), 1000);
+  EXPECT_EQ(count.GetScaled(), 3999);
+}
+
 TEST_F(ReadsAcrossTicks, AReadEndsWhereTheDspFactorsChange) {
   stream.nextDspEvent = 7;
   EXPECT_EQ(Read(1000), 168);
@@ -221,6 +228,14 @@ TEST_F(ReadsAcrossTicks, AJumpToTheEndOfTheMidiGives0) {
   script.found = {{.jumpPending = true, .reachedTick = 1000}};
   EXPECT_EQ(Plan(1000), 0);
   EXPECT_EQ(control->GetSampleIndex(), 24'000);
+}
+
+TEST_F(ReadsAcrossTicks, AJumpToTheEndOfTheMidiGives0AlsoWhereTheAudioGoesOn) {
+  Load({.midiEnd = 500, .audioEnd = 1000});
+  Place(20);
+  script.found = {{.jumpPending = true, .reachedTick = 500}};
+  EXPECT_EQ(Plan(1000), 0);
+  EXPECT_EQ(control->GetTickIndex(), 500u);
 }
 
 TEST_F(ReadsAcrossTicks, AJumpPastTheEndOfTheMidiGives0) {
