@@ -8,7 +8,7 @@ PREFIX ?= /usr/local
 export CTEST_PARALLEL_LEVEL ?= 2
 
 # What runs under the sanitizers: the foundation, timing, show control, loading and the player.
-SANITIZED := exc_test samples_ticks_converter_test ob_show_control_test file_loader_test audio_player_test
+SANITIZED := exc_test exc_lock_impl_test samples_ticks_converter_test ob_show_control_test file_loader_test audio_player_test
 # Every test carries the name of its program as a label.
 SANITIZED_LABELS := ^($(shell echo $(SANITIZED) | tr ' ' '|'))$$$$
 

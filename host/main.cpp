@@ -5,6 +5,8 @@
 int main(int argc, char** argv) {
   orbel::host::cli::Faces faces;
   faces.play = orbel::host::terminal::Play;
-  faces.writeDemo = [](const std::string& folder) { WriteDemoShow(folder); };
+  faces.writeDemo = [](const std::string& folder, const std::function<void(const std::string&)>& progress) {
+    orbel::host::WriteDemoShow(folder, [&](const orbel::host::DemoProgress& state) { progress(state.file); });
+  };
   return orbel::host::cli::RunProgram(argc, argv, faces);
 }

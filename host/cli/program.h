@@ -11,8 +11,9 @@ namespace orbel::host::cli {
 struct Faces {
   // Plays a show in the terminal until it ends or the performer quits. Returns the exit status.
   std::function<int(const PlayOptions&)> play;
-  // Writes the demo show into a folder.
-  std::function<void(const std::string& folder)> writeDemo;
+  // Writes the demo show into a folder; `progress` is told each file before it is made.
+  std::function<void(const std::string& folder, const std::function<void(const std::string& file)>& progress)>
+      writeDemo;
 };
 
 // Reads the command line and does what it says. Results go to standard output, messages to standard error.

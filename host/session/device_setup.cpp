@@ -1,5 +1,9 @@
 #include "host/session/device_setup.h"
 
+#include <map>
+
+#include "host/session/failure.h"
+#include "reference_suite/audio/encode/sound_file_writer.h"
 #include "reference_suite/audio/output/offline_output.h"
 #include "reference_suite/audio/output/output_settings.h"
 
@@ -32,6 +36,18 @@ Step::Event ToEvent(tesk_audio::StepEvent event) {
   return Step::Event::None;
 }
 
+class WrittenSoundFile : public SoundFile {
+ public:
+  WrittenSoundFile(const std::string& path, tesk_audio::SoundFileFormat format, double rateHz,
+                   unsigned channels)
+      : writer_(path, format, rateHz, channels) {}
+  void Write(const float* frames, std::size_t frameCount) override { writer_.Write(frames, frameCount); }
+  void Commit() override { writer_.Commit(); }
+
+ private:
+  tesk_audio::SoundFileWriter writer_;
+};
+
 }  // namespace
 
 void UseClockWithoutSound(const OutputChoice& choice) {
@@ -61,6 +77,21 @@ unsigned RenderChannels() {
 
 double RenderRateHz() {
   return tesk_audio::GetOfflineSampleRateHz();
+}
+
+std::unique_ptr<SoundFile> CreateSoundFile(const std::string& path, const std::string& format, double rateHz,
+                                           unsigned channels) {
+  static const std::map<std::string, tesk_audio::SoundFileFormat> kFormats{
+      {"float", tesk_audio::SoundFileFormat::Float},
+      {"pcm24", tesk_audio::SoundFileFormat::Pcm24},
+      {"pcm16", tesk_audio::SoundFileFormat::Pcm16},
+      {"flac", tesk_audio::SoundFileFormat::Flac},
+      {"ogg", tesk_audio::SoundFileFormat::OggVorbis}};
+  const auto known = kFormats.find(format);
+  if (known == kFormats.end()) {
+    throw Failure("there is no format \"" + format + "\"; give float, pcm24, pcm16, flac or ogg", kUsage);
+  }
+  return std::make_unique<WrittenSoundFile>(path, known->second, rateHz, channels);
 }
 
 }  // namespace orbel::host

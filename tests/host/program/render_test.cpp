@@ -156,6 +156,16 @@ TEST_F(Render, TheSameShowGivesTheSameBytes) {
   EXPECT_TRUE(first == render("b.wav"));
 }
 
+TEST_F(Render, EveryFormatGivesTheSameBytesAgain) {
+  files_.AddSong("1", "Waltz", 2);
+  for (const std::string format : {"pcm24", "pcm16", "flac", "ogg"}) {
+    EXPECT_EQ(Play({"--format", format}).status, 0);
+    const std::string first = ReadText(Out());
+    EXPECT_EQ(Play({"--format", format}).status, 0);
+    EXPECT_TRUE(first == ReadText(Out())) << format;
+  }
+}
+
 TEST_F(Render, ACrossfadeChangesNeitherLengthNorPlace) {
   files_.AddSong("1", "Waltz", 4, "[[cut]]\nfrom = \"2\"\nto = \"3\"\n");
   EXPECT_EQ(Orbel({"render", files_.Show(), "-o", Out()}).status, 0);
@@ -384,9 +394,21 @@ TEST_F(Render, CtrlCLeavesNoFile) {
 
 TEST_F(Render, AFullDiskLeavesNoFileAndSaysSo) {
   files_.AddSong("1", "Waltz", 4);
-  const Ended run = Orbel({"render", files_.Show(), "-o", "/dev/full/out.wav"});
+  // A device on which every write fails takes the place of the file that is being written.
+  std::filesystem::create_symlink("/dev/full", Out() + ".part");
+  const Ended run = Play({});
   EXPECT_EQ(run.status, 1);
-  EXPECT_THAT(run.messages, HasSubstr("/dev/full/out.wav"));
+  EXPECT_THAT(run.messages, HasSubstr("orbel: " + Out() + ": cannot be written: No space left on device"));
+  EXPECT_FALSE(std::filesystem::exists(Out()));
+  EXPECT_FALSE(std::filesystem::is_symlink(Out() + ".part"));
+}
+
+TEST_F(Render, AFolderThatIsNotThereIsNamed) {
+  files_.AddSong("1", "Waltz", 1);
+  const Ended run = Orbel({"render", files_.Show(), "-o", files_.Beside("no/out.wav")});
+  EXPECT_EQ(run.status, 1);
+  EXPECT_THAT(run.messages,
+              HasSubstr(files_.Beside("no/out.wav") + ": cannot be written: No such file or directory"));
 }
 
 TEST_F(Render, ABrokenSongIsNamedWithItsFile) {

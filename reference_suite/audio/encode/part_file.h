@@ -1,0 +1,39 @@
+#pragma once
+
+#include <cstddef>
+#include <string>
+
+namespace tesk_audio {
+
+// A file that is written under PATH.part and takes its name when it is complete. The first failure is kept,
+// and every later write fails. Threads    one at a time.
+class PartFile {
+ public:
+  // Throws TESKAudioError.
+  explicit PartFile(const std::string& path);
+  // Removes what was not committed.
+  ~PartFile();
+  PartFile(const PartFile&) = delete;
+  PartFile& operator=(const PartFile&) = delete;
+
+  // Bytes written or read; less than `count` on a failure or at the end.
+  long long Write(const void* bytes, long long count);
+  long long Read(void* bytes, long long count);
+  // As lseek; -1 on a failure.
+  long long Seek(long long offset, int whence);
+  long long GetLength() const;
+
+  // Throws TESKAudioError when anything has failed so far.
+  void Check() const;
+  // To the disk, and then to its name. Throws TESKAudioError.
+  void Commit();
+
+ private:
+  const std::string path_;
+  const std::string partPath_;
+  int file_ = -1;
+  int error_ = 0;          // errno of the first failure
+  long long missing_ = 0;  // bytes that could not be written then
+};
+
+}  // namespace tesk_audio

@@ -1,0 +1,113 @@
+#include "reference_suite/audio/encode/sound_file_writer.h"
+
+#include <sndfile.h>
+
+#include <cmath>
+#include <utility>
+
+#include "reference_suite/audio/encode/ogg_serial.h"
+#include "reference_suite/audio/encode/part_file.h"
+#include "reference_suite/audio/encode/peak_time.h"
+#include "reference_suite/audio/text/shown_path.h"
+#include "suite/audio/errors.h"
+
+namespace tesk_audio {
+namespace {
+
+int ToLibraryFormat(SoundFileFormat format) {
+  switch (format) {
+    case SoundFileFormat::Float:
+      return SF_FORMAT_RF64 | SF_FORMAT_FLOAT;
+    case SoundFileFormat::Pcm24:
+      return SF_FORMAT_RF64 | SF_FORMAT_PCM_24;
+    case SoundFileFormat::Pcm16:
+      return SF_FORMAT_RF64 | SF_FORMAT_PCM_16;
+    case SoundFileFormat::Flac:
+      return SF_FORMAT_FLAC | SF_FORMAT_PCM_24;
+    case SoundFileFormat::OggVorbis:
+      return SF_FORMAT_OGG | SF_FORMAT_VORBIS;
+  }
+  return 0;
+}
+
+PartFile& FileOf(void* user) {
+  return *static_cast<PartFile*>(user);
+}
+
+// What the library asks of a file; `user` is the PartFile.
+sf_count_t GetLength(void* user) {
+  return FileOf(user).GetLength();
+}
+sf_count_t Seek(sf_count_t offset, int whence, void* user) {
+  return FileOf(user).Seek(offset, whence);
+}
+sf_count_t Read(void* bytes, sf_count_t count, void* user) {
+  return FileOf(user).Read(bytes, count);
+}
+sf_count_t Write(const void* bytes, sf_count_t count, void* user) {
+  return FileOf(user).Write(bytes, count);
+}
+sf_count_t Tell(void* user) {
+  return FileOf(user).Seek(0, SEEK_CUR);
+}
+
+}  // namespace
+
+struct SoundFileWriter::State {
+  State(const std::string& filePath, SoundFileFormat fileFormat)
+      : path(filePath), format(fileFormat), file(filePath) {}
+  ~State() {
+    if (encoder != nullptr) sf_close(encoder);
+  }
+  State(const State&) = delete;
+  State& operator=(const State&) = delete;
+
+  const std::string path;
+  const SoundFileFormat format;
+  PartFile file;  // outlives the encoder, which writes to it while it is closed
+  SNDFILE* encoder = nullptr;
+  unsigned channels = 0;
+};
+
+SoundFileWriter::SoundFileWriter(const std::string& path, SoundFileFormat format, double rateHz,
+                                 unsigned channels)
+    : state_(std::make_unique<State>(path, format)) {
+  SF_VIRTUAL_IO io{GetLength, Seek, Read, tesk_audio::Write, Tell};
+  SF_INFO info{};
+  info.samplerate = static_cast<int>(std::lround(rateHz));
+  info.channels = static_cast<int>(channels);
+  info.format = ToLibraryFormat(format);
+  state_->channels = channels;
+  state_->encoder = sf_open_virtual(&io, SFM_WRITE, &info, &state_->file);
+  state_->file.Check();
+  if (state_->encoder == nullptr) {
+    throw TESKAudioError(ShownPath(path) + ": cannot be written: " + sf_strerror(nullptr) +
+                         " Choose another format or another rate.");
+  }
+  sf_command(state_->encoder, SFC_RF64_AUTO_DOWNGRADE, nullptr, SF_TRUE);
+  sf_command(state_->encoder, SFC_SET_CLIPPING, nullptr, SF_TRUE);
+}
+
+SoundFileWriter::~SoundFileWriter() = default;
+
+void SoundFileWriter::Write(const float* frames, std::size_t frameCount) {
+  const auto count = static_cast<sf_count_t>(frameCount);
+  const sf_count_t written = sf_writef_float(state_->encoder, frames, count);
+  state_->file.Check();
+  if (written != count) {
+    throw TESKAudioError(ShownPath(state_->path) + ": cannot be written: " + sf_strerror(state_->encoder));
+  }
+}
+
+void SoundFileWriter::Commit() {
+  const int status = sf_close(std::exchange(state_->encoder, nullptr));
+  state_->file.Check();
+  if (status != 0) {
+    throw TESKAudioError(ShownPath(state_->path) + ": cannot be written: " + sf_error_number(status));
+  }
+  if (state_->format == SoundFileFormat::OggVorbis) FixOggSerial(state_->file);
+  if (state_->format == SoundFileFormat::Float) ClearPeakTime(state_->file);
+  state_->file.Commit();
+}
+
+}  // namespace tesk_audio

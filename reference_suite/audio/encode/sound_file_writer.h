@@ -1,0 +1,41 @@
+#pragma once
+
+#include <cstddef>
+#include <memory>
+#include <string>
+
+namespace tesk_audio {
+
+enum class SoundFileFormat {
+  Float,  // WAV, 32-bit floating point
+  Pcm24,  // WAV
+  Pcm16,  // WAV
+  Flac,   // 24 bits
+  OggVorbis,
+};
+
+// Writes a sound file that appears under its name complete or not at all: until Commit it is called
+// PATH.part, and it is gone when the writer is destroyed before. The same frames give the same bytes.
+//
+// Units      interleaved frames of 32-bit float; full scale is 1, and beyond it integer formats clip.
+// Threads    one at a time.
+// Errors     TESKAudioError, naming the file; every byte's way to the disk is checked, for closing a file on
+// a full
+//            disk reports success.
+class SoundFileWriter {
+ public:
+  SoundFileWriter(const std::string& path, SoundFileFormat format, double rateHz, unsigned channels);
+  ~SoundFileWriter();
+  SoundFileWriter(const SoundFileWriter&) = delete;
+  SoundFileWriter& operator=(const SoundFileWriter&) = delete;
+
+  void Write(const float* frames, std::size_t frameCount);
+  // Nothing may be written afterwards.
+  void Commit();
+
+ private:
+  struct State;
+  std::unique_ptr<State> state_;
+};
+
+}  // namespace tesk_audio
