@@ -116,7 +116,7 @@ TEST(CallbackDispatcher, RemoveWaitsForANotificationInFlight) {
     before = calls;
     dispatcher.Notify("event", nullptr);
   }
-  for (int i = 0; i < 1000; ++i) {
+  for (int i = 0; i < 100; ++i) {
     EXPECT_FALSE(hasReturned);
     std::this_thread::yield();
   }

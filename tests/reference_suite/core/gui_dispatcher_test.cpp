@@ -152,7 +152,7 @@ TEST(GuiDispatcher, RemoveListenerWaitsForACallUnderWay) {
     before = calls;
     dispatcher.SendPlaybackStarted();
   }
-  for (int i = 0; i < 1000; ++i) {
+  for (int i = 0; i < 100; ++i) {
     EXPECT_FALSE(hasReturned);
     std::this_thread::yield();
   }

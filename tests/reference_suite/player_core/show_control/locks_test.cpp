@@ -58,7 +58,7 @@ TEST_P(MovesTheShow, WaitsForARenderStepWithoutHoldingTheShowControl) {
       GetParam().run(stage);
       hasEnded = true;
     });
-    for (int i = 0; i < 200; ++i) {
+    for (int i = 0; i < 50; ++i) {
       std::this_thread::yield();
       EXPECT_TRUE(IsFree(*stage.control.GetLock()));
       EXPECT_FALSE(hasEnded);

@@ -92,10 +92,11 @@ TEST(SetJump, MovesPositionAndControlStream) {
 
 TEST(SetJump, TheControlStreamSeeksSoThatTheValuesBeforeAreKept) {
   Stage stage(TestSong("1").TempoScale(0, 0.5).TempoScale(960, 2.0));
+  stage.control.MoveTo(960);
   exc::ScopeLock lock(stage.control);
-  stage.control.SetJump(960, lock, true);
-  EXPECT_EQ(stage.control.GetHowToPlay().GetPreSeekTempoScale(), 0.5);
-  EXPECT_EQ(stage.control.GetHowToPlay().GetTempoScaleValue(), 2.0);
+  stage.control.SetJump(100, lock, true);
+  EXPECT_EQ(stage.control.GetHowToPlay().GetPreSeekTempoScale(), 2.0);
+  EXPECT_EQ(stage.control.GetHowToPlay().GetTempoScaleValue(), 0.5);
 }
 
 TEST(SetJump, ClearsTheArmedJump) {
@@ -107,6 +108,19 @@ TEST(SetJump, ClearsTheArmedJump) {
     stage.control.SetJump(960, lock, true);
   }
   EXPECT_EQ(stage.control.Advance(960, 1060), "1060");
+}
+
+TEST(SetJump, ClearsAPerformersJumpThatWasJustTaken) {
+  Stage stage(TestSong("1").Vamp(0, 4 * kBar, CL::VampExit::NextBeat));
+  stage.control.ExitLoop();
+  stage.control.PlayTo(kBeat);
+  EXPECT_EQ(stage.control.Advance(kBeat, kBeat + 100), "jump 7680");
+  {
+    exc::ScopeLock lock(stage.control);
+    stage.control.SetJump(4 * kBar, lock, true);
+  }
+  Jump jump;
+  EXPECT_FALSE(stage.control.GetPerformersJump(&jump));
 }
 
 TEST(SetJump, KeepsAPerformersJumpThatIsNotTheOneTaken) {
@@ -124,10 +138,11 @@ TEST(SetJump, KeepsAPerformersJumpThatIsNotTheOneTaken) {
 
 TEST(SkipAhead, MovesPositionAndControlStreamForward) {
   Stage stage(TestSong("1").TempoScale(0, 0.5).TempoScale(960, 2.0));
+  stage.control.MoveTo(960);
   stage.control.DoSkipAhead(1000);
   EXPECT_EQ(stage.control.GetTickIndex(), 1000U);
   EXPECT_EQ(stage.control.GetHowToPlay().GetTickIndex(), 1000U);
-  EXPECT_EQ(stage.control.GetHowToPlay().GetPreAdvanceTempoScale(), 0.5);
+  EXPECT_EQ(stage.control.GetHowToPlay().GetPreAdvanceTempoScale(), 2.0);
 }
 
 TEST(SkipAhead, DropsTheCuesPassedOver) {
