@@ -1,5 +1,9 @@
 #include <gtest/gtest.h>
 
+#include <random>
+#include <string>
+#include <vector>
+
 #include "tests/reference_suite/player_core/support/stage.h"
 
 namespace {
@@ -135,6 +139,46 @@ TEST(Advance, EveryQuantumEndsExactlyOnTheCue) {
     Stage stage(TestSong("1").Caesura(960));
     EXPECT_EQ(stage.control.Perform(quantum), "0..960 caesura") << quantum;
     EXPECT_EQ(stage.control.GetTickIndex(), 960U);
+  }
+}
+
+// A song of repeats within repeats, cuts and caesuras wherever the dice say.
+TestSong RandomSong(std::mt19937* dice) {
+  const auto roll = [&](unsigned from, unsigned to) {
+    return std::uniform_int_distribution<unsigned>(from, to)(*dice);
+  };
+  TestSong song("1");
+  song.Bars(3);
+  for (unsigned from = roll(0, 500); from < 5000;) {
+    const unsigned to = from + roll(20, 600);
+    const unsigned inner = from + roll(0, 9);
+    song.Repeat(from, to, static_cast<int>(roll(2, 3)));
+    song.Repeat(inner, inner + roll(2, 10), 2);
+    if (roll(0, 1) == 0) song.Caesura(roll(from, to));
+    if (roll(0, 2) == 0) song.TempoScale(roll(from, to), 0.5);
+    from = to + roll(1, 200);
+    if (roll(0, 2) == 0) song.Cut(to, from + roll(0, 20));
+  }
+  return song;
+}
+
+TEST(Advance, WhatIsHeardDoesNotDependOnTheLengthOfTheReads) {
+  for (unsigned seed = 1; seed <= 20; ++seed) {
+    std::mt19937 dice(seed);
+    const TestSong song = RandomSong(&dice);
+    std::vector<std::string> heard;
+    for (const unsigned quantum : {2U, 7U, 100U, 1999U}) {
+      Stage stage(song);
+      std::string whole;
+      for (std::string part = "caesura"; part.ends_with("caesura");) {
+        part = stage.control.Perform(quantum, 100000);
+        whole += part + "; ";
+        stage.control.OnCaesuraStop();
+      }
+      heard.push_back(whole);
+    }
+    EXPECT_TRUE(heard[0].ends_with("end; ")) << heard[0];
+    for (const std::string& other : heard) EXPECT_EQ(other, heard[0]) << "seed " << seed;
   }
 }
 
