@@ -51,7 +51,7 @@ class Session {
   // The song has come to its end, and nobody has done anything since.
   bool HasEnded() const { return ended_; }
   // Playback stands at a caesura.
-  bool IsWaiting() const { return waiting_ && !IsPlaying(); }
+  bool IsWaiting() const;
   TickIndex GetTick() const;
   std::string GetSongNumber() const;
   const tesk_midi::SongData& GetSong() const;

@@ -16,6 +16,11 @@ bool Session::IsPaused() const {
   return player_->GetPlayerState() == PlayerState::PAUSE;
 }
 
+// The show control knows it a moment before listeners are told.
+bool Session::IsWaiting() const {
+  return !IsPlaying() && (waiting_ || player_->GetShowControl().StandsAtCaesura());
+}
+
 TickIndex Session::GetTick() const {
   return player_->GetTickIndex();
 }
