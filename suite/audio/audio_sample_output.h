@@ -30,8 +30,8 @@ class AudioSampleOutput {
   virtual void Start() = 0;
   // Fades out and stops the device; what is rendered stays. A paused output does not count as running.
   virtual void Pause() = 0;
-  // The same, then PlayerOutputInterface's NotifyOutputHasStopped. `wait`: return when that has happened; from
-  // the render thread itself it returns at once. False when the device did not answer in time.
+  // The same, then PlayerOutputInterface's NotifyOutputHasStopped. `wait`: return when that has happened;
+  // from the render thread itself it returns at once. False when the device did not answer in time.
   virtual bool Stop(bool wait) = 0;
   // Waits for nothing and plans nothing. False, and a text naming both formats, when rate or channels differ.
   virtual bool SwitchContent(const AudioSampleContent& content, std::string* errorText) = 0;

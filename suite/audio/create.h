@@ -15,7 +15,8 @@ AudioSampleContent* CreateAudioSampleContent(const std::string& path, const std:
 
 // The output for this content's format on the configured device; from then on it calls `player`. Throws
 // TESKAudioError when the device refuses. The caller owns the result; `content` outlives it or is switched.
-AudioSampleOutput* CreateAudioSampleOutput(const AudioSampleContent& content, AudioPlayerOutputInterface& player);
+AudioSampleOutput* CreateAudioSampleOutput(const AudioSampleContent& content,
+                                           AudioPlayerOutputInterface& player);
 
 // Opens an audio file, reads its header and its end, and closes it again: what decoding would refuse at once
 // is refused here, with the same errors. Quick, whatever the length.
