@@ -11,6 +11,7 @@
 #include <stdexcept>
 #include <string>
 
+#include "Sources/audio_player/loaders_inside.h"
 #include "Sources/file_loader/content_deleter_thread.h"
 #include "Sources/file_loader/file_loader_data.h"
 #include "Sources/ob_show_control/ob_show_control.h"
@@ -314,6 +315,7 @@ class AudioPlayer : public Player, public tesk_audio::AudioPlayerOutputInterface
   // that the output's buffers have room for.
   const tesk_audio::AudioSampleContent* refusedContent_ EXC_GUARDED_BY(this) = nullptr;
 
+  const std::shared_ptr<LoadersInside> loadersInside_ = std::make_shared<LoadersInside>();
   pthread_t deleterThread_{};
   std::unique_ptr<AudioContentDeleterThreadData> deleterThreadData_;
 };

@@ -6,7 +6,9 @@
 #include "exc/flag/ex_scope_flag.h"
 
 void AudioPlayer_FileLoaderFinished(FileLoaderData* fld) {
-  static_cast<AudioPlayer*>(fld->UserData())->FileLoaderFinished_(fld);
+  auto& player = *static_cast<AudioPlayer*>(fld->UserData());
+  const LoadersInside::Visit visit(player.loadersInside_);
+  player.FileLoaderFinished_(fld);
 }
 
 // Who deletes the record: whoever has set its joined flag, for that one still has to join the thread;

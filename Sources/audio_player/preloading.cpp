@@ -81,13 +81,13 @@ void AudioPlayer::CleanUpFileLoaderThread_(const std::string& song) {
   lock.Unlock();  // content is never freed with the lock held
 }
 
-// What the cleaned-up loader has decoded, unless its song has become current meanwhile and is being played.
+// What the cleaned-up loader has decoded. Nothing when it failed, and nothing when another thread has put the
+// content to use meanwhile: the song has become current again, or the content waits for the deleter already.
 tesk_audio::AudioSampleContent* AudioPlayer::TakeDiscardedContent_(const FileLoaderData& fld) {
   const auto decoded = decodedContents_.find(fld.SongNumber());
-  if (decoded != decodedContents_.end()) {
-    if (IsCurrentSong_(fld.SongNumber())) return nullptr;
-    decodedContents_.erase(decoded);
-  }
+  if (decoded == decodedContents_.end() || decoded->second != fld.AudioContent()) return nullptr;
+  if (IsCurrentSong_(fld.SongNumber())) return nullptr;
+  decodedContents_.erase(decoded);
   return fld.AudioContent();
 }
 

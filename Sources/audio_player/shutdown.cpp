@@ -61,9 +61,10 @@ void AudioPlayer::WaitForFinishingLoader_() {
   while (fileLoaderIsFinishing_.GetIsSet()) fileLoaderIsFinishing_.WaitForCancel();
 }
 
+// Those in the map are joined; one that has left it may still be on its way out, or about to start playback.
 void AudioPlayer::EndLoaders_() {
   CleanUpExtraFileLoaderThreads_({});
-  WaitForFinishingLoader_();
+  loadersInside_->WaitUntilNone();
 }
 
 void AudioPlayer::FreeAllContents_() {

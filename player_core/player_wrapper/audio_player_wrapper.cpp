@@ -22,13 +22,23 @@ AudioPlayerWrapper::AudioPlayerWrapper(const std::string& showPath, const std::s
   RequireMidiDataForEverySong_();
 
   const ShowDataFiles::ByNumber playable = GetPlayableFiles_();
-  if (playable.empty()) {
-    throw PlayerWrapperError(exc::format(
-        "No playable audio found in \"%s\": put each song's audio there, named \"NUMBER NAME.obd\".",
-        GetDataFolder(showPath_).c_str()));
-  }
+  if (playable.empty()) throw PlayerWrapperError(WhyNothingCanBePlayed_());
   player_ = std::make_unique<AudioPlayer>(showPath_, GetShowData(), changeLog_.get(), playable);
   GetPlayer()->LoadSong(playable.begin()->first);
+}
+
+std::string AudioPlayerWrapper::WhyNothingCanBePlayed_() const {
+  const std::string folder = GetDataFolder(showPath_);
+  if (dataFilesByNumber_.empty()) {
+    return exc::format(
+        "No playable audio found in \"%s\": put each song's audio there, named \"NUMBER NAME.obd\".",
+        folder.c_str());
+  }
+  std::string why = exc::format("None of the audio in \"%s\" can be played.", folder.c_str());
+  for (const tesk_midi::Problem& problem : GetProblems()) {
+    if (!problem.isWarning) why += "\n" + tesk_midi::ToString(problem);
+  }
+  return why;
 }
 
 // The player goes last, and is no longer handed out while it goes.

@@ -22,13 +22,15 @@ class AudioPlayerWrapper : public PlayerWrapper {
   AudioPlayerWrapper(const std::string& showPath, const std::string& leaveOut);
   ~AudioPlayerWrapper() override;
 
-  // By number, as the data files say.
+  // By number, as the data files say; also of songs that are left out.
   std::map<std::string, std::string, exc::NumericStringCompare> GetSongNames() override;
-  // Not owned by the caller. A song whose audio could not be opened is shown as one without audio.
+  // Not owned by the caller. To the player a song that is left out is one without audio.
   AudioPlayer* GetPlayer() override;
 
  private:
   void RequireMidiDataForEverySong_();
+  // For people: what is missing, or what is wrong with each song.
+  std::string WhyNothingCanBePlayed_() const;
   // The data files whose songs can be played.
   ShowDataFiles::ByNumber GetPlayableFiles_();
 

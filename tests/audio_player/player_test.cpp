@@ -1,19 +1,21 @@
 #include "tests/audio_player/player_test.h"
 
-#include <algorithm>
+#include <atomic>
+#include <chrono>
 #include <filesystem>
 #include <iterator>
 #include <thread>
+#include <utility>
 
 #include "suite/core/callback_dispatcher.h"
 #include "suite/core/notification_names.h"
-#include "tests/fakes/fake_decoder.h"
 #include "tests/fakes/fake_log.h"
 #include "tests/fakes/fake_player.h"
 #include "tests/fakes/journal.h"
 #include "tests/fakes/journaling_gui_update.h"
 #include "tests/fakes/scripted_show_control.h"
 #include "tests/support/deleter_clock.h"
+#include "tests/support/sleeping_thread.h"
 #include "tests/support/staircase_content.h"
 #include "tests/support/wait_until.h"
 
@@ -39,8 +41,8 @@ PlayerTest::PlayerTest() {
   test_support::cranked::Reset();
   for (const char* number : {"1", "2", "3", "4", "5"}) SetSong(number, 0, 9600);
   show_.SetRunningOrder({"1", "2", "3", "4", "5"});
-  notify::guiDispatcher.AddListener(this);
-  notify::callbackDispatcher.Add(this, notify::names::stopped_at_end_of_song, [](void* argument) {
+  notify::guiDispatcher.AddListener(&listener_);
+  notify::callbackDispatcher.Add(&listener_, notify::names::stopped_at_end_of_song, [](void* argument) {
     fakes::Write(argument == nullptr ? "notify.EndOfSong" : "notify.EndOfSong with an argument");
   });
 }
@@ -48,8 +50,8 @@ PlayerTest::PlayerTest() {
 PlayerTest::~PlayerTest() {
   test_support::deleter_clock::LetGo();
   DestroyPlayer();
-  notify::callbackDispatcher.Remove(this);
-  notify::guiDispatcher.RemoveListener(this);
+  notify::callbackDispatcher.Remove(&listener_);
+  notify::guiDispatcher.RemoveListener(&listener_);
   EXPECT_EQ(test_support::StaircaseContent::alive, 0) << "audio that nobody has freed";
 }
 
@@ -64,20 +66,49 @@ void PlayerTest::SetSong(const std::string& number, unsigned audioStart, unsigne
   show_.AddSong(tesk_midi::SongData(number, "Song", kPulsesPerQuarter, timeline));
 }
 
-void PlayerTest::MakePlayer(const std::vector<std::string>& songsWithoutAudio) {
+AudioPlayer::SongAudioFiles PlayerTest::AudioFiles(const std::vector<std::string>& songsWithoutAudio) const {
   AudioPlayer::SongAudioFiles files;
-  for (const std::string& number : show_.GetRunningOrder()) {
-    const bool hasNone =
-        std::find(songsWithoutAudio.begin(), songsWithoutAudio.end(), number) != songsWithoutAudio.end();
-    if (!hasNone) files[number] = number + " Song.obd";
-  }
-  player_ = std::make_unique<AudioPlayer>("/show", show_, &changeLog_, files);
+  for (const std::string& number : show_.GetRunningOrder()) files[number] = number + " Song.obd";
+  for (const std::string& number : songsWithoutAudio) files.erase(number);
+  return files;
+}
+
+void PlayerTest::MakePlayer(const std::vector<std::string>& songsWithoutAudio) {
+  TakePlayer(std::make_unique<AudioPlayer>("/show", show_, &changeLog_, AudioFiles(songsWithoutAudio)));
+}
+
+void PlayerTest::TakePlayer(std::unique_ptr<AudioPlayer> player) {
+  player_ = std::move(player);
   threadsWithoutLoaders_ = CountThreads();
+}
+
+void PlayerTest::DestroyOwnPlayer() {
+  std::atomic<pid_t> id{0};
+  std::thread destroying([&] {
+    id = test_support::ThisThread();
+    DestroyPlayer();
+  });
+  while (id == 0) std::this_thread::yield();
+  EXPECT_TRUE(test_support::WaitUntilItSleeps(id)) << "it waits for the deleter";
+  test_support::deleter_clock::LetGo();
+  destroying.join();
 }
 
 void PlayerTest::LoadReady(const std::string& song) {
   if (player_ == nullptr) MakePlayer();
   player_->LoadSong(song);
+  ASSERT_TRUE(AwaitLoaders());
+  Told();
+}
+
+void PlayerTest::LoadReadyWithBrokenNeighbour(const std::string& song, const std::string& neighbour,
+                                              fakes::decoder::ErrorKind kind, const std::string& text) {
+  MakePlayer();
+  fakes::decoder::FailDecode(Path(neighbour), kind, text);
+  fakes::decoder::HoldLoader(Path(neighbour));
+  player_->LoadSong(song);
+  ASSERT_EQ(test_support::cranked::CountCreated(), 1);
+  fakes::decoder::ReleaseLoader(Path(neighbour));
   ASSERT_TRUE(AwaitLoaders());
   Told();
 }
@@ -99,10 +130,14 @@ bool PlayerTest::AwaitLoaders() {
 bool PlayerTest::PlayerLockIsFree() {
   bool taken = false;
   std::thread([&] {
-    if (player_->TryLock()) {
-      taken = true;
-      player_->Unlock();
-    }
+    const auto tryOnce = [&] {
+      if (player_->TryLock()) {
+        taken = true;
+        player_->Unlock();
+      }
+      return taken;
+    };
+    test_support::WaitUntil(tryOnce, std::chrono::seconds(1));
   }).join();
   return taken;
 }
@@ -117,18 +152,18 @@ Journal PlayerTest::Told(const std::string& who) {
   return journal;
 }
 
-void PlayerTest::OnPlaybackStarted() {
+void PlayerTest::Listener::OnPlaybackStarted() {
   fakes::Write("notify.PlaybackStarted");
 }
-void PlayerTest::OnPlaybackPaused() {
+void PlayerTest::Listener::OnPlaybackPaused() {
   fakes::Write("notify.PlaybackPaused");
 }
-void PlayerTest::OnPlaybackStopped() {
+void PlayerTest::Listener::OnPlaybackStopped() {
   fakes::Write("notify.PlaybackStopped");
 }
-void PlayerTest::OnPlayerException() {
+void PlayerTest::Listener::OnPlayerException() {
   fakes::Write("notify.PlayerException");
 }
-void PlayerTest::OnSongLoaded(const std::string& songNumber) {
+void PlayerTest::Listener::OnSongLoaded(const std::string& songNumber) {
   fakes::Write("notify.SongLoaded " + songNumber);
 }

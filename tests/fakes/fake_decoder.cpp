@@ -8,6 +8,7 @@
 #include <new>
 #include <set>
 #include <stdexcept>
+#include <utility>
 
 #include "suite/audio/create.h"
 #include "suite/audio/errors.h"
@@ -20,16 +21,11 @@ struct Failure {
   ErrorKind kind;
   std::string text;
 };
-struct Format {
-  unsigned frames = 1000;
-  double rateHz = 44100.0;
-  unsigned channels = 1;
-};
 
 std::mutex mutex;
 std::condition_variable changed;
 std::map<std::string, Failure> failures;
-std::map<std::string, Format> formats;
+std::map<std::string, std::function<tesk_audio::AudioSampleContent*()>> contents;
 std::set<std::string> held;
 std::multiset<std::string> waiting;
 std::vector<Call> calls;
@@ -57,7 +53,7 @@ std::vector<Call> calls;
 void Reset() {
   const std::lock_guard lock(mutex);
   failures.clear();
-  formats.clear();
+  contents.clear();
   held.clear();
   calls.clear();
   changed.notify_all();
@@ -74,8 +70,12 @@ void DecodeAgain(const std::string& path) {
 }
 
 void SetContent(const std::string& path, unsigned frames, double rateHz, unsigned channels) {
+  SetContent(path, [=] { return new test_support::StaircaseContent(frames, rateHz, channels); });
+}
+
+void SetContent(const std::string& path, std::function<tesk_audio::AudioSampleContent*()> make) {
   const std::lock_guard lock(mutex);
-  formats.insert_or_assign(path, Format{frames, rateHz, channels});
+  contents.insert_or_assign(path, std::move(make));
 }
 
 void HoldLoader(const std::string& path) {
@@ -118,6 +118,6 @@ tesk_audio::AudioSampleContent* tesk_audio::CreateAudioSampleContent(const std::
   decoder::waiting.erase(place);
   const auto failure = decoder::failures.find(path);
   if (failure != decoder::failures.end()) decoder::Throw(failure->second);
-  const decoder::Format format = decoder::formats[path];
-  return new test_support::StaircaseContent(format.frames, format.rateHz, format.channels);
+  const auto content = decoder::contents.find(path);
+  return content != decoder::contents.end() ? content->second() : new test_support::StaircaseContent(1000);
 }

@@ -20,6 +20,8 @@ void FailDecode(const std::string& path, ErrorKind kind, const std::string& text
 void DecodeAgain(const std::string& path);
 // What `path` decodes to.
 void SetContent(const std::string& path, unsigned frames, double rateHz = 44100.0, unsigned channels = 1);
+// `path` decodes to what the function makes.
+void SetContent(const std::string& path, std::function<tesk_audio::AudioSampleContent*()> make);
 
 // Decoding of `path` waits until it is let go.
 void HoldLoader(const std::string& path);

@@ -22,7 +22,6 @@ namespace fakes::show_control {
 namespace {
 
 struct Script {
-  std::optional<unsigned> position;  // to be taken over by the next operation that asks
   unsigned lastSeek = 0;
   bool seekMovesNothing = false;
   bool resetMovesNothing = false;
@@ -62,9 +61,6 @@ void Call(const std::function<void()>& hook) {
 void Reset() {
   Set([](Script& s) { s = Script(); });
 }
-void SetTickIndex(unsigned tickIndex) {
-  Set([=](Script& s) { s.position = tickIndex; });
-}
 void SetLastSeekTickIndex(unsigned tickIndex) {
   Set([=](Script& s) { s.lastSeek = tickIndex; });
 }
@@ -94,6 +90,9 @@ void SetHasPendingCaesura(bool pending) {
 }
 void Skip(const std::string& songNumber) {
   Set([&](Script& s) { s.skipped.insert(songNumber); });
+}
+void SkipNothing() {
+  Set([](Script& s) { s.skipped.clear(); });
 }
 void OnLoadSong(std::function<void()> hook) {
   Set([&](Script& s) { s.onLoadSong = std::move(hook); });

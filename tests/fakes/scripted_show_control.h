@@ -11,7 +11,6 @@ namespace fakes::show_control {
 // Position 0, every answer the usual one: moves happen, nothing is skipped, no caesura, no fermata.
 void Reset();
 
-void SetTickIndex(unsigned tickIndex);
 void SetLastSeekTickIndex(unsigned tickIndex);
 // What Seek and FullReset answer: true means that nothing moved.
 void AnswerSeek(bool nothingMoved);
@@ -21,10 +20,10 @@ void SetSeekRight(unsigned tickIndex);
 // GetSeekLeft or GetSeekRight throw std::out_of_range.
 void FailSeekLeft(const std::string& text);
 void FailSeekRight(const std::string& text);
-// RecoverySeek settles here; without it, where it was asked to.
 void SetFermataCanceled(bool canceled);
 void SetHasPendingCaesura(bool pending);
 void Skip(const std::string& songNumber);
+void SkipNothing();
 // Called from within LoadSong and from within FullReset, on the thread that calls them.
 void OnLoadSong(std::function<void()> hook);
 void OnFullReset(std::function<void()> hook);

@@ -13,7 +13,7 @@ CrankedOutput::CrankedOutput(const tesk_audio::AudioSampleContent& content,
     : player_(player), content_(&content), rateHz_(content.GetSampleRateHz()) {}
 
 CrankedOutput::~CrankedOutput() {
-  Tell_("Delete");
+  Record_("Delete");
 }
 
 double CrankedOutput::GetSampleRateHz() {
@@ -56,7 +56,7 @@ bool CrankedOutput::Stop(bool wait) {
       --stopsToRefuse_;
       return false;
     }
-    if (!running_ && !paused_) return true;
+    if (ignoresStops_ || (!running_ && !paused_)) return true;
     running_ = false;
     paused_ = false;
   }
@@ -112,6 +112,11 @@ void CrankedOutput::SetSampleRateHz(double rateHz) {
 void CrankedOutput::RefuseStops(int count) {
   const std::lock_guard lock(mutex_);
   stopsToRefuse_ = count;
+}
+
+void CrankedOutput::IgnoreStops(bool ignore) {
+  const std::lock_guard lock(mutex_);
+  ignoresStops_ = ignore;
 }
 
 void CrankedOutput::RefuseContent(const std::string& errorText) {

@@ -39,6 +39,8 @@ class CrankedOutput : public tesk_audio::AudioSampleOutput {
   void SetSampleRateHz(double rateHz);
   // So many stops are not carried out and answered with false.
   void RefuseStops(int count);
+  // Stops are answered with true and not carried out.
+  void IgnoreStops(bool ignore);
   void RefuseContent(const std::string& errorText);
   void AcceptContent();
   // Called at the beginning of every operation, queries included, with its name and
@@ -66,6 +68,7 @@ class CrankedOutput : public tesk_audio::AudioSampleOutput {
   long long elapsed_ = 0;
   double rateHz_;
   int stopsToRefuse_ = 0;
+  bool ignoresStops_ = false;
   bool refusesContent_ = false;
   std::string refusal_;
   std::function<void(const std::string&)> hook_;

@@ -136,21 +136,20 @@ LiveSampleOutput::Task LiveSampleOutput::NextRunningTask_() {
   if (switched_) return Task::LookForMove;
   if (ending_ != Ending::None) return NextEndingTask_();
   if (NeedsFrames_()) return Task::Step;
-  if (!feedOpen_) {
-    feed_.Open();
-    feedOpen_ = true;
-  }
+  // It can have closed by itself at an end that was taken back in the same moment.
+  if (!feedOpen_ || feed_.IsClosed()) OpenFeed_();
   return Task::Wait;
 }
 
 LiveSampleOutput::Task LiveSampleOutput::NextEndingTask_() {
   if (ending_ == Ending::SongEnd) return Task::AskAttacca;
   if (ending_ == Ending::Caesura && !stopIsAnnounced_) return Task::AnnounceStop;
-  if (!feedOpen_) {
-    feed_.Open();
-    feedOpen_ = true;
-  }
   const bool played = feed_.IsClosed() && feed_.GetAudiblePosition() >= endPosition_;
+  const bool closedTooEarly = feed_.IsClosed() && ring_.GetReadPosition() < endPosition_;
+  if (!feedOpen_ || closedTooEarly) {
+    OpenFeed_();
+    return Task::LookForMove;
+  }
   return played ? Task::FinishEnding : Task::LookForMove;
 }
 

@@ -96,7 +96,8 @@ class LiveSampleOutput : public AudioSampleOutput, public exc::Lockable, private
   void ForgetEnding_();
   void AskAttacca_();
   void AnnounceStop_();
-  void LookForMove_();
+  // Drops what was rendered before a seek or a switch. True when there was one.
+  bool LookForMove_();
   void FinishStop_();
   void FinishEnding_();
   void StopAtCaesura_();
@@ -105,6 +106,7 @@ class LiveSampleOutput : public AudioSampleOutput, public exc::Lockable, private
   // ---- live_transport.cpp
   void PrepareRefill_();
   bool StopAndWait_(bool wait, std::size_t fadeFrames);
+  void OpenFeed_() EXC_HOLDS(this);
   void CloseFeed_(std::size_t fadeFrames) EXC_HOLDS(this);
   void WaitUntilClosed_(exc::ScopeLock& lock) EXC_HOLDS(this);
   std::size_t FramesOf_(double milliseconds) const;

@@ -63,8 +63,6 @@ void LiveSampleOutput::ForgetEnding_() {
   exc::ScopeLock lock(*this);
   ending_ = Ending::None;
   feed_.ClearEnd();
-  // It may have closed by itself.
-  if (feed_.IsClosed()) feedOpen_ = false;
 }
 
 void LiveSampleOutput::AskAttacca_() {
@@ -93,11 +91,11 @@ void LiveSampleOutput::AnnounceStop_() {
   player_.NotifyApproachingStop();
 }
 
-void LiveSampleOutput::LookForMove_() {
+bool LiveSampleOutput::LookForMove_() {
   bool wasAnnounced = false;
   {
     exc::ScopeLock lock(stepLock_);
-    if (!switched_ && !step_.PositionHasMoved()) return;
+    if (!switched_ && !step_.PositionHasMoved()) return false;
     switched_ = false;
     DropRing_();
     ForgetEnding_();
@@ -105,10 +103,12 @@ void LiveSampleOutput::LookForMove_() {
     wasAnnounced = stopIsAnnounced_;
     stopIsAnnounced_ = false;
   }
-  if (!wasAnnounced) return;
-  // The stop that the player holds its display for does not come: only this lets it go on.
-  player_.PauseAndClearApproachingStop();
-  player_.Play();
+  if (wasAnnounced) {
+    // The stop that the player holds its display for does not come: only this lets it go on.
+    player_.PauseAndClearApproachingStop();
+    player_.Play();
+  }
+  return true;
 }
 
 void LiveSampleOutput::FinishStop_() {
@@ -122,6 +122,8 @@ void LiveSampleOutput::FinishStop_() {
 }
 
 void LiveSampleOutput::FinishEnding_() {
+  // A seek in the last moment: what ends here is no longer what was meant to follow.
+  if (LookForMove_()) return;
   std::string failure;
   Ending ending = Ending::None;
   {

@@ -118,6 +118,11 @@ void LiveSampleOutput::PrepareForExit() {
   device_->Stop();
 }
 
+void LiveSampleOutput::OpenFeed_() {
+  feed_.Open();
+  feedOpen_ = true;
+}
+
 void LiveSampleOutput::CloseFeed_(std::size_t fadeFrames) {
   if (feedOpen_) feed_.Close(fadeFrames);
   feedOpen_ = false;

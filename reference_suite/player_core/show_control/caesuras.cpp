@@ -48,12 +48,12 @@ bool ShowControl::GetFermataCanceledCaesura() {
 }
 
 // The player asks this once for every stop, after it has read the flag: from here on a stop that has not been
-// called off happens, and a go means to go on afterwards.
+// called off happens, and a go means to go on afterwards. One that has been called off has left the deque.
 void ShowControl::ClearFermataCanceledCaesura() {
   exc::ScopeLock lock(*this);
   const bool isAtPosition =
       !pendingCaesuras_.empty() && pendingCaesuras_.front().GetTickIndex() == tickIndex_;
-  if (isAtPosition && !state_->fermataIsCanceled) state_->standsAtCaesura = true;
+  if (isAtPosition) state_->standsAtCaesura = true;
   state_->fermataIsCanceled = false;
 }
 

@@ -27,6 +27,12 @@ bool IsRefused() {
 
 }  // namespace
 
+// g++ inlines these operators and then takes the memory of the one for the memory of another.
+#if defined(__GNUC__) && !defined(__clang__)
+#pragma GCC diagnostic ignored "-Wmismatched-new-delete"
+#pragma GCC diagnostic ignored "-Wmaybe-uninitialized"
+#endif
+
 void* operator new(std::size_t size) {
   void* const memory = IsRefused() ? nullptr : std::malloc(size);
   if (memory == nullptr) throw std::bad_alloc();

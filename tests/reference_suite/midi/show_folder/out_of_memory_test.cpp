@@ -23,6 +23,12 @@ void* Allocate(std::size_t size) {
 
 }  // namespace
 
+// g++ inlines these operators and then takes the memory of the one for the memory of another.
+#if defined(__GNUC__) && !defined(__clang__)
+#pragma GCC diagnostic ignored "-Wmismatched-new-delete"
+#pragma GCC diagnostic ignored "-Wmaybe-uninitialized"
+#endif
+
 void* operator new(std::size_t size) {
   if (void* memory = Allocate(size)) return memory;
   throw std::bad_alloc();

@@ -32,8 +32,8 @@ tesk_midi::StandardMidiFile RandomMidi(Dice* dice) {
     midi.meters.push_back({dice->Between(0, midi.endTick), dice->Between(1, 20), 1u << dice->Between(0, 6)});
   }
   const auto byTick = [](const auto& a, const auto& b) { return a.tick < b.tick; };
-  std::stable_sort(midi.tempos.begin(), midi.tempos.end(), byTick);
-  std::stable_sort(midi.meters.begin(), midi.meters.end(), byTick);
+  std::sort(midi.tempos.begin(), midi.tempos.end(), byTick);
+  std::sort(midi.meters.begin(), midi.meters.end(), byTick);
   return midi;
 }
 

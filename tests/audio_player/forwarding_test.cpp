@@ -1,0 +1,142 @@
+#include <gtest/gtest.h>
+
+#include <memory>
+
+#include "exc/lock/scope_lock.h"
+#include "tests/audio_player/player_test.h"
+#include "tests/fakes/fake_player.h"
+
+namespace {
+
+class Forwarding : public PlayerTest {
+ protected:
+  // As a render step would, with the locks that a jump is made with.
+  void JumpTo(unsigned tick) {
+    exc::ScopeLock samples(AsOutputSees().GetReadSamplesLock());
+    exc::ScopeLock lock(GetPlayer().GetShowControl());
+    GetPlayer().GetShowControl().SetJump(tick, lock, true);
+  }
+};
+
+TEST_F(Forwarding, MovesAndTellsTheShowControlsSampleIndex) {
+  LoadReady("1");
+  AsOutputSees().AddToSampleIndex(441);
+  EXPECT_EQ(AsOutputSees().GetSampleIndex(), 441);
+}
+
+TEST_F(Forwarding, ReadsArePlannedByTheShowControl) {
+  LoadReady("1");
+  const auto count = AsOutputSees().GetNextReadSampleCount(tesk_audio::SampleCount(256, 1.0L));
+  EXPECT_EQ(count.GetUnscaled(), 256);
+  EXPECT_EQ(GetPlayer().GetShowControl().GetTickIndex(), 11u);
+}
+
+TEST_F(Forwarding, LoopEventsAreProcessedByTheShowControl) {
+  LoadReady("1");
+  AsOutputSees().ProcessLoopEventsAtCurrentTickIndex();
+  EXPECT_EQ(Told(), (Journal{"control.ProcessLoopEvents"}));
+}
+
+TEST_F(Forwarding, JumpQueriesAnswerAsTheShowControlDoes) {
+  LoadReady("1");
+  AsOutputSees().AddToSampleIndex(100);
+  JumpTo(480);
+  EXPECT_EQ(AsOutputSees().GetLastJumpSampleIndex(), 100);
+  EXPECT_EQ(AsOutputSees().GetSampleIndex(), 10584);
+  EXPECT_EQ(AsOutputSees().GetJumpTargetSampleIndex(), 0);
+  EXPECT_FALSE(AsOutputSees().GetJumpIsNext());
+  EXPECT_FALSE(AsOutputSees().GetCutToEndOfSongIsNext());
+  EXPECT_EQ(AsOutputSees().GetNextCaesuraSampleIndex(0), -1);
+}
+
+TEST_F(Forwarding, CorrectionsOfTheNextJumpReachTheShowControl) {
+  LoadReady("1");
+  AsOutputSees().SkipAheadSamplesOnNextJump(100);
+  AsOutputSees().AdjustNextJumpSampleIndex(-30);
+  JumpTo(480);
+  EXPECT_EQ(AsOutputSees().GetSampleIndex(), 10584 + 70);
+}
+
+TEST_F(Forwarding, TempoScaleAndTranspositionGoToTheTransients) {
+  LoadReady("1");
+  GetPlayer().SetTempoScale(1.5);
+  GetPlayer().SetTransposition(-2);
+  EXPECT_EQ(GetPlayer().GetTransients().GetTempoScale(), 1.5);
+  EXPECT_EQ(GetPlayer().GetTransients().GetTransposition(), -2);
+}
+
+TEST_F(Forwarding, DspFactorsAnswerAsTheShowControlDoes) {
+  LoadReady("1");
+  GetPlayer().SetTempoScale(1.5);
+  GetPlayer().SetTransposition(-2);
+  long double scale = 0;
+  int transposition = 0;
+  AsOutputSees().GetDspFactorsAtCurrentTickIndex(&scale, &transposition);
+  EXPECT_EQ(scale, 1.5L);
+  EXPECT_EQ(transposition, -2);
+  scale = 0;
+  transposition = 0;
+  AsOutputSees().GetDspFactorsAtCurrentSampleIndex(&scale, &transposition);
+  EXPECT_EQ(scale, 1.5L);
+  EXPECT_EQ(transposition, -2);
+  scale = 0;
+  transposition = 0;
+  AsOutputSees().GetDspFactorsAt(1000, &scale, &transposition);
+  EXPECT_EQ(scale, 1.5L);
+  EXPECT_EQ(transposition, -2);
+}
+
+TEST_F(Forwarding, TheReadSamplesLockIsTheShowControls) {
+  MakePlayer();
+  EXPECT_EQ(&AsOutputSees().GetReadSamplesLock(), &GetPlayer().GetShowControl().GetReadSamplesLock());
+}
+
+TEST_F(Forwarding, IdleAndPrepareForExitGoToTheOutput) {
+  LoadReady("1");
+  GetPlayer().Idle();
+  GetPlayer().PrepareForExit();
+  EXPECT_EQ(Told(), (Journal{"output.Idle", "output.PrepareForExit"}));
+}
+
+TEST_F(Forwarding, WithoutAnOutputThereIsNothingToForward) {
+  MakePlayer();
+  Told();
+  GetPlayer().Idle();
+  GetPlayer().PrepareForExit();
+  EXPECT_EQ(Told(), (Journal{}));
+}
+
+// One answer, whichever of its two bases is asked.
+TEST_F(Forwarding, WhetherTheSongIsAttaccaIsTheBasesAnswer) {
+  MakePlayer();
+  Player& asPlayer = GetPlayer();
+  EXPECT_FALSE(asPlayer.CurrentSongIsAttacca());
+  EXPECT_FALSE(AsOutputSees().CurrentSongIsAttacca());
+  fakes::player::SetSongIsAttacca(true);
+  EXPECT_TRUE(asPlayer.CurrentSongIsAttacca());
+  EXPECT_TRUE(AsOutputSees().CurrentSongIsAttacca());
+}
+
+TEST_F(Forwarding, TimeCodeCallbacksAreDiscarded) {
+  LoadReady("1");
+  const auto owned = std::make_shared<int>(0);
+  GetPlayer().SetTimeCodeCallback([owned](double, double, double) { ++*owned; });
+  GetPlayer().SetFullFrameTimeCodeCallback([owned](double) { ++*owned; });
+  EXPECT_EQ(owned.use_count(), 1);  // nothing was stored
+  GetPlayer().Play();
+  Output().Turn(256);
+  GetPlayer().Seek(0);
+  EXPECT_EQ(*owned, 0);
+}
+
+// The same object, reached through the output's bases.
+TEST_F(Forwarding, PlayAndResetAreReachedThroughTheVirtualBaseToo) {
+  LoadReady("1");
+  tesk_audio::PlayerOutputInterface& anyOutput = AsOutputSees();
+  anyOutput.Play();
+  EXPECT_EQ(GetPlayer().GetPlayerState(), PlayerState::PLAY);
+  anyOutput.ResetPlayer();
+  EXPECT_EQ(GetPlayer().GetPlayerState(), PlayerState::STOP);
+}
+
+}  // namespace

@@ -1,0 +1,65 @@
+#pragma once
+
+#include <memory>
+#include <vector>
+
+#include "reference_suite/audio/output/live_sample_output.h"
+#include "tests/reference_suite/audio/support/await.h"
+#include "tests/reference_suite/audio/support/scripted_player.h"
+#include "tests/reference_suite/audio/support/test_device.h"
+
+// Longer than any test lasts, and still counted exactly by floats.
+constexpr long long kEndless = 15'000'000;
+
+// A live output with a scripted player on a test device: one channel at 48 000 frames a second, 15 ms ahead
+// (720 frames), reads of 264 frames.
+struct LiveRun {
+  explicit LiveRun(Songs songs, double crossfadeMs = 0.0, double fadeMs = 0.0) : player(std::move(songs)) {
+    tesk_audio::OutputSettings settings;
+    settings.crossfadeMs = crossfadeMs;
+    settings.fadeMs = fadeMs;
+    auto owned = std::make_unique<TestDevice>();
+    device = owned.get();
+    output = std::make_unique<tesk_audio::LiveSampleOutput>(player, std::move(owned), settings);
+    player.SetOutput(output.get());
+  }
+  ~LiveRun() {
+    if (output != nullptr && device->IsStarted())
+      device->Spin(true);  // what waits for the device must not wait long
+  }
+
+  void Start() {
+    player.RewindAndRefill();
+    player.SetPlays(true);
+    output->Start();
+  }
+  void Pause() {
+    player.SetPlays(false);
+    output->Pause();
+  }
+
+  // Waits until the render thread has planned that many frames since the last refill.
+  bool HasPlanned(long long frames) {
+    return Await([&] { return player.Planned() >= frames; });
+  }
+  // Turns the device by hand until the player has been told that, and leaves frames in the ring.
+  bool TurnsUntilLogged(const std::string& text) {
+    return Await([&] {
+      if (player.Planned() - static_cast<long long>(device->HeardCount()) >= 400) device->Turn(16);
+      return player.Log().find(text) != std::string::npos;
+    });
+  }
+  bool HasStopped() {
+    return Await([&] { return player.HasStopped(); });
+  }
+  bool Waits() {
+    return Await([&] { return player.Waits(); });
+  }
+  bool HasLogged(const std::string& text) {
+    return Await([&] { return player.Log().find(text) != std::string::npos; });
+  }
+
+  ScriptedPlayer player;
+  TestDevice* device = nullptr;  // the output's
+  std::unique_ptr<tesk_audio::LiveSampleOutput> output;
+};

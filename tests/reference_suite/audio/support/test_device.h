@@ -1,0 +1,104 @@
+#pragma once
+
+#include <algorithm>
+#include <atomic>
+#include <chrono>
+#include <mutex>
+#include <thread>
+#include <vector>
+
+#include "reference_suite/audio/device/device.h"
+#include "suite/audio/errors.h"
+
+// A device without hardware and without a clock: turned by hand, or by a thread of its own as fast as the
+// machine allows. Keeps what it took.
+//
+// Threads    Turn while it does not spin, on the test's thread; the rest any.
+class TestDevice : public tesk_audio::Device {
+ public:
+  explicit TestDevice(double rateHz = 48000.0, unsigned channels = 1, unsigned periodFrames = 64)
+      : rateHz_(rateHz), channels_(channels), periodFrames_(periodFrames) {}
+  ~TestDevice() override { Spin(false); }
+
+  double GetRateHz() const override { return rateHz_; }
+  unsigned GetChannelCount() const override { return channels_; }
+  unsigned GetPeriodFrames() const override { return periodFrames_; }
+  unsigned GetLatencyFrames() const override { return latency; }
+
+  void Start(tesk_audio::DeviceCallback& callback) override {
+    if (refuses) throw tesk_audio::TESKAudioError("The device refuses.");
+    const std::lock_guard lock(callbackMutex_);
+    callback_ = &callback;
+  }
+  void Stop() override {
+    Spin(false);
+    const std::lock_guard lock(callbackMutex_);
+    callback_ = nullptr;
+  }
+  bool IsStarted() const {
+    const std::lock_guard lock(callbackMutex_);
+    return callback_ != nullptr;
+  }
+
+  // Takes that many frames, in one go; silence when it has been stopped.
+  std::vector<float> Turn(std::size_t frames) {
+    std::vector<float> taken(frames * channels_, 0.0F);
+    const std::lock_guard lock(callbackMutex_);
+    if (callback_ == nullptr) return taken;
+    std::fill(taken.begin(), taken.end(), -1.0F);
+    callback_->Process(taken.data(), frames);
+    Keep_(taken);
+    return taken;
+  }
+
+  void Spin(bool spins) {
+    if (spins == thread_.joinable()) return;
+    spins_ = spins;
+    if (!spins) {
+      thread_.join();
+      return;
+    }
+    thread_ = std::thread([this] {
+      while (spins_) {
+        const std::vector<float> taken = Turn(periodFrames_);
+        // Silence gives the machine to who is to end it.
+        if (taken.back() == 0.0F) std::this_thread::sleep_for(std::chrono::microseconds(50));
+      }
+    });
+  }
+
+  // Everything taken so far that was not silence.
+  std::vector<float> Heard() const {
+    const std::lock_guard lock(mutex_);
+    return heard_;
+  }
+  std::size_t HeardCount() const {
+    const std::lock_guard lock(mutex_);
+    return heard_.size();
+  }
+  void ClearHeard() {
+    const std::lock_guard lock(mutex_);
+    heard_.clear();
+  }
+
+  std::atomic<unsigned> latency{0};
+  bool refuses = false;
+
+ private:
+  void Keep_(const std::vector<float>& taken) {
+    const std::lock_guard lock(mutex_);
+    for (const float sample : taken) {
+      if (sample != 0.0F) heard_.push_back(sample);
+    }
+  }
+
+  double rateHz_;
+  unsigned channels_;
+  unsigned periodFrames_;
+  mutable std::mutex callbackMutex_;
+  tesk_audio::DeviceCallback* callback_ = nullptr;
+  mutable std::mutex mutex_;
+  std::vector<float> heard_;
+  std::atomic<bool> spins_{false};
+  std::thread thread_;
+};
