@@ -38,7 +38,7 @@ class LoadRaces : public PlayerTest {
       while (!done) {
         unsigned tick = 0;
         GetPlayer().GetAudibleTickIndex(&tick);
-        std::this_thread::yield();
+        std::this_thread::sleep_for(std::chrono::microseconds(50));
       }
     });
   }
@@ -49,7 +49,7 @@ class LoadRaces : public PlayerTest {
       while (!done) {
         long long count = 64;
         AsOutputSees().ReadSamplesAt(100, &count, buffer);
-        std::this_thread::yield();
+        std::this_thread::sleep_for(std::chrono::microseconds(50));
       }
     });
   }

@@ -8,6 +8,7 @@
 #include "suite/audio/errors.h"
 #include "tests/audio_player/player_test.h"
 #include "tests/fakes/fake_decoder.h"
+#include "tests/support/sleeping_thread.h"
 #include "tests/support/throws_with_text.h"
 
 namespace {
@@ -93,12 +94,14 @@ TEST_F(LoaderErrors, ASuccessfulResultThrowsNothing) {
 TEST_F(LoaderErrors, BlocksUntilALoaderHasReported) {
   MakePlayer();
   std::atomic<bool> returned{false};
+  std::atomic<pid_t> id{0};
   std::thread asking([&] {
+    id = test_support::ThisThread();
     EXPECT_NO_THROW(GetPlayer().ThrowIfThreadExceptions());
     returned = true;
   });
-  // Whether it waits already or comes later: without a report it does not return.
-  for (int i = 0; i < 1000; ++i) std::this_thread::yield();
+  while (id == 0) std::this_thread::yield();
+  EXPECT_TRUE(test_support::WaitUntilItSleeps(id));
   EXPECT_FALSE(returned);
   ReportSuccess();
   asking.join();
