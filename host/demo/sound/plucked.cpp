@@ -24,11 +24,7 @@ Sound Pluck(std::size_t length, const Tone& tone, const StringShape& shape) {
   Noise noise(tone.seed);
   LowPass finger(shape.pickBrightness * (0.3 + 0.7 * tone.strength));
   Sound burst(length);
-  float mean = 0.0F;
-  for (float& sample : burst) {
-    sample = finger.Next(noise.Next());
-    mean += sample / static_cast<float>(length);
-  }
+  for (float& sample : burst) sample = finger.Next(noise.Next());
   const auto node =
       std::max<std::size_t>(1, static_cast<std::size_t>(shape.pickPosition * static_cast<double>(length)));
   Sound plucked(length);
