@@ -63,6 +63,9 @@ void LiveSampleOutput::JoinThread_() {
   ::pthread_join(thread_, nullptr);
   threadRuns_ = false;
   renderThread_ = pthread_t{};
+  // Also when the device has never obeyed the stop.
+  exc::ScopeLock lock(*this);
+  state_ = State::Stopped;
 }
 
 void* LiveSampleOutput::ThreadBody_(void* self) {
