@@ -94,7 +94,7 @@ bool Duet::OnCaesura_() {
   EXPECT_EQ(player_->GetPlayerState(), PlayerState::PAUSE);
   if (testing::Test::HasFailure()) return false;
   EXPECT_EQ(player_->GetTickIndex(), *model_->NextCaesura());
-  if (dice_->OneIn(5) && Seek_()) {
+  if (dice_->OneIn(5) && Seek_(dice_->Between(0, songs_[index_].PlaybackEnd() + 5))) {
     player_->Play();
   } else {
     Note_("continue");
@@ -116,7 +116,7 @@ bool Duet::OnEnd_(bool attacca) {
 
 void Duet::Act_() {
   untilAction_ = dice_->Between(1, 20000);
-  const unsigned bar = 4 * songs_[index_].Ppq();
+  const unsigned bar = songs_[index_].BarTicks();
   switch (dice_->Between(0, 7)) {
     case 0:
       if (!model_->CanAsk()) break;
@@ -134,7 +134,10 @@ void Duet::Act_() {
       break;
     }
     case 2:
-      Seek_();
+      Seek_(dice_->Between(0, songs_[index_].PlaybackEnd() + 5));
+      break;
+    case 5:
+      GoOnABarLineOfAVamp_();
       break;
     case 3:
       Note_("pause and play");
@@ -147,19 +150,33 @@ void Duet::Act_() {
       player_->Play();
       break;
     default:
-      Note_("go");
-      model_->Go();
-      player_->FlowControlExit();
+      Go_();
   }
+}
+
+// Before anything that follows the line is played.
+void Duet::GoOnABarLineOfAVamp_() {
+  const SongPlan& song = songs_[index_];
+  for (const LoopPlan& loop : song.loops) {
+    const unsigned line = (loop.from + song.BarTicks() - 1) / song.BarTicks() * song.BarTicks();
+    if (loop.kind != LoopKind::Vamp || line >= loop.to || dice_->OneIn(2)) continue;
+    if (Seek_(line) && !model_->OnCue()) Go_();
+    return;
+  }
+}
+
+void Duet::Go_() {
+  Note_("go");
+  model_->Go();
+  player_->FlowControlExit();
 }
 
 void Duet::Note_(const std::string& action) {
   actions_ << "  after " << framesOfSong_ << " frames, tick " << model_->Tick() << ": " << action << "\n";
 }
 
-bool Duet::Seek_() {
+bool Duet::Seek_(unsigned tick) {
   const SongPlan& song = songs_[index_];
-  const unsigned tick = dice_->Between(0, song.PlaybackEnd() + 5);
   if (model_->HasPerformersJump() || Contains(song.caesuras, std::max(tick, song.audioStart))) return false;
   if (tick > song.PlaybackEnd()) {
     player_->Seek(tick);  // nowhere: nothing changes

@@ -32,9 +32,11 @@ class Duet {
   bool OnCaesura_();
   bool OnEnd_(bool attacca);
   void Act_();
+  void Go_();
+  void GoOnABarLineOfAVamp_();
   void Note_(const std::string& action);
   // False when the position stayed where it was.
-  bool Seek_();
+  bool Seek_(unsigned tick);
 
   AudioPlayer* player_;
   const std::vector<SongPlan>& songs_;

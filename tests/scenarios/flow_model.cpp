@@ -151,7 +151,7 @@ void FlowModel::Go() {
   if (loop == nullptr) return;
   loop->canceled = true;
   if (loop->plan.kind != LoopKind::Vamp || loop->plan.exit == Exit::End) return;
-  const unsigned grid = loop->plan.exit == Exit::Bar ? 4 * song_.Ppq() : song_.Ppq();
+  const unsigned grid = loop->plan.exit == Exit::Bar ? song_.BarTicks() : song_.BeatTicks();
   const unsigned line = (tick / grid + 1) * grid;
   if (line < loop->plan.to) performersJump_ = CutPlan{line, loop->plan.to};
 }

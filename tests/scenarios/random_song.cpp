@@ -27,6 +27,13 @@ void AddTempos(Dice* dice, SongPlan* song) {
   song->midiEnd = fileEnd * multiplier;
 }
 
+// Most songs are shorter than a bar of 4/4.
+void AddMeter(Dice* dice, SongPlan* song) {
+  static constexpr std::array<MeterPlan, 5> kMeters = {{{4, 4}, {1, 8}, {3, 16}, {1, 16}, {1, 32}}};
+  const MeterPlan meter = kMeters[dice->Between(0, kMeters.size() - 1)];
+  if (4 * song->Ppq() % meter.unit == 0) song->meter = meter;
+}
+
 void AddLoops(Dice* dice, unsigned low, unsigned high, int depth, SongPlan* song) {
   unsigned at = low;
   for (unsigned i = dice->Between(0, depth == 0 ? 3 : 2); i > 0 && high - at > 2; --i) {
@@ -83,6 +90,7 @@ SongPlan RandomSong(Dice* dice, unsigned rate) {
   SongPlan song;
   song.division = kDivisions[dice->Between(0, kDivisions.size() - 1)];
   AddTempos(dice, &song);
+  AddMeter(dice, &song);
   if (dice->OneIn(2)) song.audioStart = dice->Between(1, song.midiEnd / 4);
   if (dice->OneIn(3)) song.audioEnd = dice->Between(song.midiEnd - song.midiEnd / 4, song.midiEnd - 1);
   const unsigned end = song.audioEnd != 0 ? song.audioEnd : song.midiEnd;

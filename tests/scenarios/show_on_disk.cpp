@@ -1,5 +1,6 @@
 #include "tests/scenarios/show_on_disk.h"
 
+#include <bit>
 #include <cstdint>
 #include <cstdlib>
 #include <fstream>
@@ -29,6 +30,11 @@ std::string MidiFile(const SongPlan& song) {
   const unsigned multiplier = song.Multiplier();
   std::string track;
   unsigned now = 0;
+  PutDelta(&track, 0);
+  track += "\xff\x58\x04";
+  PutBig(&track, song.meter.beats, 1);
+  PutBig(&track, static_cast<std::uint32_t>(std::countr_zero(song.meter.unit)), 1);
+  PutBig(&track, 0x1808, 2);
   for (const TempoPlan& tempo : song.tempos) {
     PutDelta(&track, tempo.tick / multiplier - now);
     now = tempo.tick / multiplier;

@@ -22,9 +22,9 @@ unsigned SongPlan::PlaybackEnd() const {
 
 std::string Describe(const SongPlan& song) {
   std::ostringstream out;
-  out << "division " << song.division << " ppq " << song.Ppq() << " midi end " << song.midiEnd << " audio "
-      << song.audioStart << ".." << song.audioEnd << " frames " << song.audioFrames
-      << (song.attacca ? " attacca" : "") << "\n";
+  out << "division " << song.division << " ppq " << song.Ppq() << " meter " << song.meter.beats << "/"
+      << song.meter.unit << " midi end " << song.midiEnd << " audio " << song.audioStart << ".."
+      << song.audioEnd << " frames " << song.audioFrames << (song.attacca ? " attacca" : "") << "\n";
   for (const TempoPlan& tempo : song.tempos) {
     out << "  tempo " << tempo.tick << " " << tempo.microsecondsPerQuarter << "\n";
   }

@@ -28,8 +28,14 @@ struct CutPlan {
   unsigned to = 0;
 };
 
+struct MeterPlan {
+  unsigned beats = 4;
+  unsigned unit = 4;  // the denominator; a beat is a whole number of ticks
+};
+
 struct SongPlan {
   unsigned division = 480;  // of the MIDI file
+  MeterPlan meter;
   std::vector<TempoPlan> tempos;
   unsigned midiEnd = 0;
   unsigned audioStart = 0;
@@ -45,6 +51,8 @@ struct SongPlan {
   // ms.
   unsigned Multiplier() const;
   unsigned Ppq() const { return division * Multiplier(); }
+  unsigned BeatTicks() const { return 4 * Ppq() / meter.unit; }
+  unsigned BarTicks() const { return meter.beats * BeatTicks(); }
   // The end for playback: two ticks later when a loop ends on it, so that the end is still ahead there.
   unsigned PlaybackEnd() const;
 };

@@ -11,8 +11,8 @@
 // Longer than any test lasts, and still counted exactly by floats.
 constexpr long long kEndless = 15'000'000;
 
-// A live output with a scripted player on a test device: one channel at 48 000 frames a second, as a rule 15 ms
-// ahead (720 frames), reads of 264 frames.
+// A live output with a scripted player on a test device: one channel at 48 000 frames a second, as a rule 15
+// ms ahead (720 frames), reads of 264 frames.
 struct LiveRun {
   explicit LiveRun(Songs songs, double crossfadeMs = 0.0, double fadeMs = 0.0, double aheadMs = 15.0)
       : player(std::move(songs)) {
