@@ -11,17 +11,15 @@
 using samples_ticks_converter::AddSamples;
 using samples_ticks_converter::kSourcePath;
 using samples_ticks_converter::RoundedSamples;
-using samples_ticks_converter::SamplesPerTick;
+using samples_ticks_converter::TempoSegment;
 using samples_ticks_converter::ToInteger;
 using samples_ticks_converter::ToTicks;
 namespace checks = samples_ticks_converter;
 
-const SamplesTicksConverter::TempoEvents::value_type& SamplesTicksConverter::FindEntryBySamples_(
-    SampleCount sampleCount) const {
-  auto entry = tempoEvents_.begin();
-  while (entry != tempoEvents_.end() && entry->second.Samples() <= sampleCount) ++entry;
-  if (entry == tempoEvents_.begin()) throw std::logic_error("found this->tempoEvents_.begin()");
-  return *--entry;
+const TempoSegment& SamplesTicksConverter::FindSegmentBySamples_(SampleCount sampleCount) {
+  const TempoSegment* const segment = segments_.FindBySamples(sampleCount);
+  if (segment == nullptr) throw std::logic_error("found this->tempoEvents_.begin()");
+  return *segment;
 }
 
 SampleCount SamplesTicksConverter::ComputeSampleCount_(SampleCount samplesAtEvent, unsigned ticksSinceEvent,
@@ -33,17 +31,16 @@ SampleCount SamplesTicksConverter::ComputeSampleCount_(SampleCount samplesAtEven
 SampleCount SamplesTicksConverter::TicksToSamples(TickIndex ticks) {
   exc::ScopeLock lock(*this);
   if (ticks < audioStart_) return 0;
-  auto entry = tempoEvents_.upper_bound(ticks);
-  if (entry == tempoEvents_.begin()) return 0;
-  --entry;
-  return ComputeSampleCount_(entry->second.Samples(), ticks - entry->first, entry->second.SecondsPerTick());
+  const TempoSegment* const segment = segments_.FindByTick(ticks);
+  if (segment == nullptr) return 0;
+  return ComputeSampleCount_(segment->samples, ticks - segment->tick, segment->secondsPerTick);
 }
 
 TickIndex SamplesTicksConverter::SamplesToTicksRounded(SampleCount sampleCount, int* roundingErrorSamples) {
   exc::ScopeLock lock(*this);
-  const auto& [tick, tempo] = FindEntryBySamples_(sampleCount);
-  const double sampleDelta = static_cast<double>(sampleCount) - static_cast<double>(tempo.Samples());
-  const double samplesPerTick = SamplesPerTick(tempo.SecondsPerTick(), sampleRate_);
+  const TempoSegment& segment = FindSegmentBySamples_(sampleCount);
+  const double sampleDelta = static_cast<double>(sampleCount) - static_cast<double>(segment.samples);
+  const double samplesPerTick = segment.samplesPerTick;
   const double exactTicks = sampleDelta / samplesPerTick;
   const double roundedTicks = ::round(exactTicks);
   const double roundingErrorTicks = roundedTicks - exactTicks;
@@ -51,25 +48,26 @@ TickIndex SamplesTicksConverter::SamplesToTicksRounded(SampleCount sampleCount, 
   if (roundingErrorSamples != nullptr) {
     *roundingErrorSamples = static_cast<int>(ToInteger(::round(roundingErrorTicks * samplesPerTick)));
   }
-  return tick + ToTicks(roundedTicks);
+  return segment.tick + ToTicks(roundedTicks);
 }
 
 TickIndex SamplesTicksConverter::SamplesToTicksInteger(SampleCount sampleCount,
                                                        unsigned* extraSamplesBeyondResultTicks) {
   exc::ScopeLock lock(*this);
-  const auto& [tick, tempo] = FindEntryBySamples_(sampleCount);
-  const double secondsPerTick = tempo.SecondsPerTick();
-  const double sampleDelta = static_cast<double>(sampleCount) - static_cast<double>(tempo.Samples());
-  const double samplesPerTick = SamplesPerTick(secondsPerTick, sampleRate_);
+  // A copy: the conversions back look for segments of their own.
+  const TempoSegment segment = FindSegmentBySamples_(sampleCount);
+  const double secondsPerTick = segment.secondsPerTick;
+  const double sampleDelta = static_cast<double>(sampleCount) - static_cast<double>(segment.samples);
+  const double samplesPerTick = segment.samplesPerTick;
   double resultTicks = ::floor(sampleDelta / samplesPerTick);
 
   // The first sample of a tick can divide to just below the integer. Tried once, and upwards only.
-  if (ComputeSampleCount_(tempo.Samples(), ToTicks(resultTicks + 1.0), secondsPerTick) == sampleCount) {
+  if (ComputeSampleCount_(segment.samples, ToTicks(resultTicks + 1.0), secondsPerTick) == sampleCount) {
     resultTicks += 1.0;
   }
 
   const SampleCount sampleCountAtResultTicks =
-      ComputeSampleCount_(tempo.Samples(), ToTicks(resultTicks), secondsPerTick);
+      ComputeSampleCount_(segment.samples, ToTicks(resultTicks), secondsPerTick);
   checks::RequireResultNotAfterSample(sampleCount, sampleCountAtResultTicks);
   const SampleCount extraSamples = sampleCount - sampleCountAtResultTicks;
   // Before the checks that follow: it is set also when one of them fails.
@@ -78,7 +76,7 @@ TickIndex SamplesTicksConverter::SamplesToTicksInteger(SampleCount sampleCount,
   }
 
   // The result is converted back and compared in 32 bits, so that samples past 4,294,967,295 fail here.
-  const TickIndex resultTick = tick + ToTicks(resultTicks);
+  const TickIndex resultTick = segment.tick + ToTicks(resultTicks);
   const auto checkSampleCount = static_cast<unsigned>(TicksToSamples(resultTick));
   checks::RequireSameSampleBack(checkSampleCount, sampleCountAtResultTicks);
   checks::RequireSampleCountsAddUp(sampleCount, checkSampleCount, extraSamples);
@@ -89,5 +87,5 @@ TickIndex SamplesTicksConverter::SamplesToTicksInteger(SampleCount sampleCount,
 
 double SamplesTicksConverter::GetSamplesPerTick(SampleCount sampleCount) {
   exc::ScopeLock lock(*this);
-  return SamplesPerTick(FindEntryBySamples_(sampleCount).second.SecondsPerTick(), sampleRate_);
+  return FindSegmentBySamples_(sampleCount).samplesPerTick;
 }

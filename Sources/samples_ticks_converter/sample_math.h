@@ -28,9 +28,19 @@ inline TickIndex ToTicks(double ticks) {
   return static_cast<TickIndex>(ToInteger(ticks));
 }
 
+// ToInteger(roundl(value)), bit for bit, without the call where the integer part surely fits: the fraction
+// that is left after truncating is exact.
+inline long long RoundedToInteger(long double value) {
+  constexpr long double kSurelyFits = 4611686018427387904.0L;  // 2^62
+  if (!(value > -kSurelyFits && value < kSurelyFits)) return ToInteger(::roundl(value));
+  const auto whole = static_cast<long long>(value);
+  const long double fraction = value - static_cast<long double>(whole);
+  return whole + (fraction >= 0.5L) - (fraction <= -0.5L);
+}
+
 // Seconds in double, the product in long double, halves away from zero.
 inline SampleCount RoundedSamples(double seconds, long double sampleRate) {
-  return ToInteger(::roundl(static_cast<long double>(seconds) * sampleRate));
+  return RoundedToInteger(static_cast<long double>(seconds) * sampleRate);
 }
 
 // Modulo 2^64, so that counts that no song reaches wrap instead of being undefined.

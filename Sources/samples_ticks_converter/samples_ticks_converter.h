@@ -3,6 +3,7 @@
 #include <map>
 
 #include "Sources/samples_ticks_converter/combined_tempo.h"
+#include "Sources/samples_ticks_converter/tempo_segments.h"
 #include "Sources/types.h"
 #include "exc/lock/rlockable.h"
 
@@ -21,8 +22,9 @@ class SongData;
 // Origin     sample 0 is the first frame of tick GetAudioStart().
 // Threads    ANY. Every public operation takes this object's own recursive lock throughout; hold it yourself
 //            around two conversions that must see the same map.
-// Render     the conversions allocate nothing (but for the text of a failed assertion) and walk a map with
-//            one entry per tempo change. RegisterElapsedSampleCount inserts into a map, so it may allocate.
+// Render     the conversions allocate nothing (but for the text of a failed assertion) and find the
+//            tempo in force in an array with one entry per tempo change. RegisterElapsedSampleCount inserts
+//            into a map, so it may allocate.
 // Arithmetic which step is double and which long double is a contract: see sample_math.h.
 class SamplesTicksConverter : public exc::RLockable {
  public:
@@ -88,10 +90,12 @@ class SamplesTicksConverter : public exc::RLockable {
   void CreateTempoEventsMap_() EXC_HOLDS(this);
   void FillInCarriedTempos_() EXC_HOLDS(this);
   void CountSamples_() EXC_HOLDS(this);
+  // Must follow every change of the map or the rate, also one that fails half-way.
+  void IndexSegments_() EXC_HOLDS(this);
 
-  // The last entry whose samples are not greater than `sampleCount`. A scan: entries before the audio start
-  // all hold 0. Throws std::logic_error when there is none.
-  const TempoEvents::value_type& FindEntryBySamples_(SampleCount sampleCount) const EXC_HOLDS(this);
+  // The last entry whose samples are not greater than `sampleCount`. Throws std::logic_error when there is
+  // none.
+  const samples_ticks_converter::TempoSegment& FindSegmentBySamples_(SampleCount sampleCount) EXC_HOLDS(this);
 
   // Arithmetic only: takes no lock, reads sampleRate_.
   SampleCount ComputeSampleCount_(SampleCount samplesAtEvent, unsigned ticksSinceEvent,
@@ -101,4 +105,5 @@ class SamplesTicksConverter : public exc::RLockable {
   long double sampleRate_ EXC_GUARDED_BY(this) = 44100.0L;
   TempoEvents tempoEvents_ EXC_GUARDED_BY(this);
   std::map<SampleCount, TickIndex> tickIndexByElapsedSampleCount_ EXC_GUARDED_BY(this);
+  samples_ticks_converter::TempoSegments segments_ EXC_GUARDED_BY(this);  // tempoEvents_ for the conversions
 };

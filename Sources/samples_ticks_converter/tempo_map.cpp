@@ -1,5 +1,6 @@
 #include <stdexcept>
 
+#include "Sources/samples_ticks_converter/sample_math.h"
 #include "Sources/samples_ticks_converter/samples_ticks_converter.h"
 #include "exc/lock/scope_lock.h"
 #include "suite/midi/song_data.h"
@@ -16,6 +17,7 @@ void SamplesTicksConverter::SetData(const tesk_midi::SongData& song, TickIndex a
     tempoEvents_[tempo.abs_time()].TickTime(tempo.tick_time(song.GetPulsesPerQuarterNote()));
   }
   if (tempoEvents_.count(0) == 0) {
+    IndexSegments_();
     throw std::logic_error("this->tempoEvents_ does not contain events at tick time 0.");
   }
   CreateTempoEventsMap_();
@@ -36,8 +38,19 @@ TickIndex SamplesTicksConverter::GetAudioStart() {
 
 void SamplesTicksConverter::CreateTempoEventsMap_() {
   tempoEvents_.try_emplace(audioStart_);
+  IndexSegments_();
   FillInCarriedTempos_();
   CountSamples_();
+  IndexSegments_();
+}
+
+void SamplesTicksConverter::IndexSegments_() {
+  segments_.Clear();
+  for (const auto& [tick, tempo] : tempoEvents_) {
+    const double secondsPerTick = tempo.SecondsPerTick();
+    segments_.Add({tick, tempo.Samples(), secondsPerTick,
+                   samples_ticks_converter::SamplesPerTick(secondsPerTick, sampleRate_)});
+  }
 }
 
 // An entry that stands there for the audio start alone takes the tempo of the entry before it.

@@ -7,6 +7,7 @@
 #include <vector>
 
 #include "Sources/samples_ticks_converter/samples_ticks_converter.h"
+#include "tests/samples_ticks_converter/plain_scan.h"
 #include "tests/support/tempo_songs.h"
 
 // What must hold for every song: a tick begins on one sample, that sample belongs to that tick, and the
@@ -70,6 +71,26 @@ TEST_P(RandomSongs, EveryTickSurvivesTheRoundTrip) {
     unsigned extra = ~0u;
     ASSERT_EQ(converter.SamplesToTicksInteger(sample, &extra), tick);
     ASSERT_EQ(extra, 0u) << "tick " << tick;
+  }
+}
+
+// The tempo in force is searched, and its last place remembered: no order of questions may change an answer.
+TEST_P(RandomSongs, AreConvertedAsByAPlainScan) {
+  const PlainScan scan(song.tempos, song.ppq, song.audioStart, song.sampleRate);
+  std::mt19937_64 random(static_cast<std::uint64_t>(GetParam()));
+  const long long lastSample = scan.TicksToSamples(lastTick);
+  long long sample = 0;
+  for (int i = 0; i < 3'000; ++i) {
+    const bool plays = i % 4 != 0;
+    sample =
+        plays ? std::min(sample + 64, lastSample) : std::uniform_int_distribution(0LL, lastSample)(random);
+    const unsigned tick = scan.Rounded(sample);
+    ASSERT_EQ(converter.SamplesToTicksRounded(sample), tick) << sample;
+    ASSERT_EQ(converter.GetSamplesPerTick(sample), scan.SamplesPerTick(sample)) << sample;
+    ASSERT_EQ(converter.TicksToSamples(tick), scan.TicksToSamples(tick)) << sample;
+    if (plays) continue;
+    const unsigned anyTick = std::uniform_int_distribution(0u, lastTick)(random);
+    ASSERT_EQ(converter.TicksToSamples(anyTick), scan.TicksToSamples(anyTick));
   }
 }
 

@@ -3,7 +3,9 @@
 #include <gtest/gtest.h>
 
 #include <climits>
+#include <cmath>
 #include <limits>
+#include <random>
 
 namespace {
 
@@ -24,6 +26,30 @@ TEST(SampleMath, TheProductIsLongDouble) {
   ASSERT_LT(product, 1.5L);
   ASSERT_EQ(third * 4.5, 1.5) << "in double the product would be the half";
   EXPECT_EQ(RoundedSamples(third, 4.5L), 1);
+}
+
+TEST(SampleMath, RoundingIsRoundlToTheBit) {
+  const auto expectRoundl = [](long double value) {
+    ASSERT_EQ(RoundedToInteger(value), ToInteger(::roundl(value))) << value;
+  };
+  std::mt19937_64 random(1);
+  for (int i = 0; i < 200'000; ++i) {
+    const auto bits = static_cast<long double>(random());
+    const int exponent = static_cast<int>(random() % 140) - 134;
+    const long double value = std::ldexp(bits, exponent);
+    expectRoundl(value);
+    expectRoundl(-value);
+  }
+  const long double infinity = std::numeric_limits<long double>::infinity();
+  for (const long double value : {0.0L, 0.5L, 1.5L, 4611686018427387903.5L, 4611686018427387904.0L,
+                                  9223372036854775807.0L, 9223372036854775808.0L, infinity}) {
+    for (const long double near :
+         {std::nextafter(value, -infinity), value, std::nextafter(value, infinity)}) {
+      expectRoundl(near);
+      expectRoundl(-near);
+    }
+  }
+  EXPECT_EQ(RoundedToInteger(std::numeric_limits<long double>::quiet_NaN()), 0);
 }
 
 TEST(SampleMath, SamplesPerTickAreRoundedToDoubleOnce) {
