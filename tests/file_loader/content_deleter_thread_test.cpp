@@ -7,9 +7,12 @@
 #include <memory>
 #include <stdexcept>
 #include <string>
+#include <vector>
 
 #include "suite/utility/thread_names.h"
 #include "tests/fakes/fake_log.h"
+#include "tests/fakes/journal.h"
+#include "tests/fakes/journaling_locks.h"
 #include "tests/support/no_threads.h"
 #include "tests/support/throws_with_text.h"
 #include "tests/support/wait_until.h"
@@ -59,6 +62,21 @@ TEST_F(ContentDeleterThreadTest, TheCallbackGetsItsArgument) {
   AudioContentDeleterThreadData data(Owner::Wake, &owner_);
   data.DoAudioContentDeleterCallback();
   EXPECT_EQ(owner_.calls, 1);
+}
+
+TEST_F(ContentDeleterThreadTest, TheRecordsLockIsNamedAndGuardsTheFlagButNotTheCallback) {
+  AudioContentDeleterThreadData data(Owner::Wake, &owner_);
+  const std::vector<std::string> once{"+AudioContentDeleterThreadData", "-AudioContentDeleterThreadData"};
+  fakes::TakeJournal();
+  {
+    const fakes::locks::Journaling journaling;
+    data.ShouldRun();
+    EXPECT_EQ(fakes::TakeJournal(), once);
+    data.Exit();
+    EXPECT_EQ(fakes::TakeJournal(), once);
+    data.DoAudioContentDeleterCallback();
+    EXPECT_EQ(fakes::TakeJournal(), std::vector<std::string>());
+  }
 }
 
 TEST_F(ContentDeleterThreadTest, EndsWithoutACallbackWhenExitComesBeforeTheFirstWakeUp) {

@@ -2,18 +2,34 @@
 
 #include <gtest/gtest.h>
 
+#include <functional>
 #include <memory>
+#include <string>
 #include <thread>
+#include <vector>
 
 #include "exc/lock/scope_lock.h"
 #include "exc/result/noerr_error.h"
 #include "suite/audio/errors.h"
 #include "tests/fakes/fake_decoder.h"
+#include "tests/fakes/journal.h"
+#include "tests/fakes/journaling_locks.h"
 #include "tests/support/throws_with_text.h"
 
 namespace {
 
 using fakes::decoder::ErrorKind;
+using Journal = std::vector<std::string>;
+
+// What this thread does with its locks during `operation`.
+Journal LocksOf(const std::function<void()>& operation) {
+  fakes::TakeJournal();
+  {
+    const fakes::locks::Journaling journaling;
+    operation();
+  }
+  return fakes::TakeJournal();
+}
 
 class FileLoaderDataTest : public testing::Test {
  protected:
@@ -74,6 +90,26 @@ TEST_F(FileLoaderDataTest, JoinedIsWhatWasSetLast) {
   EXPECT_TRUE(data_.Joined());
   data_.Joined(false);
   EXPECT_FALSE(data_.Joined());
+}
+
+TEST_F(FileLoaderDataTest, ItsLockIsNamedAndGuardsTheJoinedFlag) {
+  EXPECT_EQ(LocksOf([&] { data_.Joined(true); }), (Journal{"+FileLoaderData", "-FileLoaderData"}));
+  EXPECT_EQ(LocksOf([&] { data_.Joined(); }), (Journal{"+FileLoaderData", "-FileLoaderData"}));
+}
+
+TEST_F(FileLoaderDataTest, EverythingElseIsAskedWithoutALock) {
+  EXPECT_EQ(LocksOf([&] {
+              data_.RecordError(4, "not audio");
+              data_.AudioContent();
+              data_.SongNumber();
+              data_.ThreadID();
+              data_.UserData();
+              data_.GetErrorOccurred();
+              data_.GetErrorId();
+              data_.GetErrorReason();
+              data_.CallFinished();
+            }),
+            Journal());
 }
 
 TEST_F(FileLoaderDataTest, IsALockThatOneThreadHoldsAtATime) {

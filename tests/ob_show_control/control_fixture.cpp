@@ -28,6 +28,21 @@ unsigned OpenShowControl::GetEndTickIndex() {
   return endTick.value_or(OBShowControl::GetEndTickIndex());
 }
 
+void OpenShowControl::OnCaesuraStop() {
+  ++caesuraStops;
+  OBShowControl::OnCaesuraStop();
+}
+
+void OpenShowControl::ResetControlVariables() {
+  ++variableResets;
+  OBShowControl::ResetControlVariables();
+}
+
+void OpenShowControl::SetJump(unsigned tickIndex, exc::ExLock& lock, bool skipAhead) {
+  ++jumps;
+  OBShowControl::SetJump(tickIndex, lock, skipAhead);
+}
+
 void OpenShowControl::PlaceTick(unsigned tick) {
   SetTickIndex(tick);
   fakes::how_to_play::GetScript().tick = tick;

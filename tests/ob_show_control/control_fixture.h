@@ -25,7 +25,11 @@ class OpenShowControl : public OBShowControl {
  public:
   using OBShowControl::OBShowControl;
 
+  // Each counts, and is this class's own: whoever asks another one than the virtual operation is seen.
   unsigned GetEndTickIndex() override;
+  void OnCaesuraStop() override;
+  void ResetControlVariables() override;
+  void SetJump(unsigned tickIndex, exc::ExLock& lock, bool skipAhead) override;
 
   // Control position and control stream; the samples stay.
   void PlaceTick(unsigned tick);
@@ -36,6 +40,9 @@ class OpenShowControl : public OBShowControl {
   std::pair<double, int> GetStoredDspFactors();
 
   std::atomic<int> endQueries{0};
+  std::atomic<int> caesuraStops{0};
+  std::atomic<int> variableResets{0};
+  std::atomic<int> jumps{0};
   std::optional<unsigned> endTick;  // answered instead of the song's
 };
 

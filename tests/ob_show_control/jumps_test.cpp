@@ -45,6 +45,20 @@ TEST_F(Jumps, AJumpMovesTheAudioToTheFirstSampleOfItsTarget) {
   EXPECT_EQ(TakeJournal(), (Journal{"base.SetJump 3 0", "stream.Seek 3"}));
 }
 
+TEST_F(Jumps, TheBaseJumpsFirst) {
+  Place(20, 7);
+  long long before = -1;
+  long long lastJump = -1;
+  fakes::planning::GetScript().onSetJump = [&] {
+    before = control->GetSampleIndex();
+    lastJump = control->GetLastJumpSampleIndex();
+  };
+  Jump(3, true);
+  EXPECT_EQ(before, 487) << "still where the jump was taken";
+  EXPECT_EQ(lastJump, 0);
+  EXPECT_EQ(control->GetLastJumpSampleIndex(), 487);
+}
+
 TEST_F(Jumps, WithoutSkipAheadAJumpLandsExactlyAndThrowsTheSkipAway) {
   control->SkipAheadSamplesOnNextJump(100);
   Jump(10, false);

@@ -1,7 +1,9 @@
 #include <gtest/gtest.h>
 
 #include <atomic>
+#include <functional>
 #include <thread>
+#include <utility>
 
 #include "exc/lock/scope_lock.h"
 #include "tests/fakes/journal.h"
@@ -87,6 +89,43 @@ TEST_F(ControlLocks, TheSongsRangeAndTheCutToItsEndAreAskedWithoutALock) {
               EXPECT_TRUE(control->GetCutToEndOfSongIsNext());
             }),
             Journal());
+}
+
+TEST_F(ControlLocks, EveryQueryAndCorrectionTakesTheShowControlsLock) {
+  const std::pair<const char*, std::function<void()>> operations[] = {
+      {"GetSampleIndex", [&] { control->GetSampleIndex(); }},
+      {"GetSampleCount", [&] { control->GetSampleCount(); }},
+      {"GetLastJumpSampleIndex", [&] { control->GetLastJumpSampleIndex(); }},
+      {"GetJumpTargetSampleIndex", [&] { control->GetJumpTargetSampleIndex(); }},
+      {"GetJumpIsNext", [&] { control->GetJumpIsNext(); }},
+      {"AdjustNextJumpSampleIndex", [&] { control->AdjustNextJumpSampleIndex(1); }},
+      {"SkipAheadSamplesOnNextJump", [&] { control->SkipAheadSamplesOnNextJump(1); }},
+      {"AddToSampleIndex", [&] { control->AddToSampleIndex(0); }},
+  };
+  for (const auto& [name, operation] : operations) {
+    EXPECT_EQ(LocksOf(operation), (Journal{"+ShowControl", "-ShowControl"})) << name;
+  }
+}
+
+TEST_F(ControlLocks, ReadSamplesAreAddedAndTheTickMovedUnderOneLock) {
+  Place(0);
+  script.writesJournal = true;
+  EXPECT_EQ(LocksOf([&] { control->AddToSampleIndex(100); }),
+            (Journal{"+ShowControl", "+SamplesTicksConverter", "-SamplesTicksConverter", "base.DoSkipAhead 4",
+                     "stream.AdvanceToTickIndex 4", "-ShowControl"}));
+}
+
+TEST_F(ControlLocks, ADueJumpIsConvertedUnderTheShowControlsLock) {
+  control->AddLoop({.targetTick = 5, .tick = 0, .kind = 64});
+  EXPECT_EQ(LocksOf([&] { control->GetJumpIsNext(); }),
+            (Journal{"+ShowControl", "+SamplesTicksConverter", "-SamplesTicksConverter", "-ShowControl"}));
+}
+
+TEST_F(ControlLocks, TheCountRestartsAfterTheBasesResetAndTheVariablesBeforeIt) {
+  EXPECT_EQ(LocksOf([&] { control->ResetGuiUpdate(); }),
+            (Journal{"base.ResetGuiUpdate", "+ShowControl", "-ShowControl"}));
+  EXPECT_EQ(LocksOf([&] { control->ResetControlVariables(); }),
+            (Journal{"+ShowControl", "-ShowControl", "base.ResetControlVariables"}));
 }
 
 // RENDER plans and reads, HOST jumps and asks: both hold the read-samples lock for their step, as the output

@@ -75,6 +75,13 @@ TEST_F(ReadPlanning, PastTheEndOfTheMidiTheControlStreamMayStandAnywhere) {
   EXPECT_EQ(Plan(5), 5);
 }
 
+TEST_F(ReadPlanning, TheControlStreamIsCheckedBeforeTheAudioCatchesUp) {
+  control->PlaceTick(10);
+  fakes::how_to_play::GetScript().tick = 9;
+  EXPECT_TRUE(test_support::ThrowsWithText<exc::ExAssertionError>(
+      [&] { Plan(5); }, test_support::Failed("this->tickIndex_ == controlStreamTickIndex", 121)));
+}
+
 // ---- the audio lags behind the control position --------------------------------------------------------
 
 TEST_F(ReadPlanning, AudioThatLagsBehindCatchesUpToTheControlPosition) {

@@ -189,7 +189,9 @@ TEST_F(ReadsAcrossTicks, ACaesuraComesBeforeAJumpAndAReplan) {
 TEST_F(ReadsAcrossTicks, AJumpIsTakenAndTheReadPlannedFromItsTarget) {
   Place(20);
   script.found = {{.jumpPending = true, .reachedTick = 2}, {.reachedTick = 10}};
+  control->jumps = 0;
   EXPECT_EQ(Read(1000), 192);
+  EXPECT_EQ(control->jumps, 1) << "the virtual operation";
   EXPECT_EQ(control->GetLastJumpSampleIndex(), 480);
   EXPECT_EQ(control->GetSampleIndex(), 240);
   EXPECT_EQ(TakeJournal(),

@@ -94,6 +94,13 @@ TEST_F(Recovery, TheEndIsAskedOfTheVirtualOperation) {
   EXPECT_THROW(control->ResetForRecovery(2400, 7), RecoveryReachedEndOfSong);
 }
 
+TEST_F(Recovery, TheControlVariablesAreResetByTheVirtualOperation) {
+  control->ResetForRecovery(2400, 7);
+  EXPECT_EQ(control->variableResets, 1);
+  control->ResetForRecoveryAdvance(2400, 7);
+  EXPECT_EQ(control->variableResets, 2);
+}
+
 TEST_F(Recovery, WhatWasPlannedIsForgotten) {
   control->SkipAheadSamplesOnNextJump(100);
   control->ResetForRecovery(2400, 7);

@@ -71,14 +71,68 @@ TEST_F(SamplePosition, TheEndIsAskedForAfterSkippingAhead) {
   EXPECT_EQ(control->endQueries, 1);
 }
 
+// Whichever way a plan ends, its count is what is expected: the tick is pulled back so that a read of more
+// than that would show.
+TEST_F(SamplePosition, APlanInsideATickIsWhatIsExpected) {
+  Place(1);
+  EXPECT_EQ(Plan(20), 20);
+  control->PlaceTick(0);
+  TakeJournal();
+  control->AddToSampleIndex(20);
+  EXPECT_EQ(TakeJournal(), Journal());
+}
+
+TEST_F(SamplePosition, APlanThatCatchesUpIsWhatIsExpected) {
+  control->PlaceTick(10);
+  EXPECT_EQ(Plan(1000), 240);
+  control->PlaceTick(0);
+  TakeJournal();
+  control->AddToSampleIndex(240);
+  EXPECT_EQ(TakeJournal(), Journal());
+}
+
+TEST_F(SamplePosition, APlanThatEndsTheSongIsWhatIsExpected) {
+  Load({.midiEnd = 1000, .audioEnd = 100});
+  ASSERT_EQ(Plan(1000), 1000);
+  Place(100);
+  EXPECT_EQ(Plan(1000), 0);
+  control->PlaceTick(99);
+  TakeJournal();
+  control->AddToSampleIndex(1);
+  EXPECT_EQ(TakeJournal(), (Journal{"base.DoSkipAhead 100", "stream.AdvanceToTickIndex 100"}));
+}
+
+TEST_F(SamplePosition, AfterAJumpOntoACaesuraNoSampleIsExpected) {
+  ASSERT_EQ(Plan(1000), 1000);
+  Place(20);
+  control->AddCaesura(2);
+  fakes::planning::GetScript().found = {{.jumpPending = true, .reachedTick = 2}};
+  EXPECT_EQ(Plan(1000), 0);
+  TakeJournal();
+  control->AddToSampleIndex(24);
+  EXPECT_EQ(TakeJournal(), (Journal{"base.DoSkipAhead 3", "stream.AdvanceToTickIndex 3"}));
+}
+
+TEST_F(SamplePosition, AfterAJumpToTheEndOfTheMidiNoSampleIsExpected) {
+  Load({.midiEnd = 500, .audioEnd = 1000});
+  ASSERT_EQ(Plan(1000), 1000);
+  Place(20);
+  fakes::planning::GetScript().found = {{.jumpPending = true, .reachedTick = 500}};
+  EXPECT_EQ(Plan(1000), 0);
+  TakeJournal();
+  control->AddToSampleIndex(24);
+  EXPECT_EQ(TakeJournal(), (Journal{"base.DoSkipAhead 501", "stream.AdvanceToTickIndex 501"}));
+}
+
 TEST_F(SamplePosition, AfterAStopWasPlannedOneSampleIsTooMany) {
+  ASSERT_EQ(Plan(1000), 1000);
   Place(5);
   control->AddCaesura(5);
   fakes::planning::GetScript().found = {{.caesuraStop = true}};
   EXPECT_EQ(Plan(100), 0);
   TakeJournal();
   control->AddToSampleIndex(24);
-  EXPECT_EQ(TakeJournal().front(), "base.DoSkipAhead 6");
+  EXPECT_EQ(TakeJournal(), (Journal{"base.DoSkipAhead 6", "stream.AdvanceToTickIndex 6"}));
 }
 
 // ---- alignment -----------------------------------------------------------------------------------------

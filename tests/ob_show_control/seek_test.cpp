@@ -51,6 +51,7 @@ TEST_F(Seek, ASeekOntoACaesuraStopsThere) {
   EXPECT_EQ(caesuraSeeks, 1);
   EXPECT_EQ(TakeJournal(),
             (Journal{"base.Seek 100", "base.SetJump 100 0", "stream.Seek 100", "base.OnCaesuraStop"}));
+  EXPECT_EQ(control->caesuraStops, 1) << "the virtual operation";
 }
 
 TEST_F(Seek, ACallbackThatAnswersTrueTakesTheStopOver) {
