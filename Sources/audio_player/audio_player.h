@@ -48,12 +48,12 @@ class AudioPlayer : public Player, public tesk_audio::AudioPlayerOutputInterface
   // A song has no audio file; what() is its number.
   class NoAudioForSong : public std::out_of_range {
    public:
-    using std::out_of_range::out_of_range;
+    explicit NoAudioForSong(const std::string& message) : std::out_of_range(message) {}
   };
   // The output refused a song's audio; what() is the output's text.
   class AudioFormatError : public std::runtime_error {
    public:
-    using std::runtime_error::runtime_error;
+    explicit AudioFormatError(const std::string& message) : std::runtime_error(message) {}
   };
 
   // `showPath`: the show folder. `songAudioFiles`: song number to the name of its file in the folder's

@@ -1,9 +1,10 @@
 #pragma once
 
 #include <stdexcept>
+#include <string>
 
 // A recovery would resume at or after the end of the song.
 class RecoveryReachedEndOfSong : public std::runtime_error {
  public:
-  using std::runtime_error::runtime_error;
+  explicit RecoveryReachedEndOfSong(const std::string& message) : std::runtime_error(message) {}
 };

@@ -1,13 +1,14 @@
 #pragma once
 
 #include <stdexcept>
+#include <string>
 
 namespace exc {
 
 // A system call that must return 0 did not.
 class NOERRError : public std::runtime_error {
  public:
-  using std::runtime_error::runtime_error;
+  explicit NOERRError(const std::string& message) : std::runtime_error(message) {}
 };
 
 }  // namespace exc

@@ -1,25 +1,26 @@
 #pragma once
 
 #include <stdexcept>
+#include <string>
 
 namespace tesk_audio {
 
 // A file that cannot be read, or memory that is not there.
 class TESKAudioError : public std::runtime_error {
  public:
-  using std::runtime_error::runtime_error;
+  explicit TESKAudioError(const std::string& message) : std::runtime_error(message) {}
 };
 
 // A file that is not audio we can decode.
 class AudioSampleContentError : public TESKAudioError {
  public:
-  using TESKAudioError::TESKAudioError;
+  explicit AudioSampleContentError(const std::string& message) : TESKAudioError(message) {}
 };
 
 // An Ogg stream that fails.
 class OggVorbisDecodeError : public TESKAudioError {
  public:
-  using TESKAudioError::TESKAudioError;
+  explicit OggVorbisDecodeError(const std::string& message) : TESKAudioError(message) {}
 };
 
 }  // namespace tesk_audio

@@ -1,25 +1,26 @@
 #pragma once
 
 #include <stdexcept>
+#include <string>
 
 // There is no song after, or before, the one asked about.
 class EndOfShow : public std::out_of_range {
  public:
-  using std::out_of_range::out_of_range;
+  explicit EndOfShow(const std::string& message) : std::out_of_range(message) {}
 };
 class StartOfShow : public std::out_of_range {
  public:
-  using std::out_of_range::out_of_range;
+  explicit StartOfShow(const std::string& message) : std::out_of_range(message) {}
 };
 
 // A show cannot be set up.
 class PlayerWrapperError : public std::runtime_error {
  public:
-  using std::runtime_error::runtime_error;
+  explicit PlayerWrapperError(const std::string& message) : std::runtime_error(message) {}
 };
 
 // A song's audio file has no song in the show data.
 class MP3NoMatchError : public PlayerWrapperError {
  public:
-  using PlayerWrapperError::PlayerWrapperError;
+  explicit MP3NoMatchError(const std::string& message) : PlayerWrapperError(message) {}
 };
