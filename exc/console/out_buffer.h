@@ -14,9 +14,8 @@ concept Number = std::is_arithmetic_v<T>;
 // Gathers text privately and hands it to `Target` in one piece: at the latest when it is destroyed.
 //
 // Threads    belongs to one thread; several buffers may share a target.
-// Twice      commit() leaves the text in the buffer. A buffer that is flushed by hand and then destroyed
-// writes
-//            its text twice, so flush() is for buffers that are not used again, and seldom needed.
+// Twice      commit() leaves the text in the buffer. A buffer that is flushed by hand and then destroyed has
+//            its text written twice, so flush() is for buffers that are not used again, and seldom needed.
 template <typename Target>
 class OutBuffer : public std::ostringstream {
  public:

@@ -10,8 +10,7 @@ namespace exc {
 // through this interface, so each may stand in for the other, also in a condition's wait.
 //
 // Threads    ANY; implementations say what happens when the holder locks again.
-// Order      the order of the operations below is part of the binary contract: derived classes add, never
-// insert.
+// Order      the order of the operations below is part of the binary contract: derived classes only add.
 class EXC_LOCK_TYPE("lock") ExLock {
  public:
   ExLock() = default;

@@ -31,9 +31,8 @@ class SongData;
 //            RecoverySeek, LoadSong, OnCaesuraStop, SetChangeLog and what the performer asks for take the
 //            read-samples lock first, so that nothing moves in the middle of a render step.
 // Threads    ANY, one transport command at a time. No listener is called with the lock held.
-// Render     looking for the next event costs the same whatever the number of cues; landing after a jump
-// sorts
-//            the song's loops. Neither allocates.
+// Render     looking for the next event costs the same whatever the number of cues; landing after a jump has
+//            the song's loops sorted. Neither allocates.
 class ShowControl : public exc::Lockable {
  public:
   ShowControl(ActiveSongNumber& activeSongNumber, tesk_midi::ShowData& showData, CL::ChangeLog* changeLog);

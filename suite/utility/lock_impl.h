@@ -10,9 +10,8 @@ namespace exc {
 // name: tests link a pair of their own that checks the order in which locks nest.
 //
 // Threads    ANY. A waiter lends its priority to the holder (PTHREAD_PRIO_INHERIT).
-// Failure    NOERRError with the operation, the lock's name and the system's text: a LockImpl_ that its
-// holder
-//            locks again, a lock given up by a thread that does not hold it.
+// Failure    NOERRError with the operation, the lock's name and the system's text: a LockImpl_ that is locked
+//            again by its holder, a lock given up by a thread that does not hold it.
 class LockImpl_ {
  public:
   explicit LockImpl_(const std::string& name);
