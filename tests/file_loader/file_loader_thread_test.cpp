@@ -80,6 +80,16 @@ TEST_F(FileLoaderThreadTest, TheThreadOfSong12IsNamedFileLoader12) {
   EXPECT_EQ(owner_.threadName, "file_loader12");
 }
 
+TEST_F(FileLoaderThreadTest, TheThreadHasItsNameWhileItDecodes) {
+  std::string nameWhileDecoding;
+  fakes::decoder::SetContent("any", [&] {
+    nameWhileDecoding = exc::thread_names.GetNameOfCurrentThread();
+    return new test_support::StaircaseContent(10);
+  });
+  Run("any");
+  EXPECT_EQ(nameWhileDecoding, "file_loader12");
+}
+
 TEST_F(FileLoaderThreadTest, TheRecordStandsThereBeforeDecodingEnds) {
   fakes::decoder::HoldLoader("slow");
   std::unique_ptr<FileLoaderData> data(StartFileLoaderThread("12", "slow", "", Owner::Finished, &owner_));

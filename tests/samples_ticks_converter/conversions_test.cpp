@@ -169,6 +169,25 @@ TEST_F(OneTempo, RoundedTicksAreTakenModulo2To32) {
   EXPECT_EQ(converter.SamplesToTicksRounded(94'704'028'877), 0u) << "tick 2^32";
 }
 
+// 20 samples are a hair less than one and a half ticks of this rate, and exactly that in double.
+TEST(SamplesToTicksRounded, TheTicksAreDividedInDouble) {
+  SamplesTicksConverter converter;
+  converter.SetData(SongWithTempos({{0, 1'000'000}}, 1), 0);
+  converter.SetSampleRate(0x1.aaaaaaaaaaaabp+3L);
+  EXPECT_EQ(converter.SamplesToTicksRounded(20), 2u);
+}
+
+// Tick 1 begins at 2^53 + 1, which is 2^53 as a double: one sample later is two samples later then.
+TEST(SamplesToTicksRounded, BothCountsAreDoublesBeforeTheyAreSubtracted) {
+  SamplesTicksConverter converter;
+  converter.SetData(SongWithTempos({{0, 1'000'000}, {1, 1}}, 1), 0);
+  converter.SetSampleRate(9'007'199'254'740'993.0L);
+  ASSERT_EQ(converter.TicksToSamples(1), 9'007'199'254'740'993);
+  int error = 0;
+  EXPECT_EQ(converter.SamplesToTicksRounded(9'007'199'254'740'994, &error), 1u);
+  EXPECT_EQ(error, -2);
+}
+
 TEST(GetSamplesPerTick, IsTheProductInLongDoubleRoundedToDouble) {
   SamplesTicksConverter converter;
   converter.SetData(SongWithTempos({{0, 333'333}}, 480), 0);
@@ -221,6 +240,18 @@ TEST(SamplesToTicksInteger, ASampleThatADoubleRoundsUpIsNotAfterItsTick) {
   converter.SetSampleRate(1'073'741'824.0L);
   EXPECT_TRUE(ThrowsWithText<exc::ExAssertionError>(
       [&] { converter.SamplesToTicksInteger((1LL << 54) - 1); },
+      Failed("SamplesToTicksInteger", "sampleCount >= sampleCountAtResultTicks", 335)));
+}
+
+// As for the nearest tick: 2^54 is two samples less than tick 2 begins at, and on it in double. Subtracted as
+// integers first it would lie in tick 1, and fail later, in the check back.
+TEST(SamplesToTicksInteger, BothCountsAreDoublesBeforeTheyAreSubtracted) {
+  SamplesTicksConverter converter;
+  converter.SetData(SongWithTempos({{0, 1'000'000}, {1, 1'000'000}}, 1), 0);
+  converter.SetSampleRate(9'007'199'254'740'993.0L);
+  ASSERT_EQ(converter.TicksToSamples(2), (1LL << 54) + 2);
+  EXPECT_TRUE(ThrowsWithText<exc::ExAssertionError>(
+      [&] { converter.SamplesToTicksInteger(1LL << 54); },
       Failed("SamplesToTicksInteger", "sampleCount >= sampleCountAtResultTicks", 335)));
 }
 
