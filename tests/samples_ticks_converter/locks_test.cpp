@@ -68,7 +68,7 @@ TEST(ConverterLocks, AListingHasItsHeadingWhenItTakesTheLock) {
   class WatchedConverter : public SamplesTicksConverter {
    public:
     explicit WatchedConverter(const exc::CoutBuffer& listing) : listing_(listing) {}
-    void Lock() override {
+    void Lock() EXC_TAKES() override {
       textAtLock = listing_.str();
       SamplesTicksConverter::Lock();
     }
