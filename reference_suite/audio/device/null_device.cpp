@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <cerrno>
+#include <cmath>
 #include <ctime>
 #include <string>
 #include <system_error>
@@ -41,6 +42,11 @@ NullDevice::NullDevice(double rateHz, unsigned channels, unsigned periodFrames)
 
 NullDevice::~NullDevice() {
   Stop();
+}
+
+std::string NullDevice::GetDescription() const {
+  return "a clock without sound, " + std::to_string(std::lround(rateHz_)) + " Hz, " +
+         std::to_string(periodFrames_) + " frames a period";
 }
 
 void NullDevice::Start(DeviceCallback& callback) {

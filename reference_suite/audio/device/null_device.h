@@ -24,6 +24,7 @@ class NullDevice : public Device {
   unsigned GetChannelCount() const override { return channels_; }
   unsigned GetPeriodFrames() const override { return periodFrames_; }
   unsigned GetLatencyFrames() const override { return 0; }
+  std::string GetDescription() const override;
   void Start(DeviceCallback& callback) override;
   void Stop() override;
 

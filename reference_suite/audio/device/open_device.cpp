@@ -1,12 +1,19 @@
 // Alone in its object, so that a program can put another in its place.
 #include "reference_suite/audio/device/open_device.h"
 
+#include "reference_suite/audio/device/jack_device.h"
 #include "reference_suite/audio/device/null_device.h"
 
 namespace tesk_audio {
 
-std::unique_ptr<Device> OpenDevice(const OutputSettings& settings, double rateHz, unsigned channels) {
-  return std::make_unique<NullDevice>(rateHz, channels, settings.periodFrames);
+DeviceSource MakeDeviceSource(const OutputSettings& settings, double rateHz, unsigned channels) {
+  if (settings.device == DeviceKind::Jack) {
+    const auto links = std::make_shared<JackLinks>(JackWishes{channels, settings.outputs, settings.connect});
+    return [=]() -> std::unique_ptr<Device> {
+      return std::make_unique<JackDevice>(settings.deviceName, channels, links);
+    };
+  }
+  return [=] { return std::make_unique<NullDevice>(rateHz, channels, settings.periodFrames); };
 }
 
 }  // namespace tesk_audio

@@ -1,5 +1,6 @@
 #pragma once
 
+#include <functional>
 #include <memory>
 
 #include "reference_suite/audio/device/device.h"
@@ -7,7 +8,11 @@
 
 namespace tesk_audio {
 
-// Opens the device that `settings` name, for frames of this rate and channel count. Throws TESKAudioError.
-std::unique_ptr<Device> OpenDevice(const OutputSettings& settings, double rateHz, unsigned channels);
+// Opens a device; can be asked again when that one has failed. Throws TESKAudioError. May block for as long
+// as the sound system hangs.
+using DeviceSource = std::function<std::unique_ptr<Device>()>;
+
+// For the device that `settings` name, which takes frames of this rate and channel count.
+DeviceSource MakeDeviceSource(const OutputSettings& settings, double rateHz, unsigned channels);
 
 }  // namespace tesk_audio

@@ -21,7 +21,7 @@ AudioSampleOutput* CreateAudioSampleOutput(const AudioSampleContent& content,
   if (settings.device == DeviceKind::Offline) {
     return std::make_unique<OfflineSampleOutput>(player, rateHz, channels, settings).release();
   }
-  return std::make_unique<LiveSampleOutput>(player, OpenDevice(settings, rateHz, channels), settings)
+  return std::make_unique<LiveSampleOutput>(player, MakeDeviceSource(settings, rateHz, channels)(), settings)
       .release();
 }
 

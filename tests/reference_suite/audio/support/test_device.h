@@ -24,6 +24,7 @@ class TestDevice : public tesk_audio::Device {
   unsigned GetChannelCount() const override { return channels_; }
   unsigned GetPeriodFrames() const override { return periodFrames_; }
   unsigned GetLatencyFrames() const override { return latency; }
+  std::string GetDescription() const override { return "test device"; }
 
   void Start(tesk_audio::DeviceCallback& callback) override {
     if (refuses) throw tesk_audio::TESKAudioError("The device refuses.");

@@ -1,0 +1,86 @@
+#include "reference_suite/audio/device/jack_client.h"
+
+#include <cstdlib>
+#include <deque>
+#include <mutex>
+
+#include "suite/audio/errors.h"
+
+namespace tesk_audio {
+
+namespace {
+
+constexpr std::size_t kKeptMessages = 64;
+
+struct Messages {
+  std::mutex mutex;
+  std::deque<std::string> lines;
+};
+
+Messages& TheMessages() {
+  static Messages messages;
+  return messages;
+}
+
+void Keep(const char* line) {
+  Messages& messages = TheMessages();
+  const std::lock_guard lock(messages.mutex);
+  if (messages.lines.size() == kKeptMessages) messages.lines.pop_front();
+  messages.lines.emplace_back(line);
+}
+
+std::string NameOfDefaultServer() {
+  const char* const name = std::getenv("JACK_DEFAULT_SERVER");
+  return name != nullptr && *name != '\0' ? name : "default";
+}
+
+}  // namespace
+
+JackClient::JackClient(const std::string& server) : server_(server.empty() ? NameOfDefaultServer() : server) {
+  ::jack_set_error_function(&Keep);
+  ::jack_set_info_function(&Keep);
+  const auto options = static_cast<jack_options_t>(JackNoStartServer | JackServerName);
+  jack_status_t status{};
+  client_ = ::jack_client_open(JackClientNameFor(server_).c_str(), options, &status, server_.c_str());
+  if (client_ != nullptr) return;
+  if ((status & JackServerFailed) != 0) {
+    throw TESKAudioError("No JACK server \"" + server_ +
+                         "\" answers. Start it, or choose another output; \"orbel devices\" lists them.");
+  }
+  throw TESKAudioError("The JACK server \"" + server_ + "\" refuses a client (status " +
+                       std::to_string(status) + "). Start it again, or choose another output.");
+}
+
+JackClient::~JackClient() {
+  ::jack_client_close(client_);
+}
+
+std::vector<std::string> JackClient::GetInputs() const {
+  return GetPorts_(JackPortIsInput);
+}
+
+std::vector<std::string> JackClient::GetPhysicalInputs() const {
+  return GetPorts_(JackPortIsInput | JackPortIsPhysical);
+}
+
+std::vector<std::string> JackClient::GetPorts_(unsigned long flags) const {
+  std::vector<std::string> names;
+  const char** const ports = ::jack_get_ports(client_, nullptr, JACK_DEFAULT_AUDIO_TYPE, flags);
+  for (const char** port = ports; port != nullptr && *port != nullptr; ++port) names.emplace_back(*port);
+  if (ports != nullptr) ::jack_free(ports);
+  return names;
+}
+
+std::string JackClientNameFor(const std::string& server) {
+  return server == "orbel" ? "orbel-player" : "orbel";
+}
+
+std::vector<std::string> TakeJackMessages() {
+  Messages& messages = TheMessages();
+  const std::lock_guard lock(messages.mutex);
+  std::vector<std::string> taken(messages.lines.begin(), messages.lines.end());
+  messages.lines.clear();
+  return taken;
+}
+
+}  // namespace tesk_audio

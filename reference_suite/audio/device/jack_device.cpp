@@ -1,0 +1,145 @@
+#include "reference_suite/audio/device/jack_device.h"
+
+#include <time.h>
+
+#include <algorithm>
+#include <cmath>
+#include <system_error>
+
+#include "suite/audio/errors.h"
+#include "suite/utility/thread_names.h"
+
+namespace tesk_audio {
+
+namespace {
+
+// Frames that are fetched from the callback at a time; longer periods are fetched in several goes.
+constexpr std::size_t kSliceFrames = 1024;
+constexpr long kLookNanoseconds = 50'000'000;
+
+double Seconds() {
+  timespec now{};
+  ::clock_gettime(CLOCK_MONOTONIC, &now);
+  return static_cast<double>(now.tv_sec) + static_cast<double>(now.tv_nsec) * 1e-9;
+}
+
+}  // namespace
+
+JackDevice::JackDevice(const std::string& server, unsigned channels, std::shared_ptr<JackLinks> links)
+    : client_(std::make_unique<JackClient>(server)),
+      channels_(channels),
+      rateHz_(client_->GetRateHz()),
+      links_(std::move(links)),
+      buffers_(channels),
+      frames_(kSliceFrames * channels),
+      period_(client_->GetPeriodFrames()) {
+  RegisterPorts_();
+  SetCallbacks_();
+}
+
+JackDevice::~JackDevice() {
+  Stop();
+  // First of all, since a server that is gone may have left its threads behind.
+  client_.reset();
+}
+
+void JackDevice::RegisterPorts_() {
+  for (unsigned channel = 1; channel <= channels_; ++channel) {
+    const std::string name = "out_" + std::to_string(channel);
+    jack_port_t* const port = ::jack_port_register(client_->Get(), name.c_str(), JACK_DEFAULT_AUDIO_TYPE,
+                                                   JackPortIsOutput | JackPortIsTerminal, 0);
+    if (port == nullptr) {
+      throw TESKAudioError("The JACK server \"" + client_->GetServer() + "\" has no room for the port " +
+                           name + ". Close other programs, or start it with more ports.");
+    }
+    ports_.push_back(port);
+  }
+}
+
+std::string JackDevice::GetDescription() const {
+  return "JACK server \"" + client_->GetServer() + "\", " + std::to_string(std::lround(rateHz_)) + " Hz, " +
+         std::to_string(period_) + " frames a period";
+}
+
+std::string JackDevice::GetFailure() const {
+  const std::lock_guard lock(mutex_);
+  return failure_;
+}
+
+void JackDevice::Start(DeviceCallback& callback) {
+  if (runs_) return;
+  callback_ = &callback;
+  stops_ = false;
+  if (::jack_activate(client_->Get()) != 0) {
+    throw TESKAudioError("The JACK server \"" + client_->GetServer() +
+                         "\" does not start to ask for sound. Start it again.");
+  }
+  links_->Reopen();
+  LookAfterLinks_();
+  const int result = ::pthread_create(&keeper_, nullptr, &JackDevice::KeeperBody_, this);
+  if (result != 0) {
+    ::jack_deactivate(client_->Get());
+    throw TESKAudioError("The JACK output cannot start its thread: " +
+                         std::generic_category().message(result) + ". Close other programs.");
+  }
+  runs_ = true;
+}
+
+void JackDevice::Stop() {
+  if (!runs_) return;
+  stops_ = true;
+  ::pthread_join(keeper_, nullptr);
+  ::jack_deactivate(client_->Get());
+  runs_ = false;
+}
+
+void* JackDevice::KeeperBody_(void* self) {
+  exc::thread_names.SetNameOfCurrentThread("JackLinks");
+  static_cast<JackDevice*>(self)->KeepLinks_();
+  return nullptr;
+}
+
+// Looks instead of being told: the notifications of different servers differ, and a look costs next to
+// nothing.
+void JackDevice::KeepLinks_() {
+  const timespec step{0, kLookNanoseconds};
+  while (!stops_) {
+    ::nanosleep(&step, nullptr);
+    if (!stops_ && !failed_) LookAfterLinks_();
+  }
+}
+
+// A program that is started again between two looks has other ports of the same names.
+void JackDevice::RenewPorts_() {
+  std::vector<jack_port_id_t> ports;
+  {
+    const std::lock_guard lock(mutex_);
+    ports.swap(newPorts_);
+  }
+  for (const jack_port_id_t id : ports) {
+    const jack_port_t* const port = ::jack_port_by_id(client_->Get(), id);
+    if (port != nullptr) links_->Renew(::jack_port_name(port));
+  }
+}
+
+void JackDevice::LookAfterLinks_() {
+  RenewPorts_();
+  for (const auto& [channel, input] :
+       links_->Observe(GetLinks_(), client_->GetInputs(), client_->GetPhysicalInputs(), Seconds())) {
+    if (channel < channels_) ::jack_connect(client_->Get(), ::jack_port_name(ports_[channel]), input.c_str());
+  }
+}
+
+std::set<JackLink> JackDevice::GetLinks_() const {
+  std::set<JackLink> links;
+  for (unsigned channel = 0; channel < channels_; ++channel) {
+    const char** const inputs = ::jack_port_get_connections(ports_[channel]);
+    for (const char** input = inputs; input != nullptr && *input != nullptr; ++input) {
+      links.insert({channel, *input});
+    }
+    if (inputs != nullptr) ::jack_free(inputs);
+  }
+  return links;
+}
+
+}  // namespace tesk_audio

@@ -1,0 +1,113 @@
+#include "reference_suite/audio/device/jack_links.h"
+
+#include <algorithm>
+#include <numeric>
+#include <regex>
+
+#include "suite/audio/errors.h"
+
+namespace tesk_audio {
+
+namespace {
+
+// A server that goes down takes the links away first. What is gone for longer while the server lives was
+// taken away on purpose.
+constexpr double kPurposeSeconds = 1.0;
+
+std::regex Compile(const std::string& pattern) {
+  try {
+    return std::regex(pattern, std::regex::extended);
+  } catch (const std::regex_error&) {
+    throw TESKAudioError("\"" + pattern +
+                         "\" is no regular expression for port names. For all inputs of a program give its "
+                         "name and \":.*\".");
+  }
+}
+
+std::vector<unsigned> OutputsOf(const JackWishes& wishes) {
+  if (!wishes.outputs.empty()) return wishes.outputs;
+  std::vector<unsigned> outputs(std::max(2U, wishes.channels));
+  std::iota(outputs.begin(), outputs.end(), 1U);
+  return outputs;
+}
+
+}  // namespace
+
+void RequirePatterns(const std::vector<std::string>& patterns) {
+  for (const std::string& pattern : patterns) Compile(pattern);
+}
+
+void JackLinks::Reopen() {
+  const std::lock_guard lock(mutex_);
+  known_.clear();
+  lost_.clear();
+}
+
+void JackLinks::Renew(const std::string& input) {
+  const std::lock_guard lock(mutex_);
+  known_.erase(input);
+}
+
+std::set<JackLink> JackLinks::Observe(const std::set<JackLink>& connected,
+                                      const std::vector<std::string>& inputs,
+                                      const std::vector<std::string>& physical, double seconds) {
+  const std::lock_guard lock(mutex_);
+  const std::set<std::string> present(inputs.begin(), inputs.end());
+  ForgetLost_(connected, present, seconds);
+  remembered_.insert(connected.begin(), connected.end());
+  AddWished_(inputs, physical);
+  std::set<JackLink> due;
+  for (const JackLink& link : remembered_) {
+    const bool appeared = present.contains(link.second) && !known_.contains(link.second);
+    if (appeared && !connected.contains(link)) due.insert(link);
+  }
+  known_ = present;
+  return due;
+}
+
+std::set<JackLink> JackLinks::GetRemembered() const {
+  const std::lock_guard lock(mutex_);
+  return remembered_;
+}
+
+void JackLinks::ForgetLost_(const std::set<JackLink>& connected, const std::set<std::string>& present,
+                            double seconds) {
+  std::map<JackLink, double> lost;
+  for (const JackLink& link : remembered_) {
+    const bool couldBe = present.contains(link.second) && known_.contains(link.second);
+    if (!couldBe || connected.contains(link)) continue;
+    const auto before = lost_.find(link);
+    lost[link] = before == lost_.end() ? seconds : before->second;
+  }
+  lost_ = lost;
+  for (const auto& [link, since] : lost) {
+    if (seconds - since >= kPurposeSeconds) remembered_.erase(link);
+  }
+}
+
+void JackLinks::AddWished_(const std::vector<std::string>& inputs, const std::vector<std::string>& physical) {
+  if (wishes_.patterns.empty()) {
+    const std::vector<unsigned> outputs = OutputsOf(wishes_);
+    for (std::size_t i = 0; i < outputs.size(); ++i) {
+      if (outputs[i] < 1 || outputs[i] > physical.size()) continue;
+      AddLink_({static_cast<unsigned>(i % wishes_.channels), physical[outputs[i] - 1]});
+    }
+    return;
+  }
+  for (const std::string& text : wishes_.patterns) {
+    const std::regex pattern = Compile(text);
+    unsigned channel = 0;
+    for (const std::string& name : inputs) {
+      if (channel < wishes_.channels && std::regex_match(name, pattern)) AddLink_({channel++, name});
+    }
+  }
+}
+
+// Due although its port may have been there for long.
+void JackLinks::AddLink_(const JackLink& link) {
+  if (!granted_.insert(link).second) return;
+  remembered_.insert(link);
+  known_.erase(link.second);
+}
+
+}  // namespace tesk_audio

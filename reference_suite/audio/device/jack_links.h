@@ -1,0 +1,62 @@
+#pragma once
+
+#include <map>
+#include <mutex>
+#include <set>
+#include <string>
+#include <utility>
+#include <vector>
+
+namespace tesk_audio {
+
+// One of our ports (its channel, from 0) and the port of somebody else that hears it.
+using JackLink = std::pair<unsigned, std::string>;
+
+// Where the operator wants our ports to be heard.
+struct JackWishes {
+  unsigned channels = 2;
+  // Physical outputs, from 1: the first hears channel 1, and so on, round and round when there are more of
+  // them than channels. Empty: in their order, and the first two for a single channel.
+  std::vector<unsigned> outputs = {};
+  // Regular expressions for whole port names; the ports that match one hear the channels in their order.
+  // Empty: the physical outputs are taken.
+  std::vector<std::string> patterns = {};
+};
+
+// Throws TESKAudioError for a pattern that is none, naming it.
+void RequirePatterns(const std::vector<std::string>& patterns);
+
+// Knows by name which ports are to hear ours, through restarts of the server and of other programs. Made from
+// the wishes at first; from then on what somebody connects or disconnects by hand counts.
+//
+// Threads    ANY, each operation alone: a device that hangs can come back while its successor runs.
+class JackLinks {
+ public:
+  explicit JackLinks(JackWishes wishes) : wishes_(std::move(wishes)) {}
+
+  // The server is a new one: everything that is remembered is to be connected again as soon as it is there.
+  void Reopen();
+  // A port of that name is a new one, although there may have been another at the last look.
+  void Renew(const std::string& input);
+
+  // `connected`: the links that there are now; `inputs` and `physical`: the ports that there are now;
+  // `seconds`: of any clock that only grows. Returns the links to make now.
+  std::set<JackLink> Observe(const std::set<JackLink>& connected, const std::vector<std::string>& inputs,
+                             const std::vector<std::string>& physical, double seconds);
+
+  std::set<JackLink> GetRemembered() const;
+
+ private:
+  void AddWished_(const std::vector<std::string>& inputs, const std::vector<std::string>& physical);
+  void AddLink_(const JackLink& link);
+  void ForgetLost_(const std::set<JackLink>& connected, const std::set<std::string>& present, double seconds);
+
+  const JackWishes wishes_;
+  mutable std::mutex mutex_;    // guards everything below
+  std::set<JackLink> granted_;  // made from the wishes once; whoever takes one away means it
+  std::set<JackLink> remembered_;
+  std::set<std::string> known_;      // ports that were there at the last look
+  std::map<JackLink, double> lost_;  // since when
+};
+
+}  // namespace tesk_audio

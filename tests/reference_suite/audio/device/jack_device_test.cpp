@@ -1,0 +1,187 @@
+// Against a real JACK server without hardware. Exactness is asked for in freewheel alone, in which the server
+// waits for every client.
+#include "reference_suite/audio/device/jack_device.h"
+
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+#include <signal.h>
+
+#include <atomic>
+
+#include "suite/audio/errors.h"
+#include "tests/reference_suite/audio/support/await.h"
+#include "tests/support/jack_recorder.h"
+#include "tests/support/jack_server.h"
+#include "tests/support/throws_with_text.h"
+
+namespace {
+
+using tesk_audio::JackDevice;
+using tesk_audio::JackLinks;
+using test_support::JackRecorder;
+using test_support::JackServer;
+
+// Frame n holds n + 1 on the first channel and the negative of it on the second, once it has been let go.
+class Counter : public tesk_audio::DeviceCallback {
+ public:
+  explicit Counter(unsigned channels) : channels_(channels) {}
+
+  void Process(float* out, std::size_t frames) noexcept override {
+    ++calls;
+    for (std::size_t i = 0; i < frames; ++i) {
+      const float value = goes ? static_cast<float>(++count) : 0.0F;
+      for (unsigned channel = 0; channel < channels_; ++channel) *out++ = channel == 0 ? value : -value;
+    }
+  }
+  bool IsReady(std::size_t frames) const noexcept override {
+    return !goes || count + static_cast<long long>(frames) <= ready;
+  }
+
+  std::atomic<bool> goes{false};
+  std::atomic<long long> calls{0};
+  std::atomic<long long> count{0};
+  std::atomic<long long> ready{1'000'000'000};
+
+ private:
+  unsigned channels_;
+};
+
+const std::vector<std::string> kOurs{"orbel:out_1"};
+
+std::shared_ptr<JackLinks> LinksTo(const std::vector<std::string>& patterns, unsigned channels = 1) {
+  return std::make_shared<JackLinks>(tesk_audio::JackWishes{channels, {}, patterns});
+}
+
+std::vector<float> CountedTo(std::size_t last) {
+  std::vector<float> frames;
+  for (std::size_t frame = 1; frame <= last; ++frame) frames.push_back(static_cast<float>(frame));
+  return frames;
+}
+
+TEST(JackDevice, WithoutAServerOpeningSaysWhatToDo) {
+  EXPECT_TRUE(test_support::ThrowsWithText<tesk_audio::TESKAudioError>(
+      [] { JackDevice device("nobody_is_called_so", 2, LinksTo({})); },
+      "No JACK server \"nobody_is_called_so\" answers. Start it, or choose another output; \"orbel devices\" "
+      "lists them."));
+}
+
+TEST(JackDevice, NeverBearsTheNameOfItsServer) {
+  EXPECT_EQ(tesk_audio::JackClientNameFor("default"), "orbel");
+  EXPECT_NE(tesk_audio::JackClientNameFor("orbel"), "orbel");
+}
+
+TEST(JackDevice, TheServerDecidesRateAndPeriod) {
+  JackServer server({.rateHz = 44100, .periodFrames = 512});
+  JackDevice device(server.GetName(), 3, LinksTo({}, 3));
+  EXPECT_EQ(device.GetRateHz(), 44100.0);
+  EXPECT_EQ(device.GetPeriodFrames(), 512U);
+  EXPECT_EQ(device.GetChannelCount(), 3U);
+  EXPECT_EQ(device.GetDescription(),
+            "JACK server \"" + server.GetName() + "\", 44100 Hz, 512 frames a period");
+  EXPECT_FALSE(device.HasFailed());
+  const JackRecorder looker(server.GetName(), 1);
+  for (const char* const port : {"orbel:out_1", "orbel:out_2", "orbel:out_3"}) {
+    EXPECT_TRUE(looker.HasPort(port)) << port;
+  }
+}
+
+TEST(JackDevice, InFreewheelEveryFrameArrivesOnItsPort) {
+  for (const unsigned period : {64U, 128U, 256U, 2048U}) {
+    JackServer server({.periodFrames = period});
+    JackRecorder recorder(server.GetName(), 100'000, 2);
+    Counter counter(2);
+    JackDevice device(server.GetName(), 2, LinksTo({"recorder:in_."}, 2));
+    device.Start(counter);
+    recorder.SetFreewheel(true);
+    ASSERT_TRUE(Await([&] { return device.IsFreewheeling(); }));
+    counter.goes = true;
+    ASSERT_TRUE(Await([&] { return recorder.IsFull(); }));
+    device.Stop();
+    const std::vector<float> expected = CountedTo(100'000);
+    EXPECT_TRUE(recorder.GetFrames() == expected) << "period " << period;
+    std::vector<float> second = recorder.GetFrames(1);
+    for (float& sample : second) sample = -sample;
+    EXPECT_TRUE(second == expected) << "period " << period;
+  }
+}
+
+TEST(JackDevice, InFreewheelItWaitsForFramesThatAreNotReadyYet) {
+  JackServer server;
+  JackRecorder recorder(server.GetName(), 10'000);
+  Counter counter(1);
+  JackDevice device(server.GetName(), 1, LinksTo({"recorder:in_1"}));
+  device.Start(counter);
+  recorder.SetFreewheel(true);
+  ASSERT_TRUE(Await([&] { return device.IsFreewheeling(); }));
+  counter.ready = 0;
+  counter.goes = true;
+  for (long long ready = 100; ready < 11'000; ready += 100) {
+    counter.ready = ready;
+    ASSERT_TRUE(Await([&] { return counter.count + 256 > ready; }));
+    EXPECT_LE(counter.count, ready);
+  }
+  ASSERT_TRUE(Await([&] { return recorder.IsFull(); }));
+  EXPECT_TRUE(recorder.GetFrames() == CountedTo(10'000));
+}
+
+TEST(JackDevice, TheLatencyOfWhatItPlaysToIsItsOwn) {
+  JackServer server({.periodFrames = 256});
+  Counter counter(1);
+  JackDevice device(server.GetName(), 1, LinksTo({}));
+  device.Start(counter);
+  EXPECT_TRUE(Await([&] { return device.GetLatencyFrames() == 512; })) << device.GetLatencyFrames();
+}
+
+TEST(JackDevice, AServerThatIsKilledIsTold) {
+  JackServer server;
+  Counter counter(1);
+  JackDevice device(server.GetName(), 1, LinksTo({}));
+  device.Start(counter);
+  ASSERT_TRUE(Await([&] { return counter.calls > 10; }));
+  server.End(SIGKILL);
+  ASSERT_TRUE(Await([&] { return device.HasFailed(); }));
+  EXPECT_EQ(device.GetFailure(), "JACK server has been closed");
+  device.Stop();
+}
+
+TEST(JackDevice, BehindARestartTheSamePortsAreConnectedAgain) {
+  const std::string name = JackServer::NewName();
+  const auto links = LinksTo({"recorder:in_1"});
+  Counter counter(1);
+  for (int run = 0; run < 3; ++run) {
+    JackServer server({}, name);
+    JackRecorder recorder(name, 1, 2);
+    JackDevice device(name, 1, links);
+    device.Start(counter);
+    EXPECT_TRUE(Await([&] { return recorder.GetSources(0) == kOurs; })) << "run " << run;
+    // By hand, in the first run.
+    if (run == 0) recorder.Connect("orbel:out_1", 1);
+    EXPECT_TRUE(Await([&] { return recorder.GetSources(1) == kOurs; })) << "run " << run;
+    ASSERT_TRUE(Await([&] { return links->GetRemembered().size() == 2; }));
+    server.End(run % 2 == 0 ? SIGKILL : SIGTERM);
+    ASSERT_TRUE(Await([&] { return device.HasFailed(); }));
+    EXPECT_EQ(links->GetRemembered().size(), 2U);
+  }
+}
+
+TEST(JackDevice, APortThatComesBackIsConnectedAgain) {
+  JackServer server;
+  Counter counter(1);
+  JackDevice device(server.GetName(), 1, LinksTo({"recorder:in_1"}));
+  device.Start(counter);
+  for (int run = 0; run < 2; ++run) {
+    const JackRecorder recorder(server.GetName(), 1);
+    EXPECT_TRUE(Await([&] { return recorder.GetSources() == kOurs; }));
+  }
+}
+
+TEST(JackDevice, NothingThatTheLibraryPrintsReachesTheTerminal) {
+  tesk_audio::TakeJackMessages();
+  testing::internal::CaptureStderr();
+  testing::internal::CaptureStdout();
+  EXPECT_THROW(JackDevice("nobody_is_called_so", 2, LinksTo({})), tesk_audio::TESKAudioError);
+  EXPECT_EQ(testing::internal::GetCapturedStderr() + testing::internal::GetCapturedStdout(), "");
+  EXPECT_THAT(tesk_audio::TakeJackMessages(), testing::Not(testing::IsEmpty()));
+}
+
+}  // namespace

@@ -1,0 +1,104 @@
+#include "reference_suite/audio/device/jack_links.h"
+
+#include <gtest/gtest.h>
+
+#include "suite/audio/errors.h"
+#include "tests/support/throws_with_text.h"
+
+namespace {
+
+using tesk_audio::JackLink;
+using tesk_audio::JackLinks;
+using Names = std::vector<std::string>;
+using Links = std::set<JackLink>;
+
+const Names kPlayback{"system:playback_1", "system:playback_2", "system:playback_3"};
+
+TEST(JackLinks, WithoutWishesTheChannelsGoToThePhysicalOutputsInOrder) {
+  JackLinks links({.channels = 2});
+  EXPECT_EQ(links.Observe({}, kPlayback, kPlayback, 0.0),
+            (Links{{0, "system:playback_1"}, {1, "system:playback_2"}}));
+}
+
+TEST(JackLinks, ASingleChannelIsHeardOnBothSides) {
+  JackLinks links({.channels = 1});
+  EXPECT_EQ(links.Observe({}, kPlayback, kPlayback, 0.0),
+            (Links{{0, "system:playback_1"}, {0, "system:playback_2"}}));
+}
+
+TEST(JackLinks, OutputsAreTakenAsAskedAndThoseThatAreMissingArePassedOver) {
+  JackLinks links({.channels = 2, .outputs = {3, 9}});
+  EXPECT_EQ(links.Observe({}, kPlayback, kPlayback, 0.0), (Links{{0, "system:playback_3"}}));
+  JackLinks more({.channels = 2, .outputs = {3, 2, 1}});
+  EXPECT_EQ(more.Observe({}, kPlayback, kPlayback, 0.0),
+            (Links{{0, "system:playback_3"}, {1, "system:playback_2"}, {0, "system:playback_1"}}));
+}
+
+TEST(JackLinks, PatternsMatchWholeNamesAndReplaceThePhysicalOutputs) {
+  JackLinks links({.channels = 2, .patterns = {"mixer:in_.", "tape:in_1"}});
+  const Names inputs{"system:playback_1", "mixer:in_1", "mixer:in_2",
+                     "mixer:in_3",        "tape:in_1",  "tape:in_11"};
+  EXPECT_EQ(links.Observe({}, inputs, kPlayback, 0.0),
+            (Links{{0, "mixer:in_1"}, {1, "mixer:in_2"}, {0, "tape:in_1"}}));
+}
+
+TEST(JackLinks, APatternWaitsForTheProgramThatItMeans) {
+  JackLinks links({.channels = 2, .patterns = {"mixer:in_."}});
+  EXPECT_EQ(links.Observe({}, kPlayback, kPlayback, 0.0), Links{});
+  EXPECT_EQ(links.Observe({}, {"mixer:in_1"}, {}, 0.1), (Links{{0, "mixer:in_1"}}));
+  EXPECT_EQ(links.Observe({{0, "mixer:in_1"}}, {"mixer:in_1", "mixer:in_2"}, {}, 0.2),
+            (Links{{1, "mixer:in_2"}}));
+}
+
+TEST(JackLinks, APatternThatIsNoneIsRefusedWithItsText) {
+  EXPECT_TRUE(test_support::ThrowsWithText<tesk_audio::TESKAudioError>(
+      [] {
+        tesk_audio::RequirePatterns({"mixer:.*", "mixer:(in"});
+      },
+      "\"mixer:(in\" is no regular expression for port names. For all inputs of a program give its name and "
+      "\":.*\"."));
+}
+
+TEST(JackLinks, ANewServerHasEverythingConnectedAgain) {
+  JackLinks links({.channels = 1, .outputs = {1}});
+  links.Observe({}, kPlayback, kPlayback, 0.0);
+  links.Observe({{0, "system:playback_1"}, {0, "by:hand"}}, {"system:playback_1", "by:hand"}, kPlayback, 1.0);
+  links.Reopen();
+  EXPECT_EQ(links.Observe({}, kPlayback, kPlayback, 2.0), (Links{{0, "system:playback_1"}}));
+  EXPECT_EQ(links.Observe({{0, "system:playback_1"}}, {"system:playback_1", "by:hand"}, kPlayback, 3.0),
+            (Links{{0, "by:hand"}}))
+      << "as soon as its program is there again";
+}
+
+TEST(JackLinks, WhatIsDisconnectedByHandStaysSo) {
+  JackLinks links({.channels = 1, .outputs = {1}});
+  links.Observe({}, kPlayback, kPlayback, 0.0);
+  links.Observe({{0, "system:playback_1"}}, kPlayback, kPlayback, 0.1);
+  EXPECT_EQ(links.Observe({}, kPlayback, kPlayback, 5.0), Links{});
+  EXPECT_EQ(links.Observe({}, kPlayback, kPlayback, 6.0), Links{});
+  links.Reopen();
+  EXPECT_EQ(links.Observe({}, kPlayback, kPlayback, 7.0), Links{});
+}
+
+TEST(JackLinks, WhatAServerTakesAwayInDyingIsRemembered) {
+  JackLinks links({.channels = 1, .outputs = {1}});
+  links.Observe({}, kPlayback, kPlayback, 0.0);
+  links.Observe({{0, "system:playback_1"}}, kPlayback, kPlayback, 0.1);
+  links.Observe({}, kPlayback, kPlayback, 0.2);
+  links.Observe({}, {}, {}, 9.0);
+  links.Reopen();
+  EXPECT_EQ(links.Observe({}, kPlayback, kPlayback, 10.0), (Links{{0, "system:playback_1"}}));
+}
+
+TEST(JackLinks, AProgramThatLeavesAndComesBackIsConnectedAgain) {
+  JackLinks links({.channels = 1, .patterns = {"mixer:in"}});
+  links.Observe({}, {"mixer:in"}, {}, 0.0);
+  links.Observe({{0, "mixer:in"}}, {"mixer:in"}, {}, 0.1);
+  EXPECT_EQ(links.Observe({}, {}, {}, 5.0), Links{});
+  EXPECT_EQ(links.Observe({}, {"mixer:in"}, {}, 9.0), (Links{{0, "mixer:in"}}));
+  links.Observe({{0, "mixer:in"}}, {"mixer:in"}, {}, 9.1);
+  links.Renew("mixer:in");
+  EXPECT_EQ(links.Observe({}, {"mixer:in"}, {}, 9.2), (Links{{0, "mixer:in"}})) << "between two looks";
+}
+
+}  // namespace

@@ -1,0 +1,92 @@
+#include "tests/support/jack_recorder.h"
+
+#include <gtest/gtest.h>
+
+#include <algorithm>
+#include <chrono>
+#include <thread>
+
+namespace test_support {
+
+JackRecorder::JackRecorder(const std::string& server, std::size_t frames, unsigned ports,
+                           const std::string& name)
+    : room_(frames), kept_(ports, std::vector<float>(frames)) {
+  const auto options = static_cast<jack_options_t>(JackNoStartServer | JackServerName);
+  client_ = ::jack_client_open(name.c_str(), options, nullptr, server.c_str());
+  if (client_ == nullptr) {
+    ADD_FAILURE() << "the recorder finds no server";
+    return;
+  }
+  for (unsigned port = 1; port <= ports; ++port) {
+    ports_.push_back(::jack_port_register(client_, ("in_" + std::to_string(port)).c_str(),
+                                          JACK_DEFAULT_AUDIO_TYPE, JackPortIsInput, 0));
+  }
+  ::jack_set_process_callback(
+      client_,
+      [](jack_nframes_t count, void* self) {
+        static_cast<JackRecorder*>(self)->Process_(count);
+        return 0;
+      },
+      this);
+  ::jack_set_freewheel_callback(
+      client_,
+      [](int starting, void* self) { static_cast<JackRecorder*>(self)->freewheels_ = starting != 0; }, this);
+  ::jack_activate(client_);
+}
+
+JackRecorder::~JackRecorder() {
+  if (client_ != nullptr) ::jack_client_close(client_);
+}
+
+void JackRecorder::Process_(jack_nframes_t frames) {
+  if (restart_.exchange(false)) count_ = 0;
+  std::size_t count = count_;
+  std::size_t from = 0;
+  for (std::size_t port = 0; port < ports_.size(); ++port) {
+    const auto* const in = static_cast<const float*>(::jack_port_get_buffer(ports_[port], frames));
+    if (port == 0 && count == 0) {
+      while (from < frames && in[from] == 0.0F) ++from;
+    }
+    const std::size_t taken = std::min<std::size_t>(frames - from, room_ - count);
+    std::copy_n(in + from, taken, kept_[port].begin() + static_cast<std::ptrdiff_t>(count));
+    if (port + 1 == ports_.size()) count_ = count + taken;
+  }
+}
+
+std::vector<float> JackRecorder::GetFrames(unsigned port) const {
+  const auto& kept = kept_.at(port);
+  return {kept.begin(), kept.begin() + static_cast<std::ptrdiff_t>(count_.load())};
+}
+
+void JackRecorder::SetFreewheel(bool freewheels) {
+  ASSERT_EQ(::jack_set_freewheel(client_, freewheels ? 1 : 0), 0);
+  const auto deadline = std::chrono::steady_clock::now() + std::chrono::minutes(1);
+  while (freewheels_ != freewheels && std::chrono::steady_clock::now() < deadline) {
+    std::this_thread::sleep_for(std::chrono::milliseconds(1));
+  }
+  ASSERT_EQ(freewheels_, freewheels);
+}
+
+std::vector<std::string> JackRecorder::GetSources(unsigned port) const {
+  std::vector<std::string> names;
+  const char** const sources = ::jack_port_get_all_connections(client_, ports_.at(port));
+  for (const char** source = sources; source != nullptr && *source != nullptr; ++source) {
+    names.emplace_back(*source);
+  }
+  if (sources != nullptr) ::jack_free(sources);
+  return names;
+}
+
+void JackRecorder::Connect(const std::string& source, unsigned port) {
+  ::jack_connect(client_, source.c_str(), ::jack_port_name(ports_.at(port)));
+}
+
+void JackRecorder::Disconnect(const std::string& source, unsigned port) {
+  ::jack_disconnect(client_, source.c_str(), ::jack_port_name(ports_.at(port)));
+}
+
+bool JackRecorder::HasPort(const std::string& name) const {
+  return ::jack_port_by_name(client_, name.c_str()) != nullptr;
+}
+
+}  // namespace test_support

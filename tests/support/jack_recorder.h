@@ -1,0 +1,49 @@
+#pragma once
+
+#include <jack/jack.h>
+
+#include <atomic>
+#include <string>
+#include <vector>
+
+namespace test_support {
+
+// A client that keeps what arrives at its ports in_1, in_2, ..., from the first frame that is not silent on
+// the first of them.
+class JackRecorder {
+ public:
+  // Room for that many frames; what comes after them is lost.
+  JackRecorder(const std::string& server, std::size_t frames, unsigned ports = 1,
+               const std::string& name = "recorder");
+  ~JackRecorder();
+  JackRecorder(const JackRecorder&) = delete;
+  JackRecorder& operator=(const JackRecorder&) = delete;
+
+  // Everything so far; port 0 is in_1. Silence in between is kept.
+  std::vector<float> GetFrames(unsigned port = 0) const;
+  std::size_t GetCount() const { return count_; }
+  bool IsFull() const { return count_ == room_; }
+  // From now on the next frame that is not silent is the first.
+  void Restart() { restart_ = true; }
+
+  // Without a clock, as fast as the clients are. Returns when the server has switched.
+  void SetFreewheel(bool freewheels);
+  // The ports that play to in_1.
+  std::vector<std::string> GetSources(unsigned port = 0) const;
+  void Disconnect(const std::string& source, unsigned port = 0);
+  void Connect(const std::string& source, unsigned port = 0);
+  bool HasPort(const std::string& name) const;
+
+ private:
+  void Process_(jack_nframes_t frames);
+
+  std::size_t room_;
+  std::vector<std::vector<float>> kept_;
+  std::atomic<std::size_t> count_{0};
+  std::atomic<bool> restart_{false};
+  std::atomic<bool> freewheels_{false};
+  std::vector<jack_port_t*> ports_;
+  jack_client_t* client_ = nullptr;
+};
+
+}  // namespace test_support

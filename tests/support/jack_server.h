@@ -1,0 +1,39 @@
+#pragma once
+
+#include <sys/types.h>
+
+#include <string>
+
+namespace test_support {
+
+// A JACK server of the test's own, without hardware, under a name that nobody else has. Ended with this
+// object, by its process and never by its name.
+class JackServer {
+ public:
+  struct Shape {
+    unsigned rateHz = 48000;
+    unsigned periodFrames = 256;
+    unsigned outputs = 2;  // physical ones
+  };
+
+  // `name`: empty for a new one. Fails the test when the server does not come up.
+  explicit JackServer(const Shape& shape, std::string name = "");
+  JackServer() : JackServer(Shape{}) {}
+  ~JackServer();
+  JackServer(const JackServer&) = delete;
+  JackServer& operator=(const JackServer&) = delete;
+
+  const std::string& GetName() const { return name_; }
+  void Signal(int signal) const;
+  // Ends it with that signal; returns when it has gone.
+  void End(int signal);
+  static std::string NewName();
+
+ private:
+  void Run_(const Shape& shape) const;
+
+  std::string name_;
+  pid_t process_ = -1;
+};
+
+}  // namespace test_support
