@@ -12,7 +12,7 @@ SANITIZED := exc_test exc_lock_impl_test samples_ticks_converter_test ob_show_co
 # The engine is covered by its own tests alone: what only a whole show reaches counts as not covered.
 COVERED := $(SANITIZED) player_wrapper_test
 # Every test carries the name of its program as a label.
-labels_of = ^($(shell echo $(1) | tr ' ' '|'))$$$$
+labels_of = ^($(shell echo $(1) | tr ' ' '|'))$$
 SANITIZED_LABELS := $(call labels_of,$(SANITIZED))
 
 help:
