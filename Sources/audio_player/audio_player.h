@@ -219,6 +219,8 @@ class AudioPlayer : public Player, public tesk_audio::AudioPlayerOutputInterface
   // ---- transport.cpp -----------------------------------------------------------------------------
   // True when the state was another one.
   bool EnterPlay_();
+  // True when the state was PLAY.
+  bool EnterPause_();
   void StartOutput_();
   // False when the output does not stop, however often it is asked.
   bool StopRunningOutput_();

@@ -3,9 +3,9 @@
 #include "suite/core/notification_names.h"
 
 void AudioPlayer::NotifyOutputHasStopped() {
-  SetPlayerState(PlayerState::STOP);
   {
     exc::ScopeLock lock(*this);
+    SetPlayerState(PlayerState::STOP);
     if (stopRequested_.exchange(false)) return;
   }
   // Nobody asked for it: the song has come to its end. Listeners run without the lock.

@@ -67,6 +67,7 @@ void AudioPlayer::EndLoaders_() {
   loadersInside_->WaitUntilNone();
 }
 
+// With the lock held, unlike everywhere else: nobody is left who could want it.
 void AudioPlayer::FreeAllContents_() {
   exc::ScopeLock lock(*this);
   for (const auto& [song, content] : decodedContents_) delete content;

@@ -29,11 +29,17 @@ void AudioPlayer::StartOutput_() {
 }
 
 void AudioPlayer::Pause() {
-  // One step: a song that ends at this moment stays stopped.
-  PlayerState playing = PlayerState::PLAY;
-  if (!playerState_.compare_exchange_strong(playing, PlayerState::PAUSE)) return;
+  if (!EnterPause_()) return;
   if (tesk_audio::AudioSampleOutput* const output = Output_()) output->Pause();
   notify::guiDispatcher.SendPlaybackPaused();
+}
+
+// One step, because the output may stop by itself at this moment: a song that has ended stays stopped.
+bool AudioPlayer::EnterPause_() {
+  exc::ScopeLock lock(*this);
+  if (!IsPlaying()) return false;
+  SetPlayerState(PlayerState::PAUSE);
+  return true;
 }
 
 void AudioPlayer::Stop() {

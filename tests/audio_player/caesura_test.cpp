@@ -1,6 +1,7 @@
 #include <gtest/gtest.h>
 
 #include "tests/audio_player/player_test.h"
+#include "tests/fakes/fake_player.h"
 #include "tests/fakes/journaling_gui_update.h"
 #include "tests/fakes/scripted_show_control.h"
 #include "tests/support/cout_capture.h"
@@ -65,10 +66,12 @@ TEST_F(Caesuras, BothPendingAndCanceledPassTheStopThrough) {
 }
 
 // A base may act on a change of state; here the field is stored past it.
-TEST_F(Caesuras, TheStateIsStoredAs4) {
+TEST_F(Caesuras, TheStateIsStoredAs4PastTheBase) {
   LoadAndPlay("1");
+  fakes::player::TakeStatesSet();
   AsOutputSees().OnCaesuraStop();
   EXPECT_EQ(static_cast<int>(State()), 4);
+  EXPECT_EQ(fakes::player::TakeStatesSet(), std::vector<PlayerState>{});
 }
 
 TEST_F(Caesuras, AStopHoldsNoLockWhileItRefills) {

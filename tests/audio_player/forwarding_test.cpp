@@ -5,6 +5,7 @@
 #include "exc/lock/scope_lock.h"
 #include "tests/audio_player/player_test.h"
 #include "tests/fakes/fake_player.h"
+#include "tests/fakes/scripted_show_control.h"
 
 namespace {
 
@@ -49,6 +50,19 @@ TEST_F(Forwarding, JumpQueriesAnswerAsTheShowControlDoes) {
   EXPECT_EQ(AsOutputSees().GetNextCaesuraSampleIndex(0), -1);
 }
 
+// Answers that nothing but the show control can give.
+TEST_F(Forwarding, WhatLiesAheadIsTheShowControlsAnswer) {
+  fakes::show_control::SetNextCaesura(100);
+  fakes::show_control::SetCut(480, 9600);
+  LoadReady("1");
+  EXPECT_EQ(AsOutputSees().GetNextCaesuraSampleIndex(0), 2205);
+  JumpTo(480);
+  EXPECT_EQ(AsOutputSees().GetNextCaesuraSampleIndex(AsOutputSees().GetSampleIndex()), -1);
+  EXPECT_TRUE(AsOutputSees().GetCutToEndOfSongIsNext());
+  EXPECT_TRUE(AsOutputSees().GetJumpIsNext());
+  EXPECT_EQ(AsOutputSees().GetJumpTargetSampleIndex(), 211680);
+}
+
 TEST_F(Forwarding, CorrectionsOfTheNextJumpReachTheShowControl) {
   LoadReady("1");
   AsOutputSees().SkipAheadSamplesOnNextJump(100);
@@ -84,6 +98,25 @@ TEST_F(Forwarding, DspFactorsAnswerAsTheShowControlDoes) {
   AsOutputSees().GetDspFactorsAt(1000, &scale, &transposition);
   EXPECT_EQ(scale, 1.5L);
   EXPECT_EQ(transposition, -2);
+}
+
+// Each of the three is asked about another moment.
+TEST_F(Forwarding, TheThreeDspQueriesAreToldApart) {
+  LoadReady("1");
+  GetPlayer().SetTempoScale(1.25);
+  AsOutputSees().AddToSampleIndex(100);
+  JumpTo(480);
+  GetPlayer().SetTempoScale(1.75);
+  GetPlayer().GetShowControl().DoSkipAhead(500);
+  GetPlayer().SetTempoScale(1.5);
+  long double scale = 0;
+  int transposition = 0;
+  AsOutputSees().GetDspFactorsAtCurrentTickIndex(&scale, &transposition);
+  EXPECT_EQ(scale, 1.5L) << "now";
+  AsOutputSees().GetDspFactorsAtCurrentSampleIndex(&scale, &transposition);
+  EXPECT_EQ(scale, 1.75L) << "before the control position moved ahead of the audio";
+  AsOutputSees().GetDspFactorsAt(100, &scale, &transposition);
+  EXPECT_EQ(scale, 1.25L) << "before the jump";
 }
 
 TEST_F(Forwarding, TheReadSamplesLockIsTheShowControls) {

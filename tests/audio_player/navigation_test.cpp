@@ -106,8 +106,10 @@ TEST_F(Navigation, NextOnTheLastSongReturnsTrueAndGoesToItsBeginning) {
 TEST_F(Navigation, NextOnTheLastSongWithAudioReturnsTrue) {
   MakePlayer({"4", "5"});
   LoadReady("3");
+  GetPlayer().Seek(960);
   EXPECT_TRUE(GetPlayer().NextSong());
   EXPECT_EQ(Current(), "3");
+  EXPECT_EQ(GetPlayer().GetShowControl().GetTickIndex(), 0u);
 }
 
 TEST_F(Navigation, NextSkipsSongsWithoutAudio) {

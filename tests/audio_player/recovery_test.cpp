@@ -81,6 +81,14 @@ TEST_F(Recovery, LeavesAnApproachingStopAsItIs) {
   EXPECT_EQ(AudibleAt(30000), 20u);
 }
 
+TEST_F(Recovery, LeavesTheShownTickAsItIs) {
+  LoadAndPlay("1");
+  EXPECT_EQ(AudibleAt(221), 10u);
+  AsOutputSees().ResetForRecovery(22050, 30000);
+  AsOutputSees().NotifyApproachingStop();  // at tick 1000: what is shown stays until that is passed
+  EXPECT_EQ(AudibleAt(30000), 10u);
+}
+
 TEST_F(Recovery, TheEndOfTheSongReachesTheCallerAndTheFlagsAreCleared) {
   LoadAndPlay("1");
   SetEveryFlag();

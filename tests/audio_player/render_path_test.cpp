@@ -223,6 +223,8 @@ TEST_F(RenderPath, ContentThatTheOutputRefusedIsNeverRead) {
   LoadReady("1");
   Output().RefuseContent("16 channels do not fit 1");
   EXPECT_THROW(GetPlayer().LoadSong("2"), AudioPlayer::AudioFormatError);
+  EXPECT_TRUE(test_support::ThrowsWithText<SongNotLoaded>([&] { GetPlayer().GetCurrentSongContent(); },
+                                                          "The output has refused the audio of this song."));
   SampleCount count(4, 1.0L);
   EXPECT_EQ(AsOutputSees().ReadSamples(&count, buffer_.data()), 0);
   EXPECT_EQ(buffer_[0], -1.0F);

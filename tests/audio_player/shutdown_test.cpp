@@ -1,14 +1,24 @@
 #include <gtest/gtest.h>
 
+#include <algorithm>
+#include <atomic>
+#include <filesystem>
+#include <fstream>
+#include <string>
 #include <thread>
+#include <utility>
 
 #include "exc/assertion/ex_assertion_error.h"
 #include "tests/audio_player/player_test.h"
 #include "tests/fakes/fake_decoder.h"
+#include "tests/fakes/journal.h"
 #include "tests/fakes/journaling_gui_update.h"
+#include "tests/fakes/journaling_locks.h"
 #include "tests/support/deleter_clock.h"
+#include "tests/support/sleeping_thread.h"
 #include "tests/support/staircase_content.h"
 #include "tests/support/throws_with_text.h"
+#include "tests/support/wait_until.h"
 
 namespace {
 
@@ -23,6 +33,15 @@ class ShuttingDown : public PlayerTest {
     EXPECT_EQ(Told(), (Journal{})) << "nothing has changed";
     EXPECT_NE(test_support::cranked::Get(), nullptr);
     EXPECT_TRUE(PlayerLockIsFree());
+  }
+  // The system keeps the first 15 letters of a thread's name.
+  static bool DeleterLives() {
+    for (const auto& task : std::filesystem::directory_iterator("/proc/self/task")) {
+      std::ifstream file(task.path() / "comm");
+      std::string name;
+      if (std::getline(file, name) && name == "AudioContentDel") return true;
+    }
+    return false;
   }
 };
 
@@ -155,13 +174,84 @@ TEST_F(ShuttingDown, ALoaderThatEndsDuringDestructionStartsNothing) {
   GetPlayer().LoadSong("4");
   ASSERT_TRUE(fakes::decoder::WaitUntilHeld(Path("4")));
   Told();
-  // Let go from the deleter's side of the destruction: by then the wait is cancelled, or the loader not yet
-  // begun.
-  std::thread destroy([&] { DestroyPlayer(); });
-  std::thread release([] { fakes::decoder::ReleaseLoader(Path("4")); });
-  destroy.join();
-  release.join();
+  std::atomic<pid_t> id{0};
+  std::thread destroying([&] {
+    id = test_support::ThisThread();
+    DestroyPlayer();
+  });
+  // Once the deleter has gone, only the loader can be what the destruction waits for.
+  ASSERT_TRUE(test_support::WaitUntil([&] { return id != 0 && !DeleterLives(); }));
+  EXPECT_TRUE(test_support::WaitUntilItSleeps(id));
+  fakes::decoder::ReleaseLoader(Path("4"));
+  destroying.join();
+  EXPECT_EQ(Told(), (Journal{"gui.Pause", "output.Delete", "gui.Pause", "gui.Delete"}));
   EXPECT_EQ(test_support::StaircaseContent::alive, 0);
+}
+
+// The deleter first: what it is in the middle of freeing nobody else has.
+TEST_F(ShuttingDown, DestructionWaitsForTheDeleterBeforeItEndsTheLoaders) {
+  test_support::deleter_clock::Hold();
+  LoadReady("1");
+  fakes::decoder::HoldLoader(Path("4"));
+  GetPlayer().LoadSong("4");
+  ASSERT_TRUE(fakes::decoder::WaitUntilHeld(Path("4")));
+  Told();
+  std::atomic<pid_t> id{0};
+  std::thread destroying([&] {
+    id = test_support::ThisThread();
+    DestroyPlayer();
+  });
+  while (id == 0) std::this_thread::yield();
+  EXPECT_TRUE(test_support::WaitUntilItSleeps(id));
+  // Song 4 is still awaited, and so put in place: nobody has begun to end loaders.
+  fakes::decoder::ReleaseLoader(Path("4"));
+  EXPECT_TRUE(test_support::WaitUntil([] {
+    const Journal told = Told();
+    return std::count(told.begin(), told.end(), "output.SwitchContent") != 0;
+  }));
+  test_support::deleter_clock::LetGo();
+  destroying.join();
+}
+
+// Tells when it is freed, and with which locks.
+class TellingContent : public test_support::StaircaseContent {
+ public:
+  explicit TellingContent(std::string song) : StaircaseContent(1000), song_(std::move(song)) {}
+  ~TellingContent() override { fakes::Write("content.Delete " + song_); }
+
+ private:
+  const std::string song_;
+};
+
+TEST_F(ShuttingDown, DestructionFreesDecodedContentsThenQueuedOnesUnderThePlayerLockLast) {
+  test_support::deleter_clock::Hold();
+  for (const char* song : {"1", "2", "3", "4"}) {
+    fakes::decoder::SetContent(Path(song), [song] { return new TellingContent(song); });
+  }
+  LoadReady("1");
+  LoadReady("2");
+  LoadReady("3");
+  std::atomic<pid_t> id{0};
+  std::thread destroying([&] {
+    const fakes::locks::Journaling journaling;
+    id = test_support::ThisThread();
+    DestroyPlayer();
+  });
+  while (id == 0) std::this_thread::yield();
+  EXPECT_TRUE(test_support::WaitUntilItSleeps(id)) << "it waits for the deleter, which frees nothing more";
+  test_support::deleter_clock::LetGo();
+  destroying.join();
+  Journal told = Told();
+  std::erase_if(told, [](const std::string& entry) {
+    return (entry[0] == '+' || entry[0] == '-') && entry.substr(1) != "Player";
+  });
+  const auto end = std::find(told.begin(), told.end(), "gui.Delete");
+  const Journal freed = {"+Player",          "content.Delete 2", "content.Delete 3",
+                         "content.Delete 4", "content.Delete 1", "-Player"};
+  ASSERT_GE(end - told.begin(), static_cast<std::ptrdiff_t>(freed.size()));
+  EXPECT_EQ(Journal(end - static_cast<std::ptrdiff_t>(freed.size()), end), freed);
+  EXPECT_LT(std::find(told.begin(), told.end(), "output.Delete"),
+            std::find(told.begin(), told.end(), "content.Delete 2"));
 }
 
 }  // namespace

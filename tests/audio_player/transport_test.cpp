@@ -1,12 +1,14 @@
 #include <gtest/gtest.h>
 
 #include <algorithm>
-
+#include <atomic>
 #include <thread>
+#include <vector>
 
 #include "exc/assertion/ex_assertion_error.h"
 #include "tests/audio_player/player_test.h"
 #include "tests/fakes/fake_decoder.h"
+#include "tests/fakes/fake_player.h"
 #include "tests/fakes/journal.h"
 #include "tests/fakes/scripted_show_control.h"
 #include "tests/support/cout_capture.h"
@@ -117,6 +119,49 @@ TEST_F(Transport, PauseWithoutAnOutputDoesTheRestOfItsWork) {
   GetPlayer().Pause();
   EXPECT_EQ(State(), PlayerState::PAUSE);
   EXPECT_EQ(Told(), (Journal{"notify.PlaybackPaused"}));
+}
+
+// One step: the output that stops by itself has to wait for it.
+TEST_F(Transport, ASongThatEndsDuringAPauseStaysStopped) {
+  LoadAndPlay("1");
+  std::thread render;
+  fakes::player::OnSetState([&](PlayerState pause) {
+    fakes::player::OnSetState(nullptr);
+    EXPECT_EQ(pause, PlayerState::PAUSE);
+    std::atomic<pid_t> renderId{0};
+    render = std::thread([&] {
+      renderId = test_support::ThisThread();
+      AsOutputSees().NotifyOutputHasStopped();
+    });
+    while (renderId == 0) std::this_thread::yield();
+    EXPECT_TRUE(test_support::WaitUntilItSleeps(renderId));
+    EXPECT_EQ(State(), PlayerState::PLAY);
+  });
+  GetPlayer().Pause();
+  render.join();
+  EXPECT_EQ(State(), PlayerState::STOP);
+}
+
+TEST_F(Transport, EveryChangeOfStateGoesThroughTheBase) {
+  using States = std::vector<PlayerState>;
+  LoadReady("1");
+  fakes::player::TakeStatesSet();
+  GetPlayer().Play();
+  EXPECT_EQ(fakes::player::TakeStatesSet(), (States{PlayerState::PLAY}));
+  GetPlayer().Play();
+  EXPECT_EQ(fakes::player::TakeStatesSet(), (States{})) << "it plays already";
+  GetPlayer().Pause();
+  EXPECT_EQ(fakes::player::TakeStatesSet(), (States{PlayerState::PAUSE}));
+  GetPlayer().Pause();
+  EXPECT_EQ(fakes::player::TakeStatesSet(), (States{})) << "it does not play";
+  Output().RefuseStops(1);
+  GetPlayer().Stop();
+  EXPECT_EQ(fakes::player::TakeStatesSet(), (States{PlayerState::STOP})) << "from pause at once";
+  Output().SetRunning(false);
+  GetPlayer().Play();
+  fakes::player::TakeStatesSet();
+  AsOutputSees().NotifyOutputHasStopped();
+  EXPECT_EQ(fakes::player::TakeStatesSet(), (States{PlayerState::STOP})) << "the output reports";
 }
 
 // ---- Stop ------------------------------------------------------------------------------------------
@@ -289,10 +334,12 @@ TEST_F(Transport, ResetClearsThePositionStateAndAsksForASeek) {
   GetPlayer().LoadNextSongAttacca();
   GetPlayer().Continue();
   GetPlayer().SetStopRequested(true);
+  GetPlayer().SetUserRequestedSeek(true);
   GetPlayer().GetSeekRequestedWhileNotPlay();
   Output().SetRunning(false);
   GetPlayer().ResetPlayer();
   EXPECT_TRUE(GetPlayer().GetSeekRequestedWhileNotPlay());
+  EXPECT_TRUE(GetPlayer().GetUserRequestedSeek()) << "no part of the position";
   EXPECT_FALSE(GetPlayer().GetStopRequested());
   EXPECT_FALSE(GetPlayer().GetAttaccaHasOccurred());
   EXPECT_FALSE(ContinueIsPending());

@@ -1,6 +1,8 @@
 #include "tests/fakes/fake_player.h"
 
 #include <atomic>
+#include <mutex>
+#include <utility>
 
 #include "exc/lock/scope_lock.h"
 #include "suite/player_core/content_argument.h"
@@ -14,11 +16,18 @@ namespace {
 std::atomic<bool> songIsAttacca{false};
 std::atomic<unsigned> position{0};
 
+std::mutex mutex;
+std::vector<PlayerState> statesSet;
+std::function<void(PlayerState)> onSetState;
+
 }  // namespace
 
 void Reset() {
   songIsAttacca = false;
   position = 0;
+  const std::lock_guard lock(mutex);
+  statesSet.clear();
+  onSetState = nullptr;
 }
 
 void SetSongIsAttacca(bool isAttacca) {
@@ -27,6 +36,16 @@ void SetSongIsAttacca(bool isAttacca) {
 
 void SetTickIndex(unsigned tickIndex) {
   position = tickIndex;
+}
+
+std::vector<PlayerState> TakeStatesSet() {
+  const std::lock_guard lock(mutex);
+  return std::exchange(statesSet, {});
+}
+
+void OnSetState(std::function<void(PlayerState)> hook) {
+  const std::lock_guard lock(mutex);
+  onSetState = std::move(hook);
 }
 
 }  // namespace fakes::player
@@ -80,6 +99,13 @@ bool Player::RepeatSafety() {
   return false;
 }
 void Player::SetPlayerState(PlayerState state) {
+  std::function<void(PlayerState)> hook;
+  {
+    const std::lock_guard lock(fakes::player::mutex);
+    fakes::player::statesSet.push_back(state);
+    hook = fakes::player::onSetState;
+  }
+  if (hook) hook(state);
   playerState_ = state;
 }
 void Player::SetActiveSongNumber(const std::string& songNumber) {

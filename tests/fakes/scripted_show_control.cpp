@@ -5,6 +5,7 @@
 #include <optional>
 #include <set>
 #include <stdexcept>
+#include <utility>
 
 #include "exc/lock/basic_lock.h"
 #include "exc/lock/rlockable.h"
@@ -31,6 +32,8 @@ struct Script {
   std::optional<std::string> seekRightFailure;
   bool fermataIsCanceled = false;
   bool caesuraIsPending = false;
+  std::optional<unsigned> nextCaesura;
+  std::optional<std::pair<unsigned, unsigned>> cut;
   std::set<std::string> skipped;
   std::function<void()> onLoadSong;
   std::function<void()> onFullReset;
@@ -87,6 +90,12 @@ void SetFermataCanceled(bool canceled) {
 }
 void SetHasPendingCaesura(bool pending) {
   Set([=](Script& s) { s.caesuraIsPending = pending; });
+}
+void SetNextCaesura(unsigned tickIndex) {
+  Set([=](Script& s) { s.nextCaesura = tickIndex; });
+}
+void SetCut(unsigned from, unsigned target) {
+  Set([=](Script& s) { s.cut = {from, target}; });
 }
 void Skip(const std::string& songNumber) {
   Set([&](Script& s) { s.skipped.insert(songNumber); });
@@ -174,6 +183,7 @@ void ShowControl::LoadSong() {
 void ShowControl::FinishLoadingSongLog() {
   exc::ScopeLock lock(*this);
   tickIndex_ = GetStartTickIndex();
+  if (const auto caesura = script::Get().nextCaesura) pendingCaesuras_ = {CountdownCaesura(*caesura)};
   GetHowToPlay().Seek(tickIndex_);
   script::SetLastSeekTickIndex(tickIndex_);
 }
@@ -249,8 +259,11 @@ void ShowControl::HowToPlayAdvanceToTickIndex(unsigned tickIndex) {
 bool ShowControl::HasPendingCaesura() {
   return script::Get().caesuraIsPending;
 }
-bool ShowControl::HasCutAtTickIndex(unsigned /*tick*/, unsigned* /*target*/) {
-  return false;
+bool ShowControl::HasCutAtTickIndex(unsigned tick, unsigned* target) {
+  const auto cut = script::Get().cut;
+  if (!cut || cut->first != tick) return false;
+  *target = cut->second;
+  return true;
 }
 unsigned ShowControl::RecoverySeek(unsigned tick) {
   Write("control.RecoverySeek " + std::to_string(tick));

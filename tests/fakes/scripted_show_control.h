@@ -22,6 +22,9 @@ void FailSeekLeft(const std::string& text);
 void FailSeekRight(const std::string& text);
 void SetFermataCanceled(bool canceled);
 void SetHasPendingCaesura(bool pending);
+// The caesura that lies ahead from the next load of a song on.
+void SetNextCaesura(unsigned tickIndex);
+void SetCut(unsigned from, unsigned target);
 void Skip(const std::string& songNumber);
 void SkipNothing();
 // Called from within LoadSong and from within FullReset, on the thread that calls them.

@@ -16,20 +16,24 @@ std::condition_variable changed;
 bool held = false;
 unsigned seconds = 0;  // that have passed since they are held
 unsigned sleeps = 0;   // that have begun
+unsigned asleep = 0;   // threads, while they are held
 unsigned lastSleep = 0;
 
 void Sleep(unsigned duration) {
   std::unique_lock lock(mutex);
   ++sleeps;
   lastSleep = duration;
-  changed.notify_all();
   if (!held) {
+    changed.notify_all();
     lock.unlock();
     std::this_thread::sleep_for(std::chrono::milliseconds(1));
     return;
   }
   const unsigned begin = seconds;
+  ++asleep;
+  changed.notify_all();
   changed.wait(lock, [&] { return !held || seconds != begin; });
+  --asleep;
 }
 
 }  // namespace
@@ -41,7 +45,8 @@ void Hold() {
 
 void PassOneSecond() {
   std::unique_lock lock(mutex);
-  changed.wait(lock, [] { return sleeps != 0; });
+  // Sleeps of earlier deleters do not count: this one may not have come to its first yet.
+  changed.wait(lock, [] { return asleep != 0; });
   const unsigned begun = sleeps;
   ++seconds;
   changed.notify_all();
