@@ -9,6 +9,7 @@
 #include <vector>
 
 #include "exc/assertion/ex_assertion_error.h"
+#include "suite/audio/errors.h"
 #include "suite/player_core/errors.h"
 #include "suite/utility/listdir.h"
 #include "tests/fakes/fake_decoder.h"
@@ -16,6 +17,8 @@
 #include "tests/fakes/journal.h"
 #include "tests/fakes/journaling_gui_update.h"
 #include "tests/fakes/scripted_show_control.h"
+#include "tests/support/cranked_output.h"
+#include "tests/support/no_threads.h"
 #include "tests/support/staircase_content.h"
 #include "tests/support/temporary_folder.h"
 #include "tests/support/throws_with_text.h"
@@ -32,6 +35,7 @@ class AudioPlayerWrapperTest : public testing::Test {
     fakes::show_control::Reset();
     fakes::player_wrapper::Reset();
     fakes::player_wrapper::SetSongs({"1", "2", "10"});
+    test_support::cranked::Reset();
     show_.MakeFolder("data");
     fakes::TakeJournal();
   }
@@ -161,6 +165,29 @@ TEST_F(AudioPlayerWrapperTest, AFirstSongThatCannotBeDecodedOpensAllTheSame) {
                              "bad page");
   Open();
   EXPECT_TRUE(wrapper_->GetPlayer()->GetFileLoaderErrorOccurred());
+}
+
+// ---- failures on the way: what was built is destroyed ------------------------------------------------
+
+TEST_F(AudioPlayerWrapperTest, AFailureOfThePlayersConstructionPasses) {
+  Put({"1 Opening Night.obd"});
+  const test_support::NoThreads noThreads;
+  EXPECT_TRUE(ThrowsWithText<std::runtime_error>(Opening(),
+                                                 "Creating audio content deleter thread.: 11 EAGAIN: The "
+                                                 "system lacked the necessary resources to create "
+                                                 "another thread."));
+  EXPECT_EQ(fakes::TakeJournal().back(), "wrapper.Delete");
+}
+
+TEST_F(AudioPlayerWrapperTest, AFailureOfTheFirstLoadPassesAndThePlayerIsDestroyedBeforeTheBase) {
+  Put({"1 Opening Night.obd"});
+  test_support::cranked::FailCreate("no such device");
+  EXPECT_TRUE(ThrowsWithText<tesk_audio::TESKAudioError>(Opening(), "no such device"));
+  const auto journal = fakes::TakeJournal();
+  EXPECT_EQ(std::count(journal.begin(), journal.end(), "gui.StartUpdateGenerator"), 1);
+  EXPECT_EQ(std::count(journal.begin(), journal.end(), "gui.Delete"), 1);
+  EXPECT_EQ(journal.back(), "wrapper.Delete");
+  EXPECT_EQ(test_support::StaircaseContent::alive, 0);
 }
 
 // ---- songs that are left out -------------------------------------------------------------------------
