@@ -6,6 +6,8 @@
 
 #include <cerrno>
 #include <cstdio>
+#include <cstdlib>
+#include <memory>
 #include <system_error>
 
 #include "reference_suite/audio/text/shown_path.h"
@@ -13,7 +15,28 @@
 
 namespace tesk_audio {
 
-PartFile::PartFile(const std::string& path) : path_(path), partPath_(path + ".part") {
+namespace {
+
+// Taking the name of what is there would fail at the very end, or put a file in the place of a device.
+void RequireNameForAFile(const std::string& path) {
+  struct stat status {};
+  if (::stat(path.c_str(), &status) != 0 || S_ISREG(status.st_mode)) return;
+  throw TESKAudioError(ShownPath(path) + ": cannot be written: there is a " +
+                       (S_ISDIR(status.st_mode) ? "folder" : "device or a pipe") +
+                       " of that name. Choose another name.");
+}
+
+// Where a link leads to, so that the link stays; the name itself when there is nothing yet.
+std::string LinkTarget(const std::string& path) {
+  RequireNameForAFile(path);
+  const std::unique_ptr<char, void (*)(void*)> target(::realpath(path.c_str(), nullptr), std::free);
+  return target ? target.get() : path;
+}
+
+}  // namespace
+
+PartFile::PartFile(const std::string& path)
+    : path_(path), finalPath_(LinkTarget(path)), partPath_(finalPath_ + ".part") {
   file_ = ::open(partPath_.c_str(), O_RDWR | O_CREAT | O_TRUNC | O_CLOEXEC, 0666);
   if (file_ < 0) error_ = errno;
   Check();
@@ -72,7 +95,7 @@ void PartFile::Check() const {
 
 void PartFile::Commit() {
   Check();
-  if (::fsync(file_) != 0 || std::rename(partPath_.c_str(), path_.c_str()) != 0) error_ = errno;
+  if (::fsync(file_) != 0 || std::rename(partPath_.c_str(), finalPath_.c_str()) != 0) error_ = errno;
   Check();
   const int closed = ::close(file_);
   file_ = -1;

@@ -30,6 +30,7 @@ class PartFile {
 
  private:
   const std::string path_;
+  const std::string finalPath_;  // without links
   const std::string partPath_;
   int file_ = -1;
   int error_ = 0;          // errno of the first failure

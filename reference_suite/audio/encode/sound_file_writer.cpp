@@ -2,8 +2,10 @@
 
 #include <sndfile.h>
 
+#include <algorithm>
 #include <cmath>
 #include <utility>
+#include <vector>
 
 #include "reference_suite/audio/encode/ogg_serial.h"
 #include "reference_suite/audio/encode/part_file.h"
@@ -28,6 +30,25 @@ int ToLibraryFormat(SoundFileFormat format) {
       return SF_FORMAT_OGG | SF_FORMAT_VORBIS;
   }
   return 0;
+}
+
+// What the encoder is given at a time, however the frames come: its bytes may depend on it, and it may keep
+// the whole of a request on its stack.
+constexpr std::size_t kBlock = 4096;  // frames
+
+// Of a sample in the file; 0 for formats that take floating point as it is.
+int BitsOf(SoundFileFormat format) {
+  if (format == SoundFileFormat::Pcm16) return 16;
+  return format == SoundFileFormat::Pcm24 || format == SoundFileFormat::Flac ? 24 : 0;
+}
+
+// The nearest number that `bits` hold, in the upper bits, as the library wants it. The library's own scale is
+// a little under that with which files are read: loud samples of a recording would come back one step softer.
+int ToInteger(float sample, int bits) {
+  if (std::isnan(sample)) return 0;
+  const double scale = std::ldexp(1.0, bits - 1);
+  const double nearest = std::nearbyint(static_cast<double>(sample) * scale);
+  return static_cast<int>(std::ldexp(std::clamp(nearest, -scale, scale - 1.0), 32 - bits));
 }
 
 PartFile& FileOf(void* user) {
@@ -67,6 +88,8 @@ struct SoundFileWriter::State {
   PartFile file;  // outlives the encoder, which writes to it while it is closed
   SNDFILE* encoder = nullptr;
   unsigned channels = 0;
+  std::vector<float> block;   // fewer than kBlock frames that the encoder does not have yet
+  std::vector<int> integers;  // a block on its way into an integer format
 };
 
 SoundFileWriter::SoundFileWriter(const std::string& path, SoundFileFormat format, double rateHz,
@@ -85,14 +108,35 @@ SoundFileWriter::SoundFileWriter(const std::string& path, SoundFileFormat format
                          " Choose another format or another rate.");
   }
   sf_command(state_->encoder, SFC_RF64_AUTO_DOWNGRADE, nullptr, SF_TRUE);
-  sf_command(state_->encoder, SFC_SET_CLIPPING, nullptr, SF_TRUE);
 }
 
 SoundFileWriter::~SoundFileWriter() = default;
 
 void SoundFileWriter::Write(const float* frames, std::size_t frameCount) {
-  const auto count = static_cast<sf_count_t>(frameCount);
-  const sf_count_t written = sf_writef_float(state_->encoder, frames, count);
+  std::vector<float>& block = state_->block;
+  for (const float* const end = frames + frameCount * state_->channels; frames != end;) {
+    const std::size_t room = kBlock * state_->channels - block.size();
+    const std::size_t count = std::min(room, static_cast<std::size_t>(end - frames));
+    block.insert(block.end(), frames, frames + count);
+    frames += count;
+    if (count == room) WriteBlock_();
+  }
+}
+
+// Gives the encoder what has gathered.
+void SoundFileWriter::WriteBlock_() {
+  const std::vector<float> frames = std::exchange(state_->block, {});
+  const auto count = static_cast<sf_count_t>(frames.size() / state_->channels);
+  const int bits = BitsOf(state_->format);
+  sf_count_t written = 0;
+  if (bits == 0) {
+    written = sf_writef_float(state_->encoder, frames.data(), count);
+  } else {
+    state_->integers.resize(frames.size());
+    std::transform(frames.begin(), frames.end(), state_->integers.begin(),
+                   [bits](float sample) { return ToInteger(sample, bits); });
+    written = sf_writef_int(state_->encoder, state_->integers.data(), count);
+  }
   state_->file.Check();
   if (written != count) {
     throw TESKAudioError(ShownPath(state_->path) + ": cannot be written: " + sf_strerror(state_->encoder));
@@ -100,10 +144,15 @@ void SoundFileWriter::Write(const float* frames, std::size_t frameCount) {
 }
 
 void SoundFileWriter::Commit() {
+  WriteBlock_();
   const int status = sf_close(std::exchange(state_->encoder, nullptr));
   state_->file.Check();
   if (status != 0) {
     throw TESKAudioError(ShownPath(state_->path) + ": cannot be written: " + sf_error_number(status));
+  }
+  if (state_->file.GetLength() == 0) {
+    throw TESKAudioError(ShownPath(state_->path) +
+                         ": cannot be written: this format needs at least one frame. Choose another format.");
   }
   if (state_->format == SoundFileFormat::OggVorbis) FixOggSerial(state_->file);
   if (state_->format == SoundFileFormat::Float) ClearPeakTime(state_->file);

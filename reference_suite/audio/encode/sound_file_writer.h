@@ -17,11 +17,12 @@ enum class SoundFileFormat {
 // Writes a sound file that appears under its name complete or not at all: until Commit it is called
 // PATH.part, and it is gone when the writer is destroyed before. The same frames give the same bytes.
 //
-// Units      interleaved frames of 32-bit float; full scale is 1, and beyond it integer formats clip.
+// Units      interleaved frames of 32-bit float; full scale is 1. Integer formats take the nearest number
+// that
+//            they have, so that what was decoded from one comes back unchanged, and clip beyond full scale.
 // Threads    one at a time.
 // Errors     TESKAudioError, naming the file; every byte's way to the disk is checked, for closing a file on
-// a full
-//            disk reports success.
+//            a full disk reports success.
 class SoundFileWriter {
  public:
   SoundFileWriter(const std::string& path, SoundFileFormat format, double rateHz, unsigned channels);
@@ -35,6 +36,8 @@ class SoundFileWriter {
 
  private:
   struct State;
+  void WriteBlock_();
+
   std::unique_ptr<State> state_;
 };
 
