@@ -1,9 +1,10 @@
 #include <CLI/CLI.hpp>
-#include <iostream>
 #include <memory>
 
+#include "host/cli/json_text.h"
 #include "host/cli/verbs.h"
 #include "host/session/add_song.h"
+#include "host/session/console_lines.h"
 #include "host/session/failure.h"
 #include "host/session/shown_text.h"
 
@@ -13,7 +14,18 @@ namespace {
 struct Options {
   std::string show;
   NewSong song;
+  bool json = false;
 };
+
+int Run(const Options& options) {
+  const std::vector<std::string> files = AddSong(options.show, options.song);
+  if (options.json) {
+    Print(files);
+    return kDone;
+  }
+  for (const std::string& file : files) Results() << Shown(file) << '\n';
+  return kDone;
+}
 
 }  // namespace
 
@@ -26,12 +38,8 @@ void AddSongVerb(CLI::App& app, Action* action) {
   verb->add_option("--midi", options->song.midiPath, "Its Standard MIDI File")->required();
   verb->add_option("--audio", options->song.audioPath, "Its recording")->required();
   verb->add_flag("--replace", options->song.replace, "Take the place of a song with this number");
-  verb->callback([=] {
-    *action = [=] {
-      for (const std::string& file : AddSong(options->show, options->song)) std::cout << Shown(file) << '\n';
-      return kDone;
-    };
-  });
+  verb->add_flag("--json", options->json, "Print a JSON array with the files");
+  verb->callback([=] { *action = [=] { return Run(*options); }; });
 }
 
 }  // namespace orbel::host::cli

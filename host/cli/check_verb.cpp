@@ -6,6 +6,7 @@
 #include "host/cli/json_text.h"
 #include "host/cli/verbs.h"
 #include "host/session/check_show.h"
+#include "host/session/console_lines.h"
 #include "host/session/failure.h"
 #include "host/session/shown_text.h"
 
@@ -52,9 +53,9 @@ int Run(const Options& options) {
     PrintJson(problems);
   } else {
     for (const tesk_midi::Problem& problem : problems) {
-      std::cout << (problem.isWarning ? "warning: " : "error: ") << Shown(ToString(problem)) << '\n';
+      Results() << (problem.isWarning ? "warning: " : "error: ") << Shown(ToString(problem)) << '\n';
     }
-    std::cout << Count(errors, "error") << ", "
+    Results() << Count(errors, "error") << ", "
               << Count(static_cast<long long>(problems.size()) - errors, "warning") << '\n';
   }
   return errors > 0 ? kFoundErrors : kDone;

@@ -2,21 +2,31 @@
 #include <iostream>
 #include <memory>
 
+#include "host/cli/json_text.h"
 #include "host/cli/verbs.h"
+#include "host/session/console_lines.h"
 #include "host/session/failure.h"
 #include "host/session/shown_text.h"
 
 namespace orbel::host::cli {
-
 namespace {
 
-int Run(const Faces& faces, const std::string& folder) {
+struct Options {
+  std::string folder;
+  bool json = false;
+};
+
+int Run(const Faces& faces, const Options& options) {
   const bool shows = MessagesAreOnTerminal();
-  faces.writeDemo(folder, [&](const std::string& file) {
+  faces.writeDemo(options.folder, [&](const std::string& file) {
     if (shows) std::cerr << "\r\x1b[K" << (file.empty() ? "" : "making " + Shown(file)) << std::flush;
   });
-  std::cout << Shown(folder) << '\n';
-  Say("A show was written. Play it with: orbel play " + Shown(folder));
+  if (options.json) {
+    Print({{"show", options.folder}});
+    return kDone;
+  }
+  Results() << Shown(options.folder) << '\n';
+  Say("A show was written. Play it with: orbel play " + Shown(options.folder));
   return kDone;
 }
 
@@ -24,10 +34,11 @@ int Run(const Faces& faces, const std::string& folder) {
 
 void AddDemo(CLI::App& app, const Faces& faces, Action* action) {
   CLI::App* verb = app.add_subcommand("demo", "Write a small complete show that uses every feature");
-  const auto folder = std::make_shared<std::string>();
-  verb->add_option("DIR", *folder, "The folder to write: a new one, an empty one, or an earlier demo")
+  const auto options = std::make_shared<Options>();
+  verb->add_option("DIR", options->folder, "The folder to write: a new one, an empty one, or an earlier demo")
       ->required();
-  verb->callback([=] { *action = [=] { return Run(faces, *folder); }; });
+  verb->add_flag("--json", options->json, "Print a JSON object with the folder");
+  verb->callback([=] { *action = [=] { return Run(faces, *options); }; });
 }
 
 }  // namespace orbel::host::cli

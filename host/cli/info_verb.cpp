@@ -1,11 +1,11 @@
 #include <CLI/CLI.hpp>
 #include <cmath>
-#include <iostream>
 #include <memory>
 
 #include "host/cli/json_text.h"
 #include "host/cli/table.h"
 #include "host/cli/verbs.h"
+#include "host/session/console_lines.h"
 #include "host/session/failure.h"
 #include "host/session/show_summary.h"
 #include "host/session/shown_text.h"
@@ -86,11 +86,11 @@ std::string AudioText(const SongSummary& song) {
 }
 
 void PrintSong(const SongSummary& song) {
-  std::cout << '\n'
+  Results() << '\n'
             << Shown(song.number) << "  " << Shown(song.name) << "  " << MinutesAndSeconds(song.end.seconds);
-  if (song.attacca) std::cout << "  attacca";
-  if (song.skip) std::cout << "  skip";
-  std::cout << "\n    " << AudioText(song) << '\n';
+  if (song.attacca) Results() << "  attacca";
+  if (song.skip) Results() << "  skip";
+  Results() << "\n    " << AudioText(song) << '\n';
   Table table({3, 5, 6});
   table.Add(Row("start", song.start));
   for (const TempoSummary& tempo : song.tempos) {
@@ -110,7 +110,7 @@ void PrintSong(const SongSummary& song) {
     table.Add(std::move(row));
   }
   table.Add(Row("end", song.end));
-  std::cout << table.ToText("    ");
+  Results() << table.ToText("    ");
 }
 
 int Run(const Options& options) {
@@ -121,7 +121,7 @@ int Run(const Options& options) {
     Print(json);
     return kDone;
   }
-  std::cout << (show.title.empty() ? Shown(options.show) : Shown(show.title)) << '\n';
+  Results() << (show.title.empty() ? Shown(options.show) : Shown(show.title)) << '\n';
   for (const SongSummary& song : show.songs) PrintSong(song);
   return kDone;
 }

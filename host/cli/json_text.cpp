@@ -1,6 +1,6 @@
 #include "host/cli/json_text.h"
 
-#include <iostream>
+#include "host/session/console_lines.h"
 
 namespace orbel::host::cli {
 
@@ -12,7 +12,7 @@ nlohmann::ordered_json ToJson(const Place& place) {
 }
 
 void Print(const nlohmann::ordered_json& json) {
-  std::cout << json.dump(2, ' ', false, nlohmann::ordered_json::error_handler_t::replace) << '\n';
+  Results() << json.dump(2, ' ', false, nlohmann::ordered_json::error_handler_t::replace) << '\n';
 }
 
 }  // namespace orbel::host::cli

@@ -9,6 +9,7 @@
 #include <new>
 
 #include "host/cli/verbs.h"
+#include "host/session/console_lines.h"
 #include "host/session/failure.h"
 #include "host/session/interrupts.h"
 #include "host/session/shown_text.h"
@@ -16,11 +17,6 @@
 
 namespace orbel::host::cli {
 namespace {
-
-constexpr char kFooter[] =
-    "Exit status: 0 done; 1 a failure while running; 2 wrong usage; 3 the performance cannot end (a vamp or "
-    "a\n"
-    "caesura that nothing leaves); 5 the check found errors.";
 
 void AddVerbs(CLI::App& app, const Faces& faces, Action* action) {
   AddDemo(app, faces, action);
@@ -42,12 +38,17 @@ void SayError(const std::string& what) {
   }
 }
 
+// Nothing is said to be done while its results are lost.
+int RequireWritten(int status) {
+  if (Results().flush()) return status;
+  Say("orbel: the results could not be written to standard output; make room where they go");
+  return status == kDone ? kFailed : status;
+}
+
 int Carry(const Action& action) {
   try {
     const int status = action();
-    if (std::cout.flush()) return status;
-    Say("orbel: the results could not be written to standard output");
-    return status == kDone ? kFailed : status;
+    return RequireWritten(status);
   } catch (const Failure& failure) {
     SayError(failure.what());
     return failure.GetStatus();
@@ -59,7 +60,29 @@ int Carry(const Action& action) {
   return kFailed;
 }
 
+// What the command line lacks, and where to read on.
+void SayUsage(const CLI::App& app, const std::string& what) {
+  std::string verb;
+  for (const CLI::App* given : app.get_subcommands()) verb = given->get_name() + " ";
+  SayError(what);
+  Say("Run \"orbel " + verb + "--help\" for more.");
+}
+
+// The library says of a verb that it does not know only that one is missing.
+std::string WhyNoVerb(const CLI::App& app, int argc, char** argv) {
+  std::string known;
+  for (const CLI::App* verb : app.get_subcommands([](const CLI::App*) { return true; }))
+    known += (known.empty() ? "" : ", ") + verb->get_name();
+  if (argc < 2) return "say what to do: " + known;
+  const std::string given = argv[1];
+  return "there is no \"" + given + "\"; there are " + known;
+}
+
 }  // namespace
+
+const char* const kExitStatuses =
+    "Exit status: 0 done; 1 a failure while running; 2 wrong usage; 3 the performance cannot end (a vamp\n"
+    "or a caesura that nothing leaves); 5 the check found errors.";
 
 void Say(const std::string& message) {
   std::cerr << message << std::endl;
@@ -75,17 +98,23 @@ bool MessagesAreOnTerminal() {
 
 int RunProgram(int argc, char** argv, const Faces& faces) {
   CatchInterrupts();
+  SeparateConsoleFromResults();
   CLI::App app("Plays the backing tracks of a live show.", "orbel");
   app.set_version_flag("--version", kVersion, "Print the version and end");
   app.require_subcommand(1);
-  app.footer(kFooter);
+  app.footer(kExitStatuses);
   app.get_formatter()->column_width(34);
+  app.get_formatter()->label("SUBCOMMAND", "VERB");
   Action action;
   AddVerbs(app, faces, &action);
+  for (CLI::App* verb : app.get_subcommands([](CLI::App*) { return true; })) verb->group("Verbs");
   try {
     app.parse(argc, argv);
+  } catch (const CLI::Success& help) {
+    return RequireWritten(app.exit(help, Results(), std::cerr));
   } catch (const CLI::ParseError& error) {
-    return app.exit(error) == 0 ? kDone : kUsage;
+    SayUsage(app, app.get_subcommands().empty() ? WhyNoVerb(app, argc, argv) : error.what());
+    return kUsage;
   }
   return Carry(action);
 }

@@ -2,6 +2,7 @@
 #include <iostream>
 #include <memory>
 
+#include "host/cli/between.h"
 #include "host/cli/verbs.h"
 #include "host/session/failure.h"
 #include "host/session/render.h"
@@ -59,19 +60,19 @@ void AddRender(CLI::App& app, Action* action) {
   verb->add_option("--from", options->from, "The position to start at, for instance 17 or 17.3");
   verb->add_option("--vamp-passes", options->vampPasses,
                    "Without a script: how often a vamp is played in all")
-      ->check(CLI::Range(1, 1'000'000))
+      ->check(WholeBetween(1, 1'000'000))
       ->capture_default_str();
   verb->add_option("--caesura-silence", options->caesuraSilence,
                    "Without a script: seconds of silence at a caesura")
-      ->check(CLI::Range(0.0, 3600.0))
+      ->check(Between(0.0, 3600.0))
       ->capture_default_str();
   verb->add_option("--script", options->scriptPath, "Commands to act on, one a line");
   verb->add_option("--trace", options->tracePath, "A CSV file with one row a read");
   verb->add_option("--crossfade", options->crossfadeMs, "Milliseconds at jumps; 0 splices bit-exactly")
-      ->check(CLI::Range(0.0, 1000.0))
+      ->check(Between(0.0, 1000.0))
       ->capture_default_str();
   verb->add_option("--rate", options->rateHz, "Frames per second; default: those of the song's audio")
-      ->check(CLI::Range(8000.0, 384000.0));
+      ->check(WholeBetween(8000, 384000));
   verb->add_option("--format", options->format, "float, pcm24 or pcm16 (WAV), flac or ogg")
       ->check(CLI::IsMember({"float", "pcm24", "pcm16", "flac", "ogg"}))
       ->capture_default_str();

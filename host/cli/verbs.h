@@ -24,6 +24,9 @@ void AddRender(CLI::App& app, Action* action);
 void AddPlay(CLI::App& app, const Faces& faces, Action* action);
 void AddSongVerb(CLI::App& app, Action* action);
 
+// The last lines of every help.
+extern const char* const kExitStatuses;
+
 // One line on standard error.
 void Say(const std::string& message);
 

@@ -1,10 +1,10 @@
 #include <CLI/CLI.hpp>
-#include <iostream>
 #include <memory>
 
 #include "host/cli/json_text.h"
 #include "host/cli/table.h"
 #include "host/cli/verbs.h"
+#include "host/session/console_lines.h"
 #include "host/session/failure.h"
 #include "host/session/show_summary.h"
 #include "host/session/shown_text.h"
@@ -32,7 +32,7 @@ int Run(const Options& options) {
     table.Add({place.position, "tick", std::to_string(place.tick), "sample", std::to_string(place.sample),
                MinutesAndSeconds(place.seconds)});
   }
-  std::cout << table.ToText("");
+  Results() << table.ToText("");
   return kDone;
 }
 

@@ -38,6 +38,10 @@ void RequireGoodNames(const NewSong& song) {
   }
 }
 
+std::string NumberOf(const fs::path& file) {
+  return exc::SplitString(exc::path::basename_no_ext(file.filename().string()), ' ').front();
+}
+
 // The files of a folder that belong to a song, by their extension.
 std::vector<fs::path> FilesOf(const fs::path& folder, const std::string& number,
                               const std::string& extension) {
@@ -46,14 +50,15 @@ std::vector<fs::path> FilesOf(const fs::path& folder, const std::string& number,
   for (const auto& entry : fs::directory_iterator(folder, none)) {
     const std::string name = entry.path().filename().string();
     if (exc::path::extension(name) != extension) continue;
-    if (exc::SplitString(exc::path::basename_no_ext(name), ' ').front() == number)
+    if (tesk_midi::NumberByValue(NumberOf(entry.path())) == tesk_midi::NumberByValue(number))
       found.push_back(entry.path());
   }
   return found;
 }
 
 [[noreturn]] void FailOn(const fs::path& path, const std::error_code& error) {
-  throw Failure(Shown(path.string()) + ": cannot be written: " + error.message());
+  throw Failure(Shown(path.string()) + ": cannot be written: " + error.message() +
+                ". Choose another place, or make room.");
 }
 
 // What was written reaches the disk before the file gets its name.
@@ -87,9 +92,12 @@ class Draft {
 
   void Take(const std::string& from, const fs::path& name) const {
     std::error_code error;
-    if (!fs::is_regular_file(from, error)) throw Failure(Shown(from) + ": is not a file that can be read");
+    if (!fs::is_regular_file(from, error))
+      throw Failure(Shown(from) + ": is not a file that can be read; give one that is there");
     fs::copy_file(from, path_ / name, error);
-    if (error) throw Failure(Shown(from) + ": cannot be copied into the show: " + error.message());
+    if (error)
+      throw Failure(Shown(from) + ": cannot be copied into the show: " + error.message() +
+                    "; make room, or see that it may be read");
     Synchronise(path_ / name);
   }
 
@@ -103,6 +111,8 @@ class NewFolders {
   explicit NewFolders(const fs::path& show) {
     for (const fs::path& folder : {show, show / "songs", show / "data"}) {
       std::error_code error;
+      if (fs::exists(folder, error) && !fs::is_directory(folder, error))
+        throw Failure(Shown(folder.string()) + ": is a file and not a folder; give the show another name");
       if (fs::create_directory(folder, error)) created_.push_back(folder);
       if (error) FailOn(folder, error);
     }
@@ -120,10 +130,15 @@ class NewFolders {
 };
 
 void RequireFreeNumber(const fs::path& show, const NewSong& song) {
-  if (song.replace) return;
-  for (const char* kind : {".mid", ".obd"}) {
-    const fs::path folder = show / (std::string(kind) == ".mid" ? "songs" : "data");
+  for (const std::string kind : {".mid", ".obd", ".toml"}) {
+    const fs::path folder = show / (kind == ".obd" ? "data" : "songs");
     for (const fs::path& file : FilesOf(folder, song.number, kind)) {
+      const std::string written = NumberOf(file);
+      if (written != song.number) {
+        throw Failure(Shown(file.string()) + ": to a show \"" + Shown(written) + "\" and \"" +
+                      Shown(song.number) + "\" are one number; write it the same, or give another");
+      }
+      if (song.replace || kind == ".toml") continue;  // cues may be there before their song
       throw Failure(Shown(file.string()) + ": song " + Shown(song.number) +
                     " is there already; give another number, or --replace");
     }

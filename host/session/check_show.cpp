@@ -7,6 +7,7 @@
 #include <optional>
 #include <utility>
 
+#include "host/session/console_lines.h"
 #include "host/session/failure.h"
 #include "host/session/show_folder.h"
 #include "host/session/shown_text.h"
@@ -74,16 +75,34 @@ struct Format {
   unsigned channels = 0;
 };
 
+// What the audio library says of a file, without the name of the file, which a problem has anyway.
+std::string WithoutPath(const std::string& text, const std::string& file) {
+  const std::string name = Shown(file) + ": ";
+  const std::size_t at = text.find(name);
+  return at == std::string::npos ? text : text.substr(at + name.size());
+}
+
+std::string WithoutFullStop(std::string text) {
+  if (text.ends_with('.')) text.pop_back();
+  return text;
+}
+
 // Decodes one song and holds it against the first song that could be decoded.
 void CheckAudio(const ShowFolder& show, const std::string& song, std::optional<Format>* first,
                 Problems* out) {
   const std::string file = "data/" + show.GetAudioFiles().at(song);
   std::unique_ptr<tesk_audio::AudioSampleContent> content;
+  HeldConsoleLines console;
   try {
     content.reset(tesk_audio::CreateAudioSampleContent(show.AudioPath(song), ""));
   } catch (const std::exception& error) {
-    Add(out, file, song, std::string(error.what()) + ". The song is left out; replace the file", false);
+    const std::string why = WithoutFullStop(WithoutPath(error.what(), file));
+    Add(out, file, song, why + ". The song is left out; replace the file", false);
     return;
+  }
+  for (const std::string& line : console.Take()) {
+    const std::string oddity = WithoutFullStop(WithoutPath(line, file));
+    Add(out, file, song, oddity + "; it plays like that, or export the recording again", true);
   }
   if (!*first) *first = Format{song, content->GetSampleRateHz(), content->GetChannelCount()};
   if (content->GetSampleRateHz() != (*first)->rateHz) {

@@ -4,6 +4,7 @@
 #include "host/session/show_summary.h"
 #include "host/session/shown_text.h"
 #include "suite/midi/song_log.h"
+#include "suite/midi/timeline.h"
 
 namespace orbel::host {
 namespace {
@@ -25,7 +26,8 @@ std::string LoopKind(const CL::Loop& loop) {
 
 }  // namespace
 
-std::vector<CueSummary> SummariseCues(const CL::SongLog& log, const SongClock& clock) {
+std::vector<CueSummary> SummariseCues(const CL::SongLog& log, const TL::Timeline& timeline,
+                                      const SongClock& clock) {
   std::vector<CueSummary> cues;
   const auto at = [&](TickIndex tick) { return clock.PlaceOfTick(tick); };
   for (const CL::Loop& loop : log.loops) {
@@ -51,6 +53,9 @@ std::vector<CueSummary> SummariseCues(const CL::SongLog& log, const SongClock& c
   }
   for (const CL::Click& click : log.clicks) {
     cues.push_back({"click", at(click.abs_time()), at(click.GetEndTime()), "", click.GetLine()});
+  }
+  for (const TL::PageNum& page : timeline.GetPageNums()) {
+    cues.push_back({"page", at(page.abs_time()), {}, std::to_string(page.GetNumber()), 0});
   }
   std::stable_sort(cues.begin(), cues.end(),
                    [](const CueSummary& a, const CueSummary& b) { return a.at.tick < b.at.tick; });

@@ -8,6 +8,7 @@
 #include "host/session/conductor.h"
 #include "host/session/failure.h"
 #include "host/session/interrupts.h"
+#include "host/session/overwriting.h"
 #include "host/session/recorded_tempo.h"
 #include "host/session/session.h"
 #include "host/session/shown_text.h"
@@ -86,8 +87,8 @@ RenderResult Renderer::Run() {
   conductor_.OnSong();
   session_.Do({CommandKind::Play, 0.0, ""});
   while (Step_()) Report_();
-  file_->Commit();
   trace_->Commit();
+  file_->Commit();  // last: whatever fails, there is no sound file
   result_.seconds = Now_();
   return std::move(result_);
 }
@@ -226,6 +227,7 @@ void Renderer::Report_() {
 
 RenderResult Render(const RenderOptions& options,
                     const std::function<void(const RenderProgress&)>& progress) {
+  RequireNothingIsOverwritten(options);
   return Renderer(options, progress).Run();
 }
 

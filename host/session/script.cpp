@@ -3,6 +3,7 @@
 #include <array>
 #include <charconv>
 #include <cmath>
+#include <filesystem>
 #include <fstream>
 #include <optional>
 #include <sstream>
@@ -162,8 +163,10 @@ std::vector<ScriptLine> ReadScript(std::istream& in, const std::string& name) {
 }
 
 std::vector<ScriptLine> ReadScriptFile(const std::string& path) {
+  std::error_code error;
+  const bool isFolder = std::filesystem::is_directory(path, error);  // it would read as an empty script
   std::ifstream in(path);
-  if (!in) throw Failure(Shown(path) + ": cannot be read; give the path of a script");
+  if (!in || isFolder) throw Failure(Shown(path) + ": cannot be read; give the path of a script");
   return ReadScript(in, path);
 }
 

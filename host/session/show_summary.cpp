@@ -42,7 +42,7 @@ SongSummary SummariseSong(const ShowFolder& show, const tesk_midi::SongData& son
     summary.meters.push_back(
         {clock.PlaceOfTick(meter.abs_time()), meter.GetNumerator(), meter.GetDenominator()});
   }
-  summary.cues = SummariseCues(log, clock);
+  summary.cues = SummariseCues(log, song.GetTimeline(), clock);
   return summary;
 }
 

@@ -10,6 +10,10 @@ namespace CL {
 struct SongLog;
 }
 
+namespace TL {
+class Timeline;
+}
+
 namespace orbel::host {
 
 class ShowFolder;
@@ -70,6 +74,7 @@ std::vector<Place> FindPlaces(const std::string& showPath, const std::string& so
                               const std::vector<std::string>& texts);
 
 // A song's cues in the order of their places.
-std::vector<CueSummary> SummariseCues(const CL::SongLog& log, const SongClock& clock);
+std::vector<CueSummary> SummariseCues(const CL::SongLog& log, const TL::Timeline& timeline,
+                                      const SongClock& clock);
 
 }  // namespace orbel::host

@@ -93,7 +93,7 @@ Place SongClock::Find(const std::string& text) const {
   try {
     return PlaceOfTick(tesk_midi::ParsePosition(song_, text));
   } catch (const tesk_midi::PositionError& error) {
-    throw Failure(Shown(error.what()));
+    Refuse(text, Shown(error.what()));
   }
 }
 

@@ -3,6 +3,7 @@
 #include <cerrno>
 #include <cstdio>
 #include <cstring>
+#include <filesystem>
 #include <system_error>
 
 #include "host/session/failure.h"
@@ -10,6 +11,8 @@
 
 namespace orbel::host {
 namespace {
+
+constexpr char kCure[] = ". Choose another place, or make room.";
 
 // Text with a comma or a quotation mark in quotation marks, as CSV has it.
 std::string Field(const std::string& text) {
@@ -19,11 +22,28 @@ std::string Field(const std::string& text) {
   return quoted + "\"";
 }
 
+// Where a link leads to, so that the link stays; the name itself when there is nothing yet.
+std::string LinkTarget(const std::string& path) {
+  std::error_code error;
+  const std::filesystem::path target = std::filesystem::canonical(path, error);
+  return error ? path : target.string();
+}
+
+// A pipe or a terminal takes the rows as they come; giving it another file's name would replace it.
+bool TakesRowsAtOnce(const std::string& path) {
+  std::error_code error;
+  const std::filesystem::file_status status = std::filesystem::status(path, error);
+  return std::filesystem::exists(status) && !std::filesystem::is_regular_file(status);
+}
+
 }  // namespace
 
-Trace::Trace(const std::string& path) : path_(path), partPath_(path.empty() ? "" : path + ".part") {
+Trace::Trace(const std::string& path)
+    : path_(path),
+      finalPath_(path.empty() ? "" : LinkTarget(path)),
+      partPath_(path.empty() || TakesRowsAtOnce(path) ? "" : finalPath_ + ".part") {
   if (path_.empty()) return;
-  out_.open(partPath_, std::ios::binary | std::ios::trunc);
+  out_.open(partPath_.empty() ? path_ : partPath_, std::ios::binary | std::ios::trunc);
   out_ << "output_frame,song,sample,frames,tick,next_tick,scale,transposition,event\n";
   Check_();
 }
@@ -46,15 +66,15 @@ void Trace::Commit() {
   if (path_.empty()) return;
   out_.close();
   Check_();
-  if (std::rename(partPath_.c_str(), path_.c_str()) != 0) {
-    throw Failure(Shown(path_) + ": cannot be written: " + std::generic_category().message(errno));
+  if (!partPath_.empty() && std::rename(partPath_.c_str(), finalPath_.c_str()) != 0) {
+    throw Failure(Shown(path_) + ": cannot be written: " + std::generic_category().message(errno) + kCure);
   }
   partPath_.clear();
 }
 
 void Trace::Check_() {
   if (out_) return;
-  throw Failure(Shown(path_) + ": cannot be written: " + std::generic_category().message(errno));
+  throw Failure(Shown(path_) + ": cannot be written: " + std::generic_category().message(errno) + kCure);
 }
 
 }  // namespace orbel::host

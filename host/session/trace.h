@@ -36,6 +36,7 @@ class Trace {
   void Check_();
 
   std::string path_;
+  const std::string finalPath_;  // without links
   std::string partPath_;
   std::ofstream out_;
 };

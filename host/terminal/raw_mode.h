@@ -4,7 +4,9 @@
 
 namespace orbel::host::terminal {
 
-// Keys arrive one by one and unseen while this lives; Ctrl-C stays a signal. Restores what was before.
+// Keys arrive one by one and unseen while this lives; Ctrl-C stays a signal. Keys that would stop the show
+// behind the performer's back do nothing: Ctrl-Z (suspend), Ctrl-\ (quit), Ctrl-S (hold the screen, and with
+// it whoever writes to it). Restores what was before.
 // Threads    HOST.
 class RawMode {
  public:

@@ -8,6 +8,7 @@
 #include <iostream>
 #include <memory>
 
+#include "host/session/console_lines.h"
 #include "host/session/interrupts.h"
 #include "host/session/shown_text.h"
 #include "host/terminal/keys.h"
@@ -70,10 +71,12 @@ class Performance {
     if (attended_) raw = std::make_unique<RawMode>(STDIN_FILENO);
     Say_(live_.Start());
     while (!MustEnd_()) {
+      Say_(console_.Take());
       Say_(live_.Poll(Seconds_()));
       ReadKeys_();
       display_.Status(live_.GetStatus());
     }
+    Say_(console_.Take());
     display_.Status(live_.GetStatus());
     display_.End();
     return live_.GetStatusAtEnd();
@@ -130,6 +133,7 @@ class Performance {
   }
 
   const bool attended_;
+  HeldConsoleLines console_;  // so that no line of another thread falls into the status line
   Display display_;
   Live live_;
   KeyReader keys_;

@@ -47,4 +47,8 @@ struct LoadedShow {
 // show plays; when no song remains, that is thrown too. Threads: ANY; waits for the disk.
 LoadedShow LoadShow(const std::string& showPath);
 
+// Equal for song numbers that differ in leading zeros only, which no show may have: "1" for "001", "2a" for
+// "02a". Threads: ANY.
+std::string NumberByValue(const std::string& number);
+
 }  // namespace tesk_midi

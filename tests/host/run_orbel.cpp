@@ -28,8 +28,10 @@ void Redirect(int to, const std::string& path, int flags) {
 
 }  // namespace
 
-RunningOrbel::RunningOrbel(const std::vector<std::string>& arguments)
-    : outPath_(OutputPath(".out")), messagesPath_(OutputPath(".err")) {
+RunningOrbel::RunningOrbel(const std::vector<std::string>& arguments, const std::string& outPath)
+    : ownsOut_(outPath.empty()),
+      outPath_(ownsOut_ ? OutputPath(".out") : outPath),
+      messagesPath_(OutputPath(".err")) {
   std::vector<std::string> words{ORBEL_PROGRAM};
   words.insert(words.end(), arguments.begin(), arguments.end());
   std::vector<char*> argv;
@@ -49,7 +51,7 @@ RunningOrbel::~RunningOrbel() {
     Signal(SIGKILL);
     ::waitpid(process_, nullptr, 0);
   }
-  std::filesystem::remove(outPath_);
+  if (ownsOut_) std::filesystem::remove(outPath_);
   std::filesystem::remove(messagesPath_);
 }
 
@@ -72,13 +74,13 @@ Ended RunningOrbel::WaitForEnd() {
   process_ = -1;
   Ended run;
   run.status = WIFEXITED(status) ? WEXITSTATUS(status) : -1;
-  run.out = ReadText(outPath_);
+  if (ownsOut_) run.out = ReadText(outPath_);
   run.messages = ReadText(messagesPath_);
   return run;
 }
 
-Ended Orbel(const std::vector<std::string>& arguments) {
-  return RunningOrbel(arguments).WaitForEnd();
+Ended Orbel(const std::vector<std::string>& arguments, const std::string& outPath) {
+  return RunningOrbel(arguments, outPath).WaitForEnd();
 }
 
 }  // namespace host_tests

@@ -14,13 +14,14 @@ struct Ended {
   std::string messages;  // standard error
 };
 
-// Runs the program orbel to its end, without a terminal.
-Ended Orbel(const std::vector<std::string>& arguments);
+// Runs the program orbel to its end, without a terminal. Its standard output goes to `outPath`, when that is
+// given, and otherwise to where `Ended::out` is read from.
+Ended Orbel(const std::vector<std::string>& arguments, const std::string& outPath = "");
 
 // A run that can be looked at while it lasts.
 class RunningOrbel {
  public:
-  explicit RunningOrbel(const std::vector<std::string>& arguments);
+  explicit RunningOrbel(const std::vector<std::string>& arguments, const std::string& outPath = "");
   ~RunningOrbel();
   RunningOrbel(const RunningOrbel&) = delete;
   RunningOrbel& operator=(const RunningOrbel&) = delete;
@@ -32,6 +33,7 @@ class RunningOrbel {
 
  private:
   pid_t process_ = -1;
+  bool ownsOut_;
   std::string outPath_;
   std::string messagesPath_;
 };

@@ -20,7 +20,4 @@ struct SongFiles {
 // other kinds are none of ours.
 std::vector<SongFiles> FindSongFiles(const std::vector<std::string>& entries, std::vector<Problem>* problems);
 
-// Equal for numbers that differ in leading zeros only: "1" for "001", "2a" for "02a".
-std::string NumberByValue(const std::string& number);
-
 }  // namespace tesk_midi

@@ -51,6 +51,40 @@ TEST_F(Add, NeverOverwritesASong) {
   EXPECT_FALSE(fs::exists(show_ + "/songs/12 Polka.mid"));
 }
 
+TEST_F(Add, ANumberInAnotherSpellingIsTheSameNumber) {
+  EXPECT_EQ(Put("1", "Waltz").status, 0);
+  for (const std::vector<std::string>& more : {std::vector<std::string>{}, {"--replace"}}) {
+    const Ended run = Put("01", "Polka", more);
+    EXPECT_EQ(run.status, 1);
+    EXPECT_EQ(run.messages, "orbel: " + show_ +
+                                "/songs/1 Waltz.mid: to a show \"1\" and \"01\" are one number; write it the "
+                                "same, or give another\n");
+  }
+  EXPECT_EQ(Orbel({"check", show_}).status, 0) << "the show is what it was";
+}
+
+TEST_F(Add, CuesOfANumberInAnotherSpellingAreInTheWayToo) {
+  fs::create_directories(show_ + "/songs");
+  std::ofstream(show_ + "/songs/1 Waltz.toml") << "format = 1\n";
+  const Ended run = Put("01", "Waltz");
+  EXPECT_EQ(run.status, 1);
+  EXPECT_THAT(run.messages, HasSubstr("/songs/1 Waltz.toml: to a show \"1\" and \"01\" are one number"));
+  EXPECT_EQ(Put("1", "Waltz").status, 0) << "cues may be there before their song";
+}
+
+TEST_F(Add, AFileIsNoShow) {
+  std::ofstream(show_) << "not a folder";
+  const Ended run = Put("1", "Waltz");
+  EXPECT_EQ(run.status, 1);
+  EXPECT_EQ(run.messages, "orbel: " + show_ + ": is a file and not a folder; give the show another name\n");
+  EXPECT_EQ(ReadText(show_), "not a folder");
+}
+
+TEST_F(Add, JsonIsAnArrayOfTheFiles) {
+  const Ended run = Put("12", "Waltz", {"--json"});
+  EXPECT_EQ(run.out, "[\n  \"songs/12 Waltz.mid\",\n  \"data/12 Waltz.obd\"\n]\n");
+}
+
 TEST_F(Add, ReplaceTakesThePlaceOfTheSongWhateverItsName) {
   EXPECT_EQ(Put("12", "Waltz").status, 0);
   WriteWav(audio_, FramesFromZero(31999), ShowFiles::kRate);
@@ -75,7 +109,7 @@ TEST_F(Add, WhatIsNoMidiOrNoAudioIsRefusedAndNothingIsLeft) {
 TEST_F(Add, AFileThatIsNotThereIsNamed) {
   const Ended run = Orbel({"add", show_, "1", "Waltz", "--midi", midi_, "--audio", "no/such.wav"});
   EXPECT_EQ(run.status, 1);
-  EXPECT_EQ(run.messages, "orbel: no/such.wav: is not a file that can be read\n");
+  EXPECT_EQ(run.messages, "orbel: no/such.wav: is not a file that can be read; give one that is there\n");
   EXPECT_FALSE(fs::exists(show_));
 }
 

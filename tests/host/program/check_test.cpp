@@ -3,6 +3,7 @@
 
 #include <cmath>
 #include <filesystem>
+#include <limits>
 #include <nlohmann/json.hpp>
 
 #include "tests/host/run_orbel.h"
@@ -34,7 +35,9 @@ TEST_F(Check, AudioThatCannotBeDecodedIsAnErrorWithItsFile) {
   files_.Write("data/2 Polka.obd", "this is no audio");
   const Ended run = Look();
   EXPECT_EQ(run.status, 5);
-  EXPECT_THAT(run.out, HasSubstr("error: data/2 Polka.obd: "));
+  EXPECT_THAT(run.out,
+              HasSubstr("error: data/2 Polka.obd: this is not audio that can be decoded. Use Ogg Vorbis, Ogg "
+                        "Opus, FLAC, WAV, AIFF or MP3. The song is left out; replace the file\n"));
   EXPECT_THAT(run.out, EndsWith("1 error, no warnings\n"));
 }
 
@@ -83,6 +86,23 @@ TEST_F(Check, AudioShorterThanTheSongIsAWarning) {
       run.out,
       HasSubstr("warning: data/1 Waltz.obd: is shorter than the song: 0:02.500 of 0:04.000, the rest is "
                 "silence; give audio_end in the song's cues, or the whole recording\n"));
+}
+
+TEST_F(Check, WhatIsOddAboutAudioIsAWarningAndNoLineBesidesTheResults) {
+  files_.AddSong("1", "Waltz", 4);
+  std::vector<float> samples = FramesFromZero(32000);
+  samples[5] = std::numeric_limits<float>::quiet_NaN();
+  samples[6] = std::numeric_limits<float>::infinity();
+  WriteWav(files_.At("data/1 Waltz.obd"), samples, ShowFiles::kRate);
+  const Ended run = Look();
+  EXPECT_EQ(run.status, 0);
+  EXPECT_EQ(
+      run.out,
+      "warning: data/1 Waltz.obd: 2 samples that are not finite are replaced by 0; it plays like that, or "
+      "export the recording again\nno errors, 1 warning\n");
+  EXPECT_EQ(run.messages, "");
+  const auto json = nlohmann::json::parse(Orbel({"check", "--json", files_.Show()}).out);
+  EXPECT_EQ(json.size(), 1U);
 }
 
 TEST_F(Check, AnotherRateIsAWarningAndOtherChannelsAreAnError) {

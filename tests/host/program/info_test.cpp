@@ -17,7 +17,7 @@ TEST(Info, TellsSongsInRunningOrderWithCuesInEveryUnit) {
   files.AddSong("1", "Waltz", 8,
                 "[[vamp]]\nfrom = \"3\"\nto = \"5\"\n[[cut]]\nfrom = \"6\"\nto = \"7.3\"\n[[marker]]\nat = "
                 "\"2\"\nname = "
-                "\"Solo\"\n");
+                "\"Solo\"\n[[page]]\nat = \"4\"\nnumber = 7\n");
   files.Write("show.toml", "format = 1\ntitle = \"An Evening\"\norder = [\"2\", \"1\"]\n");
   const Ended run = Orbel({"info", files.Show()});
   EXPECT_EQ(run.status, 0) << run.messages;
@@ -40,6 +40,7 @@ TEST(Info, TellsSongsInRunningOrderWithCuesInEveryUnit) {
       "    cue    2.1.0  tick   1920  sample   8000  0:01.000  marker: Solo\n"
       "    cue    3.1.0  tick   3840  sample  16000  0:02.000  vamp to 5.1.0: until go, left at the end "
       "of the pass\n"
+      "    cue    4.1.0  tick   5760  sample  24000  0:03.000  page: 7\n"
       "    cue    6.1.0  tick   9600  sample  40000  0:05.000  cut to 7.3.0\n"
       "    end    9.1.0  tick  15360  sample  64000  0:08.000\n");
 }

@@ -403,6 +403,62 @@ TEST_F(Render, AFullDiskLeavesNoFileAndSaysSo) {
   EXPECT_FALSE(std::filesystem::is_symlink(Out() + ".part"));
 }
 
+TEST_F(Render, NeitherAFolderNorADeviceIsReplaced) {
+  files_.AddSong("1", "Waltz", 1);
+  Ended run = Orbel({"render", files_.Show(), "-o", files_.Show()});
+  EXPECT_EQ(run.status, 1);
+  EXPECT_EQ(run.messages, "orbel: " + files_.Show() +
+                              ": cannot be written: there is a folder of that name. Choose another name.\n");
+  run = Orbel({"render", files_.Show(), "-o", "/dev/null"});
+  EXPECT_EQ(run.status, 1);
+  EXPECT_EQ(run.messages,
+            "orbel: /dev/null: cannot be written: there is a device or a pipe of that name. Choose another "
+            "name.\n");
+  EXPECT_TRUE(std::filesystem::is_character_file("/dev/null"));
+}
+
+TEST_F(Render, NothingOfTheShowIsWrittenOver) {
+  files_.AddSong("1", "Waltz", 1);
+  const std::string before = ReadText(files_.At("data/1 Waltz.obd"));
+  for (const char* part : {"show.toml", "songs/1 Waltz.mid", "data/1 Waltz.obd", "data/../songs/new.wav"}) {
+    const std::string path = files_.At(part).string();
+    for (const std::vector<std::string>& more :
+         {std::vector<std::string>{"-o", path}, {"-o", Out(), "--trace", path}}) {
+      std::vector<std::string> arguments{"render", files_.Show()};
+      arguments.insert(arguments.end(), more.begin(), more.end());
+      const Ended run = Orbel(arguments);
+      EXPECT_EQ(run.status, 2) << part;
+      EXPECT_EQ(run.messages,
+                "orbel: " + path + ": is a place of the show itself; choose a name outside of it\n");
+    }
+  }
+  EXPECT_EQ(ReadText(files_.At("data/1 Waltz.obd")), before);
+}
+
+TEST_F(Render, SoundTraceAndScriptAreThreeFiles) {
+  files_.AddSong("1", "Waltz", 1);
+  Ended run = Play({"--trace", files_.Beside("show/../") + std::filesystem::path(Out()).filename().string()});
+  EXPECT_EQ(run.status, 2);
+  EXPECT_THAT(run.messages, HasSubstr(": sound and trace cannot be one file; give --trace another name\n"));
+  files_.Write("../script.txt", "time 0.5 stop\n");
+  const std::string script = files_.Beside("script.txt");
+  run = Play({"--script", script, "--trace", script});
+  EXPECT_EQ(run.status, 2);
+  EXPECT_EQ(run.messages,
+            "orbel: " + script + ": is the script, and would be written over; choose another name\n");
+  EXPECT_EQ(ReadText(script), "time 0.5 stop\n");
+}
+
+TEST_F(Render, StandardOutputHasTheResultsAloneWhateverTheAudioLibrarySays) {
+  files_.AddSong("1", "Waltz", 1);
+  const Ended run = Play({"--rate", "16000", "--trace", "/dev/stdout"});
+  EXPECT_EQ(run.status, 0) << run.messages;
+  EXPECT_THAT(run.out, testing::StartsWith("output_frame,song,"));
+  EXPECT_THAT(run.out, testing::Not(HasSubstr("WARNING")));
+  EXPECT_THAT(run.messages, HasSubstr("1 Waltz.obd: its 8000 Hz are resampled to 16000 Hz.\n"));
+  EXPECT_TRUE(std::filesystem::is_symlink("/dev/stdout")) << "the rows went where it leads";
+}
+
 TEST_F(Render, AFolderThatIsNotThereIsNamed) {
   files_.AddSong("1", "Waltz", 1);
   const Ended run = Orbel({"render", files_.Show(), "-o", files_.Beside("no/out.wav")});

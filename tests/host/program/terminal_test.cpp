@@ -70,6 +70,31 @@ TEST(Terminal, QuittingWhilePlayingTakesASecondTime) {
   EXPECT_TRUE(orbel.IsAsBefore());
 }
 
+TEST(Terminal, KeysThatWouldHoldTheProgramDoNothing) {
+  ShowFiles files;
+  files.AddSong("1", "Waltz", 60);
+  OrbelInATerminal orbel({"play", files.Show()});
+  EXPECT_TRUE(orbel.Shows("stopped"));
+  orbel.Type("\x1a\x1c\x13p");  // Ctrl-Z, Ctrl-\, Ctrl-S
+  EXPECT_TRUE(orbel.Shows("playing"));
+  orbel.Type("qq");
+  EXPECT_EQ(orbel.WaitForEnd(), 0);
+  EXPECT_TRUE(orbel.IsAsBefore());
+}
+
+TEST(Terminal, ALineOfTheAudioLibraryTakesThePlaceOfTheStatusLine) {
+  ShowFiles files;
+  files.AddSong("1", "Waltz", 4);
+  files.AddSong("2", "Polka", 4);
+  WriteWav(files.At("data/2 Polka.obd"), std::vector<float>(4 * 16000, 0.0F), 16000);
+  OrbelInATerminal orbel({"play", files.Show()});
+  EXPECT_TRUE(orbel.Shows("\r\x1b[KWARNING: " + files.Show() +
+                          "/data/2 Polka.obd: its 16000 Hz are resampled to 8000 Hz.\r\n"));
+  EXPECT_TRUE(orbel.Shows("\r\x1b[K1 Waltz   bar 1.1   240 bpm   stopped   next: 5.1 end"));
+  orbel.Type("q");
+  EXPECT_EQ(orbel.WaitForEnd(), 0);
+}
+
 TEST(Terminal, WhenItGoesAwayTheShowGoesOnToItsEnd) {
   ShowFiles files;
   files.AddSong("1", "Waltz", 2);
@@ -87,7 +112,7 @@ TEST(Terminal, ARenderShowsItsProgressOnOneLine) {
   OrbelInATerminal orbel({"render", files.Show(), "-o", files.Beside("out.wav")});
   EXPECT_TRUE(orbel.Shows("\r\x1b[K[####"));
   EXPECT_TRUE(orbel.Shows("] song 1  0:0"));
-  EXPECT_EQ(orbel.WaitForEnd(), 0);
+  EXPECT_EQ(orbel.WaitForEnd(), 0) << orbel.GetScreen();
 }
 
 }  // namespace

@@ -24,7 +24,18 @@ TEST(Usage, EveryVerbHasHelpOfItsOwn) {
     const Ended run = Orbel({verb, "--help"});
     EXPECT_EQ(run.status, 0) << verb;
     EXPECT_THAT(run.out, HasSubstr("Usage: orbel " + verb)) << verb;
+    EXPECT_THAT(run.out, HasSubstr("Exit status: 0 done; 1 a failure while running; 2 wrong usage; 3 the"))
+        << verb;
     EXPECT_EQ(run.messages, "") << verb;
+  }
+}
+
+TEST(Usage, ResultsThatAreLostAreAFailure) {
+  for (const char* option : {"--help", "--version"}) {
+    const Ended run = Orbel({option}, "/dev/full");
+    EXPECT_EQ(run.status, 1) << option;
+    EXPECT_EQ(run.messages,
+              "orbel: the results could not be written to standard output; make room where they go\n");
   }
 }
 
@@ -50,20 +61,33 @@ TEST_P(WrongUsages, EndWithStatusTwoAndSayWhy) {
 
 INSTANTIATE_TEST_SUITE_P(
     Usage, WrongUsages,
-    testing::Values(WrongUsage{{}, "A subcommand is required"},
-                    WrongUsage{{"sing"}, "A subcommand is required"},
-                    WrongUsage{{"info"}, "SHOW is required"},
-                    WrongUsage{{"info", "--loud", "show"}, "The following argument was not expected: --loud"},
-                    WrongUsage{{"where", "show"}, "SONG is required"},
-                    WrongUsage{{"where", "show", "1"}, "POSITION is required"},
-                    WrongUsage{{"render", "show"}, "--output is required"},
-                    WrongUsage{{"render", "show", "-o", "x", "--format", "mp3"}, "--format: mp3 not in {"},
-                    WrongUsage{{"render", "show", "-o", "x", "--vamp-passes", "0"},
-                               "--vamp-passes: Value 0 not in range 1 to 1000000"},
-                    WrongUsage{{"render", "show", "-o", "x", "--crossfade", "-1"},
-                               "--crossfade: Value -1 not in range"},
-                    WrongUsage{{"play", "show", "--output", "horn"}, "--output: horn not in {null}"},
-                    WrongUsage{{"add", "show", "1", "Waltz"}, "--midi is required"}));
+    testing::Values(
+        WrongUsage{{}, "orbel: say what to do: demo, info, where, check, render, play, add"},
+        WrongUsage{{"sing"},
+                   "orbel: there is no \"sing\"; there are demo, info, where, check, render, play, add"},
+        WrongUsage{{"--loud"}, "orbel: there is no \"--loud\"; there are demo, info"},
+        WrongUsage{{"info"}, "orbel: SHOW is required"},
+        WrongUsage{
+            {"info", "--loud", "show"},
+            "orbel: The following argument was not expected: --loud\nRun \"orbel info --help\" for more.\n"},
+        WrongUsage{{"where", "show"}, "orbel: SONG is required"},
+        WrongUsage{{"where", "show", "1"}, "orbel: POSITION is required"},
+        WrongUsage{{"render", "show"}, "orbel: --output is required"},
+        WrongUsage{{"render", "show", "-o", "x", "--format", "mp3"}, "orbel: --format: mp3 not in {"},
+        WrongUsage{{"render", "show", "-o", "x", "--vamp-passes", "0"},
+                   "orbel: --vamp-passes: \"0\" is not a whole number from 1 to 1000000\n"},
+        WrongUsage{{"render", "show", "-o", "x", "--crossfade", "-1"},
+                   "orbel: --crossfade: \"-1\" is not a number from 0 to 1000\n"},
+        WrongUsage{{"render", "show", "-o", "x", "--crossfade", "nan"},
+                   "orbel: --crossfade: \"nan\" is not a number from 0 to 1000\n"},
+        WrongUsage{{"render", "show", "-o", "x", "--caesura-silence", "0x10"},
+                   "orbel: --caesura-silence: \"0x10\" is not a number from 0 to 3600\n"},
+        WrongUsage{{"render", "show", "-o", "x", "--caesura-silence", "1,5"},
+                   "orbel: --caesura-silence: \"1,5\" is not a number from 0 to 3600\n"},
+        WrongUsage{{"render", "show", "-o", "x", "--rate", "44100.5"},
+                   "orbel: --rate: \"44100.5\" is not a whole number from 8000 to 384000\n"},
+        WrongUsage{{"play", "show", "--output", "horn"}, "orbel: --output: horn not in {"},
+        WrongUsage{{"add", "show", "1", "Waltz"}, "orbel: --midi is required"}));
 
 }  // namespace
 }  // namespace host_tests

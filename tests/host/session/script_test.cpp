@@ -100,5 +100,14 @@ TEST(Script, AFileThatIsNotThereIsNamed) {
   }
 }
 
+TEST(Script, AFolderIsNoEmptyScript) {
+  try {
+    ReadScriptFile("/");
+    FAIL();
+  } catch (const Failure& failure) {
+    EXPECT_STREQ(failure.what(), "/: cannot be read; give the path of a script");
+  }
+}
+
 }  // namespace
 }  // namespace orbel::host

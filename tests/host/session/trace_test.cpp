@@ -68,8 +68,28 @@ TEST_F(TraceFile, AFolderThatIsNotThereIsAnErrorThatNamesTheFile) {
     FAIL();
   } catch (const Failure& failure) {
     EXPECT_EQ(std::string(failure.what()),
-              (folder_ / "no" / "trace.csv").string() + ": cannot be written: No such file or directory");
+              (folder_ / "no" / "trace.csv").string() +
+                  ": cannot be written: No such file or directory. Choose another place, or make room.");
   }
+}
+
+TEST_F(TraceFile, ALinkStaysALink) {
+  const std::filesystem::path target = folder_ / "target.csv";
+  std::ofstream(target) << "before";
+  std::filesystem::create_symlink(target, path_);
+  Trace(path_).Commit();
+  EXPECT_TRUE(std::filesystem::is_symlink(path_));
+  std::string line;
+  std::getline(std::ifstream(target), line);
+  EXPECT_EQ(line, "output_frame,song,sample,frames,tick,next_tick,scale,transposition,event");
+}
+
+TEST_F(TraceFile, ADeviceTakesTheRowsAndStays) {
+  std::filesystem::create_symlink("/dev/null", path_);
+  Trace(path_).Commit();
+  EXPECT_TRUE(std::filesystem::is_character_file(path_));
+  std::filesystem::remove(path_);
+  EXPECT_TRUE(std::filesystem::is_empty(folder_));
 }
 
 TEST_F(TraceFile, AFullDiskIsAnErrorAtOnce) {

@@ -1,0 +1,35 @@
+#pragma once
+
+#include <ostream>
+#include <string>
+#include <vector>
+
+namespace orbel::host {
+
+// The engine and the audio library write lines ("WARNING: ...") on std::cout. To whoever reads the program's
+// results they are messages, so they go to standard error, or to whoever holds them; standard output belongs
+// to the results alone.
+//
+// Threads    any thread writes lines; everything declared here is HOST.
+// Locks      one of its own, innermost.
+
+// From here on std::cout is the console. Call it before any other thread writes there.
+void SeparateConsoleFromResults();
+
+// Standard output.
+std::ostream& Results();
+
+// While it lives, lines are kept instead of written. One at a time.
+class HeldConsoleLines {
+ public:
+  HeldConsoleLines();
+  // Writes what nobody took.
+  ~HeldConsoleLines();
+  HeldConsoleLines(const HeldConsoleLines&) = delete;
+  HeldConsoleLines& operator=(const HeldConsoleLines&) = delete;
+
+  // The lines since the last call, oldest first, without their ends.
+  std::vector<std::string> Take();
+};
+
+}  // namespace orbel::host

@@ -1,0 +1,74 @@
+#include "host/session/console_lines.h"
+
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+
+#include <iostream>
+#include <sstream>
+#include <thread>
+
+#include "exc/console/cout_buffer.h"
+
+namespace orbel::host {
+namespace {
+
+using testing::ElementsAre;
+
+class ConsoleLines : public testing::Test {
+ protected:
+  ConsoleLines() : before_(std::cout.rdbuf()), errorBefore_(std::cerr.rdbuf(error_.rdbuf())) {
+    SeparateConsoleFromResults();
+  }
+  ~ConsoleLines() override {
+    std::cout.rdbuf(before_);
+    std::cerr.rdbuf(errorBefore_);
+  }
+
+  std::streambuf* const before_;
+  std::ostringstream error_;
+  std::streambuf* const errorBefore_;
+};
+
+TEST_F(ConsoleLines, AreMessagesAndNoResults) {
+  EXPECT_EQ(Results().rdbuf(), before_) << "results go where standard output went";
+  exc::CoutBuffer() << "WARNING: something" << exc::EndlT();
+  EXPECT_THAT(error_.str(), testing::HasSubstr("WARNING: something\n"));
+}
+
+TEST_F(ConsoleLines, AreKeptWholeWhileHeld) {
+  HeldConsoleLines held;
+  std::cout << "half";
+  EXPECT_THAT(held.Take(), ElementsAre());
+  std::cout << " a line\nanother";
+  EXPECT_THAT(held.Take(), ElementsAre("half a line"));
+  std::cout.put('\n');
+  EXPECT_THAT(held.Take(), ElementsAre("another"));
+  EXPECT_EQ(error_.str(), "");
+}
+
+TEST_F(ConsoleLines, ThatNobodyTookAreWrittenInTheEnd) {
+  {
+    HeldConsoleLines held;
+    std::cout << "one\ntwo\n";
+    EXPECT_EQ(error_.str(), "");
+  }
+  EXPECT_THAT(error_.str(), testing::HasSubstr("one\n"));
+  EXPECT_THAT(error_.str(), testing::EndsWith("two\n"));
+}
+
+TEST_F(ConsoleLines, OfManyThreadsAllArrive) {
+  HeldConsoleLines held;
+  std::vector<std::thread> threads;
+  for (int thread = 0; thread < 4; ++thread) {
+    threads.emplace_back([] {
+      for (int line = 0; line < 500; ++line) exc::CoutBuffer() << "a line" << exc::EndlT();
+    });
+  }
+  std::vector<std::string> taken = held.Take();
+  for (std::thread& thread : threads) thread.join();
+  for (std::string& line : held.Take()) taken.push_back(std::move(line));
+  EXPECT_EQ(taken, std::vector<std::string>(2000, "a line"));
+}
+
+}  // namespace
+}  // namespace orbel::host
