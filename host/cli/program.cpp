@@ -1,5 +1,6 @@
 #include "host/cli/program.h"
 
+#include <poll.h>
 #include <unistd.h>
 
 #include <CLI/CLI.hpp>
@@ -38,9 +39,15 @@ void SayError(const std::string& what) {
   }
 }
 
+// A pipe from which nobody reads any more: who looked at the first lines has seen enough.
+bool ReaderHasGone() {
+  pollfd out{STDOUT_FILENO, 0, 0};
+  return ::poll(&out, 1, 0) == 1 && (out.revents & POLLERR) != 0;
+}
+
 // Nothing is said to be done while its results are lost.
 int RequireWritten(int status) {
-  if (Results().flush()) return status;
+  if (Results().flush() || ReaderHasGone()) return status;
   Say("orbel: the results could not be written to standard output; make room where they go");
   return status == kDone ? kFailed : status;
 }

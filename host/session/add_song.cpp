@@ -1,13 +1,12 @@
 #include "host/session/add_song.h"
 
-#include <fcntl.h>
 #include <unistd.h>
 
-#include <cerrno>
 #include <filesystem>
 #include <system_error>
 
 #include "exc/text/split_string.h"
+#include "host/session/copy_to_disk.h"
 #include "host/session/failure.h"
 #include "host/session/shown_text.h"
 #include "suite/audio/create.h"
@@ -61,16 +60,6 @@ std::vector<fs::path> FilesOf(const fs::path& folder, const std::string& number,
                 ". Choose another place, or make room.");
 }
 
-// What was written reaches the disk before the file gets its name.
-void Synchronise(const fs::path& path) {
-  const int file = ::open(path.c_str(), O_RDONLY | O_CLOEXEC);
-  if (file < 0) FailOn(path, {errno, std::generic_category()});
-  const int status = ::fsync(file);
-  const int reason = errno;
-  ::close(file);
-  if (status != 0) FailOn(path, {reason, std::generic_category()});
-}
-
 // A folder beside the show's own, with the new song as its only one; gone when this goes.
 class Draft {
  public:
@@ -94,11 +83,7 @@ class Draft {
     std::error_code error;
     if (!fs::is_regular_file(from, error))
       throw Failure(Shown(from) + ": is not a file that can be read; give one that is there");
-    fs::copy_file(from, path_ / name, error);
-    if (error)
-      throw Failure(Shown(from) + ": cannot be copied into the show: " + error.message() +
-                    "; make room, or see that it may be read");
-    Synchronise(path_ / name);
+    CopyToDisk(from, path_ / name);
   }
 
  private:

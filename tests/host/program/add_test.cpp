@@ -1,6 +1,8 @@
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
+#include <sys/resource.h>
+
 #include <filesystem>
 #include <fstream>
 
@@ -70,6 +72,20 @@ TEST_F(Add, CuesOfANumberInAnotherSpellingAreInTheWayToo) {
   EXPECT_EQ(run.status, 1);
   EXPECT_THAT(run.messages, HasSubstr("/songs/1 Waltz.toml: to a show \"1\" and \"01\" are one number"));
   EXPECT_EQ(Put("1", "Waltz").status, 0) << "cues may be there before their song";
+}
+
+TEST_F(Add, AFullDiskIsSaidInTheSystemsWordsAndLeavesNothing) {
+  rlimit before{};
+  ::getrlimit(RLIMIT_FSIZE, &before);
+  const rlimit small{10'000, before.rlim_max};  // the program inherits it: no file may grow beyond
+  ::setrlimit(RLIMIT_FSIZE, &small);
+  const Ended run = Put("1", "Waltz");
+  ::setrlimit(RLIMIT_FSIZE, &before);
+  EXPECT_EQ(run.status, 1);
+  EXPECT_EQ(run.messages, "orbel: " + audio_ +
+                              ": cannot be copied into the show: File too large; make room, or see that it "
+                              "may be read\n");
+  EXPECT_FALSE(fs::exists(show_));
 }
 
 TEST_F(Add, AFileIsNoShow) {

@@ -1,7 +1,10 @@
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
+#include <cstdlib>
+
 #include "tests/host/run_orbel.h"
+#include "tests/host/show_files.h"
 
 namespace host_tests {
 namespace {
@@ -37,6 +40,19 @@ TEST(Usage, ResultsThatAreLostAreAFailure) {
     EXPECT_EQ(run.messages,
               "orbel: the results could not be written to standard output; make room where they go\n");
   }
+}
+
+TEST(Usage, AReaderThatHasSeenEnoughIsNoFailure) {
+  ShowFiles files;
+  files.AddSong("1", "Waltz", 2);
+  // The reader closes its end of the pipe first, and only then lets the program begin.
+  const std::string begin = files.Beside("begin");
+  const std::string messages = files.Beside("messages");
+  const std::string script = "mkfifo '" + begin + "'; { read go; '" ORBEL_PROGRAM "' info '" + files.Show() +
+                             "' 2>'" + messages + "'; echo $? >>'" + messages + "'; } <'" + begin +
+                             "' | { exec 0<&-; echo go >'" + begin + "'; }";
+  EXPECT_EQ(std::system(script.c_str()), 0);
+  EXPECT_EQ(ReadText(messages), "0\n");
 }
 
 TEST(Usage, TheVersionIsThatOfTheBuild) {
