@@ -17,6 +17,15 @@ class DeviceCallback {
   virtual bool IsReady(std::size_t /*frames*/) const noexcept { return true; }
 };
 
+// Whom a device tells that it takes no more frames, and that a clock is about to stand in for it.
+class DeviceLossListener {
+ public:
+  virtual ~DeviceLossListener() = default;
+  // While nobody asks for frames. True: what has been due since is to be taken at once, unheard, so that the
+  // show goes on in step with the stage. False: nothing more than what the callback gives from now on.
+  virtual bool OnDeviceLost() = 0;
+};
+
 // Something that takes frames in real time, opened by its maker at a fixed rate and channel count. It runs
 // for the whole show: silence between the songs comes from the callback, so that starting to play never waits
 // for hardware.
@@ -43,6 +52,11 @@ class Device {
   virtual std::string GetFailure() const { return ""; }
   // At present it has no clock: how fast it takes frames tells nothing.
   virtual bool IsFreewheeling() const { return false; }
+
+  // Nobody hears anything at present: a clock stands in for a device that has failed.
+  virtual bool IsRecovering() const { return false; }
+  // Before Start; null: nobody. A device that nothing can stand in for tells nobody.
+  virtual void SetLossListener(DeviceLossListener* /*listener*/) {}
 
   // From now on `callback` is asked, until Stop. Throws TESKAudioError when the device refuses.
   virtual void Start(DeviceCallback& callback) = 0;

@@ -1,12 +1,12 @@
 #include "reference_suite/audio/device/null_device.h"
 
 #include <algorithm>
-#include <cerrno>
 #include <cmath>
-#include <ctime>
 #include <string>
 #include <system_error>
 
+#include "reference_suite/audio/device/device_clock.h"
+#include "reference_suite/audio/output/timed_condition.h"
 #include "suite/audio/errors.h"
 #include "suite/utility/thread_names.h"
 
@@ -17,25 +17,15 @@ namespace {
 constexpr long long kNanosecondsPerSecond = 1'000'000'000LL;
 // A thread that is later than this (the machine was asleep) starts a new rhythm instead of making up for it.
 constexpr int kLatePeriods = 8;
-
-long long Now() {
-  timespec now{};
-  ::clock_gettime(CLOCK_MONOTONIC, &now);
-  return now.tv_sec * kNanosecondsPerSecond + now.tv_nsec;
-}
-
-void SleepUntil(long long time) {
-  timespec until{};
-  until.tv_sec = time / kNanosecondsPerSecond;
-  until.tv_nsec = time % kNanosecondsPerSecond;
-  while (::clock_nanosleep(CLOCK_MONOTONIC, TIMER_ABSTIME, &until, nullptr) == EINTR) {
-  }
-}
+constexpr long long kRenderPatience = 2 * kNanosecondsPerSecond;
+constexpr long long kAsleep = 60 * kNanosecondsPerSecond;
+constexpr long long kLook = 50'000;
 
 }  // namespace
 
-NullDevice::NullDevice(double rateHz, unsigned channels, unsigned periodFrames)
-    : rateHz_(rateHz),
+NullDevice::NullDevice(double rateHz, unsigned channels, unsigned periodFrames, long long dueSince)
+    : dueSince_(dueSince),
+      rateHz_(rateHz),
       channels_(channels),
       periodFrames_(std::max(1U, periodFrames)),
       frames_(std::size_t{periodFrames_} * channels) {}
@@ -76,17 +66,30 @@ void* NullDevice::ThreadBody_(void* self) {
 
 void NullDevice::Run_() noexcept {
   const double period = static_cast<double>(kNanosecondsPerSecond) * periodFrames_ / rateHz_;
-  long long start = Now();
+  long long start = dueSince_ == 0 ? MonotonicNow() : CatchUp_(dueSince_, period);
   // Each wake-up is reckoned from the start, so that rounding never adds up to a drift.
   for (long long count = 1; shouldRun_; ++count) {
     const auto time = start + static_cast<long long>(period * static_cast<double>(count));
     SleepUntil(time);
-    if (static_cast<double>(Now() - time) > period * kLatePeriods) {
-      start = Now();
-      count = 0;
-    }
+    callback_->Process(frames_.data(), periodFrames_);
+    const long long late = MonotonicNow() - time;
+    if (static_cast<double>(late) <= period * kLatePeriods) continue;
+    // One that stands in makes up for it, as long as the machine has not been asleep.
+    start = dueSince_ == 0 || late > kAsleep ? MonotonicNow() : CatchUp_(time, period);
+    count = 0;
+  }
+}
+
+// Takes what has been due since `start` as fast as it is rendered. Returns from when on it goes on in time.
+long long NullDevice::CatchUp_(long long start, double period) {
+  long long count = 0;
+  const auto due = [&] { return start + static_cast<long long>(period * static_cast<double>(count + 1)); };
+  for (; shouldRun_ && due() <= MonotonicNow(); ++count) {
+    const long long deadline = MonotonicNow() + kRenderPatience;
+    while (shouldRun_ && !callback_->IsReady(periodFrames_) && MonotonicNow() < deadline) SleepFor(kLook);
     callback_->Process(frames_.data(), periodFrames_);
   }
+  return start + static_cast<long long>(period * static_cast<double>(count));
 }
 
 }  // namespace tesk_audio

@@ -15,7 +15,9 @@ namespace tesk_audio {
 // Threads    its own while it runs.
 class NullDevice : public Device {
  public:
-  NullDevice(double rateHz, unsigned channels, unsigned periodFrames);
+  // `dueSince`: when the first frame is due, in nanoseconds of the monotonic clock; 0: when it is started.
+  // What is overdue then is taken as fast as the callback has it ready.
+  NullDevice(double rateHz, unsigned channels, unsigned periodFrames, long long dueSince = 0);
   ~NullDevice() override;
   NullDevice(const NullDevice&) = delete;
   NullDevice& operator=(const NullDevice&) = delete;
@@ -31,7 +33,9 @@ class NullDevice : public Device {
  private:
   static void* ThreadBody_(void* self);
   void Run_() noexcept;
+  long long CatchUp_(long long start, double period);
 
+  const long long dueSince_;
   double rateHz_;
   unsigned channels_;
   unsigned periodFrames_;

@@ -52,6 +52,14 @@ void DeviceFeed::Process(float* out, std::size_t frames) noexcept {
   PublishAudible_();
 }
 
+// While it is closed or closing, or a command waits to be obeyed, what is missing is not meant to be heard.
+bool DeviceFeed::IsReady(std::size_t frames) const noexcept {
+  if (!open_ || closing_ || dropping_ || NumberOf(command_) != obeyed_) return true;
+  const std::size_t available = ring_.GetAvailable();
+  return available >= frames || ring_.GetReadPosition() + available >= end_ ||
+         dropBefore_ > ring_.GetReadPosition();
+}
+
 void DeviceFeed::ObeyDrop_() {
   const std::uint64_t position = dropBefore_;
   if (ring_.GetReadPosition() >= position) return;

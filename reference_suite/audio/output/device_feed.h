@@ -48,6 +48,7 @@ class DeviceFeed : public DeviceCallback {
   long long GetUnderrunFrames() const { return underrunFrames_; }
 
   void Process(float* out, std::size_t frames) noexcept override;
+  bool IsReady(std::size_t frames) const noexcept override;
 
  private:
   static constexpr std::uint64_t kNever = std::numeric_limits<std::uint64_t>::max();

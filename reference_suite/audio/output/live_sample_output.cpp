@@ -8,10 +8,18 @@
 
 namespace tesk_audio {
 
+namespace {
+
+// Frames; what longer periods a device may come back with is fetched from the ring in several goes.
+constexpr unsigned kMostPeriod = 8192;
+
+}  // namespace
+
 LiveSampleOutput::LiveSampleOutput(AudioPlayerOutputInterface& player, std::unique_ptr<Device> device,
                                    const OutputSettings& settings)
     : exc::Lockable("AudioSampleOutput"),
       player_(player),
+      lossPolicy_(settings.onDeviceLoss),
       device_(std::move(device)),
       stepLock_("AudioSampleOutput_Step"),
       step_(player, device_->GetChannelCount(), device_->GetRateHz(), settings.crossfadeMs),
@@ -20,9 +28,10 @@ LiveSampleOutput::LiveSampleOutput(AudioPlayerOutputInterface& player, std::uniq
       fadeFrames_(FramesOf_(settings.fadeMs)),
       // Room for what is rendered ahead twice over: while the device has not yet passed over what was
       // dropped, the same amount is rendered anew.
-      ring_(4 * (aheadFrames_ + quantum_), device_->GetChannelCount()),
+      ring_(4 * (std::max<std::size_t>(aheadFrames_, kMostPeriod + quantum_) + quantum_), device_->GetChannelCount()),
       feed_(ring_, device_->GetChannelCount(), fadeFrames_),
       seekFlag_("AudioSampleOutput_Seek") {
+  device_->SetLossListener(this);
   device_->Start(feed_);
   try {
     StartThread_();
@@ -61,7 +70,9 @@ std::size_t LiveSampleOutput::GetRingFill_() const {
 }
 
 bool LiveSampleOutput::NeedsFrames_() const {
-  return GetRingFill_() < aheadFrames_ && ring_.GetFree() >= quantum_;
+  // Another device, or the same server after a change, can have a longer period.
+  const std::size_t ahead = std::max(aheadFrames_, std::min(device_->GetPeriodFrames(), kMostPeriod) + quantum_);
+  return GetRingFill_() < ahead && ring_.GetFree() >= quantum_;
 }
 
 }  // namespace tesk_audio

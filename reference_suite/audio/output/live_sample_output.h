@@ -37,7 +37,12 @@ namespace tesk_audio {
 // Errors     what a step throws (a song that asks for stretching, a broken invariant of the player) ends
 // playback
 //            where it happened, in the log and as a line on the console.
-class LiveSampleOutput : public AudioSampleOutput, public exc::Lockable, private StepGate {
+// Failure    a device that something stands in for tells it: playback then runs on unheard, is held, or ends, as
+//            the settings say.
+class LiveSampleOutput : public AudioSampleOutput,
+                         public exc::Lockable,
+                         private StepGate,
+                         private DeviceLossListener {
  public:
   // The device runs from now on, with silence. Throws TESKAudioError when it, or a thread, cannot be started.
   LiveSampleOutput(AudioPlayerOutputInterface& player, std::unique_ptr<Device> device,
@@ -103,6 +108,9 @@ class LiveSampleOutput : public AudioSampleOutput, public exc::Lockable, private
   void StopAtCaesura_();
   void NotifyStopped_();
 
+  // ---- live_device_loss.cpp: the device's watching thread
+  bool OnDeviceLost() override;
+
   // ---- live_transport.cpp
   void PrepareRefill_();
   bool StopAndWait_(bool wait, std::size_t fadeFrames);
@@ -115,6 +123,7 @@ class LiveSampleOutput : public AudioSampleOutput, public exc::Lockable, private
   bool NeedsFrames_() const;
 
   AudioPlayerOutputInterface& player_;
+  const DeviceLossPolicy lossPolicy_;
   std::unique_ptr<Device> device_;
   exc::Lockable stepLock_;
   RenderStep step_ EXC_GUARDED_BY(stepLock_);

@@ -12,6 +12,13 @@ enum class DeviceKind {
   Jack,     // a client of a JACK server
 };
 
+// What becomes of playback when the device fails.
+enum class DeviceLossPolicy {
+  RunOn,  // it goes on unheard: the musicians have not stopped
+  Hold,   // it is paused where it was
+  End,    // it stops
+};
+
 struct OutputSettings {
   DeviceKind device = DeviceKind::Null;
   std::string deviceName;            // JACK: the server; empty: the usual one
@@ -20,6 +27,7 @@ struct OutputSettings {
   double rateHz = 0.0;          // of the songs and, where it can choose, of the device; 0: the first content's
   unsigned periodFrames = 256;  // frames that the device takes at a time, where it can choose
   double aheadMs = 15.0;        // rendered ahead of the device, at least one period and one read
+  DeviceLossPolicy onDeviceLoss = DeviceLossPolicy::RunOn;
   double crossfadeMs = 5.0;     // at jumps, equal power; 0: bit-exact splices
   double fadeMs = 3.0;          // on start, pause and stop; 0 leaves every sample as it is
 };

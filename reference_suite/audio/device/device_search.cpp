@@ -1,0 +1,135 @@
+#include "reference_suite/audio/device/device_search.h"
+
+#include <pthread.h>
+
+#include <atomic>
+#include <system_error>
+
+#include "reference_suite/audio/device/device_clock.h"
+#include "reference_suite/audio/device/rate_bridge.h"
+#include "reference_suite/audio/output/timed_condition.h"
+#include "suite/audio/errors.h"
+#include "suite/utility/thread_names.h"
+
+namespace tesk_audio {
+
+namespace {
+
+constexpr long long kMillisecond = 1'000'000;
+constexpr int kLooksBetweenTries = 50;
+constexpr long long kLook = 20 * kMillisecond;
+
+// The argument belongs to the thread.
+int StartDetached(void* (*body)(void*), void* argument) {
+  pthread_t thread{};
+  const int result = ::pthread_create(&thread, nullptr, body, argument);
+  if (result == 0) ::pthread_detach(thread);
+  return result;
+}
+
+struct Closing {
+  RunningDevice running;
+  std::atomic<bool> done{false};
+};
+
+void* CloseBody(void* argument) {
+  const std::unique_ptr<std::shared_ptr<Closing>> owned(static_cast<std::shared_ptr<Closing>*>(argument));
+  exc::thread_names.SetNameOfCurrentThread("DeviceClosing");
+  Closing& closing = **owned;
+  closing.running.device->Stop();
+  closing.running.device.reset();
+  closing.done = true;
+  return nullptr;
+}
+
+}  // namespace
+
+struct DeviceSearch::State {
+  Wanted wanted;
+  std::atomic<bool> abandoned{false};
+  mutable std::mutex mutex;
+  RunningDevice found;  // both guarded by it
+  std::string error;
+
+  RunningDevice Open() const {
+    RunningDevice running;
+    std::unique_ptr<Device> device = wanted.source();
+    if (device->GetRateHz() != wanted.rateHz) {
+      device = std::make_unique<RateBridge>(std::move(device), wanted.rateHz);
+    }
+    running.gate = std::make_unique<DeviceGate>(*wanted.target, wanted.channels, wanted.rateHz, device.get());
+    running.device = std::move(device);
+    running.device->Start(*running.gate);
+    return running;
+  }
+
+  void Search() {
+    while (!abandoned) {
+      try {
+        RunningDevice running = Open();
+        const std::lock_guard lock(mutex);
+        if (!abandoned) found = std::move(running);
+        return;
+      } catch (const std::exception& failure) {
+        const std::lock_guard lock(mutex);
+        error = failure.what();
+      }
+      for (int i = 0; i < kLooksBetweenTries && !abandoned; ++i) SleepFor(kLook);
+    }
+  }
+};
+
+DeviceSearch::DeviceSearch(Wanted wanted) : state_(std::make_shared<State>()) {
+  state_->wanted = std::move(wanted);
+  auto argument = std::make_unique<std::shared_ptr<State>>(state_);
+  const int result = StartDetached(&DeviceSearch::ThreadBody_, argument.get());
+  if (result != 0) {
+    throw TESKAudioError("The search for an audio device cannot start its thread: " +
+                         std::generic_category().message(result) + ". Close other programs.");
+  }
+  static_cast<void>(argument.release());
+}
+
+DeviceSearch::~DeviceSearch() {
+  // With the lock held: either the thread sees it, or what it has found lies there already.
+  RunningDevice found;
+  {
+    const std::lock_guard lock(state_->mutex);
+    state_->abandoned = true;
+    std::swap(found, state_->found);
+  }
+  if (found.device != nullptr) CloseDevice(std::move(found), 0);
+}
+
+void* DeviceSearch::ThreadBody_(void* state) {
+  const std::unique_ptr<std::shared_ptr<State>> owned(static_cast<std::shared_ptr<State>*>(state));
+  exc::thread_names.SetNameOfCurrentThread("DeviceSearch");
+  (*owned)->Search();
+  return nullptr;
+}
+
+RunningDevice DeviceSearch::Take() {
+  RunningDevice taken;
+  const std::lock_guard lock(state_->mutex);
+  std::swap(taken, state_->found);
+  return taken;
+}
+
+std::string DeviceSearch::GetError() const {
+  const std::lock_guard lock(state_->mutex);
+  return state_->error;
+}
+
+void CloseDevice(RunningDevice running, long long patience) {
+  const auto closing = std::make_shared<Closing>();
+  closing->running = std::move(running);
+  auto argument = std::make_unique<std::shared_ptr<Closing>>(closing);
+  const int result = StartDetached(&CloseBody, argument.get());
+  // Without a thread it is left open for ever, which is better than to wait for it here.
+  static_cast<void>(argument.release());
+  if (result != 0) return;
+  const long long deadline = MonotonicNow() + patience;
+  while (!closing->done && MonotonicNow() < deadline) SleepFor(kMillisecond);
+}
+
+}  // namespace tesk_audio

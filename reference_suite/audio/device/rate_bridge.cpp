@@ -1,0 +1,118 @@
+#include "reference_suite/audio/device/rate_bridge.h"
+
+#include <soxr.h>
+
+#include <algorithm>
+#include <cmath>
+#include <system_error>
+
+#include "reference_suite/audio/device/device_clock.h"
+#include "suite/audio/errors.h"
+#include "suite/utility/thread_names.h"
+
+namespace tesk_audio {
+
+namespace {
+
+// Frames that are fetched at a time, and the most that a device takes at a time.
+constexpr std::size_t kBlock = 256;
+constexpr std::size_t kMostPeriod = 8192;
+constexpr long long kMillisecond = 1'000'000;
+
+}  // namespace
+
+RateBridge::RateBridge(std::unique_ptr<Device> device, double rateHz)
+    : device_(std::move(device)),
+      rateHz_(rateHz),
+      ring_(4 * kMostPeriod, device_->GetChannelCount()),
+      taken_(kBlock * device_->GetChannelCount()),
+      converted_((static_cast<std::size_t>(kBlock * device_->GetRateHz() / rateHz) + kBlock) *
+                 device_->GetChannelCount()) {
+  const soxr_io_spec_t io = soxr_io_spec(SOXR_FLOAT32_I, SOXR_FLOAT32_I);
+  const soxr_quality_spec_t quality = soxr_quality_spec(SOXR_HQ, 0);
+  soxr_error_t error = nullptr;
+  converter_ =
+      soxr_create(rateHz_, device_->GetRateHz(), device_->GetChannelCount(), &error, &io, &quality, nullptr);
+  if (error != nullptr) {
+    throw TESKAudioError("The rate of the audio device cannot be converted: " + std::string(error) + ".");
+  }
+}
+
+RateBridge::~RateBridge() {
+  Stop();
+  device_.reset();
+  soxr_delete(converter_);
+}
+
+std::size_t RateBridge::GetWanted_() const {
+  return std::min<std::size_t>(2 * device_->GetPeriodFrames() + kBlock, 3 * kMostPeriod);
+}
+
+unsigned RateBridge::GetLatencyFrames() const {
+  const double held = device_->GetLatencyFrames() + static_cast<double>(ring_.GetAvailable());
+  return static_cast<unsigned>(std::lround(held * rateHz_ / device_->GetRateHz()));
+}
+
+std::string RateBridge::GetDescription() const {
+  return device_->GetDescription() + ", converted from " + std::to_string(std::lround(rateHz_)) + " Hz";
+}
+
+void RateBridge::Start(DeviceCallback& callback) {
+  if (runs_) return;
+  callback_ = &callback;
+  stops_ = false;
+  device_->Start(*this);
+  const int result = ::pthread_create(&thread_, nullptr, &RateBridge::ThreadBody_, this);
+  if (result != 0) {
+    device_->Stop();
+    throw TESKAudioError("The conversion for the audio device cannot start its thread: " +
+                         std::generic_category().message(result) + ". Close other programs.");
+  }
+  runs_ = true;
+}
+
+void RateBridge::Stop() {
+  if (!runs_) return;
+  stops_ = true;
+  ::pthread_join(thread_, nullptr);
+  device_->Stop();
+  runs_ = false;
+}
+
+void* RateBridge::ThreadBody_(void* self) {
+  exc::thread_names.SetNameOfCurrentThread("RateBridge");
+  static_cast<RateBridge*>(self)->Run_();
+  return nullptr;
+}
+
+void RateBridge::Run_() {
+  while (!stops_) {
+    while (!stops_ && ring_.GetAvailable() < GetWanted_()) Fill_();
+    SleepFor(kMillisecond);
+  }
+}
+
+void RateBridge::Fill_() {
+  if (IsFreewheeling() && !callback_->IsReady(kBlock)) {
+    SleepFor(kMillisecond / 20);
+    return;
+  }
+  callback_->Process(taken_.data(), kBlock);
+  std::size_t used = 0;
+  std::size_t made = 0;
+  const std::size_t room = converted_.size() / device_->GetChannelCount();
+  soxr_process(converter_, taken_.data(), kBlock, &used, converted_.data(), room, &made);
+  ring_.Write(converted_.data(), made);
+}
+
+void RateBridge::Process(float* out, std::size_t frames) noexcept {
+  const std::size_t count = std::min(frames, ring_.GetAvailable());
+  ring_.Read(out, count);
+  std::fill_n(out + count * device_->GetChannelCount(), (frames - count) * device_->GetChannelCount(), 0.0F);
+}
+
+bool RateBridge::IsReady(std::size_t frames) const noexcept {
+  return ring_.GetAvailable() >= frames;
+}
+
+}  // namespace tesk_audio

@@ -1,0 +1,202 @@
+#include "reference_suite/audio/device/resilient_device.h"
+
+#include <algorithm>
+#include <system_error>
+
+#include "reference_suite/audio/device/device_clock.h"
+#include "reference_suite/audio/output/timed_condition.h"
+#include "suite/audio/errors.h"
+#include "suite/utility/thread_names.h"
+
+namespace tesk_audio {
+
+namespace {
+
+constexpr long long kMillisecond = 1'000'000;
+constexpr long long kLook = 10 * kMillisecond;
+// How long the first device may take to open, a new one to ask for its first frame, an old one to close at
+// the end of the show.
+constexpr long long kPatience = 2'000 * kMillisecond;
+constexpr double kFadeInSeconds = 0.020;
+
+}  // namespace
+
+ResilientDevice::ResilientDevice(const Shape& shape, DeviceSource source, Tell tell)
+    : shape_(shape), source_(std::move(source)), tell_(std::move(tell)), period_(shape.periodFrames) {}
+
+ResilientDevice::~ResilientDevice() {
+  Stop();
+}
+
+std::string ResilientDevice::GetDescription() const {
+  const std::lock_guard lock(mutex_);
+  return description_;
+}
+
+void ResilientDevice::Start(DeviceCallback& callback) {
+  if (runs_) return;
+  callback_ = &callback;
+  stops_ = false;
+  BeginSearch_();
+  WaitForFirst_();
+  const int result = ::pthread_create(&thread_, nullptr, &ResilientDevice::ThreadBody_, this);
+  if (result != 0) {
+    throw TESKAudioError("The watch over the audio device cannot start its thread: " +
+                         std::generic_category().message(result) + ". Close other programs.");
+  }
+  runs_ = true;
+}
+
+void ResilientDevice::WaitForFirst_() {
+  const long long deadline = MonotonicNow() + kPatience;
+  while (MonotonicNow() < deadline && search_->GetError().empty()) {
+    RunningDevice found = search_->Take();
+    if (found.device != nullptr) {
+      search_.reset();
+      found.gate->Open(0, 0);
+      running_ = std::move(found);
+      Publish_();
+      return;
+    }
+    SleepFor(kMillisecond);
+  }
+  recovering_ = true;
+  StandIn_(0);
+  Publish_();
+  const std::string error = search_->GetError();
+  Tell_(true, error.empty() ? "The audio device does not answer." : error);
+}
+
+void ResilientDevice::Stop() {
+  if (!runs_) return;
+  stops_ = true;
+  ::pthread_join(thread_, nullptr);
+  runs_ = false;
+  search_.reset();
+  for (RunningDevice* const each : {&running_, &candidate_, &standIn_}) {
+    if (each->device == nullptr) continue;
+    each->gate->Close();
+    CloseDevice(std::move(*each), kPatience);
+  }
+}
+
+void* ResilientDevice::ThreadBody_(void* self) {
+  exc::thread_names.SetNameOfCurrentThread("DeviceWatch");
+  static_cast<ResilientDevice*>(self)->Run_();
+  return nullptr;
+}
+
+void ResilientDevice::Run_() {
+  while (!stops_) {
+    SleepFor(kLook);
+    try {
+      Look_();
+    } catch (const std::exception&) {
+      // No thread or no memory for a search or for the clock: tried again at the next look.
+    }
+  }
+}
+
+void ResilientDevice::Look_() {
+  if (running_.device != nullptr) {
+    LookAtDevice_();
+  } else {
+    LookForDevice_();
+  }
+  Publish_();
+}
+
+void ResilientDevice::LookAtDevice_() {
+  const Device& device = *running_.device;
+  DeviceWatch::Look look;
+  look.seconds = static_cast<double>(MonotonicNow()) * 1e-9;
+  look.lastCall = running_.gate->GetLastCall();
+  look.framesAsked = running_.gate->GetFramesAsked();
+  look.periodFrames = device.GetPeriodFrames();
+  look.rateHz = shape_.rateHz;
+  look.freewheels = device.IsFreewheeling();
+  const DeviceWatch::Verdict verdict = watch_.Judge(look);
+  if (device.HasFailed()) {
+    Lose_(device.GetDescription() + ": " + device.GetFailure() + ".");
+  } else if (verdict == DeviceWatch::Verdict::Silent) {
+    Lose_(device.GetDescription() + ": it has stopped to ask for sound.");
+  } else if (verdict == DeviceWatch::Verdict::TooFast) {
+    Lose_(device.GetDescription() + ": it takes sound faster than time passes.");
+  }
+}
+
+void ResilientDevice::Lose_(const std::string& reason) {
+  recovering_ = true;
+  Tell_(true, reason);
+  running_.gate->Close();
+  const long long due = running_.gate->GetDueTime();
+  xrunsBefore_ += running_.device->GetXrunCount();
+  const bool goesOn = lossListener_ == nullptr || lossListener_->OnDeviceLost();
+  CloseDevice(std::move(running_), 0);
+  running_ = {};
+  StandIn_(goesOn ? due : 0);
+}
+
+void ResilientDevice::StandIn_(long long dueSince) {
+  const long long due = dueSince == 0 ? MonotonicNow() : dueSince;
+  RunningDevice clock;
+  clock.gate = std::make_unique<DeviceGate>(*callback_, shape_.channels, shape_.rateHz, nullptr);
+  clock.device = std::make_unique<NullDevice>(shape_.rateHz, shape_.channels, shape_.periodFrames, due);
+  clock.gate->Open(0, due);
+  clock.device->Start(*clock.gate);
+  standIn_ = std::move(clock);
+}
+
+void ResilientDevice::LookForDevice_() {
+  if (standIn_.device == nullptr) StandIn_(0);
+  if (candidate_.device == nullptr) {
+    if (search_ == nullptr) BeginSearch_();
+    candidate_ = search_->Take();
+    candidateSince_ = MonotonicNow();
+    if (candidate_.device == nullptr) return;
+    search_.reset();
+  }
+  if (candidate_.gate->GetLastCall() != 0) {
+    ChangeOver_(std::move(candidate_));
+    candidate_ = {};
+  } else if (candidate_.device->HasFailed() || MonotonicNow() - candidateSince_ > kPatience) {
+    CloseDevice(std::move(candidate_), 0);
+    candidate_ = {};
+  }
+}
+
+void ResilientDevice::BeginSearch_() {
+  search_ = std::make_unique<DeviceSearch>(
+      DeviceSearch::Wanted{source_, callback_, shape_.rateHz, shape_.channels});
+}
+
+void ResilientDevice::ChangeOver_(RunningDevice found) {
+  standIn_.gate->Close();
+  const long long due = standIn_.gate->GetDueTime();
+  standIn_.device->Stop();
+  standIn_ = {};
+  watch_ = {};
+  found.gate->Open(static_cast<std::size_t>(kFadeInSeconds * shape_.rateHz), due);
+  running_ = std::move(found);
+  recovering_ = false;
+  Publish_();
+  Tell_(false, "");
+}
+
+void ResilientDevice::Publish_() {
+  const Device* const device =
+      running_.device != nullptr ? running_.device.get() : static_cast<Device*>(standIn_.device.get());
+  if (device == nullptr) return;
+  period_ = device->GetPeriodFrames();
+  latency_ = device->GetLatencyFrames();
+  if (running_.device != nullptr) xruns_ = xrunsBefore_ + device->GetXrunCount();
+  std::string description = device->GetDescription();
+  const std::lock_guard lock(mutex_);
+  description_.swap(description);
+}
+
+void ResilientDevice::Tell_(bool recovering, const std::string& reason) {
+  if (tell_) tell_({recovering, GetDescription(), reason});
+}
+
+}  // namespace tesk_audio

@@ -1,0 +1,95 @@
+#pragma once
+
+#include <pthread.h>
+
+#include <atomic>
+#include <functional>
+#include <memory>
+#include <mutex>
+#include <string>
+
+#include "reference_suite/audio/device/device_search.h"
+#include "reference_suite/audio/device/device_watch.h"
+#include "reference_suite/audio/device/null_device.h"
+#include "suite/core/device_update.h"
+
+namespace tesk_audio {
+
+// A device that never ends: when the one that it has opened fails, a clock without sound goes on in its
+// place, and another one is looked for every second. What is taken meanwhile is what would have been heard:
+// the clock first takes, as fast as it is rendered, what was due since the last frame that the device took.
+// When a device is there again it fades in where the show now is.
+//
+// Units      frames of the rate given; a device of another rate has them converted.
+// Threads    whichever device runs asks on its thread, one at a time; a thread of this object watches and
+//            changes over; opening and closing have threads of their own, which may hang for ever.
+// Locks      mutex_, innermost: what queries from other threads read.
+class ResilientDevice : public Device {
+ public:
+  struct Shape {
+    double rateHz = 48000.0;
+    unsigned channels = 2;
+    unsigned periodFrames = 256;  // of the clock without sound
+  };
+  // Called on the watching thread at every change, and inside Start when there is no device at once.
+  using Tell = std::function<void(const notify::DeviceUpdate&)>;
+
+  ResilientDevice(const Shape& shape, DeviceSource source, Tell tell);
+  ~ResilientDevice() override;
+  ResilientDevice(const ResilientDevice&) = delete;
+  ResilientDevice& operator=(const ResilientDevice&) = delete;
+
+  double GetRateHz() const override { return shape_.rateHz; }
+  unsigned GetChannelCount() const override { return shape_.channels; }
+  unsigned GetPeriodFrames() const override { return period_; }
+  unsigned GetLatencyFrames() const override { return latency_; }
+  std::string GetDescription() const override;
+  long long GetXrunCount() const override { return xruns_; }
+  void SetLossListener(DeviceLossListener* listener) override { lossListener_ = listener; }
+  bool IsRecovering() const override { return recovering_; }
+
+  // Waits a moment for the device; without one it begins with the clock.
+  void Start(DeviceCallback& callback) override;
+  void Stop() override;
+
+ private:
+  static void* ThreadBody_(void* self);
+  void Run_();
+  void Look_();
+  void LookAtDevice_();
+  void LookForDevice_();
+  void BeginSearch_();
+  void WaitForFirst_();
+  void Lose_(const std::string& reason);
+  void StandIn_(long long dueSince);
+  void ChangeOver_(RunningDevice found);
+  void Publish_();
+  void Tell_(bool recovering, const std::string& reason);
+
+  const Shape shape_;
+  const DeviceSource source_;
+  const Tell tell_;
+  DeviceCallback* callback_ = nullptr;
+  DeviceLossListener* lossListener_ = nullptr;
+
+  // The watching thread's, and of whoever starts and stops it.
+  RunningDevice running_;    // empty while the clock stands in
+  RunningDevice candidate_;  // opened, but it has not asked for a frame yet
+  RunningDevice standIn_;
+  std::unique_ptr<DeviceSearch> search_;
+  DeviceWatch watch_;
+  long long candidateSince_ = 0;
+  long long xrunsBefore_ = 0;  // of devices that are gone
+
+  std::atomic<unsigned> period_;
+  std::atomic<unsigned> latency_{0};
+  std::atomic<long long> xruns_{0};
+  std::atomic<bool> recovering_{false};
+  std::atomic<bool> stops_{false};
+  mutable std::mutex mutex_;
+  std::string description_;  // guarded by it
+  pthread_t thread_{};
+  bool runs_ = false;
+};
+
+}  // namespace tesk_audio

@@ -1,0 +1,16 @@
+#pragma once
+
+#include <string>
+
+namespace notify {
+
+// What has become of the audio device. Sent under names::audio_device_changed.
+struct DeviceUpdate {
+  // A clock without sound stands in for the device, and nobody hears anything.
+  bool recovering = false;
+  // What takes the sound now; when it is recovering, what did.
+  std::string device;
+  std::string reason;  // of the failure, for people
+};
+
+}  // namespace notify

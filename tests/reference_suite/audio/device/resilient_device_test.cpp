@@ -1,0 +1,329 @@
+// Devices that die, hang and go wild, and the clock that stands in for them.
+#include "reference_suite/audio/device/resilient_device.h"
+
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+
+#include <chrono>
+#include <deque>
+#include <future>
+
+#include "reference_suite/audio/output/live_sample_output.h"
+#include "suite/audio/errors.h"
+#include "tests/reference_suite/audio/support/await.h"
+#include "tests/reference_suite/audio/support/scripted_player.h"
+#include "tests/reference_suite/audio/support/test_device.h"
+
+namespace {
+
+using notify::DeviceUpdate;
+using tesk_audio::Device;
+using tesk_audio::NullDevice;
+using tesk_audio::ResilientDevice;
+using testing::HasSubstr;
+
+constexpr double kRate = 48'000.0;
+
+// Counts the frames that are taken, and is always ready.
+class Counter : public tesk_audio::DeviceCallback {
+ public:
+  void Process(float* out, std::size_t frames) noexcept override {
+    for (std::size_t i = 0; i < frames; ++i) out[i] = 1.0F;
+    count += static_cast<long long>(frames);
+  }
+  std::atomic<long long> count{0};
+};
+
+// Keeps time until it dies: told, or without a word.
+class MortalDevice : public NullDevice {
+ public:
+  explicit MortalDevice(double rateHz = kRate) : NullDevice(rateHz, 1, 256) {}
+  bool HasFailed() const override { return failed; }
+  std::string GetFailure() const override { return "it was killed"; }
+  std::string GetDescription() const override { return "mortal device"; }
+  std::atomic<bool> failed{false};
+};
+
+// Hands out what the test has put in; then there is no device.
+class Shop {
+ public:
+  MortalDevice* Put(double rateHz = kRate) {
+    auto device = std::make_unique<MortalDevice>(rateHz);
+    MortalDevice* const seen = device.get();
+    PutDevice(std::move(device));
+    return seen;
+  }
+  void PutDevice(std::unique_ptr<Device> device) {
+    const std::lock_guard lock(mutex_);
+    devices_.push_back(std::move(device));
+  }
+  tesk_audio::DeviceSource Source() {
+    return [this]() -> std::unique_ptr<Device> {
+      const std::lock_guard lock(mutex_);
+      if (devices_.empty()) throw tesk_audio::TESKAudioError("The shop is empty.");
+      std::unique_ptr<Device> device = std::move(devices_.front());
+      devices_.pop_front();
+      return device;
+    };
+  }
+
+ private:
+  std::mutex mutex_;
+  std::deque<std::unique_ptr<Device>> devices_;
+};
+
+class Told {
+ public:
+  ResilientDevice::Tell Tell() {
+    return [this](const DeviceUpdate& update) {
+      const std::lock_guard lock(mutex_);
+      updates_.push_back(update);
+    };
+  }
+  std::vector<DeviceUpdate> Get() const {
+    const std::lock_guard lock(mutex_);
+    return updates_;
+  }
+  bool Is(std::size_t count) const {
+    return Await([&] { return Get().size() >= count; });
+  }
+
+ private:
+  mutable std::mutex mutex_;
+  std::vector<DeviceUpdate> updates_;
+};
+
+class Clock {
+ public:
+  double Seconds() const {
+    return std::chrono::duration<double>(std::chrono::steady_clock::now() - start_).count();
+  }
+
+ private:
+  const std::chrono::steady_clock::time_point start_ = std::chrono::steady_clock::now();
+};
+
+const ResilientDevice::Shape kMono{kRate, 1, 256};
+
+// Whether the show has come to where the wall clock is, and not further than a tenth of a second beyond.
+bool KeepsTime(const Counter& counter, const Clock& clock, double startSeconds) {
+  const bool reached = Await(
+      [&] { return static_cast<double>(counter.count) / kRate > clock.Seconds() - startSeconds - 0.2; });
+  return reached && static_cast<double>(counter.count) / kRate < clock.Seconds() - startSeconds + 0.15;
+}
+
+TEST(ResilientDevice, WhenTheDeviceSaysThatItHasFailedAClockGoesOnInItsPlace) {
+  Shop shop;
+  Told told;
+  Counter counter;
+  MortalDevice* const device = shop.Put();
+  ResilientDevice resilient(kMono, shop.Source(), told.Tell());
+  const Clock clock;
+  resilient.Start(counter);
+  const double start = clock.Seconds();
+  ASSERT_TRUE(Await([&] { return counter.count > 4'000; }));
+  EXPECT_FALSE(resilient.IsRecovering());
+  EXPECT_EQ(resilient.GetDescription(), "mortal device");
+  device->failed = true;
+  ASSERT_TRUE(told.Is(1));
+  EXPECT_TRUE(resilient.IsRecovering());
+  EXPECT_TRUE(told.Get()[0].recovering);
+  EXPECT_EQ(told.Get()[0].reason, "mortal device: it was killed.");
+  const long long lost = counter.count;
+  ASSERT_TRUE(Await([&] { return counter.count > lost + 9'600; })) << "the show goes on";
+  shop.Put();
+  ASSERT_TRUE(told.Is(2)) << "looked for again and again";
+  EXPECT_FALSE(told.Get()[1].recovering);
+  EXPECT_FALSE(resilient.IsRecovering());
+  EXPECT_TRUE(KeepsTime(counter, clock, start));
+  resilient.Stop();
+  const long long stopped = counter.count;
+  EXPECT_EQ(counter.count, stopped);
+}
+
+TEST(ResilientDevice, ADeviceThatStopsWithoutAWordIsNoticedAndWhatWasLostIsMadeUpFor) {
+  Shop shop;
+  Told told;
+  Counter counter;
+  auto owned = std::make_unique<TestDevice>(kRate, 1, 256);
+  TestDevice* const device = owned.get();
+  shop.PutDevice(std::move(owned));
+  ResilientDevice resilient(kMono, shop.Source(), told.Tell());
+  resilient.Start(counter);
+  const Clock clock;
+  device->Turn(256);
+  const double start = clock.Seconds();
+  ASSERT_TRUE(told.Is(1));
+  EXPECT_GE(clock.Seconds(), 0.4);
+  EXPECT_EQ(told.Get()[0].reason, "test device: it has stopped to ask for sound.");
+  EXPECT_TRUE(KeepsTime(counter, clock, start)) << "the silent half second is taken at once";
+}
+
+TEST(ResilientDevice, ADeviceThatTakesFramesTooFastMovesTheShowByAMomentAtMost) {
+  Shop shop;
+  Told told;
+  Counter counter;
+  auto owned = std::make_unique<TestDevice>(kRate, 1, 256);
+  TestDevice* const device = owned.get();
+  shop.PutDevice(std::move(owned));
+  ResilientDevice resilient(kMono, shop.Source(), told.Tell());
+  resilient.Start(counter);
+  const Clock clock;
+  device->Spin(true);
+  ASSERT_TRUE(told.Is(1));
+  EXPECT_EQ(told.Get()[0].reason, "test device: it takes sound faster than time passes.");
+  EXPECT_LT(static_cast<double>(counter.count) / kRate, clock.Seconds() * 1.05 + 0.16);
+  EXPECT_TRUE(KeepsTime(counter, clock, 0.0));
+}
+
+TEST(ResilientDevice, WithoutADeviceTheClockBeginsAndSaysWhy) {
+  Shop shop;
+  Told told;
+  Counter counter;
+  ResilientDevice resilient(kMono, shop.Source(), told.Tell());
+  resilient.Start(counter);
+  ASSERT_EQ(told.Get().size(), 1U);
+  EXPECT_TRUE(told.Get()[0].recovering);
+  EXPECT_EQ(told.Get()[0].reason, "The shop is empty.");
+  EXPECT_EQ(resilient.GetDescription(), "a clock without sound, 48000 Hz, 256 frames a period");
+  ASSERT_TRUE(Await([&] { return counter.count > 1'000; }));
+  shop.Put();
+  ASSERT_TRUE(told.Is(2));
+  EXPECT_FALSE(told.Get()[1].recovering);
+  EXPECT_EQ(told.Get()[1].device, "mortal device");
+}
+
+TEST(ResilientDevice, OpeningThatHangsHoldsNobodyUp) {
+  std::promise<void> hang;
+  const std::shared_future<void> end(hang.get_future());
+  Counter counter;
+  Told told;
+  const Clock clock;
+  {
+    ResilientDevice resilient(
+        kMono,
+        [end]() -> std::unique_ptr<Device> {
+          end.wait();
+          return std::make_unique<MortalDevice>();
+        },
+        told.Tell());
+    resilient.Start(counter);
+    EXPECT_EQ(told.Get().at(0).reason, "The audio device does not answer.");
+    ASSERT_TRUE(Await([&] { return counter.count > 1'000; }));
+  }
+  EXPECT_LT(clock.Seconds(), 60.0);
+  const long long count = counter.count;
+  hang.set_value();
+  EXPECT_EQ(counter.count, count) << "what is opened too late is closed again";
+}
+
+// Does not come back from being stopped until it is let go.
+class HangingDevice : public MortalDevice {
+ public:
+  explicit HangingDevice(std::shared_future<void> end) : end_(std::move(end)) {}
+  void Stop() override {
+    end_.wait();
+    MortalDevice::Stop();
+  }
+
+ private:
+  std::shared_future<void> end_;
+};
+
+TEST(ResilientDevice, ClosingThatHangsHoldsNobodyUpAndTheDeviceHearsSilence) {
+  std::promise<void> hang;
+  const std::shared_future<void> end(hang.get_future());
+  Shop shop;
+  Told told;
+  Counter counter;
+  auto owned = std::make_unique<HangingDevice>(end);
+  MortalDevice* const device = owned.get();
+  shop.PutDevice(std::move(owned));
+  const Clock clock;
+  {
+    ResilientDevice resilient(kMono, shop.Source(), told.Tell());
+    resilient.Start(counter);
+    const double start = clock.Seconds();
+    device->failed = true;
+    ASSERT_TRUE(told.Is(1));
+    shop.Put();
+    ASSERT_TRUE(told.Is(2));
+    EXPECT_TRUE(KeepsTime(counter, clock, start)) << "the old device goes on asking, and gets nothing";
+  }
+  EXPECT_LT(clock.Seconds(), 60.0);
+  hang.set_value();
+}
+
+TEST(ResilientDevice, ADeviceOfAnotherRateHasItsFramesConverted) {
+  Shop shop;
+  Told told;
+  Counter counter;
+  shop.Put(44'100.0);
+  ResilientDevice resilient(kMono, shop.Source(), told.Tell());
+  const Clock clock;
+  resilient.Start(counter);
+  const double start = clock.Seconds();
+  EXPECT_EQ(resilient.GetRateHz(), kRate);
+  EXPECT_EQ(resilient.GetDescription(), "mortal device, converted from 48000 Hz");
+  while (clock.Seconds() < start + 1.0) std::this_thread::sleep_for(std::chrono::milliseconds(20));
+  EXPECT_TRUE(KeepsTime(counter, clock, start)) << "48 000 frames a second, and not 44 100";
+}
+
+// A live output on such a device.
+struct Stage {
+  explicit Stage(tesk_audio::DeviceLossPolicy policy) : player(Songs{{.frames = 15'000'000}}) {
+    tesk_audio::OutputSettings settings;
+    settings.crossfadeMs = settings.fadeMs = 0.0;
+    settings.onDeviceLoss = policy;
+    device = shop.Put();
+    output = std::make_unique<tesk_audio::LiveSampleOutput>(
+        player, std::make_unique<ResilientDevice>(kMono, shop.Source(), told.Tell()), settings);
+    player.SetOutput(output.get());
+    player.RewindAndRefill();
+    player.SetPlays(true);
+    output->Start();
+  }
+  bool Plays(long long frames) {
+    return Await([&] { return output->GetElapsedSampleCount() > frames; });
+  }
+
+  Shop shop;
+  Told told;
+  ScriptedPlayer player;
+  MortalDevice* device = nullptr;
+  std::unique_ptr<tesk_audio::LiveSampleOutput> output;
+};
+
+TEST(LiveOutputOnDeviceLoss, RunOnCountsOnUnheardAndLosesNothing) {
+  Stage stage(tesk_audio::DeviceLossPolicy::RunOn);
+  ASSERT_TRUE(stage.Plays(4'800));
+  stage.device->failed = true;
+  ASSERT_TRUE(stage.told.Is(1));
+  ASSERT_TRUE(stage.Plays(stage.output->GetElapsedSampleCount() + 48'000));
+  EXPECT_TRUE(stage.output->GetOutputIsRunning());
+  EXPECT_EQ(stage.player.Log(), "") << "the player knows nothing of it";
+}
+
+TEST(LiveOutputOnDeviceLoss, HoldPausesWhereItWasAndGoesOnWithTheNextFrame) {
+  Stage stage(tesk_audio::DeviceLossPolicy::Hold);
+  ASSERT_TRUE(stage.Plays(4'800));
+  stage.device->failed = true;
+  ASSERT_TRUE(Await([&] { return !stage.output->GetOutputIsRunning(); }));
+  stage.shop.Put();
+  ASSERT_TRUE(stage.told.Is(2));
+  const long long held = stage.output->GetElapsedSampleCount();
+  stage.output->Pause();
+  EXPECT_EQ(stage.output->GetElapsedSampleCount(), held);
+  stage.output->Start();
+  ASSERT_TRUE(stage.Plays(held + 4'800));
+}
+
+TEST(LiveOutputOnDeviceLoss, EndStopsAndTellsThePlayer) {
+  Stage stage(tesk_audio::DeviceLossPolicy::End);
+  ASSERT_TRUE(stage.Plays(4'800));
+  stage.device->failed = true;
+  ASSERT_TRUE(Await([&] { return stage.player.HasStopped(); }));
+  EXPECT_FALSE(stage.output->GetOutputIsRunning());
+}
+
+}  // namespace
