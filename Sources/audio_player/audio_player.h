@@ -260,6 +260,7 @@ class AudioPlayer : public Player, public tesk_audio::AudioPlayerOutputInterface
   // Waits for the song that is awaited, if any; false when any loader has failed so far.
   bool WaitForLoaderAndGetNoErrors_();
   bool WaitUnlockedForLoader_() EXC_HOLDS(this);
+  static void WaitForCancelAndPassItOn_(exc::ExFlag& flag);
   void WaitForLoader_(exc::ScopeLock& lock, std::string song, FileLoaderData* fld) EXC_HOLDS(this);
 
   // ---- loader_finished.cpp: LOADER -----------------------------------------------------------------

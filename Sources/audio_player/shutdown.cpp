@@ -58,7 +58,7 @@ void AudioPlayer::DeleteOutput_(std::unique_ptr<tesk_audio::AudioSampleOutput> o
 
 void AudioPlayer::WaitForFinishingLoader_() {
   // A loop, because one wait may end early.
-  while (fileLoaderIsFinishing_.GetIsSet()) fileLoaderIsFinishing_.WaitForCancel();
+  while (fileLoaderIsFinishing_.GetIsSet()) WaitForCancelAndPassItOn_(fileLoaderIsFinishing_);
 }
 
 // Those in the map are joined; one that has left it may still be on its way out, or about to start playback.

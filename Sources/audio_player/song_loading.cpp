@@ -11,8 +11,8 @@ bool AudioPlayer::DoLoadSongAndGetIsFinished_(const std::string& song) {
     waitForAudio_.Cancel();
     loadSongAttaccaIsWaiting_ = false;
   }
-  playerIsResetting_.WaitForCancel();
-  fileLoaderIsFinishing_.WaitForCancel();
+  WaitForCancelAndPassItOn_(playerIsResetting_);
+  WaitForCancelAndPassItOn_(fileLoaderIsFinishing_);
   if (songAudioFiles_.count(song) == 0) throw NoAudioForSong(song);
   if (!IsPlaying()) Idle();
   SetActiveSongNumber(song);
@@ -77,8 +77,16 @@ bool AudioPlayer::WaitForLoaderAndGetNoErrors_() {
   }
   // Lock open: the loader that holds the flag needs the lock to finish.
   // Afterwards: nothing read above is reused.
-  exc::CallUnlocked(lock, [this] { fileLoaderIsFinishing_.WaitForCancel(); });
+  exc::CallUnlocked(lock, [this] { WaitForCancelAndPassItOn_(fileLoaderIsFinishing_); });
   return !loaderErrorOccurred_;
+}
+
+// Cancelling a flag wakes one waiter, and there may be two: the host, and the output's thread in an attacca.
+// So each wakes the next, unless the flag is set again: then the next cancel wakes one.
+void AudioPlayer::WaitForCancelAndPassItOn_(exc::ExFlag& flag) {
+  flag.WaitForCancel();
+  exc::ScopeLock lock(flag);
+  if (!flag.GetIsSet()) flag.Cancel();
 }
 
 // Copies of the entry's parts, because the loader takes the entry out of the map.

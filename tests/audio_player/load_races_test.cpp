@@ -5,16 +5,20 @@
 
 #include <atomic>
 #include <chrono>
+#include <cstdlib>
 #include <random>
 #include <stdexcept>
 #include <thread>
+#include <vector>
 
 #include "suite/player_core/errors.h"
 #include "tests/audio_player/player_test.h"
 #include "tests/fakes/fake_decoder.h"
 #include "tests/fakes/scripted_show_control.h"
 #include "tests/support/deleter_clock.h"
+#include "tests/support/sleeping_thread.h"
 #include "tests/support/staircase_content.h"
+#include "tests/support/wait_until.h"
 
 namespace {
 
@@ -90,6 +94,41 @@ TEST_F(LoadRaces, NextPreviousAndLoadWhileLoadersWork) {
   reading.join();
   ASSERT_TRUE(AwaitLoaders());
   EXPECT_EQ(GetPlayer().GetCurrentSongContent()->GetSampleCount(), 1000u);
+}
+
+// Host and output's thread can wait for the same loader to finish; cancelling its flag wakes only one of
+// them.
+TEST_F(LoadRaces, EveryoneWhoWaitsForAFinishingLoaderGoesOnWhenItHasFinished) {
+  LoadReady("1");
+  std::atomic<bool> isStarting{false};
+  std::atomic<bool> mayStart{false};
+  Output().OnCall([&](const std::string& call) {
+    if (call != "Start") return;
+    isStarting = true;
+    while (!mayStart) std::this_thread::yield();
+  });
+  GetPlayer().LoadSong("4");  // its loader starts the output, and finishes no sooner than that has started
+  ASSERT_TRUE(test_support::WaitUntil([&] { return isStarting.load(); }));
+  std::atomic<int> passed{0};
+  std::atomic<pid_t> ids[3] = {};
+  std::vector<std::thread> waiting;
+  for (std::atomic<pid_t>& id : ids) {
+    waiting.emplace_back([&] {
+      id = test_support::ThisThread();
+      GetPlayer().Play();
+      ++passed;
+    });
+  }
+  for (const std::atomic<pid_t>& id : ids) {
+    ASSERT_TRUE(test_support::WaitUntil([&] { return id != 0; }));
+    ASSERT_TRUE(test_support::WaitUntilItSleeps(id));
+  }
+  EXPECT_EQ(passed, 0);
+  mayStart = true;
+  const bool allPassed = test_support::WaitUntil([&] { return passed == 3; }, std::chrono::seconds(20));
+  EXPECT_TRUE(allPassed);
+  if (!allPassed) std::abort();  // who still waits waits for ever: there is nothing to join
+  for (std::thread& thread : waiting) thread.join();
 }
 
 TEST_F(LoadRaces, AttaccasAgainstTheHostsPlaySeekAndAttaccaState) {
