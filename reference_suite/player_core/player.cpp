@@ -42,7 +42,10 @@ void Player::SetAttaccaState(const std::string& songNumber, unsigned char state)
   GetShowControl().SetAttaccaState(songNumber, state);
 }
 
+// Whoever has paused the updates while playback runs on shows the position afterwards: an attacca does.
+// Asking in the middle of it would let the display go before the listener has come to the new song.
 void Player::EnsureGuiIsCurrent() {
+  if (IsPlaying() && GetGuiUpdate().IsPaused()) return;
   GetGuiUpdate().UpdateOnce();
 }
 

@@ -28,6 +28,7 @@ class GuiUpdate : public exc::RLockable {
   // held that the audible-tick query takes.
   void Pause();
   void Unpause();
+  bool IsPaused();
   // Shows `tickIndex` and sends it.
   void ResetAndSeekToTickIndex(unsigned tickIndex);
   // Asks for the audible tick, shows and sends it, whatever the query answers.

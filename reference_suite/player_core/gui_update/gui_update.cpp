@@ -43,6 +43,11 @@ void GuiUpdate::Unpause() {
   state_->wake.Wake();
 }
 
+bool GuiUpdate::IsPaused() {
+  exc::ScopeLock scope(state_->lock);
+  return state_->isPaused;
+}
+
 void GuiUpdate::ResetAndSeekToTickIndex(unsigned tickIndex) {
   const UpdateScope update(*state_);
   if (state_->Show(update.Number(), tickIndex, true)) state_->SendShown();

@@ -71,6 +71,21 @@ TEST(Player, TheTickIsTheControlPosition) {
   EXPECT_EQ(stage.player.GetTickIndex(), 700U);
 }
 
+TEST(Player, TheDisplayIsLeftAloneWhilePlaybackRunsAndItsUpdatesArePaused) {
+  Stage stage(TestSong("1"));
+  const PositionListener listener;
+  stage.player.SetPlayerState(PlayerState::PLAY);
+  stage.player.EnsureGuiIsCurrent();
+  EXPECT_EQ(listener.GetTicks().size(), 0U);
+  stage.player.SetPlayerState(PlayerState::PAUSE);
+  stage.player.EnsureGuiIsCurrent();
+  EXPECT_EQ(listener.GetTicks().size(), 1U);
+  stage.player.SetPlayerState(PlayerState::PLAY);
+  stage.player.GetGuiUpdate().Unpause();
+  stage.player.EnsureGuiIsCurrent();
+  EXPECT_EQ(listener.GetTicks().size(), 2U);
+}
+
 TEST(Player, CaesuraAndFermataAreTheShowControls) {
   Stage stage(TestSong("1").Caesura(0));
   EXPECT_TRUE(stage.player.HasPendingCaesura());
