@@ -11,7 +11,7 @@ bool AudioPlayer::DoLoadSongAndGetIsFinished_(const std::string& song) {
     waitForAudio_.Cancel();
     loadSongAttaccaIsWaiting_ = false;
   }
-  WaitForCancelAndPassItOn_(playerIsResetting_);
+  playerIsResetting_.WaitForCancel();
   WaitForCancelAndPassItOn_(fileLoaderIsFinishing_);
   if (songAudioFiles_.count(song) == 0) throw NoAudioForSong(song);
   if (!IsPlaying()) Idle();

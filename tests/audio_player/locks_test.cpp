@@ -171,6 +171,7 @@ TEST_F(Locks, ALoadPassesThePlayersThreeFlags) {
   LoadReady("1");
   Journal told = During([&] { GetPlayer().LoadSong("2"); });
   std::erase_if(told, [](const std::string& entry) { return entry.rfind("+AudioPlayer_", 0) != 0; });
+  told.erase(std::unique(told.begin(), told.end()), told.end());
   ASSERT_GE(told.size(), 4u);
   EXPECT_EQ(Journal(told.begin(), told.begin() + 4),
             (Journal{"+AudioPlayer_WaitForAudio", "+AudioPlayer_PlayerIsResetting",
