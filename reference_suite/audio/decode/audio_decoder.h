@@ -27,6 +27,18 @@ class AudioDecoder {
   // Up to `count` interleaved frames; 0 at the end and where nothing more can be decoded. Throws
   // TESKAudioError when the file cannot be read to its end.
   virtual std::size_t Read(float* frames, std::size_t count) = 0;
+
+  // ---- decoding one file in several places at once -----------------------------------------------
+
+  // Whether another decoder of the same file that begins at any frame delivers, from there on, the samples
+  // that this one would: the format allows it, and nothing odd has been met so far. After Inspect.
+  virtual bool CanBeShared() const { return false; }
+  // Goes to `frame`, before the first Read and in place of Inspect. False when that cannot be done to the
+  // frame; nothing may be read then.
+  virtual bool BeginAt(long long /*frame*/) { return false; }
+  // Others have delivered the next `count` frames, up to the end; nothing is read any more.
+  virtual void CountAsDelivered(long long /*count*/) {}
+
   // What was wrong with a file that could be decoded all the same, in words. Complete after the end.
   virtual std::vector<std::string> Warnings() const = 0;
 };

@@ -62,8 +62,15 @@ AudioFile::AudioFile(const std::string& path) : name_(ShownPath(path)), buffer_(
   size_ = status.st_size;
 }
 
+AudioFile::AudioFile(Again /*tag*/, const AudioFile& opened)
+    : name_(opened.name_),
+      descriptor_(opened.descriptor_),
+      owns_(false),
+      size_(opened.size_),
+      buffer_(kBufferBytes) {}
+
 AudioFile::~AudioFile() {
-  ::close(descriptor_);
+  if (owns_) ::close(descriptor_);
 }
 
 bool AudioFile::Seek(long long position) {

@@ -15,6 +15,11 @@ namespace tesk_audio {
 class AudioFile {
  public:
   explicit AudioFile(const std::string& path);
+  // The same file with a position and a buffer of its own, for another decoder of it. Shares what is open, so
+  // that it reads the same file whatever the path has become; `opened` must outlive it and may be read
+  // meanwhile.
+  struct Again {};
+  AudioFile(Again, const AudioFile& opened);
   ~AudioFile();
   AudioFile(const AudioFile&) = delete;
   AudioFile& operator=(const AudioFile&) = delete;
@@ -39,6 +44,7 @@ class AudioFile {
 
   std::string name_;
   int descriptor_ = -1;
+  bool owns_ = true;   // the descriptor
   int readError_ = 0;  // errno of the read that failed
   long long size_ = 0;
   long long position_ = 0;

@@ -4,6 +4,7 @@
 #include "reference_suite/audio/decode/available_memory.h"
 #include "reference_suite/audio/decode/content_argument.h"
 #include "reference_suite/audio/decode/decode_content.h"
+#include "reference_suite/audio/decode/decoding_places.h"
 #include "reference_suite/audio/decode/open_decoder.h"
 #include "reference_suite/audio/decode/out_of_memory.h"
 #include "reference_suite/audio/text/shown_path.h"
@@ -17,7 +18,16 @@ AudioSampleContent* CreateAudioSampleContent(const std::string& path, const std:
     request.shownPath = ShownPath(path);
     request.rateHz = RateOfContentArgument(request.shownPath, argument);
     request.availableMemoryBytes = AvailableMemoryBytes;
+    // Before the file is opened: the song that was asked for first gets the cores.
+    DecodingPlaces places(CoreCount());
+    request.places = &places;
     AudioFile file(path);
+    request.openAgain = [&file] {
+      auto again = std::make_unique<OpenedAudio>();
+      again->file = std::make_unique<AudioFile>(AudioFile::Again(), file);
+      again->decoder = OpenDecoder(*again->file);
+      return again;
+    };
     const std::unique_ptr<AudioDecoder> decoder = OpenDecoder(file);
     return DecodeContent(*decoder, request).release();
   } catch (const std::bad_alloc&) {

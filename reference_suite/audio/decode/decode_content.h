@@ -5,16 +5,29 @@
 #include <string>
 
 #include "reference_suite/audio/decode/audio_decoder.h"
+#include "reference_suite/audio/decode/audio_file.h"
 #include "reference_suite/audio/decode/memory_content.h"
 
 namespace tesk_audio {
+
+class DecodingPlaces;
+
+// A file and what decodes it, which reads from it.
+struct OpenedAudio {
+  std::unique_ptr<AudioFile> file;
+  std::unique_ptr<AudioDecoder> decoder;
+};
 
 struct DecodeRequest {
   std::string shownPath;
   double rateHz = 0.0;  // 0: the file's own
   // What a song may have: its length is a 32-bit number everywhere.
   long long maxFrames = 4'294'967'295LL;
-  std::function<unsigned long long()> availableMemoryBytes;
+  std::function<unsigned long long()> availableMemoryBytes;  // asked on several threads
+  // Opens the same file once more, on any thread; and how many threads may decode it. Without both the
+  // calling thread decodes alone.
+  std::function<std::unique_ptr<OpenedAudio>()> openAgain;
+  DecodingPlaces* places = nullptr;
 };
 
 // Decodes to the end. What a header promises is only ever used to refuse what cannot fit; the length is what

@@ -62,6 +62,33 @@ std::string FormatName(int format) {
   return known ? info.name : "unknown";
 }
 
+// Formats whose frames, or groups of frames, are coded each by itself, and that seek to the frame.
+bool SeeksToTheFrame(const SF_INFO& info) {
+  if (info.seekable == 0) return false;
+  switch (info.format & SF_FORMAT_TYPEMASK) {
+    case SF_FORMAT_WAV:
+    case SF_FORMAT_WAVEX:
+    case SF_FORMAT_RF64:
+    case SF_FORMAT_AIFF:
+    case SF_FORMAT_FLAC:
+      break;
+    default:
+      return false;
+  }
+  switch (info.format & SF_FORMAT_SUBMASK) {
+    case SF_FORMAT_PCM_S8:
+    case SF_FORMAT_PCM_U8:
+    case SF_FORMAT_PCM_16:
+    case SF_FORMAT_PCM_24:
+    case SF_FORMAT_PCM_32:
+    case SF_FORMAT_FLOAT:
+    case SF_FORMAT_DOUBLE:
+      return true;
+    default:
+      return false;
+  }
+}
+
 // What the first bytes claim the file to be; empty when they claim nothing.
 std::string ClaimedName(const std::string& head) {
   const auto begins = [&head](const char* with) { return head.compare(0, std::strlen(with), with) == 0; };
@@ -103,6 +130,7 @@ SndfileDecoder::SndfileDecoder(AudioFile& file, bool isOgg) : file_(file) {
   const bool isCounted = info.frames >= 0 && info.frames != SF_COUNT_MAX;
   format_ = {FormatName(info.format), static_cast<double>(info.samplerate),
              static_cast<unsigned>(info.channels), isCounted ? info.frames : -1, isOgg};
+  seeksToTheFrame_ = SeeksToTheFrame(info);
 }
 
 SndfileDecoder::~SndfileDecoder() {
@@ -148,12 +176,21 @@ void SndfileDecoder::Inspect() {
 
 std::size_t SndfileDecoder::Read(float* frames, std::size_t count) {
   const sf_count_t got = sf_readf_float(sound_, frames, static_cast<sf_count_t>(count));
+  metError_ = metError_ || sf_error(sound_) != SF_ERR_NO_ERROR;
   if (got <= 0) {
     file_.ThrowIfReadFailed();
     return 0;
   }
   handedOut_ += got;
   return static_cast<std::size_t>(got);
+}
+
+bool SndfileDecoder::CanBeShared() const {
+  return seeksToTheFrame_ && !metError_ && warnings_.empty();
+}
+
+bool SndfileDecoder::BeginAt(long long frame) {
+  return CanBeShared() && sf_seek(sound_, frame, SEEK_SET) == frame;
 }
 
 std::vector<std::string> SndfileDecoder::Warnings() const {

@@ -23,6 +23,9 @@ class SndfileDecoder : public AudioDecoder {
   const DecodedFormat& Format() const override { return format_; }
   void Inspect() override;
   std::size_t Read(float* frames, std::size_t count) override;
+  bool CanBeShared() const override;
+  bool BeginAt(long long frame) override;
+  void CountAsDelivered(long long count) override { handedOut_ += count; }
   std::vector<std::string> Warnings() const override;
 
  private:
@@ -32,6 +35,8 @@ class SndfileDecoder : public AudioDecoder {
   SNDFILE* sound_ = nullptr;
   DecodedFormat format_;
   std::vector<std::string> warnings_;
+  bool seeksToTheFrame_ = false;
+  bool metError_ = false;  // in any Read so far; the library forgets it with the next
   long long handedOut_ = 0;
 };
 

@@ -94,7 +94,15 @@ void VorbisDecoder::Inspect() {
 
 std::size_t VorbisDecoder::Read(float* frames, std::size_t count) {
   // Behind an open gap nothing is handed out: its length is not known yet.
-  while ((gapOpen_ || queueRead_ == QueuedFrames_()) && DecodeSome_()) {
+  while (gapOpen_ || queueRead_ == QueuedFrames_()) {
+    Piece piece;
+    if (!DecodeSome_(std::min<std::size_t>(count, kFramesAtATime), &piece)) break;
+    if (!gapOpen_ && queue_.empty() && piece.frames > 0) {
+      Interleave_(piece, frames);
+      handedOut_ += static_cast<long long>(piece.frames);
+      return piece.frames;
+    }
+    Enqueue_(piece);
   }
   const std::size_t part = std::min(count, QueuedFrames_() - queueRead_);
   if (part == 0) file_.ThrowIfReadFailed();
@@ -109,10 +117,10 @@ std::size_t VorbisDecoder::Read(float* frames, std::size_t count) {
   return part;
 }
 
-bool VorbisDecoder::DecodeSome_() {
-  float** channels = nullptr;
+bool VorbisDecoder::DecodeSome_(std::size_t most, Piece* piece) {
   int link = 0;
-  const long got = ov_read_float(&stream_, &channels, kFramesAtATime, &link);
+  const long got = ov_read_float(&stream_, &piece->channels, static_cast<int>(most), &link);
+  odd_ = odd_ || got < 0;
   if (got == OV_HOLE) {
     if (!gapOpen_) gapAt_ = QueuedFrames_();
     gapOpen_ = true;
@@ -127,22 +135,37 @@ bool VorbisDecoder::DecodeSome_() {
   const long long tell = ov_pcm_tell(&stream_);
   long long leap = tell - lastTell_ - got;
   lastTell_ = tell;
+  odd_ = odd_ || leap != 0;
   if (leap >= startLeap_) {
     leap -= startLeap_;
     startLeap_ = 0;
   }
   if (leap > 0) FillGap_(leap);
-  Enqueue_(channels, static_cast<std::size_t>(got));
+  piece->frames = static_cast<std::size_t>(got);
   return true;
 }
 
-void VorbisDecoder::Enqueue_(float** channels, std::size_t count) {
-  std::size_t index = queue_.size();
-  queue_.resize(index + count * format_.channels);
-  for (std::size_t frame = 0; frame < count; ++frame) {
-    for (unsigned channel = 0; channel < format_.channels; ++channel) {
-      queue_[index++] = channels[channel][frame];
+void VorbisDecoder::Enqueue_(const Piece& piece) {
+  const std::size_t index = queue_.size();
+  queue_.resize(index + piece.frames * format_.channels);
+  if (piece.frames > 0) Interleave_(piece, queue_.data() + index);
+}
+
+void VorbisDecoder::Interleave_(const Piece& piece, float* frames) const {
+  const unsigned channels = format_.channels;
+  if (channels == 2) {  // a loop that the compiler turns into vector code
+    const float* const left = piece.channels[0];
+    const float* const right = piece.channels[1];
+    for (std::size_t frame = 0; frame < piece.frames; ++frame) {
+      frames[2 * frame] = left[frame];
+      frames[2 * frame + 1] = right[frame];
     }
+    return;
+  }
+  for (unsigned channel = 0; channel < channels; ++channel) {
+    const float* const from = piece.channels[channel];
+    for (std::size_t frame = 0; frame < piece.frames; ++frame)
+      frames[frame * channels + channel] = from[frame];
   }
 }
 
@@ -153,6 +176,15 @@ void VorbisDecoder::FillGap_(long long frames) {
   lostFrames_ += frames;
   queue_.insert(queue_.begin() + static_cast<std::ptrdiff_t>(at * format_.channels),
                 static_cast<std::size_t>(frames) * format_.channels, 0.0F);
+}
+
+bool VorbisDecoder::CanBeShared() const {
+  return stream_.links == 1 && startOffset_ == 0 && !odd_ && warnings_.empty() && lostFrames_ == 0;
+}
+
+bool VorbisDecoder::BeginAt(long long frame) {
+  lastTell_ = frame;
+  return CanBeShared() && ov_pcm_seek(&stream_, frame) == 0 && ov_pcm_tell(&stream_) == frame;
 }
 
 std::vector<std::string> VorbisDecoder::Warnings() const {

@@ -26,13 +26,24 @@ class VorbisDecoder : public AudioDecoder {
   const DecodedFormat& Format() const override { return format_; }
   void Inspect() override;
   std::size_t Read(float* frames, std::size_t count) override;
+  bool CanBeShared() const override;
+  bool BeginAt(long long frame) override;
+  void CountAsDelivered(long long count) override { handedOut_ += count; }
   std::vector<std::string> Warnings() const override;
 
  private:
+  // What the library decoded in one step, in its own memory: a row for each channel.
+  struct Piece {
+    float** channels = nullptr;
+    std::size_t frames = 0;
+  };
+
   void RequireOneFormat_();
-  // One step of the library into queue_. False at the end.
-  bool DecodeSome_();
-  void Enqueue_(float** channels, std::size_t count);
+  // One step of the library, at most `most` frames; what a gap before them needs goes into queue_. False at
+  // the end.
+  bool DecodeSome_(std::size_t most, Piece* piece);
+  void Enqueue_(const Piece& piece);
+  void Interleave_(const Piece& piece, float* frames) const;
   // `frames` that are missing belong where the last gap began, or to the end of the queue without one.
   void FillGap_(long long frames);
   std::size_t QueuedFrames_() const { return queue_.size() / format_.channels; }
@@ -48,6 +59,7 @@ class VorbisDecoder : public AudioDecoder {
   long long startOffset_ = 0;  // where the first frame of audio says it stands
   long long startLeap_ = 0;    // the same, until the stream's position has leaped by it
   long long lastTell_ = 0;     // where the stream said it stood
+  bool odd_ = false;           // a position has leaped, pages are missing, or the library reported an error
   long long lostFrames_ = 0;   // replaced by silence
   long long handedOut_ = 0;
 };

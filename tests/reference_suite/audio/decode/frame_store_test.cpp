@@ -1,8 +1,11 @@
 #include "reference_suite/audio/decode/frame_store.h"
 
 #include <gtest/gtest.h>
+#include <unistd.h>
 
+#include <fstream>
 #include <random>
+#include <utility>
 
 #include "tests/reference_suite/audio/support/sound_files.h"
 #include "tests/support/allocation_watch.h"
@@ -52,6 +55,39 @@ TEST(FrameStore, TruncatingToMoreChangesNothing) {
   store.AppendSilence(10);
   store.Truncate(11);
   EXPECT_EQ(store.FrameCount(), 10);
+}
+
+TEST(FrameStore, GoesOnWithTheFramesOfAnother) {
+  tesk_audio::FrameStore store(2);
+  const auto block = static_cast<long long>(store.BlockFrames());
+  const std::vector<float> samples = sound_files::IndexCoded(3 * block + 5, 2);
+  store.Append(samples.data(), static_cast<std::size_t>(block) + 100);
+  store.Truncate(block);
+  tesk_audio::FrameStore next(2);
+  next.Append(samples.data() + 2 * block, static_cast<std::size_t>(2 * block + 5));
+  store.Append(std::move(next));
+  store.Close();
+  ASSERT_EQ(store.FrameCount(), 3 * block + 5);
+  std::vector<float> read(samples.size());
+  store.Read(0, store.FrameCount(), read.data());
+  EXPECT_TRUE(read == samples);
+}
+
+TEST(FrameStore, KeepsNoMoreMemoryThanItsFramesNeed) {
+  const auto residentBytes = [] {
+    long long pages = 0;
+    long long resident = 0;
+    std::ifstream("/proc/self/statm") >> pages >> resident;
+    return resident * ::sysconf(_SC_PAGESIZE);
+  };
+  const long long before = residentBytes();
+  tesk_audio::FrameStore store(2);
+  const std::size_t minute = 48000 * 60;
+  store.AppendSilence(minute);
+  store.Close();
+  const long long grown = residentBytes() - before;
+  EXPECT_GE(grown, static_cast<long long>(minute * 2 * sizeof(float)));
+  EXPECT_LE(grown, 22LL << 20);
 }
 
 TEST(FrameStore, ReadingAllocatesNothing) {
