@@ -7,10 +7,12 @@ ORBEL := $(RELEASE)/host/orbel
 PREFIX ?= /usr/local
 export CTEST_PARALLEL_LEVEL ?= 2
 
-# What runs under the sanitizers: the foundation, timing, show control, loading and the player.
-SANITIZED := exc_test exc_lock_impl_test samples_ticks_converter_test ob_show_control_test file_loader_test audio_player_test
+# The foundation, timing, show control, loading and the player.
+ENGINE_TESTS := exc_test exc_lock_impl_test samples_ticks_converter_test ob_show_control_test file_loader_test audio_player_test
+# What runs under the sanitizers.
+SANITIZED := $(ENGINE_TESTS) lock_order_test stress_test
 # The engine is covered by its own tests alone: what only a whole show reaches counts as not covered.
-COVERED := $(SANITIZED) player_wrapper_test
+COVERED := $(ENGINE_TESTS) player_wrapper_test
 # Every test carries the name of its program as a label.
 labels_of = ^($(shell echo $(1) | tr ' ' '|'))$$
 SANITIZED_LABELS := $(call labels_of,$(SANITIZED))
@@ -23,6 +25,8 @@ help:
 	@echo "make coverage  lines and branches of the engine that the tests reach; fails under 98 % and 90 %"
 	@echo "make mutate    break the engine in one place after the other: do its tests notice? (hours)"
 	@echo "make bench     the benchmarks"
+	@echo "make stress    50,000 random commands against a live player, plain and under the sanitizers; half an hour"
+	@echo "make soak      eight hours of song time at the speed of the machine; some minutes"
 	@echo "make install   headers, library, program and CMake package to PREFIX ($(PREFIX))"
 
 packages:
@@ -82,6 +86,25 @@ bench: packages
 	@$(STEP) "configure benchmarks" cmake --preset bench --log-level=WARNING
 	@$(STEP) "build the benchmarks" cmake --build --preset bench --target benchmarks
 	@for each in build/bench/benchmarks/*_benchmark; do $$each || exit; done
+
+# The long forms of tests that the suite runs in short.
+STRESS := tests/stress/stress_test --gtest_filter='*Player*:LockTable*'
+.PHONY: stress soak
+stress: export ORBEL_STRESS_COMMANDS ?= 50000
+stress: export TSAN_OPTIONS = suppressions=$(CURDIR)/tools/sanitizers/threads.supp:second_deadlock_stack=1
+stress: export LSAN_OPTIONS = suppressions=$(CURDIR)/tools/sanitizers/leaks.supp:print_suppressions=0
+stress: packages
+	@for each in debug asan tsan; do \
+	  $(STEP) "configure $$each" cmake --preset $$each --log-level=WARNING && \
+	  $(STEP) "build for $$each" cmake --build --preset $$each --target stress_test && \
+	  build/$$each/$(STRESS) || exit; \
+	done
+
+soak: export ORBEL_SOAK_MINUTES ?= 480
+soak: packages
+	@$(STEP) "configure" cmake --preset debug --log-level=WARNING
+	@$(STEP) "build" cmake --build --preset debug --target soak_test
+	@build/debug/tests/soak/soak_test
 
 install: release
 	@$(STEP) "build" cmake --build --preset release

@@ -1,0 +1,29 @@
+#include "tests/soak/memory.h"
+
+#include <malloc.h>
+#include <unistd.h>
+
+#include <filesystem>
+#include <fstream>
+#include <iterator>
+
+namespace soak {
+
+long long HeapBytes() {
+  const struct mallinfo2 info = ::mallinfo2();
+  return static_cast<long long>(info.uordblks + info.hblkhd);
+}
+
+long long ResidentBytes() {
+  long long pages = 0;
+  long long resident = 0;
+  std::ifstream("/proc/self/statm") >> pages >> resident;
+  return resident * ::sysconf(_SC_PAGESIZE);
+}
+
+int CountThreads() {
+  const std::filesystem::directory_iterator tasks("/proc/self/task");
+  return static_cast<int>(std::distance(begin(tasks), end(tasks)));
+}
+
+}  // namespace soak

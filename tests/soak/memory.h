@@ -1,0 +1,12 @@
+#pragma once
+
+namespace soak {
+
+// Bytes that the program has from the heap now.
+long long HeapBytes();
+// Bytes of memory that the process occupies.
+long long ResidentBytes();
+// Threads of the process that have not ended.
+int CountThreads();
+
+}  // namespace soak
