@@ -3,7 +3,9 @@
 #include <cstring>
 #include <new>
 
+#include "exc/lock/scope_lock.h"
 #include "reference_suite/audio/decode/ogg_scan.h"
+#include "reference_suite/audio/decode/sndfile_opening.h"
 
 namespace tesk_audio {
 
@@ -125,8 +127,11 @@ SndfileDecoder::SndfileDecoder(AudioFile& file, bool isOgg) : file_(file) {
   file_.Seek(0);
   SF_VIRTUAL_IO callbacks{LengthCallback, SeekCallback, ReadCallback, WriteCallback, TellCallback};
   SF_INFO info{};
-  sound_ = sf_open_virtual(&callbacks, SFM_READ, &info, &file_);
-  if (sound_ == nullptr) ThrowOpenFailed_(isOgg);
+  {
+    exc::ScopeLock opening(SndfileOpening());
+    sound_ = sf_open_virtual(&callbacks, SFM_READ, &info, &file_);
+    if (sound_ == nullptr) ThrowOpenFailed_(isOgg);
+  }
   const bool isCounted = info.frames >= 0 && info.frames != SF_COUNT_MAX;
   format_ = {FormatName(info.format), static_cast<double>(info.samplerate),
              static_cast<unsigned>(info.channels), isCounted ? info.frames : -1, isOgg};

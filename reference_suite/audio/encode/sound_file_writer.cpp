@@ -7,6 +7,8 @@
 #include <utility>
 #include <vector>
 
+#include "exc/lock/scope_lock.h"
+#include "reference_suite/audio/decode/sndfile_opening.h"
 #include "reference_suite/audio/encode/ogg_serial.h"
 #include "reference_suite/audio/encode/part_file.h"
 #include "reference_suite/audio/encode/peak_time.h"
@@ -101,6 +103,7 @@ SoundFileWriter::SoundFileWriter(const std::string& path, SoundFileFormat format
   info.channels = static_cast<int>(channels);
   info.format = ToLibraryFormat(format);
   state_->channels = channels;
+  exc::ScopeLock opening(SndfileOpening());
   state_->encoder = sf_open_virtual(&io, SFM_WRITE, &info, &state_->file);
   state_->file.Check();
   if (state_->encoder == nullptr) {
