@@ -1,4 +1,5 @@
 #include <CLI/CLI.hpp>
+#include <cstdlib>
 #include <iostream>
 #include <memory>
 
@@ -34,19 +35,31 @@ class ProgressBar {
   int last_ = -1;
 };
 
-int Run(const RenderOptions& options) {
-  RenderResult result;
-  {
-    ProgressBar bar;
-    const auto show = [&](const RenderProgress& progress) { bar.Show(progress); };
-    result =
-        Render(options, MessagesAreOnTerminal() ? std::function<void(const RenderProgress&)>(show) : nullptr);
-  }
+int Tell(const RenderOptions& options, const RenderResult& result) {
   for (const std::string& problem : result.problems) Say("orbel: " + Shown(problem));
   if (!result.message.empty()) Say("orbel: " + result.message);
   Say(Shown(options.outPath) + ": " + MinutesAndSeconds(result.seconds) + ", " +
       std::to_string(result.frames) + " frames");
   return result.cannotEnd ? kCannotEnd : kDone;
+}
+
+int Run(const RenderOptions& options) {
+  auto bar = std::make_unique<ProgressBar>();
+  RenderListener listener;
+  if (MessagesAreOnTerminal()) {
+    listener.progress = [&](const RenderProgress& progress) { bar->Show(progress); };
+  }
+  // The file is there: the program ends without taking the engine down, whose threads may sleep for a second
+  // or decode songs that nobody will hear.
+  listener.complete = [&](const RenderResult& result) {
+    bar.reset();
+    const int status = Tell(options, result);
+    std::cout.flush();
+    std::cerr.flush();
+    std::_Exit(status);
+  };
+  Render(options, listener);
+  return kDone;
 }
 
 }  // namespace

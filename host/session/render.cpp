@@ -225,10 +225,11 @@ void Renderer::Report_() {
 
 }  // namespace
 
-RenderResult Render(const RenderOptions& options,
-                    const std::function<void(const RenderProgress&)>& progress) {
+void Render(const RenderOptions& options, const RenderListener& listener) {
   RequireNothingIsOverwritten(options);
-  return Renderer(options, progress).Run();
+  Renderer renderer(options, listener.progress);
+  const RenderResult result = renderer.Run();
+  if (listener.complete) listener.complete(result);
 }
 
 }  // namespace orbel::host

@@ -35,9 +35,16 @@ struct RenderResult {
   std::vector<std::string> problems;  // of the show, for the reader
 };
 
-// Plays into a sound file through the engine, faster than real time. `progress` is called now and then; it
-// may be empty. When Ctrl-C was pressed, or anything fails, there is no file of the final name. Throws
-// Failure and the errors of show and audio.
-RenderResult Render(const RenderOptions& options, const std::function<void(const RenderProgress&)>& progress);
+// What hears of a render; each may be empty.
+struct RenderListener {
+  std::function<void(const RenderProgress&)> progress;  // now and then
+  // When the file is complete and has its name. Render returns after taking the engine down, which can wait a
+  // second for the thread that frees audio; whoever ends the program anyway need not wait for that.
+  std::function<void(const RenderResult&)> complete;
+};
+
+// Plays into a sound file through the engine, faster than real time. When Ctrl-C was pressed, or anything
+// fails, there is no file of the final name. Throws Failure and the errors of show and audio.
+void Render(const RenderOptions& options, const RenderListener& listener);
 
 }  // namespace orbel::host

@@ -90,8 +90,9 @@ struct SoundFileWriter::State {
   PartFile file;  // outlives the encoder, which writes to it while it is closed
   SNDFILE* encoder = nullptr;
   unsigned channels = 0;
-  std::vector<float> block;   // fewer than kBlock frames that the encoder does not have yet
-  std::vector<int> integers;  // a block on its way into an integer format
+  std::vector<float> block;    // fewer than kBlock frames that the encoder does not have yet
+  std::vector<float> writing;  // a block on its way
+  std::vector<int> integers;   // a block on its way into an integer format
 };
 
 SoundFileWriter::SoundFileWriter(const std::string& path, SoundFileFormat format, double rateHz,
@@ -128,7 +129,9 @@ void SoundFileWriter::Write(const float* frames, std::size_t frameCount) {
 
 // Gives the encoder what has gathered.
 void SoundFileWriter::WriteBlock_() {
-  const std::vector<float> frames = std::exchange(state_->block, {});
+  std::vector<float>& frames = state_->writing;
+  frames.clear();
+  frames.swap(state_->block);  // each keeps its memory
   const auto count = static_cast<sf_count_t>(frames.size() / state_->channels);
   const int bits = BitsOf(state_->format);
   sf_count_t written = 0;
