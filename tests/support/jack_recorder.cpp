@@ -10,13 +10,16 @@ namespace test_support {
 
 JackRecorder::JackRecorder(const std::string& server, std::size_t frames, unsigned ports,
                            const std::string& name)
-    : room_(frames), kept_(ports, std::vector<float>(frames)) {
+    : room_(frames) {
+  for (unsigned port = 0; port < ports; ++port)
+    kept_.push_back(std::make_unique_for_overwrite<float[]>(frames));
   const auto options = static_cast<jack_options_t>(JackNoStartServer | JackServerName);
   client_ = ::jack_client_open(name.c_str(), options, nullptr, server.c_str());
   if (client_ == nullptr) {
     ADD_FAILURE() << "the recorder finds no server";
     return;
   }
+  inputs_.resize(ports);
   for (unsigned port = 1; port <= ports; ++port) {
     ports_.push_back(::jack_port_register(client_, ("in_" + std::to_string(port)).c_str(),
                                           JACK_DEFAULT_AUDIO_TYPE, JackPortIsInput, 0));
@@ -40,22 +43,23 @@ JackRecorder::~JackRecorder() {
 
 void JackRecorder::Process_(jack_nframes_t frames) {
   if (restart_.exchange(false)) count_ = 0;
-  std::size_t count = count_;
-  std::size_t from = 0;
+  std::vector<const float*>& in = inputs_;
   for (std::size_t port = 0; port < ports_.size(); ++port) {
-    const auto* const in = static_cast<const float*>(::jack_port_get_buffer(ports_[port], frames));
-    if (port == 0 && count == 0) {
-      while (from < frames && in[from] == 0.0F) ++from;
-    }
-    const std::size_t taken = std::min<std::size_t>(frames - from, room_ - count);
-    std::copy_n(in + from, taken, kept_[port].begin() + static_cast<std::ptrdiff_t>(count));
-    if (port + 1 == ports_.size()) count_ = count + taken;
+    in[port] = static_cast<const float*>(::jack_port_get_buffer(ports_[port], frames));
   }
+  std::size_t count = count_;
+  for (std::size_t i = 0; i < frames && count < room_; ++i) {
+    const bool silent = in[0][i] == 0.0F;
+    if (silent && (count == 0 || kept_[0][count - 1] == 0.0F)) continue;
+    for (std::size_t port = 0; port < ports_.size(); ++port) kept_[port][count] = in[port][i];
+    ++count;
+  }
+  count_ = count;
 }
 
 std::vector<float> JackRecorder::GetFrames(unsigned port) const {
-  const auto& kept = kept_.at(port);
-  return {kept.begin(), kept.begin() + static_cast<std::ptrdiff_t>(count_.load())};
+  const float* const kept = kept_.at(port).get();
+  return {kept, kept + count_.load()};
 }
 
 void JackRecorder::SetFreewheel(bool freewheels) {

@@ -3,6 +3,7 @@
 #include <jack/jack.h>
 
 #include <atomic>
+#include <memory>
 #include <string>
 #include <vector>
 
@@ -10,6 +11,7 @@ namespace test_support {
 
 // A client that keeps what arrives at its ports in_1, in_2, ..., from the first frame that is not silent on
 // the first of them.
+// Each silence on that one, however long, is kept as a single frame.
 class JackRecorder {
  public:
   // Room for that many frames; what comes after them is lost.
@@ -19,7 +21,7 @@ class JackRecorder {
   JackRecorder(const JackRecorder&) = delete;
   JackRecorder& operator=(const JackRecorder&) = delete;
 
-  // Everything so far; port 0 is in_1. Silence in between is kept.
+  // Everything so far; port 0 is in_1.
   std::vector<float> GetFrames(unsigned port = 0) const;
   std::size_t GetCount() const { return count_; }
   bool IsFull() const { return count_ == room_; }
@@ -38,11 +40,12 @@ class JackRecorder {
   void Process_(jack_nframes_t frames);
 
   std::size_t room_;
-  std::vector<std::vector<float>> kept_;
+  std::vector<std::unique_ptr<float[]>> kept_;  // memory that is not touched before it is needed
   std::atomic<std::size_t> count_{0};
   std::atomic<bool> restart_{false};
   std::atomic<bool> freewheels_{false};
   std::vector<jack_port_t*> ports_;
+  std::vector<const float*> inputs_;  // the process thread's
   jack_client_t* client_ = nullptr;
 };
 

@@ -4,11 +4,13 @@
 #include <gtest/gtest.h>
 #include <jack/jack.h>
 #include <signal.h>
+#include <sys/file.h>
 #include <sys/prctl.h>
 #include <sys/wait.h>
 #include <unistd.h>
 
 #include <chrono>
+#include <filesystem>
 #include <thread>
 
 namespace test_support {
@@ -29,9 +31,20 @@ bool Answers(const std::string& server) {
 
 }  // namespace
 
+// A machine has room for eight servers by name, those that were killed included until one of the same name
+// takes their place. So names are few, and each process holds one of them while it lasts.
 std::string JackServer::NewName() {
-  static int count = 0;
-  return "orbeltest" + std::to_string(::getpid()) + "_" + std::to_string(++count);
+  static const std::string name = [] {
+    for (int number = 0;; number = (number + 1) % 5) {
+      const std::string candidate = "orbeltest" + std::to_string(number);
+      const std::string path = std::filesystem::temp_directory_path() / (candidate + ".lock");
+      const int file = ::open(path.c_str(), O_RDWR | O_CREAT | O_CLOEXEC, 0666);
+      if (file >= 0 && ::flock(file, LOCK_EX | LOCK_NB) == 0) return candidate;
+      if (file >= 0) ::close(file);
+      std::this_thread::sleep_for(std::chrono::milliseconds(20));
+    }
+  }();
+  return name;
 }
 
 JackServer::JackServer(const Shape& shape, std::string name)
@@ -59,7 +72,7 @@ JackServer::~JackServer() {
 
 void JackServer::Run_(const Shape& shape) const {
   // A test that dies takes its server along.
-  ::prctl(PR_SET_PDEATHSIG, SIGKILL);
+  ::prctl(PR_SET_PDEATHSIG, SIGTERM);
   const int silence = ::open("/dev/null", O_RDWR);
   for (int stream = 0; stream < 3; ++stream) ::dup2(silence, stream);
   const std::string rate = std::to_string(shape.rateHz);

@@ -6,8 +6,8 @@
 
 namespace test_support {
 
-// A JACK server of the test's own, without hardware, under a name that nobody else has. Ended with this
-// object, by its process and never by its name.
+// A JACK server of the test's own, without hardware, under a name that no other process has. One at a time.
+// Ended with this object, by its process and never by its name.
 class JackServer {
  public:
   struct Shape {
@@ -16,7 +16,7 @@ class JackServer {
     unsigned outputs = 2;  // physical ones
   };
 
-  // `name`: empty for a new one. Fails the test when the server does not come up.
+  // `name`: empty for NewName. Fails the test when the server does not come up.
   explicit JackServer(const Shape& shape, std::string name = "");
   JackServer() : JackServer(Shape{}) {}
   ~JackServer();
@@ -27,6 +27,7 @@ class JackServer {
   void Signal(int signal) const;
   // Ends it with that signal; returns when it has gone.
   void End(int signal);
+  // The one of this process, on which no server runs but those of this class.
   static std::string NewName();
 
  private:

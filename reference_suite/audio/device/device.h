@@ -45,6 +45,8 @@ class Device {
   // What it is and how it runs, for people.
   virtual std::string GetDescription() const = 0;
 
+  // Physical outputs that it leads to; 0: as many as there are channels.
+  virtual unsigned GetOutputCount() const { return 0; }
   // Times that the sound system itself reported a dropout.
   virtual long long GetXrunCount() const { return 0; }
   // It has said that it takes no more frames, and why. Many a device dies without a word.

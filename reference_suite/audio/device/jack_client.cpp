@@ -3,6 +3,7 @@
 #include <cstdlib>
 #include <deque>
 #include <mutex>
+#include <semaphore>
 
 #include "suite/audio/errors.h"
 
@@ -29,6 +30,13 @@ void Keep(const char* line) {
   messages.lines.emplace_back(line);
 }
 
+// An attempt to open that fails takes memory away which a client of a server that has died still uses, and
+// the program with it.
+std::binary_semaphore& TheOnlyClient() {
+  static std::binary_semaphore semaphore(1);
+  return semaphore;
+}
+
 std::string NameOfDefaultServer() {
   const char* const name = std::getenv("JACK_DEFAULT_SERVER");
   return name != nullptr && *name != '\0' ? name : "default";
@@ -37,12 +45,14 @@ std::string NameOfDefaultServer() {
 }  // namespace
 
 JackClient::JackClient(const std::string& server) : server_(server.empty() ? NameOfDefaultServer() : server) {
+  TheOnlyClient().acquire();
   ::jack_set_error_function(&Keep);
   ::jack_set_info_function(&Keep);
   const auto options = static_cast<jack_options_t>(JackNoStartServer | JackServerName);
   jack_status_t status{};
   client_ = ::jack_client_open(JackClientNameFor(server_).c_str(), options, &status, server_.c_str());
   if (client_ != nullptr) return;
+  TheOnlyClient().release();
   if ((status & JackServerFailed) != 0) {
     throw TESKAudioError("No JACK server \"" + server_ +
                          "\" answers. Start it, or choose another output; \"orbel devices\" lists them.");
@@ -53,6 +63,7 @@ JackClient::JackClient(const std::string& server) : server_(server.empty() ? Nam
 
 JackClient::~JackClient() {
   ::jack_client_close(client_);
+  TheOnlyClient().release();
 }
 
 std::vector<std::string> JackClient::GetInputs() const {

@@ -8,7 +8,7 @@
 namespace tesk_audio {
 
 // A connection to a JACK server. Never starts a server, and prints nothing: what libjack says goes into
-// JackMessages.
+// JackMessages. One at a time: opening waits until the one before is closed.
 //
 // Threads    ANY but the server's notifications; everything may block while the server hangs.
 class JackClient {

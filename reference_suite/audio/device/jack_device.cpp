@@ -124,8 +124,10 @@ void JackDevice::RenewPorts_() {
 
 void JackDevice::LookAfterLinks_() {
   RenewPorts_();
+  const std::vector<std::string> physical = client_->GetPhysicalInputs();
+  outputs_ = static_cast<unsigned>(physical.size());
   for (const auto& [channel, input] :
-       links_->Observe(GetLinks_(), client_->GetInputs(), client_->GetPhysicalInputs(), Seconds())) {
+       links_->Observe(GetLinks_(), client_->GetInputs(), physical, Seconds())) {
     if (channel < channels_) ::jack_connect(client_->Get(), ::jack_port_name(ports_[channel]), input.c_str());
   }
 }

@@ -37,6 +37,7 @@ class JackDevice : public Device {
   unsigned GetPeriodFrames() const override { return period_; }
   unsigned GetLatencyFrames() const override { return latency_; }
   std::string GetDescription() const override;
+  unsigned GetOutputCount() const override { return outputs_; }
   long long GetXrunCount() const override { return xruns_; }
   bool HasFailed() const override { return failed_; }
   std::string GetFailure() const override;
@@ -76,6 +77,7 @@ class JackDevice : public Device {
   std::vector<float*> buffers_;
   std::vector<float> frames_;
 
+  std::atomic<unsigned> outputs_{0};  // physical ones that there are
   std::atomic<unsigned> period_;
   std::atomic<unsigned> latency_{0};
   std::atomic<long long> xruns_{0};

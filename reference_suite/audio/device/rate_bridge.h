@@ -32,6 +32,7 @@ class RateBridge : public Device, private DeviceCallback {
   unsigned GetPeriodFrames() const override { return device_->GetPeriodFrames(); }
   unsigned GetLatencyFrames() const override;
   std::string GetDescription() const override;
+  unsigned GetOutputCount() const override { return device_->GetOutputCount(); }
   long long GetXrunCount() const override { return device_->GetXrunCount(); }
   bool HasFailed() const override { return device_->HasFailed(); }
   std::string GetFailure() const override { return device_->GetFailure(); }

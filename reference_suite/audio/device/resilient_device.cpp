@@ -189,6 +189,7 @@ void ResilientDevice::Publish_() {
   if (device == nullptr) return;
   period_ = device->GetPeriodFrames();
   latency_ = device->GetLatencyFrames();
+  outputs_ = device->GetOutputCount();
   if (running_.device != nullptr) xruns_ = xrunsBefore_ + device->GetXrunCount();
   std::string description = device->GetDescription();
   const std::lock_guard lock(mutex_);

@@ -44,6 +44,7 @@ class ResilientDevice : public Device {
   unsigned GetPeriodFrames() const override { return period_; }
   unsigned GetLatencyFrames() const override { return latency_; }
   std::string GetDescription() const override;
+  unsigned GetOutputCount() const override { return outputs_; }
   long long GetXrunCount() const override { return xruns_; }
   void SetLossListener(DeviceLossListener* listener) override { lossListener_ = listener; }
   bool IsRecovering() const override { return recovering_; }
@@ -83,6 +84,7 @@ class ResilientDevice : public Device {
 
   std::atomic<unsigned> period_;
   std::atomic<unsigned> latency_{0};
+  std::atomic<unsigned> outputs_{0};
   std::atomic<long long> xruns_{0};
   std::atomic<bool> recovering_{false};
   std::atomic<bool> stops_{false};

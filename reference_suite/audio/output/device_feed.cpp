@@ -53,11 +53,12 @@ void DeviceFeed::Process(float* out, std::size_t frames) noexcept {
 }
 
 // While it is closed or closing, or a command waits to be obeyed, what is missing is not meant to be heard.
+// Frames that are to be dropped do not count.
 bool DeviceFeed::IsReady(std::size_t frames) const noexcept {
-  if (!open_ || closing_ || dropping_ || NumberOf(command_) != obeyed_) return true;
-  const std::size_t available = ring_.GetAvailable();
-  return available >= frames || ring_.GetReadPosition() + available >= end_ ||
-         dropBefore_ > ring_.GetReadPosition();
+  if (!open_ || closing_ || NumberOf(command_) != obeyed_) return true;
+  const std::uint64_t from = std::max<std::uint64_t>(ring_.GetReadPosition(), dropBefore_);
+  const std::uint64_t to = ring_.GetWritePosition();
+  return to >= from + frames || to >= end_;
 }
 
 void DeviceFeed::ObeyDrop_() {

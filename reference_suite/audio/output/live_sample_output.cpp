@@ -28,8 +28,10 @@ LiveSampleOutput::LiveSampleOutput(AudioPlayerOutputInterface& player, std::uniq
       fadeFrames_(FramesOf_(settings.fadeMs)),
       // Room for what is rendered ahead twice over: while the device has not yet passed over what was
       // dropped, the same amount is rendered anew.
-      ring_(4 * (std::max<std::size_t>(aheadFrames_, kMostPeriod + quantum_) + quantum_), device_->GetChannelCount()),
+      ring_(4 * (std::max<std::size_t>(aheadFrames_, kMostPeriod + quantum_) + quantum_),
+            device_->GetChannelCount()),
       feed_(ring_, device_->GetChannelCount(), fadeFrames_),
+      peaks_(device_->GetChannelCount()),
       seekFlag_("AudioSampleOutput_Seek") {
   device_->SetLossListener(this);
   device_->Start(feed_);
@@ -39,9 +41,11 @@ LiveSampleOutput::LiveSampleOutput(AudioPlayerOutputInterface& player, std::uniq
     device_->Stop();
     throw;
   }
+  RegisterLiveOutput(this);
 }
 
 LiveSampleOutput::~LiveSampleOutput() {
+  UnregisterLiveOutput(this);
   {
     exc::ScopeLock lock(*this);
     CloseFeed_(FramesOf_(10.0));
@@ -71,7 +75,8 @@ std::size_t LiveSampleOutput::GetRingFill_() const {
 
 bool LiveSampleOutput::NeedsFrames_() const {
   // Another device, or the same server after a change, can have a longer period.
-  const std::size_t ahead = std::max(aheadFrames_, std::min(device_->GetPeriodFrames(), kMostPeriod) + quantum_);
+  const std::size_t ahead =
+      std::max(aheadFrames_, std::min(device_->GetPeriodFrames(), kMostPeriod) + quantum_);
   return GetRingFill_() < ahead && ring_.GetFree() >= quantum_;
 }
 

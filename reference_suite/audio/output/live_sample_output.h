@@ -7,6 +7,7 @@
 #include <cstdint>
 #include <memory>
 #include <string>
+#include <vector>
 
 #include "exc/flag/ex_flag.h"
 #include "exc/lock/lockable.h"
@@ -14,6 +15,8 @@
 #include "reference_suite/audio/output/device_feed.h"
 #include "reference_suite/audio/output/elapsed_count.h"
 #include "reference_suite/audio/output/frame_ring.h"
+#include "reference_suite/audio/output/load_meter.h"
+#include "reference_suite/audio/output/output_meters.h"
 #include "reference_suite/audio/output/output_settings.h"
 #include "reference_suite/audio/output/render_step.h"
 #include "reference_suite/audio/output/timed_condition.h"
@@ -37,7 +40,8 @@ namespace tesk_audio {
 // Errors     what a step throws (a song that asks for stretching, a broken invariant of the player) ends
 // playback
 //            where it happened, in the log and as a line on the console.
-// Failure    a device that something stands in for tells it: playback then runs on unheard, is held, or ends, as
+// Failure    a device that something stands in for tells it: playback then runs on unheard, is held, or ends,
+// as
 //            the settings say.
 class LiveSampleOutput : public AudioSampleOutput,
                          public exc::Lockable,
@@ -66,6 +70,8 @@ class LiveSampleOutput : public AudioSampleOutput,
 
   // Frames of silence because the ring ran short.
   long long GetUnderrunFrames() const { return feed_.GetUnderrunFrames(); }
+  // The peaks are those since the last call. Threads: one at a time.
+  OutputMeters ReadMeters();
 
  private:
   enum class State { Stopped, Paused, Running };
@@ -108,6 +114,9 @@ class LiveSampleOutput : public AudioSampleOutput,
   void StopAtCaesura_();
   void NotifyStopped_();
 
+  // ---- live_meters.cpp
+  void MeterPeaks_(const float* frames, std::size_t count);
+
   // ---- live_device_loss.cpp: the device's watching thread
   bool OnDeviceLost() override;
 
@@ -133,6 +142,8 @@ class LiveSampleOutput : public AudioSampleOutput,
   FrameRing ring_;
   DeviceFeed feed_;
   ElapsedCount elapsed_;
+  LoadMeter load_;                         // of the steps while running
+  std::vector<std::atomic<float>> peaks_;  // per channel, of what was rendered
   exc::ExFlag seekFlag_;
   std::atomic<std::uint64_t> contentStart_{0};  // in the ring; what lies before was dropped
   std::atomic<bool> switched_{false};           // another content: the ring still holds the one before

@@ -17,7 +17,12 @@ const char* const kSourcePath = "reference_suite/audio/output";
 
 void LiveSampleOutput::StepWhileRunning_() {
   exc::ScopeLock lock(stepLock_);
+  const std::uint64_t before = ring_.GetWritePosition();
+  const long long start = MonotonicNow();
   StepIntoRing_(*this);
+  const auto frames = static_cast<double>(ring_.GetWritePosition() - before);
+  if (frames == 0.0) return;
+  load_.Add(static_cast<double>(MonotonicNow() - start) * 1e-9 * device_->GetRateHz() / frames);
 }
 
 StepOutcome LiveSampleOutput::StepIntoRing_(StepGate& gate) {
@@ -29,6 +34,7 @@ StepOutcome LiveSampleOutput::StepIntoRing_(StepGate& gate) {
       const auto count = static_cast<std::size_t>(result.frames);
       elapsed_.Add(count, result.frames);
       ring_.Write(step_.Frames(), count);
+      MeterPeaks_(step_.Frames(), count);
     }
     if (result.outcome == StepOutcome::Caesura) SetEnding_(Ending::Caesura);
     if (result.outcome == StepOutcome::End) SetEnding_(Ending::SongEnd);

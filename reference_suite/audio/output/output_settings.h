@@ -24,12 +24,12 @@ struct OutputSettings {
   std::string deviceName;            // JACK: the server; empty: the usual one
   std::vector<unsigned> outputs;     // physical outputs, from 1, that hear channel 1, 2, ...; empty: in order
   std::vector<std::string> connect;  // JACK: regular expressions for the ports to play to, instead
-  double rateHz = 0.0;          // of the songs and, where it can choose, of the device; 0: the first content's
+  double rateHz = 0.0;  // of the songs and, where it can choose, of the device; 0: the first content's
   unsigned periodFrames = 256;  // frames that the device takes at a time, where it can choose
   double aheadMs = 15.0;        // rendered ahead of the device, at least one period and one read
   DeviceLossPolicy onDeviceLoss = DeviceLossPolicy::RunOn;
-  double crossfadeMs = 5.0;     // at jumps, equal power; 0: bit-exact splices
-  double fadeMs = 3.0;          // on start, pause and stop; 0 leaves every sample as it is
+  double crossfadeMs = 5.0;  // at jumps, equal power; 0: bit-exact splices
+  double fadeMs = 3.0;       // on start, pause and stop; 0 leaves every sample as it is
 };
 
 // Process-wide, before the first show is opened. Threads: HOST.
