@@ -1,29 +1,48 @@
 #include <CLI/CLI.hpp>
 #include <memory>
+#include <nlohmann/json.hpp>
 
 #include "host/cli/between.h"
+#include "host/cli/json_text.h"
+#include "host/cli/play_options.h"
 #include "host/cli/verbs.h"
 
 namespace orbel::host::cli {
+namespace {
+
+nlohmann::ordered_json ToJson(const PlayReport& report) {
+  const Meters& meters = report.meters;
+  return {{"song", report.status.song},
+          {"position", report.status.position},
+          {"state", report.status.state},
+          {"device", meters.device},
+          {"recovering", meters.recovering},
+          {"deviceLosses", report.deviceLosses},
+          {"peaks", meters.peaks},
+          {"ringMs", meters.ringMs},
+          {"latencyMs", meters.latencyMs},
+          {"renderLoad",
+           {{"median", meters.loadMedian}, {"p999", meters.load999}, {"longest", meters.loadLongest}}},
+          {"underrunFrames", meters.underrunFrames},
+          {"xruns", meters.xruns}};
+}
+
+int Run(const Faces& faces, const PlayOptions& options, bool asJson) {
+  PlayReport report;
+  const int status = faces.play(options, &report);
+  if (asJson) Print(ToJson(report));
+  return status;
+}
+
+}  // namespace
 
 void AddPlay(CLI::App& app, const Faces& faces, Action* action) {
   CLI::App* verb = app.add_subcommand("play", "Play to a device");
   const auto options = std::make_shared<PlayOptions>();
-  const auto output = std::make_shared<std::string>("null");
+  const auto asJson = std::make_shared<bool>(false);
   verb->add_option("SHOW", options->showPath, "The show folder")->required();
-  verb->add_option("--output", *output, "null: a clock without sound, the only output of this version")
-      ->check(CLI::IsMember({"null"}))
-      ->capture_default_str();
   verb->add_option("-n,--song", options->song, "The song to start with; default: the first");
-  verb->add_option("--ahead", options->aheadMs, "Milliseconds rendered ahead of the device")
-      ->check(Between(1.0, 2000.0))
-      ->capture_default_str();
-  verb->add_option("--crossfade", options->crossfadeMs, "Milliseconds at jumps; 0 splices bit-exactly")
-      ->check(Between(0.0, 1000.0))
-      ->capture_default_str();
-  verb->add_option("--fade", options->fadeMs, "Milliseconds on start, pause and stop")
-      ->check(Between(0.0, 1000.0))
-      ->capture_default_str();
+  AddSoundOptions(*verb, *options);
   verb->add_option("--script", options->scriptPath, "Rehearsed commands, one a line, as for render");
   verb->add_option("--vamp-passes", options->vampPasses,
                    "Without a terminal: how often a vamp is played in all")
@@ -33,6 +52,7 @@ void AddPlay(CLI::App& app, const Faces& faces, Action* action) {
                    "Without a terminal: seconds of wait at a caesura")
       ->check(Between(0.0, 3600.0))
       ->capture_default_str();
+  verb->add_flag("--json", *asJson, "At the end print how it went as JSON");
   verb->footer(
       std::string(
           "Keys: space go; p play or pause; s stop; a once more (safety); n, b next and previous song;\n"
@@ -40,7 +60,7 @@ void AddPlay(CLI::App& app, const Faces& faces, Action* action) {
           "key: vamps are left and caesuras waited out by themselves, and song follows song to the\n"
           "end of the show.\n\n") +
       kExitStatuses);
-  verb->callback([=] { *action = [=] { return faces.play(*options); }; });
+  verb->callback([=] { *action = [=] { return Run(faces, *options, *asJson); }; });
 }
 
 }  // namespace orbel::host::cli

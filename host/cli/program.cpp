@@ -26,6 +26,7 @@ void AddVerbs(CLI::App& app, const Faces& faces, Action* action) {
   AddCheck(app, action);
   AddRender(app, action);
   AddPlay(app, faces, action);
+  AddDevices(app, action);
   AddSongVerb(app, action);
 }
 
@@ -89,7 +90,8 @@ std::string WhyNoVerb(const CLI::App& app, int argc, char** argv) {
 
 const char* const kExitStatuses =
     "Exit status: 0 done; 1 a failure while running; 2 wrong usage; 3 the performance cannot end (a vamp\n"
-    "or a caesura that nothing leaves); 5 the check found errors.";
+    "or a caesura that nothing leaves); 5 the check found errors; 6 the audio device failed\n"
+    "and stayed away.";
 
 void Say(const std::string& message) {
   std::cerr << message << std::endl;

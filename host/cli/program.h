@@ -10,7 +10,7 @@ namespace orbel::host::cli {
 // What the command line hands over to other parts of the program.
 struct Faces {
   // Plays a show in the terminal until it ends or the performer quits. Returns the exit status.
-  std::function<int(const PlayOptions&)> play;
+  std::function<int(const PlayOptions&, PlayReport*)> play;
   // Writes the demo show into a folder; `progress` is told each file before it is made.
   std::function<void(const std::string& folder, const std::function<void(const std::string& file)>& progress)>
       writeDemo;

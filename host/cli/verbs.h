@@ -22,6 +22,7 @@ void AddWhere(CLI::App& app, Action* action);
 void AddCheck(CLI::App& app, Action* action);
 void AddRender(CLI::App& app, Action* action);
 void AddPlay(CLI::App& app, const Faces& faces, Action* action);
+void AddDevices(CLI::App& app, Action* action);
 void AddSongVerb(CLI::App& app, Action* action);
 
 // The last lines of every help.

@@ -3,9 +3,13 @@
 #include <map>
 
 #include "host/session/failure.h"
+#include "reference_suite/audio/device/jack_links.h"
+#include "reference_suite/audio/device/list_devices.h"
 #include "reference_suite/audio/encode/sound_file_writer.h"
 #include "reference_suite/audio/output/offline_output.h"
+#include "reference_suite/audio/output/output_meters.h"
 #include "reference_suite/audio/output/output_settings.h"
+#include "suite/audio/errors.h"
 
 namespace orbel::host {
 namespace {
@@ -13,6 +17,12 @@ namespace {
 void Configure(tesk_audio::DeviceKind device, const OutputChoice& choice) {
   tesk_audio::OutputSettings settings;
   settings.device = device;
+  settings.deviceName = choice.device;
+  settings.periodFrames = choice.periodFrames;
+  settings.outputs = choice.outputs;
+  settings.connect = choice.connect;
+  if (choice.onDeviceLoss == "hold") settings.onDeviceLoss = tesk_audio::DeviceLossPolicy::Hold;
+  if (choice.onDeviceLoss == "end") settings.onDeviceLoss = tesk_audio::DeviceLossPolicy::End;
   settings.rateHz = choice.rateHz;
   settings.aheadMs = choice.aheadMs;
   settings.crossfadeMs = choice.crossfadeMs;
@@ -50,8 +60,31 @@ class WrittenSoundFile : public SoundFile {
 
 }  // namespace
 
-void UseClockWithoutSound(const OutputChoice& choice) {
-  Configure(tesk_audio::DeviceKind::Null, choice);
+void UseLiveOutput(const OutputChoice& choice) {
+  Configure(choice.output == "jack" ? tesk_audio::DeviceKind::Jack : tesk_audio::DeviceKind::Null, choice);
+}
+
+std::vector<DeviceLine> LookAtDevices(const std::string& jackServer) {
+  const tesk_audio::DeviceInfo jack = tesk_audio::LookAtJack(jackServer);
+  return {{"jack", jack.name, jack.answers, jack.problem, jack.rateHz, jack.outputs, jack.periodFrames},
+          {"null", "a clock without sound", true, "", 0.0, 0, 0}};
+}
+
+void RequirePortPatterns(const std::vector<std::string>& patterns) {
+  try {
+    tesk_audio::RequirePatterns(patterns);
+  } catch (const tesk_audio::TESKAudioError& error) {
+    throw Failure(error.what(), kUsage);
+  }
+}
+
+bool ReadMeters(Meters* meters) {
+  tesk_audio::OutputMeters read;
+  if (!tesk_audio::ReadOutputMeters(&read)) return false;
+  *meters = {read.device,      read.outputs,        read.recovering, read.peaks,
+             read.ringMs,      read.latencyMs,      read.loadMedian, read.load999,
+             read.loadLongest, read.underrunFrames, read.xruns};
+  return true;
 }
 
 void UseOfflineOutput(const OutputChoice& choice) {

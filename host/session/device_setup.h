@@ -4,6 +4,7 @@
 #include <functional>
 #include <memory>
 #include <string>
+#include <vector>
 
 #include "Sources/types.h"
 
@@ -12,15 +13,53 @@ namespace orbel::host {
 // How the output sounds. The one place at which the host meets a particular implementation of the audio
 // library.
 struct OutputChoice {
-  double rateHz = 0.0;       // 0: that of the show's first audio
-  double aheadMs = 15.0;     // rendered ahead of the device
-  double crossfadeMs = 5.0;  // at jumps; 0: bit-exact splices
-  double fadeMs = 3.0;       // on start, pause and stop; 0 leaves every sample as it is
+  std::string output = "null";       // or "jack"
+  std::string device;                // JACK: the server; empty: the usual one
+  double rateHz = 0.0;               // 0: that of the device or, if it takes any, of the show's first audio
+  unsigned periodFrames = 256;       // where the device can choose
+  std::vector<unsigned> outputs;     // physical ones, from 1, for channel 1, 2, ...; empty: in their order
+  std::vector<std::string> connect;  // JACK: regular expressions for ports to play to, instead
+  std::string onDeviceLoss = "run-on";  // or "hold", "end"
+  double aheadMs = 15.0;                // rendered ahead of the device
+  double crossfadeMs = 5.0;             // at jumps; 0: bit-exact splices
+  double fadeMs = 3.0;                  // on start, pause and stop; 0 leaves every sample as it is
 };
 
 // Process-wide, before a show is opened. Threads: HOST.
-void UseClockWithoutSound(const OutputChoice& choice);
+void UseLiveOutput(const OutputChoice& choice);
 void UseOfflineOutput(const OutputChoice& choice);
+
+// A device that could be played to, or why it cannot.
+struct DeviceLine {
+  std::string output;  // "jack", "null"
+  std::string name;
+  bool answers = false;
+  std::string problem;
+  double rateHz = 0.0;        // 0: any
+  unsigned outputs = 0;       // 0: any
+  unsigned periodFrames = 0;  // 0: any
+};
+// In the order in which they are preferred. May block for as long as a sound system hangs.
+std::vector<DeviceLine> LookAtDevices(const std::string& jackServer);
+// Throws Failure for a regular expression that is none.
+void RequirePortPatterns(const std::vector<std::string>& patterns);
+
+// How the live output is doing.
+struct Meters {
+  std::string device;
+  unsigned outputs = 0;      // physical ones of the device; 0: as many as there are channels
+  bool recovering = false;   // a clock without sound stands in for a device that has failed
+  std::vector<float> peaks;  // per channel since they were read last; 1 is full scale
+  double ringMs = 0.0;
+  double latencyMs = 0.0;
+  double loadMedian = 0.0;  // share of the time that a render step had
+  double load999 = 0.0;
+  double loadLongest = 0.0;
+  long long underrunFrames = 0;
+  long long xruns = 0;
+};
+// False when there is no live output yet.
+bool ReadMeters(Meters* meters);
 
 // What one render step of the offline output did; sample positions are unscaled and count from the audio
 // start.

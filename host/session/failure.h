@@ -12,6 +12,7 @@ enum ExitStatus : int {
   kUsage = 2,        // wrong arguments
   kCannotEnd = 3,    // a vamp or a caesura that nothing leaves
   kFoundErrors = 5,  // by the check of a show
+  kDeviceGone = 6,   // the audio device failed and stayed away
 };
 
 // Ends the program with a message and a status.

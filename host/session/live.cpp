@@ -3,20 +3,13 @@
 #include <algorithm>
 #include <utility>
 
+#include "host/session/output_choice.h"
 #include "host/session/recorded_tempo.h"
 #include "host/session/shown_text.h"
 #include "host/session/song_clock.h"
 
 namespace orbel::host {
 namespace {
-
-OutputChoice ChooseOutput(const PlayOptions& options) {
-  OutputChoice choice;
-  choice.aheadMs = options.aheadMs;
-  choice.crossfadeMs = options.crossfadeMs;
-  choice.fadeMs = options.fadeMs;
-  return choice;
-}
 
 Directions ChooseDirections(const PlayOptions& options) {
   Directions directions;
@@ -30,7 +23,9 @@ Directions ChooseDirections(const PlayOptions& options) {
 }  // namespace
 
 Live::Live(const PlayOptions& options, bool attended)
-    : session_(options.showPath, options.song, OutputKind::ClockWithoutSound, ChooseOutput(options)),
+    : sound_(ChooseOutput(options.output, options.sound)),
+      soundIsWanted_(options.output != "auto" && options.output != "null"),
+      session_(options.showPath, options.song, OutputKind::Live, sound_),
       directions_(ChooseDirections(options)),
       conductor_(session_, directions_),
       attended_(attended) {
@@ -41,12 +36,16 @@ std::vector<std::string> Live::Start() {
   song_ = session_.GetSongNumber();
   tick_ = session_.GetTick();
   conductor_.OnSong();
+  SayWhereItPlays_();
+  TakeDeviceUpdates_();
   if (!attended_) session_.Do({CommandKind::Play, 0.0, ""});
   return TakeMessages_();
 }
 
 std::vector<std::string> Live::Poll(double now) {
   TakeEvents_();
+  TakeDeviceUpdates_();
+  TakeMeters_();
   Look_(now);
   if (!attended_ || directions_.script) ActAlone_(now);
   return TakeMessages_();

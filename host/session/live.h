@@ -15,9 +15,8 @@ struct PlayOptions {
   std::string showPath;
   std::string song;  // empty: the first that can be played
   std::string scriptPath;
-  double aheadMs = 15.0;
-  double crossfadeMs = 5.0;
-  double fadeMs = 3.0;
+  OutputChoice sound;
+  std::string output = "auto";  // "jack", "null" or, what answers of these, "auto"
   int vampPasses = 1;           // when nobody sits at the keys: how often a vamp is played in all
   double caesuraSilence = 0.0;  // and how long a caesura waits, in seconds
 };
@@ -27,8 +26,18 @@ struct StageStatus {
   std::string song;  // number and name
   std::string position;
   double tempo = 120.0;  // quarter notes per minute
-  std::string state;     // "playing", "paused", "waiting at a caesura", "stopped", "ended"
-  std::string next;      // the next cue, for instance "13.1 vamp back to 9.1"
+  // "playing", "paused", "waiting at a caesura", "stopped", "ended"; "recovering" for playing while nobody
+  // hears anything because the audio device has failed.
+  std::string state;
+  std::string next;   // the next cue, for instance "13.1 vamp back to 9.1"
+  std::string sound;  // peak, ring, load and dropouts; empty before there is an output
+};
+
+// How a performance stood when it ended.
+struct PlayReport {
+  StageStatus status;
+  Meters meters;  // the peaks are those of the whole performance
+  int deviceLosses = 0;
 };
 
 // A show that is played to a device. `attended`: somebody sits at the keys and decides; otherwise vamps are
@@ -48,17 +57,25 @@ class Live {
   bool IsPlaying() const { return session_.IsPlaying(); }
   // Nobody will act any more and playback stands.
   bool IsOver() const { return over_; }
-  ExitStatus GetStatusAtEnd() const { return statusAtEnd_; }
+  ExitStatus GetStatusAtEnd() const;
+  PlayReport GetReport();
 
  private:
   void Look_(double now);
   void TakeEvents_();
+  void TakeDeviceUpdates_();
+  void DealWithLoss_(const notify::DeviceUpdate& update);
+  void SayWhereItPlays_();
+  void TakeMeters_();
+  std::string SoundText_() const;
   void ActAlone_(double now);
   void GoOnAfterSong_();
   void EndWith_(ExitStatus status, const std::string& message);
   std::vector<std::string> TakeMessages_();
   std::string NextCue_();
 
+  const OutputChoice sound_;
+  const bool soundIsWanted_;  // an output that sounds was asked for by name
   Session session_;
   const Directions directions_;
   Conductor conductor_;
@@ -67,6 +84,12 @@ class Live {
   TickIndex tick_ = 0;
   std::optional<double> standsSince_;
   std::size_t problemsTold_ = 0;
+  Meters meters_;  // the peaks are those since the last look
+  bool hasMeters_ = false;
+  std::vector<float> highest_;  // peaks of the whole performance
+  bool deviceIsLost_ = false;
+  bool hasSounded_ = false;  // a device that sounds has been there
+  int deviceLosses_ = 0;
   bool over_ = false;
   ExitStatus statusAtEnd_ = kDone;
   std::vector<std::string> messages_;

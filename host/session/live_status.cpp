@@ -44,7 +44,9 @@ StageStatus Live::GetStatus() {
     if (tempo.abs_time() <= tick) status.tempo = 6e7 / tempo.GetMicrosecondsPerQuarter();
   }
   status.state = StateName(session_);
+  if (deviceIsLost_ && session_.IsPlaying()) status.state = "recovering";
   status.next = NextCue_();
+  status.sound = SoundText_();
   return status;
 }
 

@@ -98,7 +98,7 @@ void Session::Build_() {
   if (kind_ == OutputKind::Offline) {
     UseOfflineOutput(choice_);
   } else {
-    UseClockWithoutSound(choice_);
+    UseLiveOutput(choice_);
   }
   player_core::SetContentArgument(ContentArgument(choice_.rateHz));
   std::string leaveOut;

@@ -19,7 +19,7 @@ namespace orbel::host {
 
 class SongClock;
 
-enum class OutputKind { ClockWithoutSound, Offline };
+enum class OutputKind { Live, Offline };
 
 // One open show, and the one table of commands for every face of the program.
 //
@@ -68,6 +68,9 @@ class Session {
 
   // What happened since the last call, oldest first. A failed load is dealt with in here.
   std::vector<StageEvent> TakeEvents();
+
+  // What has become of the audio device since the last call, oldest first.
+  std::vector<notify::DeviceUpdate> TakeDeviceUpdates() { return events_.TakeDeviceUpdates(); }
 
   // Throws the error of the loader that failed last. Only after a LoadFailed event.
   void ThrowLoaderError();

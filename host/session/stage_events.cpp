@@ -14,6 +14,10 @@ StageEvents::StageEvents() {
     event.kind = StageEvent::Kind::EndOfSong;
     Put_(std::move(event));
   });
+  notify::callbackDispatcher.Add(this, notify::names::audio_device_changed, [this](void* update) {
+    const std::lock_guard lock(mutex_);
+    deviceUpdates_.push_back(*static_cast<const notify::DeviceUpdate*>(update));
+  });
 }
 
 StageEvents::~StageEvents() {
@@ -27,6 +31,11 @@ std::optional<StageEvent> StageEvents::Take() {
   StageEvent event = std::move(events_.front());
   events_.pop_front();
   return event;
+}
+
+std::vector<notify::DeviceUpdate> StageEvents::TakeDeviceUpdates() {
+  const std::lock_guard lock(mutex_);
+  return std::exchange(deviceUpdates_, {});
 }
 
 void StageEvents::Clear() {

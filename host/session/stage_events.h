@@ -4,8 +4,10 @@
 #include <mutex>
 #include <optional>
 #include <string>
+#include <vector>
 
 #include "Sources/types.h"
+#include "suite/core/device_update.h"
 #include "suite/core/gui_dispatcher.h"
 
 namespace orbel::host {
@@ -32,6 +34,8 @@ class StageEvents : private notify::GuiListener {
   // The oldest event not yet taken.
   std::optional<StageEvent> Take();
   void Clear();
+  // What has become of the audio device, oldest first. Clear leaves it.
+  std::vector<notify::DeviceUpdate> TakeDeviceUpdates();
   // Where the listener was last; the default before the first update.
   notify::PositionUpdate GetPosition() const;
 
@@ -43,8 +47,9 @@ class StageEvents : private notify::GuiListener {
   void OnLoopPass(const notify::LoopUpdate& update) override;
   void Put_(StageEvent event);
 
-  mutable std::mutex mutex_;  // guards the two below; innermost, nothing is called with it held
+  mutable std::mutex mutex_;  // guards what is below; innermost, nothing is called with it held
   std::deque<StageEvent> events_;
+  std::vector<notify::DeviceUpdate> deviceUpdates_;
   notify::PositionUpdate position_;
 };
 

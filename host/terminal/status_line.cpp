@@ -23,7 +23,8 @@ std::string StatusLine(const StageStatus& status, std::size_t columns) {
   const std::string gap = "   ";
   return FirstCharacters(status.song + gap + "bar " + status.position + gap +
                              ShortNumber(std::round(status.tempo * 10.0) / 10.0) + " bpm" + gap +
-                             status.state + gap + "next: " + status.next,
+                             status.state + gap + "next: " + status.next +
+                             (status.sound.empty() ? "" : gap + status.sound),
                          columns);
 }
 

@@ -10,6 +10,7 @@
 
 #include "host/session/console_lines.h"
 #include "host/session/interrupts.h"
+#include "host/session/memory_lock.h"
 #include "host/session/shown_text.h"
 #include "host/terminal/keys.h"
 #include "host/terminal/raw_mode.h"
@@ -66,7 +67,7 @@ class Performance {
   Performance(const PlayOptions& options, bool attended)
       : attended_(attended), display_(attended && ::isatty(STDERR_FILENO) == 1), live_(options, attended) {}
 
-  int Run() {
+  int Run(PlayReport* report) {
     std::unique_ptr<RawMode> raw;
     if (attended_) raw = std::make_unique<RawMode>(STDIN_FILENO);
     Say_(live_.Start());
@@ -79,6 +80,7 @@ class Performance {
     Say_(console_.Take());
     display_.Status(live_.GetStatus());
     display_.End();
+    *report = live_.GetReport();
     return live_.GetStatusAtEnd();
   }
 
@@ -145,7 +147,7 @@ class Performance {
 
 }  // namespace
 
-int Play(const PlayOptions& options) {
+int Play(const PlayOptions& options, PlayReport* report) {
   const bool attended = ::isatty(STDIN_FILENO) == 1;
   if (attended) {
     std::cerr << "space go   p play/pause   s stop   a once more   n b songs   left right places   q quit"
@@ -158,8 +160,9 @@ int Play(const PlayOptions& options) {
   } else {
     std::cerr << "No terminal, so nobody at the keys: the script acts." << std::endl;
   }
-  std::cerr << "Playing to a clock without sound." << std::endl;
-  return Performance(options, attended).Run();
+  const std::string hint = LockMemory();
+  if (!hint.empty()) std::cerr << hint << std::endl;
+  return Performance(options, attended).Run(report);
 }
 
 }  // namespace orbel::host::terminal

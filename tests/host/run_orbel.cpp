@@ -60,7 +60,7 @@ void RunningOrbel::Signal(int signal) const {
 }
 
 bool RunningOrbel::Says(const std::string& text) const {
-  const auto deadline = std::chrono::steady_clock::now() + std::chrono::seconds(10);
+  const auto deadline = std::chrono::steady_clock::now() + std::chrono::seconds(60);
   while (std::chrono::steady_clock::now() < deadline) {
     if (ReadText(messagesPath_).find(text) != std::string::npos) return true;
     std::this_thread::sleep_for(std::chrono::milliseconds(5));

@@ -42,7 +42,7 @@ void OrbelInATerminal::Type(const std::string& keys) const {
 }
 
 bool OrbelInATerminal::Shows(const std::string& text) {
-  const auto deadline = std::chrono::steady_clock::now() + std::chrono::seconds(10);
+  const auto deadline = std::chrono::steady_clock::now() + std::chrono::seconds(60);
   while (std::chrono::steady_clock::now() < deadline) {
     const std::size_t at = screen_.find(text, seen_);
     if (at != std::string::npos) {

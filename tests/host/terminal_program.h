@@ -16,7 +16,7 @@ class OrbelInATerminal {
   OrbelInATerminal& operator=(const OrbelInATerminal&) = delete;
 
   void Type(const std::string& keys) const;
-  // Whether the terminal shows `text` from now on; waits up to ten seconds for it. What came before is not
+  // Whether the terminal shows `text` from now on; waits up to a minute for it. What came before is not
   // looked at again.
   bool Shows(const std::string& text);
   // Whether the terminal echoes and waits for whole lines, as it did before the program.

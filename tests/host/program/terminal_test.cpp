@@ -10,7 +10,7 @@ TEST(Terminal, NothingPlaysBeforeGoAndTheKeysDriveTheShow) {
   ShowFiles files;
   files.AddSong("1", "Waltz", 60, "[[vamp]]\nfrom = \"2\"\nto = \"40\"\n");
   files.AddSong("2", "Polka", 60);
-  OrbelInATerminal orbel({"play", files.Show()});
+  OrbelInATerminal orbel({"play", files.Show(), "--output", "null"});
   EXPECT_TRUE(
       orbel.Shows("space go   p play/pause   s stop   a once more   n b songs   left right places   q quit"));
   EXPECT_TRUE(orbel.Shows("1 Waltz   bar 1.1   240 bpm   stopped   next: 40.1 vamp back to 2.1"));
@@ -41,7 +41,7 @@ TEST(Terminal, NothingPlaysBeforeGoAndTheKeysDriveTheShow) {
 TEST(Terminal, ACaesuraWaitsForGo) {
   ShowFiles files;
   files.AddSong("1", "Waltz", 2, "[[caesura]]\nat = \"1.3\"\n");
-  OrbelInATerminal orbel({"play", files.Show()});
+  OrbelInATerminal orbel({"play", files.Show(), "--output", "null"});
   EXPECT_TRUE(orbel.Shows("stopped   next: 1.3 caesura"));
   orbel.Type(" ");
   EXPECT_TRUE(orbel.Shows("bar 1.3   240 bpm   waiting at a caesura   next: 3.1 end"));
@@ -59,7 +59,7 @@ TEST(Terminal, ACaesuraWaitsForGo) {
 TEST(Terminal, QuittingWhilePlayingTakesASecondTime) {
   ShowFiles files;
   files.AddSong("1", "Waltz", 60);
-  OrbelInATerminal orbel({"play", files.Show()});
+  OrbelInATerminal orbel({"play", files.Show(), "--output", "null"});
   EXPECT_TRUE(orbel.Shows("stopped"));
   orbel.Type("p");
   EXPECT_TRUE(orbel.Shows("playing"));
@@ -73,7 +73,7 @@ TEST(Terminal, QuittingWhilePlayingTakesASecondTime) {
 TEST(Terminal, KeysThatWouldHoldTheProgramDoNothing) {
   ShowFiles files;
   files.AddSong("1", "Waltz", 60);
-  OrbelInATerminal orbel({"play", files.Show()});
+  OrbelInATerminal orbel({"play", files.Show(), "--output", "null"});
   EXPECT_TRUE(orbel.Shows("stopped"));
   orbel.Type("\x1a\x1c\x13p");  // Ctrl-Z, Ctrl-\, Ctrl-S
   EXPECT_TRUE(orbel.Shows("playing"));
@@ -87,7 +87,7 @@ TEST(Terminal, ALineOfTheAudioLibraryTakesThePlaceOfTheStatusLine) {
   files.AddSong("1", "Waltz", 4);
   files.AddSong("2", "Polka", 4);
   WriteWav(files.At("data/2 Polka.obd"), std::vector<float>(4 * 16000, 0.0F), 16000);
-  OrbelInATerminal orbel({"play", files.Show()});
+  OrbelInATerminal orbel({"play", files.Show(), "--output", "null"});
   EXPECT_TRUE(orbel.Shows("\r\x1b[KWARNING: " + files.Show() +
                           "/data/2 Polka.obd: its 16000 Hz are resampled to 8000 Hz.\r\n"));
   EXPECT_TRUE(orbel.Shows("\r\x1b[K1 Waltz   bar 1.1   240 bpm   stopped   next: 5.1 end"));
@@ -98,7 +98,7 @@ TEST(Terminal, ALineOfTheAudioLibraryTakesThePlaceOfTheStatusLine) {
 TEST(Terminal, WhenItGoesAwayTheShowGoesOnToItsEnd) {
   ShowFiles files;
   files.AddSong("1", "Waltz", 2);
-  OrbelInATerminal orbel({"play", files.Show()});
+  OrbelInATerminal orbel({"play", files.Show(), "--output", "null"});
   EXPECT_TRUE(orbel.Shows("stopped"));
   orbel.Type("p");
   EXPECT_TRUE(orbel.Shows("playing"));

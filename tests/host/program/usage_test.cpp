@@ -12,7 +12,7 @@ namespace {
 using testing::HasSubstr;
 using testing::StartsWith;
 
-const std::vector<std::string> kVerbs{"demo", "info", "where", "check", "render", "play", "add"};
+const std::vector<std::string> kVerbs{"demo", "info", "where", "check", "render", "play", "devices", "add"};
 
 TEST(Usage, HelpNamesEveryVerbAndTheExitStatuses) {
   const Ended run = Orbel({"--help"});
@@ -78,9 +78,10 @@ TEST_P(WrongUsages, EndWithStatusTwoAndSayWhy) {
 INSTANTIATE_TEST_SUITE_P(
     Usage, WrongUsages,
     testing::Values(
-        WrongUsage{{}, "orbel: say what to do: demo, info, where, check, render, play, add"},
-        WrongUsage{{"sing"},
-                   "orbel: there is no \"sing\"; there are demo, info, where, check, render, play, add"},
+        WrongUsage{{}, "orbel: say what to do: demo, info, where, check, render, play, devices, add"},
+        WrongUsage{
+            {"sing"},
+            "orbel: there is no \"sing\"; there are demo, info, where, check, render, play, devices, add"},
         WrongUsage{{"--loud"}, "orbel: there is no \"--loud\"; there are demo, info"},
         WrongUsage{{"info"}, "orbel: SHOW is required"},
         WrongUsage{

@@ -1,0 +1,48 @@
+#include "host/cli/play_options.h"
+
+#include <CLI/CLI.hpp>
+
+#include "host/cli/between.h"
+
+namespace orbel::host::cli {
+
+void AddSoundOptions(CLI::App& verb, PlayOptions& options) {
+  OutputChoice& sound = options.sound;
+  verb.add_option(
+          "--output", options.output,
+          "jack; null: a clock without sound; auto: JACK, and a clock as long as it does not answer.\n"
+          "\"orbel render\" plays into a file")
+      ->check(CLI::IsMember({"auto", "jack", "null"}))
+      ->capture_default_str();
+  verb.add_option("--device", sound.device, "JACK: the server, if it is not the usual one");
+  verb.add_option("--rate", sound.rateHz, "Frames per second of the songs; default: those of the device")
+      ->check(Between(8000.0, 384000.0));
+  verb.add_option("--period", sound.periodFrames,
+                  "Frames that the device takes at a time; a JACK server decides for itself")
+      ->check(WholeBetween(16, 8192))
+      ->capture_default_str();
+  verb.add_option("--ahead", sound.aheadMs, "Milliseconds rendered ahead of the device")
+      ->check(Between(1.0, 2000.0))
+      ->capture_default_str();
+  verb.add_option("--channels", sound.outputs,
+                  "Outputs of the device for channel 1, 2, ..., for instance 3,4; default: the first ones")
+      ->delimiter(',')
+      ->check(WholeBetween(1, 1024));
+  verb.add_option(
+          "--connect", sound.connect,
+          "JACK: a regular expression for the ports to play to instead, for instance \"mixer:in_.*\";\n"
+          "can be given more than once")
+      ->allow_extra_args(false);
+  verb.add_option("--on-device-loss", sound.onDeviceLoss,
+                  "When the device fails: run-on (the show goes on unheard), hold (pause), end")
+      ->check(CLI::IsMember({"run-on", "hold", "end"}))
+      ->capture_default_str();
+  verb.add_option("--crossfade", sound.crossfadeMs, "Milliseconds at jumps; 0 splices bit-exactly")
+      ->check(Between(0.0, 1000.0))
+      ->capture_default_str();
+  verb.add_option("--fade", sound.fadeMs, "Milliseconds on start, pause and stop")
+      ->check(Between(0.0, 1000.0))
+      ->capture_default_str();
+}
+
+}  // namespace orbel::host::cli

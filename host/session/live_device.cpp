@@ -1,0 +1,86 @@
+// What Live makes of the audio device: where it plays, and what happens when it fails.
+#include <algorithm>
+#include <cmath>
+
+#include "host/session/live.h"
+#include "host/session/shown_text.h"
+
+namespace orbel::host {
+
+void Live::SayWhereItPlays_() {
+  Meters meters;
+  if (!ReadMeters(&meters) || meters.recovering) return;
+  hasSounded_ = sound_.output != "null";
+  messages_.push_back("Playing to " + Shown(meters.device) + ".");
+  const std::size_t highest = sound_.outputs.empty()
+                                  ? meters.peaks.size()
+                                  : *std::max_element(sound_.outputs.begin(), sound_.outputs.end());
+  if (sound_.connect.empty() && meters.outputs > 0 && highest > meters.outputs) {
+    messages_.push_back(
+        "The show wants output " + std::to_string(highest) + " and the device has " +
+        std::to_string(meters.outputs) +
+        ": what there is is used. Connect more outputs, or choose with --channels or --connect.");
+  }
+}
+
+void Live::TakeDeviceUpdates_() {
+  for (const notify::DeviceUpdate& update : session_.TakeDeviceUpdates()) {
+    if (update.recovering) {
+      DealWithLoss_(update);
+    } else {
+      deviceIsLost_ = false;
+      hasSounded_ = true;
+      messages_.push_back("sound again: " + Shown(update.device));
+    }
+  }
+}
+
+void Live::DealWithLoss_(const notify::DeviceUpdate& update) {
+  deviceIsLost_ = true;
+  ++deviceLosses_;
+  const std::string what = "no audio: null device. " + Shown(update.reason);
+  const bool plays = session_.IsPlaying();
+  if (sound_.onDeviceLoss == "end" && hasSounded_) {
+    over_ = true;
+    statusAtEnd_ = kDeviceGone;
+    messages_.push_back(what + " Playback ends, as --on-device-loss asks.");
+  } else if (sound_.onDeviceLoss == "hold" && plays) {
+    session_.Do({CommandKind::Pause, 0.0, ""});
+    messages_.push_back(what + " Playback is held; a device is looked for every second.");
+  } else {
+    messages_.push_back(what + (plays ? " The show runs on unheard" : " Everything else works") +
+                        "; a device is looked for every second.");
+  }
+}
+
+void Live::TakeMeters_() {
+  if (!ReadMeters(&meters_)) return;
+  hasMeters_ = true;
+  highest_.resize(std::max(highest_.size(), meters_.peaks.size()));
+  for (std::size_t i = 0; i < meters_.peaks.size(); ++i)
+    highest_[i] = std::max(highest_[i], meters_.peaks[i]);
+}
+
+std::string Live::SoundText_() const {
+  if (!hasMeters_) return "";
+  const float peak = highest_.empty() ? 0.0F : *std::max_element(meters_.peaks.begin(), meters_.peaks.end());
+  const double decibels = peak > 0.0F ? std::max(-99.0, 20.0 * std::log10(static_cast<double>(peak))) : -99.0;
+  return "peak " + ShortNumber(std::round(decibels)) + " dB   ring " +
+         ShortNumber(std::round(meters_.ringMs)) + " ms   load " +
+         ShortNumber(std::round(meters_.load999 * 100.0)) + " %   underruns " +
+         std::to_string(meters_.underrunFrames) + "   xruns " + std::to_string(meters_.xruns);
+}
+
+PlayReport Live::GetReport() {
+  TakeMeters_();
+  PlayReport report{GetStatus(), meters_, deviceLosses_};
+  report.meters.peaks = highest_;
+  return report;
+}
+
+ExitStatus Live::GetStatusAtEnd() const {
+  const bool stayedAway = deviceIsLost_ && (hasSounded_ || soundIsWanted_);
+  return statusAtEnd_ == kDone && stayedAway ? kDeviceGone : statusAtEnd_;
+}
+
+}  // namespace orbel::host

@@ -1,0 +1,29 @@
+#include "host/session/output_choice.h"
+
+#include <algorithm>
+
+#include "host/session/failure.h"
+
+namespace orbel::host {
+
+OutputChoice ChooseOutput(const std::string& output, OutputChoice wishes) {
+  RequirePortPatterns(wishes.connect);
+  wishes.output = output == "auto" ? "jack" : output;
+  if (wishes.output == "null") return wishes;
+  const std::vector<DeviceLine> devices = LookAtDevices(wishes.device);
+  const auto chosen = std::find_if(devices.begin(), devices.end(),
+                                   [&](const DeviceLine& line) { return line.output == wishes.output; });
+  if (chosen->answers && wishes.rateHz == 0.0) wishes.rateHz = chosen->rateHz;
+  return wishes;
+}
+
+std::string WhyThisOutput(const std::vector<DeviceLine>& devices) {
+  const auto chosen =
+      std::find_if(devices.begin(), devices.end(), [](const DeviceLine& line) { return line.answers; });
+  if (chosen->output == "null") {
+    return "play would use null: no sound system answers. It would look for JACK every second.";
+  }
+  return "play would use " + chosen->output + ": it is the first that answers.";
+}
+
+}  // namespace orbel::host

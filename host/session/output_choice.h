@@ -1,0 +1,17 @@
+#pragma once
+
+#include <string>
+
+#include "host/session/device_setup.h"
+
+namespace orbel::host {
+
+// Decides for `output` ("auto", "jack" or "null") what is played to, and takes over the rate of the device
+// unless one was asked for. "auto" takes the first device that answers; where no sound system does, JACK is
+// waited for while a clock without sound stands in. Throws Failure for wrong wishes.
+OutputChoice ChooseOutput(const std::string& output, OutputChoice wishes);
+
+// Which of these would be used, and why, in one line.
+std::string WhyThisOutput(const std::vector<DeviceLine>& devices);
+
+}  // namespace orbel::host

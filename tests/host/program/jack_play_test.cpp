@@ -1,0 +1,289 @@
+// The program against a real JACK server without hardware: what arrives at a recorder's port, frame for
+// frame.
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+#include <signal.h>
+
+#include <chrono>
+#include <cmath>
+#include <thread>
+
+#include "tests/host/run_orbel.h"
+#include "tests/host/show_files.h"
+#include "tests/host/terminal_program.h"
+#include "tests/support/jack_recorder.h"
+#include "tests/support/jack_server.h"
+
+namespace host_tests {
+namespace {
+
+using test_support::JackRecorder;
+using test_support::JackServer;
+using testing::HasSubstr;
+
+constexpr unsigned kRate = 48'000;
+constexpr long long kSecondSong = 4'000'000;  // what its frames are numbered from
+
+template <typename Condition>
+bool Await(Condition condition) {
+  const auto deadline = std::chrono::steady_clock::now() + std::chrono::minutes(2);
+  while (!condition()) {
+    if (std::chrono::steady_clock::now() > deadline) return false;
+    std::this_thread::sleep_for(std::chrono::milliseconds(1));
+  }
+  return true;
+}
+
+// A bar lasts a second. The first song: a vamp on bar 2, a repeat of bar 4, bar 6 cut out, a caesura before
+// bar 8, and on into the second without a gap.
+void WriteShow(ShowFiles* files) {
+  files->AddSong("1", "Waltz", 8,
+                 "attacca = true\n[[vamp]]\nfrom = \"2\"\nto = \"3\"\n[[repeat]]\nfrom = \"4\"\nto = \"5\"\n"
+                 "[[cut]]\nfrom = \"6\"\nto = \"7\"\n[[caesura]]\nat = \"8\"\n");
+  files->AddSong("2", "Polka", 2);
+  std::vector<float> first = FramesFromZero(8LL * kRate);
+  std::vector<float> second;
+  for (long long frame = 0; frame < 2LL * kRate; ++frame) second.push_back(FrameValue(kSecondSong + frame));
+  WriteWav(files->At("data/1 Waltz.obd"), first, kRate);
+  WriteWav(files->At("data/2 Polka.obd"), second, kRate);
+}
+
+long long Bar(long long number) {
+  return (number - 1) * kRate;
+}
+
+// The number of a recorded frame; -1 is silence, -2 something that no song holds.
+long long NumberOf(float sample) {
+  if (sample == 0.0F) return -1;
+  const double number = static_cast<double>(sample) * 16777216.0 - 1.0;
+  return number == std::floor(number) && number >= 0.0 ? static_cast<long long>(number) : -2;
+}
+
+// Where the numbers do not go on by one: "95999 > 48000", a silence as "...".
+std::vector<std::string> Breaks(const std::vector<float>& frames) {
+  std::vector<std::string> breaks;
+  long long before = -3;
+  bool silence = false;
+  for (const float sample : frames) {
+    const long long number = NumberOf(sample);
+    if (number == -1) {
+      silence = true;
+      continue;
+    }
+    if (silence || number != before + 1) {
+      breaks.push_back(std::to_string(before) + (silence ? " ... " : " > ") + std::to_string(number));
+    }
+    before = number;
+    silence = false;
+  }
+  breaks.push_back(std::to_string(before) + " end");
+  return breaks;
+}
+
+std::string Jump(long long from, long long to) {
+  return std::to_string(from - 1) + " > " + std::to_string(to);
+}
+
+class JackPlay : public testing::TestWithParam<unsigned> {};
+
+TEST_P(JackPlay, EveryFrameArrivesAcrossJumpsPausesSeeksAndSongs) {
+  ShowFiles files;
+  WriteShow(&files);
+  JackServer server({.rateHz = kRate, .periodFrames = GetParam(), .outputs = 2});
+  JackRecorder recorder(server.GetName(), 200'000'000);
+  OrbelInATerminal orbel({"play", files.Show(), "--output", "jack", "--device", server.GetName(), "--connect",
+                          "recorder:in_1", "--crossfade", "0", "--fade", "0"});
+  ASSERT_TRUE(orbel.Shows("stopped"));
+  ASSERT_TRUE(Await([&] { return !recorder.GetSources().empty(); }));
+  recorder.SetFreewheel(true);
+
+  orbel.Type("p");
+  // Into the vamp, and round it.
+  ASSERT_TRUE(Await([&] { return recorder.GetCount() > 5 * kRate; }));
+  orbel.Type("p");
+  ASSERT_TRUE(orbel.Shows("paused"));
+  orbel.Type("p");
+  ASSERT_TRUE(orbel.Shows("playing"));
+  const std::size_t resumed = recorder.GetCount();
+  ASSERT_TRUE(Await([&] { return recorder.GetCount() > resumed + 3 * kRate; }));
+  orbel.Type("\x1b[D");  // left: to the start of the vamp, or of the song
+  const std::size_t sought = recorder.GetCount();
+  ASSERT_TRUE(Await([&] { return recorder.GetCount() > sought + 5 * kRate; }));
+  orbel.Type(" ");
+  ASSERT_TRUE(orbel.Shows("waiting at a caesura"));
+  orbel.Type(" ");
+  ASSERT_TRUE(orbel.Shows("ended"));
+  recorder.SetFreewheel(false);
+  orbel.Type("q");
+  EXPECT_EQ(orbel.WaitForEnd(), 0);
+
+  std::vector<std::string> breaks = Breaks(recorder.GetFrames());
+  const std::string vamp = Jump(Bar(3), Bar(2));
+  // In this order; of the vamp as many passes as there was time for.
+  std::vector<std::string> others;
+  long long vamps = 0;
+  for (const std::string& each : breaks) {
+    if (each == vamp) {
+      ++vamps;
+    } else {
+      others.push_back(each);
+    }
+  }
+  EXPECT_GE(vamps, 3) << "the vamp goes round until it is left";
+  ASSERT_EQ(others.size(), 8U) << testing::PrintToString(others);
+  EXPECT_EQ(others[0], "-3 > 0") << "from the first frame";
+  long long paused = -1;
+  long long next = -1;
+  ASSERT_EQ(std::sscanf(others[1].c_str(), "%lld ... %lld", &paused, &next), 2) << others[1];
+  EXPECT_TRUE(next == paused + 1 || (paused == Bar(3) - 1 && next == Bar(2))) << "pause: " << others[1];
+  long long left = -1;
+  long long target = -1;
+  ASSERT_EQ(std::sscanf(others[2].c_str(), "%lld > %lld", &left, &target), 2) << others[2];
+  EXPECT_TRUE(target == 0 || target == Bar(2)) << "seek: " << others[2];
+  EXPECT_EQ(others[3], Jump(Bar(5), Bar(4))) << "the repeat, once";
+  EXPECT_EQ(others[4], Jump(Bar(6), Bar(7))) << "the cut";
+  EXPECT_EQ(others[5], std::to_string(Bar(8) - 1) + " ... " + std::to_string(Bar(8))) << "the caesura";
+  EXPECT_EQ(others[6], Jump(Bar(9), kSecondSong)) << "the attacca, without a gap";
+  EXPECT_EQ(others[7], std::to_string(kSecondSong + 2 * kRate - 1) + " end") << "to the last frame";
+}
+
+INSTANTIATE_TEST_SUITE_P(Periods, JackPlay, testing::Values(64U, 128U, 256U, 1024U));
+
+TEST(JackLoss, BehindEveryRestartTheShowIsWhereTheStageIs) {
+  ShowFiles files;
+  WriteShow(&files);
+  const std::string name = JackServer::NewName();
+  const JackServer::Shape shape{.rateHz = kRate, .periodFrames = 256, .outputs = 2};
+  auto server = std::make_unique<JackServer>(shape, name);
+  OrbelInATerminal orbel({"play", files.Show(), "--output", "jack", "--device", name, "--connect",
+                          "recorder:in_1", "--crossfade", "0", "--fade", "0"});
+  ASSERT_TRUE(orbel.Shows("stopped"));
+
+  // Where in the bar of the vamp the sound is, less what the clock says: the same as long as nothing is lost.
+  const auto phase = [&](const JackRecorder& recorder) {
+    const bool sounds = Await([&] { return recorder.GetCount() > 10'000; });
+    const auto now = std::chrono::steady_clock::now().time_since_epoch();
+    if (!sounds) return -1.0;
+    const long long number = NumberOf(recorder.GetFrames().back());
+    return static_cast<double>(number) / kRate - std::chrono::duration<double>(now).count();
+  };
+  double before = 0.0;
+  {
+    JackRecorder recorder(name, 50'000'000);
+    orbel.Type("p");
+    ASSERT_TRUE(Await([&] { return recorder.GetCount() > kRate + 10'000; })) << "in the vamp";
+    before = phase(recorder);
+  }
+  const char* const rounds = std::getenv("ORBEL_RESTARTS");
+  const int count = rounds != nullptr ? std::atoi(rounds) : 3;
+  for (int round = 0; round < count; ++round) {
+    // Killed, ended, and hung, which nobody tells.
+    if (round % 3 == 2) server->Signal(SIGSTOP);
+    if (round % 3 != 2) server->End(round % 3 == 0 ? SIGKILL : SIGTERM);
+    ASSERT_TRUE(orbel.Shows("no audio: null device")) << "round " << round;
+    ASSERT_TRUE(orbel.Shows("recovering")) << "round " << round << orbel.GetScreen();
+    if (round % 3 == 2) {
+      server->Signal(SIGCONT);
+    } else {
+      server = std::make_unique<JackServer>(shape, name);
+    }
+    ASSERT_TRUE(orbel.Shows("sound again")) << "round " << round;
+    JackRecorder recorder(name, 50'000'000);
+    const double now = phase(recorder);
+    // Bars of one second: a whole number of them apart.
+    const double off = std::remainder(now - before, 1.0);
+    EXPECT_LT(std::fabs(off), 0.25) << "round " << round;
+    std::printf("round %d: off by %.1f ms\n", round, off * 1000.0);
+    EXPECT_THAT(orbel.GetScreen(), HasSubstr("playing"));
+  }
+  orbel.Type(" ");
+  ASSERT_TRUE(orbel.Shows("waiting at a caesura")) << "behind vamp, repeat and cut";
+  orbel.Type("q");
+  EXPECT_EQ(orbel.WaitForEnd(), 0);
+}
+
+TEST(JackLoss, WithoutAServerItStartsAndSoundsWhenThereIsOne) {
+  ShowFiles files;
+  WriteShow(&files);
+  const std::string name = JackServer::NewName();
+  OrbelInATerminal orbel(
+      {"play", files.Show(), "--output", "jack", "--device", name, "--connect", "recorder:in_1"});
+  ASSERT_TRUE(orbel.Shows("no audio: null device. No JACK server \"" + name + "\" answers."));
+  orbel.Type("p");
+  ASSERT_TRUE(orbel.Shows("recovering"));
+  JackServer server({}, name);
+  const JackRecorder recorder(name, 50'000'000);
+  ASSERT_TRUE(orbel.Shows("sound again"));
+  EXPECT_TRUE(Await([&] { return recorder.GetCount() > 1'000; }));
+  orbel.Type("qq");
+  EXPECT_EQ(orbel.WaitForEnd(), 0);
+}
+
+TEST(JackLoss, ADeviceThatStaysAwayIsTheStatusSix) {
+  ShowFiles files;
+  files.AddSong("1", "Waltz", 1);
+  const Ended run = Orbel({"play", files.Show(), "--output", "jack", "--device", JackServer::NewName()});
+  EXPECT_EQ(run.status, 6) << run.messages;
+  EXPECT_THAT(run.messages, HasSubstr("Everything else works; a device is looked for every second."));
+}
+
+TEST(JackLoss, PolicyEndEndsAndPolicyHoldHolds) {
+  ShowFiles files;
+  WriteShow(&files);
+  for (const std::string policy : {"end", "hold"}) {
+    JackServer server;
+    OrbelInATerminal orbel(
+        {"play", files.Show(), "--output", "jack", "--device", server.GetName(), "--on-device-loss", policy});
+    ASSERT_TRUE(orbel.Shows("stopped"));
+    orbel.Type("p");
+    ASSERT_TRUE(orbel.Shows("playing"));
+    server.End(SIGKILL);
+    if (policy == "hold") {
+      ASSERT_TRUE(orbel.Shows("Playback is held"));
+      ASSERT_TRUE(orbel.Shows("paused"));
+      orbel.Type("q");
+    } else {
+      ASSERT_TRUE(orbel.Shows("Playback ends, as --on-device-loss asks."));
+    }
+    EXPECT_EQ(orbel.WaitForEnd(), 6) << policy;
+  }
+}
+
+TEST(JackOutputs, FewerThanTheShowWantsAreSaidAtTheStart) {
+  ShowFiles files;
+  files.AddSong("1", "Waltz", 1);
+  JackServer server({.rateHz = kRate, .periodFrames = 256, .outputs = 1});
+  const Ended run =
+      Orbel({"play", files.Show(), "--output", "jack", "--device", server.GetName(), "--channels", "2"});
+  EXPECT_EQ(run.status, 0);
+  EXPECT_THAT(run.messages,
+              HasSubstr("Playing to JACK server \"" + server.GetName() + "\", 48000 Hz, 256 frames"));
+  EXPECT_THAT(run.messages,
+              HasSubstr("The show wants output 2 and the device has 1: what there is is used."));
+}
+
+TEST(JackOutputs, DevicesListsTheServerAndSaysWhatWouldBeUsed) {
+  JackServer server({.rateHz = 44100, .periodFrames = 512, .outputs = 2});
+  const Ended there = Orbel({"devices", "--device", server.GetName()});
+  EXPECT_EQ(there.status, 0);
+  EXPECT_THAT(there.out, testing::ContainsRegex("jack +" + server.GetName() + " +44100 +2 +512"));
+  EXPECT_THAT(there.out, HasSubstr("play would use jack: it is the first that answers."));
+  const Ended gone = Orbel({"devices", "--device", "nobody_is_called_so"});
+  EXPECT_THAT(gone.out, HasSubstr("jack: No JACK server \"nobody_is_called_so\" answers."));
+  EXPECT_THAT(gone.out, HasSubstr("play would use null: no sound system answers."));
+}
+
+TEST(JackOutputs, HowItWentIsToldAsJson) {
+  ShowFiles files;
+  files.AddSong("1", "Waltz", 1);
+  JackServer server;
+  const Ended run = Orbel({"play", files.Show(), "--output", "jack", "--device", server.GetName(), "--json"});
+  EXPECT_EQ(run.status, 0);
+  for (const char* const key : {"\"device\"", "\"peaks\"", "\"ringMs\"", "\"latencyMs\"", "\"renderLoad\"",
+                                "\"underrunFrames\"", "\"xruns\"", "\"deviceLosses\": 0"}) {
+    EXPECT_THAT(run.out, HasSubstr(key));
+  }
+}
+
+}  // namespace
+}  // namespace host_tests
