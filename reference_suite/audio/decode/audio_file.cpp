@@ -16,7 +16,10 @@ namespace tesk_audio {
 
 namespace {
 
-constexpr std::size_t kBufferBytes = 256 * 1024;
+// What is read at once: little at a new place, where a header may be all that is wanted, and more and more
+// while reading goes on.
+constexpr std::size_t kLeastBytes = 16 * 1024;
+constexpr std::size_t kMostBytes = 256 * 1024;
 
 std::string SystemText(int error) {
   return std::generic_category().message(error);
@@ -44,7 +47,8 @@ void RequireRegularFile(const std::string& shownPath, const struct stat& status)
 
 }  // namespace
 
-AudioFile::AudioFile(const std::string& path) : name_(ShownPath(path)), buffer_(kBufferBytes) {
+AudioFile::AudioFile(const std::string& path)
+    : name_(ShownPath(path)), buffer_(new unsigned char[kMostBytes]) {
   struct stat status {};
   // Asked before opening: opening a device can already act on it.
   if (::stat(path.c_str(), &status) != 0) ThrowCannotOpen(name_, errno);
@@ -67,7 +71,7 @@ AudioFile::AudioFile(Again /*tag*/, const AudioFile& opened)
       descriptor_(opened.descriptor_),
       owns_(false),
       size_(opened.size_),
-      buffer_(kBufferBytes) {}
+      buffer_(new unsigned char[kMostBytes]) {}
 
 AudioFile::~AudioFile() {
   if (owns_) ::close(descriptor_);
@@ -88,7 +92,7 @@ std::size_t AudioFile::Read(void* buffer, std::size_t count) {
     if (!buffered && !FillBuffer_()) break;
     const auto offset = static_cast<std::size_t>(position_ - bufferStart_);
     const std::size_t part = std::min(count - done, bufferFill_ - offset);
-    std::memcpy(out + done, buffer_.data() + offset, part);
+    std::memcpy(out + done, buffer_.get() + offset, part);
     done += part;
     position_ += static_cast<long long>(part);
   }
@@ -96,10 +100,13 @@ std::size_t AudioFile::Read(void* buffer, std::size_t count) {
 }
 
 bool AudioFile::FillBuffer_() {
+  const bool goesOn = bufferFill_ > 0 && position_ == bufferStart_ + static_cast<long long>(bufferFill_);
+  const std::size_t count = goesOn ? std::min(2 * lastCount_, kMostBytes) : kLeastBytes;
   bufferStart_ = position_;
   bufferFill_ = 0;
+  lastCount_ = count;
   for (;;) {
-    const ssize_t got = ::pread(descriptor_, buffer_.data(), buffer_.size(), position_);
+    const ssize_t got = ::pread(descriptor_, buffer_.get(), count, position_);
     if (got < 0 && errno == EINTR) continue;
     if (got < 0) readError_ = errno;
     if (got > 0) bufferFill_ = static_cast<std::size_t>(got);

@@ -1,8 +1,8 @@
 #pragma once
 
 #include <cstddef>
+#include <memory>
 #include <string>
-#include <vector>
 
 namespace tesk_audio {
 
@@ -48,9 +48,11 @@ class AudioFile {
   int readError_ = 0;  // errno of the read that failed
   long long size_ = 0;
   long long position_ = 0;
-  std::vector<unsigned char> buffer_;
+  // Whole from the start: the decoders' libraries cannot be passed the lack of memory either.
+  std::unique_ptr<unsigned char[]> buffer_;
   long long bufferStart_ = 0;
   std::size_t bufferFill_ = 0;
+  std::size_t lastCount_ = 0;  // asked for by the last read
 };
 
 }  // namespace tesk_audio

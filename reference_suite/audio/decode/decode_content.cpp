@@ -30,7 +30,7 @@ void RunApart(const DecodingPlaces& places, const std::function<void()>& work) {
       failure = std::current_exception();
     }
   };
-  DecodingThread thread(run, places.NiceValue());
+  DecodingThread thread(run, places);
   if (!thread.Start()) run();
   thread.Join();
   if (failure) std::rethrow_exception(failure);

@@ -43,7 +43,7 @@ int SegmentCount(const AudioDecoder& decoder, const Intake& intake, const Decode
   if (!request.openAgain || intake.Resamples() || !IsLong(format) || !decoder.CanBeShared()) return 1;
   const auto most = static_cast<long long>(static_cast<double>(format.frames) /
                                            (kShortestSeconds * std::max(1.0, format.rateHz)));
-  return static_cast<int>(std::min<long long>(most, request.places->Count()));
+  return static_cast<int>(std::min<long long>(most, request.places->Claim()));
 }
 
 // Starts all, or none: where there is no thread left, one decoder is enough.

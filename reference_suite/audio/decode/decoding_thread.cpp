@@ -5,10 +5,18 @@
 
 #include <utility>
 
+#include "reference_suite/audio/decode/decoding_places.h"
+
 namespace tesk_audio {
 
-DecodingThread::DecodingThread(std::function<void()> work, int niceValue)
-    : work_(std::move(work)), niceValue_(niceValue) {}
+namespace {
+
+thread_local DecodingThread* current = nullptr;
+
+}  // namespace
+
+DecodingThread::DecodingThread(std::function<void()> work, const DecodingPlaces& places)
+    : work_(std::move(work)), places_(places) {}
 
 bool DecodingThread::Start() {
   pthread_attr_t attributes{};
@@ -28,11 +36,20 @@ void DecodingThread::Join() {
   pthread_join(thread_, nullptr);
 }
 
-void* DecodingThread::Run_(void* self) {
-  const auto& thread = *static_cast<DecodingThread*>(self);
+void DecodingThread::FollowPlaces() {
+  if (current == nullptr) return;
+  const int niceValue = current->places_.NiceValue();
+  if (niceValue == current->niceValue_) return;
+  current->niceValue_ = niceValue;
   // What the system calls a process here is this thread.
-  ::setpriority(PRIO_PROCESS, 0, thread.niceValue_);
-  thread.work_();
+  ::setpriority(PRIO_PROCESS, 0, niceValue);
+}
+
+void* DecodingThread::Run_(void* self) {
+  current = static_cast<DecodingThread*>(self);
+  current->niceValue_ = ::getpriority(PRIO_PROCESS, 0);
+  FollowPlaces();
+  current->work_();
   return nullptr;
 }
 

@@ -6,6 +6,7 @@
 #include <cstring>
 #include <utility>
 
+#include "reference_suite/audio/decode/decoding_thread.h"
 #include "suite/audio/errors.h"
 
 namespace tesk_audio {
@@ -65,6 +66,7 @@ Intake::Intake(const DecodedFormat& format, const DecodeRequest& request)
 bool Intake::TakeUntil(AudioDecoder& decoder, long long frames, const std::atomic<bool>* giveUp) {
   while (taken_ < frames) {
     if (giveUp != nullptr && *giveUp) return false;
+    DecodingThread::FollowPlaces();
     const std::size_t got = TakeSome_(decoder, frames - taken_);
     if (got == 0) return false;
     taken_ += static_cast<long long>(got);

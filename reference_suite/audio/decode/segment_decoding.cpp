@@ -9,10 +9,7 @@
 namespace tesk_audio {
 
 SegmentDecoding::SegmentDecoding(const DecodedFormat& format, const DecodeRequest& request, Range range)
-    : format_(format),
-      request_(request),
-      range_(range),
-      thread_([this] { Run_(); }, request.places->NiceValue()) {}
+    : format_(format), request_(request), range_(range), thread_([this] { Run_(); }, *request.places) {}
 
 SegmentDecoding::~SegmentDecoding() {
   giveUp_ = true;

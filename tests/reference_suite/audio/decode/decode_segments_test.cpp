@@ -165,34 +165,43 @@ TEST(DecodeSegments, TheFirstDecodersErrorIsTheFiles) {
   EXPECT_THROW(DecodePlan(plan), tesk_audio::TESKAudioError);
 }
 
-// Scheduling of the thread that runs the work: policy and nice value.
-std::pair<int, int> SchedulingOf(int niceValue) {
-  std::pair<int, int> found;
-  tesk_audio::DecodingThread thread(
-      [&found] {
-        found = {::sched_getscheduler(0), ::getpriority(PRIO_PROCESS, 0)};
-      },
-      niceValue);
-  EXPECT_TRUE(thread.Start());
-  thread.Join();
-  return found;
+// Scheduling of the calling thread: policy and nice value.
+std::pair<int, int> Scheduling() {
+  return {::sched_getscheduler(0), ::getpriority(PRIO_PROCESS, 0)};
 }
 
-TEST(DecodingThread, HasTheWeightAskedForAndItsCreatorKeepsItsOwn) {
-  const int here = ::getpriority(PRIO_PROCESS, 0);
-  for (const int niceValue : {here, (here + 19) / 2, 19}) {
-    EXPECT_EQ(SchedulingOf(niceValue), std::pair(SCHED_OTHER, niceValue));
-  }
-  EXPECT_EQ(::getpriority(PRIO_PROCESS, 0), here);
+TEST(DecodingThread, HasTheWeightOfItsPlacesWhenThatChangesToo) {
+  const auto here = Scheduling();
+  tesk_audio::DecodingPlaces places(2, 11);
+  std::pair<int, int> before;
+  std::pair<int, int> after;
+  tesk_audio::DecodingThread thread(
+      [&] {
+        before = Scheduling();
+        const tesk_audio::DecodingPlaces earlier(2, 10);
+        tesk_audio::DecodingThread::FollowPlaces();
+        after = Scheduling();
+      },
+      places);
+  ASSERT_TRUE(thread.Start());
+  thread.Join();
+  EXPECT_EQ(before, std::pair(SCHED_OTHER, std::min(19, here.second + 5)));
+  EXPECT_EQ(after, std::pair(SCHED_OTHER, std::min(19, here.second + 15)));
+  tesk_audio::DecodingThread::FollowPlaces();
+  EXPECT_EQ(Scheduling(), here);
 }
 
 TEST(DecodingThread, IsNotRealTimeWhenItsCreatorIs) {
   const sched_param realTime{10};
   const sched_param usual{0};
   if (::sched_setscheduler(0, SCHED_FIFO, &realTime) != 0) GTEST_SKIP() << "real-time is not granted here";
-  const auto found = SchedulingOf(19);
+  const tesk_audio::DecodingPlaces places(1);
+  std::pair<int, int> found;
+  tesk_audio::DecodingThread thread([&found] { found = Scheduling(); }, places);
+  EXPECT_TRUE(thread.Start());
+  thread.Join();
   ::sched_setscheduler(0, SCHED_OTHER, &usual);
-  EXPECT_EQ(found, std::pair(SCHED_OTHER, 19));
+  EXPECT_EQ(found, std::pair(SCHED_OTHER, places.NiceValue()));
 }
 
 }  // namespace

@@ -236,18 +236,36 @@ TEST_F(Segments, EightFilesAtTheSameTime) {
   EXPECT_EQ(equal, 8);
 }
 
-TEST(DecodingPlaces, WhoComesFirstGetsTheCoresAndTheWeight) {
+TEST(DecodingPlaces, WhoWasStartedFirstGetsTheCoresAndTheWeight) {
   const int here = ::getpriority(PRIO_PROCESS, 0);
-  tesk_audio::DecodingPlaces first(3);
-  EXPECT_EQ(first.Count(), 3);
+  tesk_audio::DecodingPlaces first(3, 10);
+  EXPECT_EQ(first.Claim(), 3);
   EXPECT_EQ(first.NiceValue(), std::min(19, here + 5));
-  const tesk_audio::DecodingPlaces second(3);
-  EXPECT_EQ(second.Count(), 1);
+  tesk_audio::DecodingPlaces second(3, 11);
+  EXPECT_EQ(second.Claim(), 1);
   EXPECT_EQ(second.NiceValue(), std::min(19, here + 15));
   first.Keep(1);
-  const tesk_audio::DecodingPlaces third(3);
-  EXPECT_EQ(third.Count(), 1);
+  tesk_audio::DecodingPlaces third(3, 12);
+  EXPECT_EQ(third.Claim(), 1);
   EXPECT_EQ(third.NiceValue(), first.NiceValue());
+}
+
+TEST(DecodingPlaces, WhoWasStartedFirstAndRunsSecondGetsThemToo) {
+  tesk_audio::DecodingPlaces second(2, 11);
+  const int usual = second.NiceValue();
+  tesk_audio::DecodingPlaces first(2, 10);
+  EXPECT_EQ(first.Claim(), 2);
+  EXPECT_EQ(first.NiceValue(), usual);
+  EXPECT_EQ(second.Claim(), 1);
+  EXPECT_GT(second.NiceValue(), usual);
+}
+
+TEST(DecodingPlaces, PlacesThatAreClaimedAreNotTakenBack) {
+  tesk_audio::DecodingPlaces second(2, 11);
+  EXPECT_EQ(second.Claim(), 2);
+  tesk_audio::DecodingPlaces first(2, 10);
+  EXPECT_EQ(first.Claim(), 1);
+  EXPECT_EQ(second.Claim(), 2);
 }
 
 TEST(DecodingPlaces, AreGivenBack) {
@@ -255,9 +273,9 @@ TEST(DecodingPlaces, AreGivenBack) {
     tesk_audio::DecodingPlaces some(5);
     some.Keep(2);
     some.Keep(4);
-    EXPECT_EQ(some.Count(), 2);
+    EXPECT_EQ(some.Claim(), 2);
   }
-  EXPECT_EQ(tesk_audio::DecodingPlaces(4).Count(), 4);
+  EXPECT_EQ(tesk_audio::DecodingPlaces(4).Claim(), 4);
   EXPECT_GE(tesk_audio::CoreCount(), 1);
 }
 
