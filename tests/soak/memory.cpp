@@ -14,11 +14,27 @@ long long HeapBytes() {
   return static_cast<long long>(info.uordblks + info.hblkhd);
 }
 
-long long ResidentBytes() {
-  long long pages = 0;
+namespace {
+
+struct Pages {
+  long long reserved = 0;
   long long resident = 0;
-  std::ifstream("/proc/self/statm") >> pages >> resident;
-  return resident * ::sysconf(_SC_PAGESIZE);
+};
+
+Pages ReadPages() {
+  Pages pages;
+  std::ifstream("/proc/self/statm") >> pages.reserved >> pages.resident;
+  return pages;
+}
+
+}  // namespace
+
+long long ResidentBytes() {
+  return ReadPages().resident * ::sysconf(_SC_PAGESIZE);
+}
+
+long long AddressBytes() {
+  return ReadPages().reserved * ::sysconf(_SC_PAGESIZE);
 }
 
 int CountThreads() {

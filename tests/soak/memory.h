@@ -6,6 +6,8 @@ namespace soak {
 long long HeapBytes();
 // Bytes of memory that the process occupies.
 long long ResidentBytes();
+// Bytes of addresses that the process has reserved, stacks included.
+long long AddressBytes();
 // Threads of the process that have not ended.
 int CountThreads();
 

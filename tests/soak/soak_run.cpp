@@ -59,7 +59,8 @@ void SoakRun::StayInVamp(long long frames) {
   // Heard so far: up to the end of the vamp, then round it. Where the listener is follows from that alone.
   const long long from = FirstSample(8 * kPpq);
   const long long pass = FirstSample(16 * kPpq) - from;
-  const long long index = from + (player_->GetElapsedSampleCount() - from) % pass;
+  // At the end of a pass the jump back is still to come.
+  const long long index = from + 1 + (player_->GetElapsedSampleCount() - from - 1) % pass;
   EXPECT_EQ(player_->GetSampleIndex(), index);
   unsigned tick = 0;
   EXPECT_TRUE(player_->GetAudibleTickIndex(&tick));

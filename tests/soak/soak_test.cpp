@@ -50,6 +50,7 @@ TEST_F(Soak, MemoryStaysFlatAndThePositionExact) {
   run.Settle(0);
   const long long heapBefore = HeapBytes();
   const long long residentBefore = ResidentBytes();
+  const long long addressesBefore = AddressBytes();
   const int loadsBefore = run.CountLoads();
 
   run.Settle(songs.size() - 1);
@@ -66,13 +67,14 @@ TEST_F(Soak, MemoryStaysFlatAndThePositionExact) {
   const long long reads = total / 8 / 264;
   EXPECT_LE(vampBytes, kSlack + 64 * (reads + reads / 100));
   run.CheckPositionExactly(1000);
-  std::fprintf(
-      stderr,
-      "%lld minutes of song time, %d commands, %d loads; heap %+lld bytes (%+.1f a load), resident %+lld "
-      "bytes; %lld minutes in a vamp: %+lld bytes (%.1f a read)\n",
-      run.FramesHeard() / kFramesPerMinute, run.CountCommands(), run.CountLoads(), heapAfter - heapBefore,
-      static_cast<double>(heapAfter - heapBefore) / loads, ResidentBytes() - residentBefore,
-      total / 8 / kFramesPerMinute, vampBytes, static_cast<double>(vampBytes) / static_cast<double>(reads));
+  std::fprintf(stderr, "%lld minutes of song time, %d commands, %d loads\n",
+               run.FramesHeard() / kFramesPerMinute, run.CountCommands(), run.CountLoads());
+  const long long addresses = AddressBytes() - addressesBefore;
+  std::fprintf(stderr, "heap %+lld bytes, %.1f a load; resident %+lld bytes; addresses %+.1f MiB a load\n",
+               heapAfter - heapBefore, static_cast<double>(heapAfter - heapBefore) / loads,
+               ResidentBytes() - residentBefore, static_cast<double>(addresses) / loads / 1048576.0);
+  std::fprintf(stderr, "%lld seconds in a vamp: heap %+lld bytes, %.1f a read\n", total / 8 / kRate,
+               vampBytes, static_cast<double>(vampBytes) / static_cast<double>(reads));
   test_support::deleter_clock::LetGo();
 }
 
