@@ -24,7 +24,7 @@ help:
 	@echo "make sanitize  the engine's tests under the address, undefined-behaviour and thread sanitizers"
 	@echo "make coverage  lines and branches of the engine that the tests reach; fails under 98 % and 90 %"
 	@echo "make mutate    break the engine in one place after the other: do its tests notice? (hours)"
-	@echo "make bench     the benchmarks"
+	@echo "make bench     the benchmarks, beside peers that it installs; figures and goals in docs/performance.md"
 	@echo "make stress    50,000 random commands against a live player, plain and under the sanitizers; half an hour"
 	@echo "make soak      eight hours of song time at the speed of the machine; some minutes"
 	@echo "make install   headers, library, program and CMake package to PREFIX ($(PREFIX))"
@@ -83,9 +83,11 @@ mutate: packages
 	@tools/mutate.py $(if $(MINUTES),--minutes $(MINUTES))
 
 bench: packages
+	@benchmarks/install_peers.sh
 	@$(STEP) "configure benchmarks" cmake --preset bench --log-level=WARNING
 	@$(STEP) "build the benchmarks" cmake --build --preset bench --target benchmarks
 	@for each in build/bench/benchmarks/*_benchmark; do $$each || exit; done
+	@benchmarks/whole_programs.py build/bench
 
 # The long forms of tests that the suite runs in short.
 STRESS := tests/stress/stress_test --gtest_filter='*Player*:LockTable*'

@@ -1,97 +1,102 @@
-// How long does one whole read take (plan it, execute what is due, copy the frames), by the number of tempo
-// changes?
+// How long does one whole read of 264 frames take (plan it, execute what is due, copy the frames, move on),
+// by the numbers of tempo changes and of cues: the median, the slowest in a thousand, the slowest, and what
+// share of the time that the frames play that is?
 #include <benchmark/benchmark.h>
 
-#include <unistd.h>
-
-#include <cstdint>
-#include <filesystem>
-#include <fstream>
+#include <algorithm>
+#include <chrono>
 #include <memory>
-#include <string>
+#include <vector>
 
+#include "Sources/audio_player/audio_player.h"
+#include "benchmarks/show_on_disk.h"
 #include "player_core/player_wrapper/audio_player_wrapper.h"
 #include "reference_suite/audio/output/offline_output.h"
-#include "reference_suite/audio/output/output_settings.h"
-#include "reference_suite/midi/standard_midi_file/smf_writer.h"
+#include "suite/audio/output_interface.h"
 #include "suite/player_core/player.h"
 
 namespace {
 
-constexpr unsigned kTicksPerChange = 48;  // a tenth of a quarter note
-constexpr unsigned kRate = 44100;
-constexpr unsigned kSeconds = 30;
+using Clock = std::chrono::steady_clock;
 
-void Append(std::string* out, std::uint32_t value, int bytes) {
-  for (int index = 0; index < bytes; ++index) *out += static_cast<char>(value >> (8 * index));
-}
-
-// Stereo silence, 16 bits.
-std::string Wav() {
-  const std::uint32_t bytes = kSeconds * kRate * 4;
-  std::string out = "RIFF";
-  Append(&out, 36 + bytes, 4);
-  out += "WAVEfmt ";
-  Append(&out, 16, 4);
-  Append(&out, 1, 2);
-  Append(&out, 2, 2);
-  Append(&out, kRate, 4);
-  Append(&out, kRate * 4, 4);
-  Append(&out, 4, 2);
-  Append(&out, 16, 2);
-  out += "data";
-  Append(&out, bytes, 4);
-  return out + std::string(bytes, '\0');
-}
-
-// A show with one song on disk, played through the offline output.
 class Reads : public benchmark::Fixture {
  public:
   void SetUp(const benchmark::State& state) override {
-    folder_ = std::filesystem::temp_directory_path() / ("orbel_benchmark_" + std::to_string(::getpid()));
-    std::filesystem::create_directories(folder_ / "songs");
-    std::filesystem::create_directories(folder_ / "data");
-    tesk_midi::SmfWriter midi(480);
-    for (long index = 0; index < state.range(0); ++index) {
-      midi.Tempo(static_cast<unsigned>(index) * kTicksPerChange, 500'000 + static_cast<unsigned>(index % 2));
-    }
-    midi.End(kSeconds * 960);
-    const auto bytes = midi.Bytes();
-    std::ofstream(folder_ / "songs" / "1 Song.mid", std::ios::binary)
-        << std::string(bytes.begin(), bytes.end());
-    std::ofstream(folder_ / "data" / "1 Song.obd", std::ios::binary) << Wav();
-    tesk_audio::OutputSettings settings;
-    settings.device = tesk_audio::DeviceKind::Offline;
-    tesk_audio::ConfigureOutput(settings);
-    show_ = std::make_unique<AudioPlayerWrapper>(folder_.string(), "");
+    disk_ = std::make_unique<orbel_benchmarks::ShowOnDisk>();
+    orbel_benchmarks::SongOnDisk song;
+    song.seconds = 60;
+    song.tempoEvents = static_cast<unsigned>(state.range(0));
+    song.cues = static_cast<unsigned>(state.range(1));
+    disk_->Add(song);
+    show_ = orbel_benchmarks::OpenOffline(disk_->Path());
     show_->GetPlayer()->Play();
+    times_.clear();
   }
   void TearDown(const benchmark::State&) override {
     show_->GetPlayer()->StopAndReset();
     show_.reset();
-    std::filesystem::remove_all(folder_);
+    disk_.reset();
   }
 
  protected:
-  std::filesystem::path folder_;
-  std::unique_ptr<AudioPlayerWrapper> show_;
-};
-
-BENCHMARK_DEFINE_F(Reads, OneAfterTheOther)(benchmark::State& state) {
-  long long frames = 0;
-  tesk_audio::StepReport report;
-  for (auto _ : state) {
-    const bool ran = tesk_audio::StepOfflineOutput(&report, [](const float*, std::size_t) {});
-    frames += report.frames;
-    if (ran && report.event != tesk_audio::StepEvent::End) continue;
-    state.PauseTiming();
+  void Again_() {
     show_->GetPlayer()->StopAndReset();
     show_->GetPlayer()->Play();
-    state.ResumeTiming();
   }
-  state.counters["times_real_time"] =
-      benchmark::Counter(static_cast<double>(frames) / kRate, benchmark::Counter::kIsRate);
+  void Note_(benchmark::State& state, Clock::duration time) {
+    state.SetIterationTime(std::chrono::duration<double>(time).count());
+    times_.push_back(std::chrono::duration<double, std::micro>(time).count());
+  }
+  void Report_(benchmark::State& state, double framesOfARead) {
+    std::sort(times_.begin(), times_.end());
+    const double median = orbel_benchmarks::Percentile(times_, 0.5);
+    state.counters["median_us"] = median;
+    state.counters["p99.9_us"] = orbel_benchmarks::Percentile(times_, 0.999);
+    state.counters["longest_us"] = times_.back();
+    state.counters["share_%"] = median / (framesOfARead * 1e6 / orbel_benchmarks::kRate) * 100.0;
+  }
+
+  std::unique_ptr<orbel_benchmarks::ShowOnDisk> disk_;
+  std::unique_ptr<AudioPlayerWrapper> show_;
+  std::vector<double> times_;
+};
+
+BENCHMARK_DEFINE_F(Reads, WholeStep)(benchmark::State& state) {
+  tesk_audio::StepReport report;
+  for (auto _ : state) {
+    const auto start = Clock::now();
+    const bool ran = tesk_audio::StepOfflineOutput(&report, [](const float*, std::size_t) {});
+    Note_(state, Clock::now() - start);
+    if (!ran || report.event == tesk_audio::StepEvent::End) Again_();
+  }
+  Report_(state, 264.0);
 }
-BENCHMARK_REGISTER_F(Reads, OneAfterTheOther)->Arg(1)->Arg(10)->Arg(100)->Arg(500);
+
+// What an output asks of the engine and no more: plan, read and advance.
+BENCHMARK_DEFINE_F(Reads, PlanReadAdvance)(benchmark::State& state) {
+  tesk_audio::AudioPlayerOutputInterface& player = *show_->GetPlayer();
+  const long long request = state.range(2);
+  std::vector<float> frames(static_cast<std::size_t>(request) * 2);
+  for (auto _ : state) {
+    const auto start = Clock::now();
+    tesk_audio::SampleCount count = player.GetNextReadSampleCount(tesk_audio::SampleCount(request, 1.0L));
+    if (count.GetUnscaled() > 0) player.ReadSamples(&count, frames.data());
+    Note_(state, Clock::now() - start);
+    if (count.GetUnscaled() == 0) Again_();
+  }
+  Report_(state, static_cast<double>(request));
+}
+
+constexpr int kReads = 20'000;
+BENCHMARK_REGISTER_F(Reads, WholeStep)
+    ->ArgNames({"tempos", "cues"})
+    ->ArgsProduct({{1, 100, 10'000}, {0, 100}})
+    ->Iterations(kReads)
+    ->UseManualTime();
+BENCHMARK_REGISTER_F(Reads, PlanReadAdvance)
+    ->ArgNames({"tempos", "cues", "frames"})
+    ->ArgsProduct({{1, 100, 10'000}, {0, 100}, {64, 264}})
+    ->Iterations(kReads)
+    ->UseManualTime();
 
 }  // namespace
