@@ -1,0 +1,200 @@
+// What runs on the device's thread allocates nothing, takes no lock and calls nothing of the system.
+#include <dlfcn.h>
+#include <gtest/gtest.h>
+#include <linux/audit.h>
+#include <linux/filter.h>
+#include <linux/seccomp.h>
+#include <pthread.h>
+#include <signal.h>
+#include <sys/prctl.h>
+#include <sys/syscall.h>
+
+#include <array>
+#include <atomic>
+#include <deque>
+#include <memory>
+#include <mutex>
+#include <thread>
+
+#include "reference_suite/audio/device/resilient_device.h"
+#include "reference_suite/audio/output/live_sample_output.h"
+#include "suite/audio/errors.h"
+#include "tests/reference_suite/audio/support/await.h"
+#include "tests/reference_suite/audio/support/scripted_player.h"
+#include "tests/support/allocation_watch.h"
+
+#if defined(__SANITIZE_ADDRESS__) || defined(__SANITIZE_THREAD__)
+constexpr bool kSanitized = true;
+#elif defined(__has_feature)
+#if __has_feature(address_sanitizer) || __has_feature(thread_sanitizer)
+constexpr bool kSanitized = true;
+#else
+constexpr bool kSanitized = false;
+#endif
+#else
+constexpr bool kSanitized = false;
+#endif
+
+namespace {
+
+thread_local bool insideCallback = false;
+std::atomic<int> locks{0};
+std::atomic<int> systemCalls{0};
+
+}  // namespace
+
+// Stands before the system's.
+extern "C" int pthread_mutex_lock(pthread_mutex_t* mutex) noexcept {
+  using Lock = int (*)(pthread_mutex_t*);
+  static const auto next = reinterpret_cast<Lock>(::dlsym(RTLD_NEXT, "pthread_mutex_lock"));
+  if (insideCallback) ++locks;
+  return next(mutex);
+}
+
+namespace {
+
+void CountSystemCall(int) {
+  ++systemCalls;
+}
+
+// From now on every call of this thread to the system fails and is counted, but for those that wait and those
+// with which a thread ends.
+bool ForbidSystemCalls() {
+  struct sigaction action {};
+  action.sa_handler = &CountSystemCall;
+  ::sigaction(SIGSYS, &action, nullptr);
+  const std::array allowed{SYS_exit,           SYS_exit_group,   SYS_munmap,          SYS_madvise,
+                           SYS_rt_sigprocmask, SYS_rt_sigreturn, SYS_clock_nanosleep, SYS_nanosleep,
+                           SYS_rseq,           SYS_futex};
+  std::vector<sock_filter> filter{BPF_STMT(BPF_LD | BPF_W | BPF_ABS, offsetof(seccomp_data, nr))};
+  for (std::size_t i = 0; i < allowed.size(); ++i) {
+    const auto jump = static_cast<__u8>(allowed.size() - i);
+    filter.push_back(BPF_JUMP(BPF_JMP | BPF_JEQ | BPF_K, static_cast<__u32>(allowed[i]), jump, 0));
+  }
+  filter.push_back(BPF_STMT(BPF_RET | BPF_K, SECCOMP_RET_TRAP));
+  filter.push_back(BPF_STMT(BPF_RET | BPF_K, SECCOMP_RET_ALLOW));
+  const sock_fprog program{static_cast<unsigned short>(filter.size()), filter.data()};
+  return ::prctl(PR_SET_NO_NEW_PRIVS, 1, 0, 0, 0) == 0 &&
+         ::prctl(PR_SET_SECCOMP, SECCOMP_MODE_FILTER, &program, 0, 0) == 0;
+}
+
+// Asks for sixteen frames a third of a millisecond from a thread on which everything is counted.
+class WatchedDevice : public tesk_audio::Device {
+ public:
+  static constexpr std::size_t kPeriod = 16;
+
+  ~WatchedDevice() override { WatchedDevice::Stop(); }
+  double GetRateHz() const override { return 48'000.0; }
+  unsigned GetChannelCount() const override { return 1; }
+  unsigned GetPeriodFrames() const override { return kPeriod; }
+  unsigned GetLatencyFrames() const override { return 0; }
+  std::string GetDescription() const override { return "watched device"; }
+  bool HasFailed() const override { return failed; }
+  void Start(tesk_audio::DeviceCallback& callback) override {
+    thread_ = std::thread([this, &callback] { Run_(callback); });
+  }
+  void Stop() override {
+    stops_ = true;
+    if (thread_.joinable()) thread_.join();
+  }
+
+  std::atomic<bool> failed{false};
+  static inline std::atomic<int> blocks{0};
+  static inline std::atomic<int> allocations{0};
+  static inline std::atomic<bool> forbidden{true};
+
+ private:
+  void Run_(tesk_audio::DeviceCallback& callback) {
+    std::array<float, kPeriod> frames{};
+    const timespec third{0, 330'000};
+    if (!ForbidSystemCalls()) forbidden = false;
+    while (!stops_) {
+      {
+        const test_support::AllocationWatch watch;
+        insideCallback = true;
+        callback.Process(frames.data(), kPeriod);
+        insideCallback = false;
+        allocations += static_cast<int>(watch.Count());
+      }
+      ++blocks;
+      ::nanosleep(&third, nullptr);
+    }
+  }
+
+  std::thread thread_;
+  std::atomic<bool> stops_{false};
+};
+
+TEST(DeviceCallback, AllocatesLocksAndCallsNothingInTenThousandBlocks) {
+  if (kSanitized) GTEST_SKIP() << "the sanitizer's own calls would be counted";
+  std::mutex mutex;
+  std::deque<std::unique_ptr<WatchedDevice>> devices;
+  for (int i = 0; i < 4; ++i) devices.push_back(std::make_unique<WatchedDevice>());
+  WatchedDevice* current = nullptr;
+  const auto source = [&]() -> std::unique_ptr<tesk_audio::Device> {
+    const std::lock_guard lock(mutex);
+    if (devices.empty()) throw tesk_audio::TESKAudioError("No more.");
+    auto device = std::move(devices.front());
+    devices.pop_front();
+    current = device.get();
+    return device;
+  };
+  ScriptedPlayer player(Songs{{.frames = 30'000, .jumps = {{20'000, {5'000, 5'000}}}, .isAttacca = true},
+                              {.frames = 15'000'000}});
+  tesk_audio::OutputSettings settings;
+  tesk_audio::LiveSampleOutput output(
+      player,
+      std::make_unique<tesk_audio::ResilientDevice>(tesk_audio::ResilientDevice::Shape{48'000.0, 1, 64},
+                                                    source, nullptr),
+      settings);
+  player.SetOutput(&output);
+  player.RewindAndRefill();
+  player.SetPlays(true);
+  output.Start();
+  const auto reaches = [](int count) { return Await([count] { return WatchedDevice::blocks >= count; }); };
+  ASSERT_TRUE(reaches(4'000)) << "jumps, and the next song";
+  for (int i = 0; i < 3; ++i) {
+    {
+      const std::lock_guard lock(mutex);
+      current->failed = true;
+    }
+    ASSERT_TRUE(reaches(4'500 + 1'500 * i)) << "a device is lost and another comes";
+    player.SeekTo(1'000'000 + i);
+    player.SetPlays(false);
+    output.Pause();
+    ASSERT_TRUE(reaches(5'000 + 1'500 * i));
+    player.SetPlays(true);
+    output.Start();
+  }
+  ASSERT_TRUE(reaches(10'000));
+  EXPECT_EQ(WatchedDevice::allocations, 0);
+  EXPECT_EQ(locks, 0);
+  ASSERT_TRUE(WatchedDevice::forbidden) << "the system does not let its calls be watched";
+  EXPECT_EQ(systemCalls, 0);
+  player.SetOutput(nullptr);
+}
+
+TEST(DeviceCallback, TheWatchSeesWhatItLooksFor) {
+  if (kSanitized) GTEST_SKIP() << "the sanitizer's own calls would be counted";
+  const int locksBefore = locks;
+  const int callsBefore = systemCalls;
+  std::size_t allocations = 0;
+  std::thread([&] {
+    ASSERT_TRUE(ForbidSystemCalls());
+    const test_support::AllocationWatch watch;
+    insideCallback = true;
+    std::mutex mutex;
+    mutex.lock();
+    mutex.unlock();
+    ::syscall(SYS_getppid);
+    const auto owned = std::make_unique<std::array<char, 64>>();
+    (*owned)[0] = 1;
+    insideCallback = false;
+    allocations = static_cast<std::size_t>(watch.Count());
+  }).join();
+  EXPECT_EQ(locks, locksBefore + 1);
+  EXPECT_EQ(systemCalls, callsBefore + 1);
+  EXPECT_EQ(allocations, 1U);
+}
+
+}  // namespace
