@@ -6,29 +6,66 @@
 
 namespace tesk_audio {
 
-CrossFade::CrossFade(unsigned channels, std::size_t frames)
+namespace {
+
+// Sounds that all but cancel each other out stay a little weaker, rather than that everything else gets loud.
+constexpr double kMostOpposed = -0.8;
+
+constexpr double kQuarter = std::numbers::pi / 2.0;
+
+// How far along a fade of `frames` the middle of its frame `i` is.
+double Way(std::size_t i, std::size_t frames) {
+  return (static_cast<double>(i) + 0.5) / static_cast<double>(frames);
+}
+
+}  // namespace
+
+CrossFade::CrossFade(unsigned channels, std::size_t frames, std::size_t most)
     : channels_(channels),
-      in_(frames),
-      out_(frames),
-      fresh_(frames * channels),
-      outgoing_(frames * channels),
-      position_(frames) {
-  for (std::size_t i = 0; i < frames; ++i) {
-    const double quarter = std::numbers::pi / 2.0;
-    const double angle = quarter * (static_cast<double>(i) + 0.5) / static_cast<double>(frames);
+      usual_(frames),
+      in_(std::max(frames, most)),
+      out_(in_.size()),
+      fresh_(in_.size() * channels),
+      outgoing_(fresh_.size()) {}
+
+void CrossFade::Take_(std::size_t frames) {
+  Apply(fresh_.data(), frames);
+  outgoing_.swap(fresh_);
+  length_ = frames;
+  position_ = 0;
+}
+
+void CrossFade::Begin() {
+  Take_(usual_);
+  for (std::size_t i = 0; i < usual_; ++i) {
+    const double angle = kQuarter * Way(i, usual_);
     in_[i] = static_cast<float>(std::sin(angle));
     out_[i] = static_cast<float>(std::cos(angle));
   }
 }
 
-void CrossFade::Begin() {
-  Apply(fresh_.data(), GetLength());
-  outgoing_.swap(fresh_);
-  position_ = 0;
+void CrossFade::Begin(std::size_t frames, double correlation) {
+  Take_(frames);
+  const double alike = std::max(correlation, kMostOpposed);
+  for (std::size_t i = 0; i < frames; ++i) {
+    const double way = Way(i, frames);
+    // It sets out and arrives without a bend, which would be heard as a click in a low and steady tone.
+    const double angle = kQuarter * way * way * (3.0 - 2.0 * way);
+    const double in = std::sin(angle);
+    const double out = std::cos(angle);
+    const double level = 1.0 / std::sqrt(1.0 + 2.0 * alike * in * out);
+    in_[i] = static_cast<float>(in * level);
+    out_[i] = static_cast<float>(out * level);
+  }
+}
+
+void CrossFade::BeginTail(std::size_t frames) {
+  Begin(frames, 0.0);
+  std::fill_n(in_.begin(), frames, 1.0F);
 }
 
 void CrossFade::Apply(float* frames, std::size_t count) {
-  const std::size_t end = std::min(in_.size(), position_ + count);
+  const std::size_t end = std::min(length_, position_ + count);
   for (; position_ < end; ++position_) {
     const float* from = outgoing_.data() + position_ * channels_;
     for (unsigned channel = 0; channel < channels_; ++channel, ++frames) {

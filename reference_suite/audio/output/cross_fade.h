@@ -5,35 +5,44 @@
 
 namespace tesk_audio {
 
-// Lets frames that would have come next fade out under those that come instead, at equal power, while the new
-// ones fade in.
+// Lets frames that would have come next fade out under those that come instead, while the new ones fade in,
+// at equal power. Of sounds that are alike, or that weaken each other, it keeps the power too, when it is
+// told how much they are.
 //
 // Units      interleaved frames.
 // Threads    one at a time.
 // Render     allocates nothing after construction.
 class CrossFade {
  public:
-  // `frames` is its length; 0 switches it off.
-  CrossFade(unsigned channels, std::size_t frames);
+  // `frames` is its usual length, 0 switches it off; `most` the longest that Begin is asked for.
+  CrossFade(unsigned channels, std::size_t frames, std::size_t most = 0);
 
-  std::size_t GetLength() const { return in_.size(); }
-  bool IsActive() const { return position_ < in_.size(); }
+  std::size_t GetLength() const { return usual_; }
+  bool IsActive() const { return position_ < length_; }
 
-  // Where the caller puts the outgoing frames, all GetLength() of them, before Begin.
+  // Where the caller puts the outgoing frames, as many as the fade will have, before Begin.
   float* Outgoing() { return fresh_.data(); }
   // Starts with those. A fade under way goes on inside them, so that nothing is cut off.
   void Begin();
+  // Without a bend at either end. `correlation` of what goes out with what comes in, from -1 to 1.
+  void Begin(std::size_t frames, double correlation);
+  // Only the outgoing frames fade; what comes in does so at its full level.
+  void BeginTail(std::size_t frames);
   // Mixes the outgoing frames into the next `count` frames; leaves them alone when no fade is under way.
   void Apply(float* frames, std::size_t count);
-  void Cancel() { position_ = in_.size(); }
+  void Cancel() { position_ = length_; }
 
  private:
+  void Take_(std::size_t frames);
+
   unsigned channels_;
+  std::size_t usual_;
   std::vector<float> in_;        // gain of each frame that comes in
   std::vector<float> out_;       // and of each that goes out
   std::vector<float> fresh_;     // being put together
   std::vector<float> outgoing_;  // fading out
-  std::size_t position_;
+  std::size_t length_ = 0;
+  std::size_t position_ = 0;
 };
 
 }  // namespace tesk_audio

@@ -6,7 +6,7 @@
 
 namespace tesk_audio {
 
-ElapsedCount::ElapsedCount() : exc::Lockable("ElapsedCount") {}
+ElapsedCount::ElapsedCount(std::size_t blocks) : exc::Lockable("ElapsedCount"), blocks_(blocks) {}
 
 ElapsedCount::~ElapsedCount() = default;
 
@@ -19,14 +19,20 @@ void ElapsedCount::Restart(std::uint64_t position) {
 
 void ElapsedCount::Add(std::size_t deviceFrames, long long songFrames) {
   exc::ScopeLock lock(*this);
+  if (deviceFrames == 0) {
+    // Less than half a device frame: it has been heard with the frame before.
+    total_ += songFrames;
+    return;
+  }
   const bool oneToOne = static_cast<long long>(deviceFrames) == songFrames;
-  if (used_ > 0 && oneToOne && static_cast<long long>(Last_().deviceFrames) == Last_().songFrames) {
+  const bool follows = used_ > 0 && Last_().songStart + Last_().songFrames == total_;
+  if (follows && oneToOne && static_cast<long long>(Last_().deviceFrames) == Last_().songFrames) {
     // The usual case, in which a whole song is one block.
     Last_().deviceFrames += deviceFrames;
     Last_().songFrames += songFrames;
   } else {
-    if (used_ == kBlocks) {
-      first_ = (first_ + 1) % kBlocks;
+    if (used_ == blocks_.size()) {
+      first_ = (first_ + 1) % blocks_.size();
       --used_;
     }
     ++used_;
@@ -44,7 +50,7 @@ void ElapsedCount::CountAll() {
 long long ElapsedCount::GetCount(std::uint64_t position) {
   exc::ScopeLock lock(*this);
   for (std::size_t i = used_; i > 0; --i) {
-    const Block& block = blocks_[(first_ + i - 1) % kBlocks];
+    const Block& block = blocks_[(first_ + i - 1) % blocks_.size()];
     if (position < block.start) continue;
     const std::uint64_t into = std::min(position - block.start, block.deviceFrames);
     // Rounded down: a frame counts when it has been heard completely. A block is short, a song's one-to-one

@@ -1,8 +1,8 @@
 #pragma once
 
-#include <array>
 #include <cstddef>
 #include <cstdint>
+#include <vector>
 
 #include "exc/lock/lockable.h"
 
@@ -16,7 +16,8 @@ namespace tesk_audio {
 // Render     allocates nothing.
 class ElapsedCount : public exc::Lockable {
  public:
-  ElapsedCount();
+  // `blocks`: how many of different proportions it remembers; as many as the ring can hold.
+  explicit ElapsedCount(std::size_t blocks = 256);
   ~ElapsedCount() override;
 
   // Counts from 0 at this position of the ring.
@@ -36,12 +37,9 @@ class ElapsedCount : public exc::Lockable {
     long long songStart = 0;
     long long songFrames = 0;
   };
-  // More than a ring can hold at one block a read.
-  static constexpr std::size_t kBlocks = 256;
+  Block& Last_() EXC_HOLDS(this) { return blocks_[(first_ + used_ - 1) % blocks_.size()]; }
 
-  Block& Last_() EXC_HOLDS(this) { return blocks_[(first_ + used_ - 1) % kBlocks]; }
-
-  std::array<Block, kBlocks> blocks_ EXC_GUARDED_BY(this);  // oldest at first_, in a circle
+  std::vector<Block> blocks_ EXC_GUARDED_BY(this);  // oldest at first_, in a circle
   std::size_t first_ EXC_GUARDED_BY(this) = 0;
   std::size_t used_ EXC_GUARDED_BY(this) = 0;
   std::uint64_t end_ EXC_GUARDED_BY(this) = 0;   // in the ring, behind the last block

@@ -37,7 +37,7 @@ namespace tesk_audio {
 // step
 //            lock, which one render step at a time holds and which encloses the player's read-samples lock;
 //            the elapsed count's.
-// Errors     what a step throws (a song that asks for stretching, a broken invariant of the player) ends
+// Errors     what a step throws (a broken invariant of the player) ends
 // playback
 //            where it happened, in the log and as a line on the console.
 // Failure    a device that something stands in for tells it: playback then runs on unheard, is held, or ends,

@@ -31,10 +31,9 @@ StepOutcome LiveSampleOutput::StepIntoRing_(StepGate& gate) {
     // What was rendered before the seek gives way to what was rendered after it.
     if (result.moved) DropRing_();
     if (result.outcome == StepOutcome::Frames) {
-      const auto count = static_cast<std::size_t>(result.frames);
-      elapsed_.Add(count, result.frames);
-      ring_.Write(step_.Frames(), count);
-      MeterPeaks_(step_.Frames(), count);
+      elapsed_.Add(result.deviceFrames, result.frames);
+      ring_.Write(step_.Frames(), result.deviceFrames);
+      MeterPeaks_(step_.Frames(), result.deviceFrames);
     }
     if (result.outcome == StepOutcome::Caesura) SetEnding_(Ending::Caesura);
     if (result.outcome == StepOutcome::End) SetEnding_(Ending::SongEnd);

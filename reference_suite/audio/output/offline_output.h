@@ -10,8 +10,9 @@ enum class StepEvent { None, Jump, Caesura, End, Attacca };
 // What one render step did.
 struct StepReport {
   StepEvent event = StepEvent::None;
-  long long sampleIndex = 0;  // first frame of song audio read
-  long long frames = 0;       // frames of song audio read; 0 at a caesura and at the end
+  long long sampleIndex = 0;   // first frame of song audio read
+  long long frames = 0;        // frames of song audio read; 0 at a caesura and at the end
+  long long outputFrames = 0;  // what they became, handed out: as many, unless they were stretched
   // With Jump: the sample at which it was taken, and the one at which playback went on. With the other events
   // the two differ when a jump led there: a cut to the end of the song, a loop back onto a caesura.
   long long jumpFrom = 0;
@@ -25,8 +26,7 @@ using FrameSink = std::function<void(const float* frames, std::size_t frameCount
 
 // One render step of the offline output that was created last, on the calling thread, which plays the part of
 // the render thread. False, and nothing done, when there is none or it does not run (before Start, after a
-// caesura that waits, after the end). Throws TESKAudioError when the song asks for a tempo scale or a
-// transposition other than (1, 0), which needs a time-stretcher.
+// caesura that waits, after the end).
 bool StepOfflineOutput(StepReport* report, const FrameSink& sink);
 
 // Format of that output. 0 when there is none.

@@ -15,7 +15,7 @@ OfflineSampleOutput::OfflineSampleOutput(AudioPlayerOutputInterface& player, dou
       rateHz_(rateHz),
       channels_(channels),
       fadeFrames_(static_cast<std::size_t>(std::lround(std::max(0.0, settings.fadeMs) * rateHz / 1000.0))),
-      step_(player, channels, rateHz, settings.crossfadeMs),
+      step_(player, channels, rateHz, settings.crossfadeMs, settings.stretch),
       fade_(channels),
       seekFlag_("AudioSampleOutput_Seek") {
   OfflineRegistry::Instance().Add(this);
@@ -80,6 +80,9 @@ bool OfflineSampleOutput::Step(StepReport* report, const FrameSink& sink) {
   *report = StepReport();
   report->sampleIndex = result.sampleIndex;
   report->frames = result.frames;
+  report->outputFrames = static_cast<long long>(result.deviceFrames);
+  report->scale = result.factors.scale;
+  report->transposition = result.factors.semitones;
   report->jumpFrom = result.jumpFrom;
   report->jumpTo = result.jumpTo;
   if (result.outcome == StepOutcome::Frames) {
@@ -95,7 +98,7 @@ bool OfflineSampleOutput::Step(StepReport* report, const FrameSink& sink) {
 }
 
 void OfflineSampleOutput::HandOut_(const StepResult& result, const FrameSink& sink) {
-  const auto count = static_cast<std::size_t>(result.frames);
+  const std::size_t count = result.deviceFrames;
   if (result.moved && fadeFrames_ > 0) {
     fade_.Set(false);
     fade_.StartIn(fadeFrames_);

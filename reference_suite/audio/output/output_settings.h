@@ -4,6 +4,8 @@
 #include <string>
 #include <vector>
 
+#include "reference_suite/audio/stretch/stretch_factors.h"
+
 namespace tesk_audio {
 
 enum class DeviceKind {
@@ -30,6 +32,7 @@ struct OutputSettings {
   DeviceLossPolicy onDeviceLoss = DeviceLossPolicy::RunOn;
   double crossfadeMs = 5.0;  // at jumps, equal power; 0: bit-exact splices
   double fadeMs = 3.0;       // on start, pause and stop; 0 leaves every sample as it is
+  StretchQuality stretch = StretchQuality::Faster;  // of other tempos and keys than the recorded ones
 };
 
 // Process-wide, before the first show is opened. Threads: HOST.

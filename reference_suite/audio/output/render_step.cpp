@@ -2,11 +2,9 @@
 
 #include <algorithm>
 #include <cmath>
-#include <locale>
-#include <sstream>
+#include <utility>
 
 #include "exc/lock/scope_lock.h"
-#include "suite/audio/errors.h"
 
 namespace tesk_audio {
 
@@ -23,16 +21,24 @@ std::size_t FramesOf(double milliseconds, double rateHz) {
 }  // namespace
 
 RenderStep::RenderStep(AudioPlayerOutputInterface& player, unsigned channels, double rateHz,
-                       double crossfadeMs)
+                       double crossfadeMs, StretchQuality quality)
     : player_(player),
       channels_(channels),
       quantum_(QuantumAt(rateHz)),
       frames_(quantum_ * channels),
-      crossFade_(channels, FramesOf(crossfadeMs, rateHz)) {}
+      crossFade_(channels, FramesOf(crossfadeMs, rateHz), StretchPath::SeamFrames(rateHz)),
+      path_(player, crossFade_, quality, rateHz, channels, quantum_) {}
 
 void RenderStep::Reset() {
   crossFade_.Cancel();
-  ForgetPosition();
+  path_.Drop();
+  expectedIndex_ = kUnknown;
+  isNextSong_ = false;
+}
+
+void RenderStep::ForgetPosition() {
+  expectedIndex_ = kUnknown;
+  isNextSong_ = true;
 }
 
 StepResult RenderStep::Run(StepGate& gate) {
@@ -41,7 +47,10 @@ StepResult RenderStep::Run(StepGate& gate) {
   if (!gate.MayStep()) return result;
   const long long before = player_.GetSampleIndex();
   result.moved = expectedIndex_ != kUnknown && expectedIndex_ != before;
-  if (result.moved) crossFade_.Cancel();
+  if (result.moved) {
+    crossFade_.Cancel();
+    path_.Drop();
+  }
   // A due loop or cut is known now and gone after the plan. A jump that is not announced (a safety's) shows
   // in the position alone.
   const bool announced = player_.GetJumpIsNext();
@@ -59,12 +68,15 @@ StepResult RenderStep::Run(StepGate& gate) {
   if (count <= 0) {
     const bool caesura = player_.GetNextCaesuraSampleIndex(result.sampleIndex) == result.sampleIndex;
     result.outcome = caesura ? StepOutcome::Caesura : StepOutcome::End;
+    // After the wait the music begins anew.
+    if (caesura) path_.Drop();
     expectedIndex_ = result.sampleIndex;
     return result;
   }
-  RequireNoStretching_();
-  if (result.sampleIndex != before) BeginCrossFade_(before);
+  result.factors = AskFactors_();
+  path_.Turn({result.sampleIndex, before, std::exchange(isNextSong_, false)}, result.factors);
   Read_(count);
+  result.deviceFrames = path_.Render(result.sampleIndex, frames_.data(), static_cast<std::size_t>(count));
   result.outcome = StepOutcome::Frames;
   result.frames = count;
   expectedIndex_ = player_.GetSampleIndex();
@@ -89,30 +101,13 @@ long long RenderStep::PlanFromLanding_(long long count) {
   return count;
 }
 
-void RenderStep::BeginCrossFade_(long long from) {
-  if (crossFade_.GetLength() == 0) return;
-  float* outgoing = crossFade_.Outgoing();
-  std::fill_n(outgoing, crossFade_.GetLength() * channels_, 0.0F);
-  auto wanted = static_cast<long long>(crossFade_.GetLength());
-  player_.ReadSamplesAt(from, &wanted, outgoing);
-  crossFade_.Begin();
-}
-
-void RenderStep::RequireNoStretching_() {
+StretchFactors RenderStep::AskFactors_() {
   long double scale = 1.0L;
   int transposition = 0;
   // Asked while the position is still at the start of the read: the plan has moved the control stream on
   // already.
   player_.GetDspFactorsAtCurrentSampleIndex(&scale, &transposition);
-  if (scale == 1.0L && transposition == 0) return;
-  std::ostringstream text;
-  text.imbue(std::locale::classic());
-  text
-      << "The song asks for tempo scale " << scale << " and transposition " << transposition << " at sample "
-      << player_.GetSampleIndex()
-      << ", and this version cannot stretch audio: it plays tempo scale 1 and transposition 0 only. Take the "
-         "change out of the song's cues or of the script.";
-  throw TESKAudioError(text.str());
+  return {static_cast<double>(scale), transposition};
 }
 
 void RenderStep::Read_(long long count) {
@@ -122,7 +117,6 @@ void RenderStep::Read_(long long count) {
   // The audio ends before the song does: silence stands in, and the song runs on.
   const long long missing = count - delivered.GetUnscaled();
   if (missing > 0) player_.AddToSampleIndex(missing);
-  crossFade_.Apply(frames_.data(), static_cast<std::size_t>(count));
 }
 
 }  // namespace tesk_audio

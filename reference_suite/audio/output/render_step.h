@@ -4,6 +4,7 @@
 #include <vector>
 
 #include "reference_suite/audio/output/cross_fade.h"
+#include "reference_suite/audio/output/stretch_path.h"
 #include "suite/audio/output_interface.h"
 
 namespace tesk_audio {
@@ -27,6 +28,9 @@ struct StepResult {
   StepOutcome outcome = StepOutcome::Refused;
   long long sampleIndex = 0;  // first frame read; the position itself at a caesura and at the end
   long long frames = 0;
+  // What they became for the device: as many, unless they were stretched.
+  std::size_t deviceFrames = 0;
+  StretchFactors factors;
   // The position had been moved by somebody else since the last step: a seek.
   bool moved = false;
   // A jump was taken. With Caesura and End it led there.
@@ -35,32 +39,37 @@ struct StepResult {
   long long jumpTo = 0;
 };
 
-// One step of rendering: plans a read, executes a jump that is due, reads exactly what was planned, and
-// cross-fades after a jump. The same for every output, so that what is rendered into a file is what is heard.
+// One step of rendering: plans a read, executes a jump that is due, reads exactly what was planned,
+// cross-fades after a jump, and brings it to the tempo and the key in force. The same for every output, so
+// that what is rendered into a file is what is heard.
 //
-// Units      frames of song audio, unscaled.
+// Units      frames of song audio, unscaled; of the device where it says so.
 // Threads    one at a time (the output sees to it).
 // Locks      the player's read-samples lock for the whole step; given up when Run returns.
-// Render     allocates nothing after construction, unless it throws.
+// Render     at tempo scale 1 and transposition 0 it allocates nothing after construction, unless it throws;
+//            otherwise what the stretcher does when it begins and when a factor changes.
 class RenderStep {
  public:
   // `crossfadeMs` 0 makes jumps bit-exact splices.
-  RenderStep(AudioPlayerOutputInterface& player, unsigned channels, double rateHz, double crossfadeMs);
+  RenderStep(AudioPlayerOutputInterface& player, unsigned channels, double rateHz, double crossfadeMs,
+             StretchQuality quality = StretchQuality::Faster);
 
   // Asked for in every plan, and never the rest of an earlier one: more than two ticks, whose length is at
   // most 2.5 ms, so that a read can always end on the first frame of a cue.
   std::size_t GetQuantum() const { return quantum_; }
 
-  // Throws TESKAudioError when the song asks for a tempo scale or a transposition, which needs a
-  // time-stretcher; and what the player throws.
+  // The most frames for the device that a step can give.
+  std::size_t GetMostFrames() const { return path_.GetMostFrames(); }
+
+  // Throws what the player throws.
   StepResult Run(StepGate& gate);
-  // The frames of the last step, interleaved; the caller may change them.
-  float* Frames() { return frames_.data(); }
+  // The frames of the last step for the device, interleaved; the caller may change them.
+  float* Frames() { return path_.Frames(); }
 
   // The next step begins afresh: no cross-fade goes on, and no move is noticed.
   void Reset();
   // The position was moved with our knowledge (by an attacca): the next step takes it as it is.
-  void ForgetPosition() { expectedIndex_ = kUnknown; }
+  void ForgetPosition();
   // Whether somebody else has moved the position since the last step. Asks the player, without the lock.
   bool PositionHasMoved() { return expectedIndex_ != kUnknown && expectedIndex_ != player_.GetSampleIndex(); }
 
@@ -69,9 +78,7 @@ class RenderStep {
 
   long long Plan_();
   long long PlanFromLanding_(long long count);
-  // Takes the frames that would have come at `from`, to fade out under what comes instead.
-  void BeginCrossFade_(long long from);
-  void RequireNoStretching_();
+  StretchFactors AskFactors_();
   void Read_(long long count);
 
   AudioPlayerOutputInterface& player_;
@@ -79,6 +86,8 @@ class RenderStep {
   std::size_t quantum_;
   std::vector<float> frames_;
   CrossFade crossFade_;
+  StretchPath path_;
+  bool isNextSong_ = false;             // an attacca has led here
   long long expectedIndex_ = kUnknown;  // where the last step left the position
 };
 

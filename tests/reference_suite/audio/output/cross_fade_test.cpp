@@ -3,6 +3,8 @@
 #include <gtest/gtest.h>
 
 #include <algorithm>
+#include <cmath>
+#include <vector>
 
 #include "tests/support/allocation_watch.h"
 
@@ -27,6 +29,35 @@ TEST(CrossFade, KeepsThePowerOfUnrelatedSignals) {
     }
   }
   EXPECT_FALSE(fade.IsActive());
+}
+
+TEST(CrossFade, KeepsTheLevelOfSoundsThatAreAlikeOrOpposed) {
+  for (const double degrees : {0.0, 30.0, 90.0, 120.0}) {
+    const double phase = degrees / 180.0 * M_PI;
+    tesk_audio::CrossFade fade(1, 0, 4800);
+    std::vector<float> frames(4800);
+    for (std::size_t i = 0; i < 4800; ++i) {
+      fade.Outgoing()[i] = static_cast<float>(std::sin(0.1 * static_cast<double>(i)));
+      frames[i] = static_cast<float>(std::sin(0.1 * static_cast<double>(i) + phase));
+    }
+    fade.Begin(4800, std::cos(phase));
+    fade.Apply(frames.data(), 4800);
+    for (std::size_t i = 0; i + 63 < 4800; i += 63) {
+      const float loudest = *std::max_element(frames.begin() + i, frames.begin() + i + 63);
+      EXPECT_NEAR(loudest, 1.0F, 0.02F) << degrees << " degrees, frame " << i;
+    }
+  }
+}
+
+TEST(CrossFade, ATailFadesOutUnderWhatComesInAtItsFullLevel) {
+  tesk_audio::CrossFade fade(1, 10, 20);
+  std::fill_n(fade.Outgoing(), 20, 1.0F);
+  fade.BeginTail(20);
+  std::vector<float> frames(30, 0.5F);
+  fade.Apply(frames.data(), 30);
+  EXPECT_NEAR(frames[0], 1.5F, 0.01F);
+  EXPECT_NEAR(frames[19], 0.5F, 0.01F);
+  EXPECT_EQ(frames[20], 0.5F);
 }
 
 TEST(CrossFade, LeavesEverySampleAloneBeforeAndAfter) {

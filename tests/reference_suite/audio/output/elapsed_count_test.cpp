@@ -62,6 +62,24 @@ TEST(ElapsedCount, StretchedBlocksAreMappedInProportionAndNeverAhead) {
   EXPECT_EQ(elapsed.GetCount(600), 650);
 }
 
+TEST(ElapsedCount, AReadTooShortForADeviceFrameIsHeardWithTheNextOne) {
+  ElapsedCount elapsed;
+  elapsed.Restart(0);
+  elapsed.Add(100, 100);
+  elapsed.Add(0, 1);
+  elapsed.Add(100, 100);
+  EXPECT_EQ(elapsed.GetCount(100), 101) << "what follows begins there";
+  EXPECT_EQ(elapsed.GetCount(150), 151);
+  EXPECT_EQ(elapsed.GetCount(200), 201);
+}
+
+TEST(ElapsedCount, RemembersAsManyBlocksAsItIsToldTo) {
+  ElapsedCount elapsed(2000);
+  elapsed.Restart(0);
+  for (int i = 0; i < 2000; ++i) elapsed.Add(10, 40);
+  EXPECT_EQ(elapsed.GetCount(10), 40) << "the oldest is still known";
+}
+
 TEST(ElapsedCount, KeepsTheNewestOfVeryManyBlocks) {
   ElapsedCount elapsed;
   elapsed.Restart(0);

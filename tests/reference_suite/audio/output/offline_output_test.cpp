@@ -269,16 +269,22 @@ TEST(OfflineOutput, AnExceptionOfTheSinkEndsTheStepAndTheFramesAreGone) {
   EXPECT_EQ(run.heard, Frames(264, 528));
 }
 
-TEST(OfflineOutput, ATempoScaleIsRefusedInWords) {
-  OfflineRun run(Songs{{.frames = 5000, .scales = {{264, 1.25L}}}});
+TEST(OfflineOutput, AStretchedReadIsReportedInSongFramesAndInOutputFrames) {
+  OfflineRun run(Songs{{.frames = 5000, .scales = {{264, 2.0L}}, .transpositions = {{528, -3}}}});
   run.Start();
   run.Step();
-  EXPECT_TRUE(test_support::ThrowsWithText<tesk_audio::TESKAudioError>(
-      [&] { run.Step(); },
-      "The song asks for tempo scale 1.25 and transposition 0 at sample 264, and this version cannot stretch "
-      "audio: "
-      "it plays tempo scale 1 and transposition 0 only. Take the change out of the song's cues or of the "
-      "script."));
+  EXPECT_EQ(run.report.outputFrames, 264);
+  run.Step();
+  EXPECT_EQ(run.report.frames, 264);
+  EXPECT_EQ(run.report.outputFrames, 132);
+  EXPECT_EQ(run.report.scale, 2.0L);
+  EXPECT_EQ(run.report.transposition, 0);
+  EXPECT_EQ(run.output->GetElapsedSampleCount(), 528) << "counted unscaled";
+  run.Step();
+  EXPECT_EQ(run.report.transposition, -3);
+  run.Run();
+  EXPECT_EQ(run.heard.size(), 264 + (5000 - 264) / 2);
+  EXPECT_EQ(run.output->GetElapsedSampleCount(), 5000);
 }
 
 TEST(OfflineOutput, PrepareForExitStopsAndTells) {

@@ -3,14 +3,13 @@
 
 #include <gtest/gtest.h>
 
+#include <algorithm>
 #include <cmath>
 #include <stdexcept>
 #include <thread>
 
-#include "suite/audio/errors.h"
 #include "tests/reference_suite/audio/support/offline_run.h"
 #include "tests/support/allocation_watch.h"
-#include "tests/support/throws_with_text.h"
 
 namespace {
 
@@ -248,18 +247,28 @@ TEST(RenderStep, AllocatesNothing) {
   EXPECT_EQ(watch.Count(), 0);
 }
 
-TEST(RenderStep, ATempoScaleOrTranspositionIsRefusedAndNothingIsRead) {
-  ScriptedPlayer player(Songs{{.frames = 5000, .scales = {{264, 0.95L}}}});
+TEST(RenderStep, TellsWhatWasInForceAndWhatItBecame) {
+  ScriptedPlayer player(Songs{{.frames = 5000, .scales = {{264, 0.8L}}, .transpositions = {{528, 5}}}});
   RenderStep step(player, 1, 48000.0, 0.0);
   Gate gate;
-  step.Run(gate);
-  EXPECT_TRUE(test_support::ThrowsWithText<tesk_audio::TESKAudioError>(
-      [&] { step.Run(gate); },
-      "The song asks for tempo scale 0.95 and transposition 0 at sample 264, and this version cannot stretch "
-      "audio: "
-      "it plays tempo scale 1 and transposition 0 only. Take the change out of the song's cues or of the "
-      "script."));
-  EXPECT_EQ(player.GetSampleIndex(), 264);
+  EXPECT_EQ(step.Run(gate).deviceFrames, 264U);
+  StepResult result = step.Run(gate);
+  EXPECT_EQ(result.frames, 264);
+  EXPECT_EQ(result.deviceFrames, 330U);
+  EXPECT_EQ(result.factors.scale, 0.8);
+  EXPECT_EQ(result.factors.semitones, 0);
+  result = step.Run(gate);
+  EXPECT_EQ(result.factors.semitones, 5);
+}
+
+TEST(RenderStep, NeverGivesMoreFramesThanItSays) {
+  ScriptedPlayer player(Songs{{.frames = 50'000, .scales = {{0, 0.25L}}}});
+  RenderStep step(player, 1, 48000.0, 0.0);
+  Gate gate;
+  EXPECT_GE(step.GetMostFrames(), 4 * step.GetQuantum());
+  std::size_t most = 0;
+  for (int i = 0; i < 100; ++i) most = std::max(most, step.Run(gate).deviceFrames);
+  EXPECT_EQ(most, 4 * step.GetQuantum());
 }
 
 }  // namespace

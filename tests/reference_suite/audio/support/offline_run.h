@@ -9,12 +9,14 @@
 // An offline output with a scripted player, and everything that it handed out.
 struct OfflineRun {
   explicit OfflineRun(std::vector<ScriptedPlayer::Song> songs, double crossfadeMs = 0.0, double fadeMs = 0.0,
-                      double rateHz = 48000.0, unsigned channels = 1)
+                      double rateHz = 48000.0, unsigned channels = 1,
+                      tesk_audio::StretchQuality stretch = tesk_audio::StretchQuality::Faster)
       : player(std::move(songs), channels) {
     tesk_audio::OutputSettings settings;
     settings.device = tesk_audio::DeviceKind::Offline;
     settings.crossfadeMs = crossfadeMs;
     settings.fadeMs = fadeMs;
+    settings.stretch = stretch;
     output = std::make_unique<tesk_audio::OfflineSampleOutput>(player, rateHz, channels, settings);
     player.SetOutput(output.get());
   }

@@ -118,6 +118,9 @@ long long ScriptedPlayer::FramesToNextCue_() {
   for (const auto& [at, scale] : song.scales) {
     if (at > index_) next = std::min(next, at);
   }
+  for (const auto& [at, semitones] : song.transpositions) {
+    if (at > index_) next = std::min(next, at);
+  }
   return next - index_;
 }
 
@@ -203,9 +206,10 @@ void ScriptedPlayer::NotifyOutputHasStopped() {
 
 long long ScriptedPlayer::Read_(long long from, long long* count, float* buffer) {
   *count = std::clamp(songs_[song_].audioFrames - from, 0LL, *count);
+  const auto& sound = songs_[song_].sound;
   for (long long frame = from; frame < from + *count; ++frame) {
     for (unsigned channel = 0; channel < channels_; ++channel) {
-      *buffer++ = Sample(frame, static_cast<int>(song_));
+      *buffer++ = sound ? (*sound)[static_cast<std::size_t>(frame)] : Sample(frame, static_cast<int>(song_));
     }
   }
   return *count;
@@ -240,6 +244,11 @@ void ScriptedPlayer::GetDspFactorsAt(long long sampleIndex, long double* scale, 
   for (const auto& [at, value] : songs_[song_].scales) {
     if (at <= sampleIndex) *scale = value;
   }
+  for (const auto& [at, value] : songs_[song_].transpositions) {
+    if (at <= sampleIndex) *transposition = value;
+  }
+  *scale *= liveScale;
+  *transposition += liveSemitones;
 }
 
 bool ScriptedPlayer::GetAttaccaHasOccurred() {

@@ -1,7 +1,9 @@
 #pragma once
 
+#include <atomic>
 #include <functional>
 #include <map>
+#include <memory>
 #include <set>
 #include <string>
 #include <vector>
@@ -25,6 +27,8 @@ class ScriptedPlayer : public tesk_audio::AudioPlayerOutputInterface {
     bool announcesJumps = true;                              // false: like a safety's
     std::map<long long, long double> scales = {};            // from -> tempo scale
     bool isAttacca = false;
+    std::map<long long, int> transpositions = {};          // from -> semitones
+    std::shared_ptr<const std::vector<float>> sound = {};  // in place of the staircase; in every channel
   };
 
   explicit ScriptedPlayer(std::vector<Song> songs, unsigned channels = 1);
@@ -47,6 +51,10 @@ class ScriptedPlayer : public tesk_audio::AudioPlayerOutputInterface {
   static float Sample(long long frame, int song = 0) {
     return static_cast<float>(frame + 1 + song * 1'000'000LL);
   }
+
+  // ---- what the performer changes while it plays; acts from the next read on
+  std::atomic<double> liveScale{1.0};
+  std::atomic<int> liveSemitones{0};
 
   // ---- what happens when; all called without a lock of this player
   bool goesOnAtCaesura = false;

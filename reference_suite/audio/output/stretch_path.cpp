@@ -1,0 +1,166 @@
+#include "reference_suite/audio/output/stretch_path.h"
+
+#include <algorithm>
+#include <cmath>
+
+#include "reference_suite/audio/stretch/seam_match.h"
+
+namespace tesk_audio {
+
+namespace {
+
+constexpr double kSlowest = 0.25;
+constexpr double kSeamSeconds = 0.005;
+constexpr double kReachSeconds = 0.0025;
+constexpr double kNearSeconds = 0.001;
+constexpr double kHeadSeconds = 0.001;
+// Two sounds that weaken each other more than this are not laid on top of each other.
+constexpr double kOpposed = -0.3;
+
+std::size_t FramesIn(double seconds, double rateHz) {
+  return static_cast<std::size_t>(std::lround(seconds * rateHz));
+}
+
+}  // namespace
+
+std::size_t StretchPath::SeamFrames(double rateHz) {
+  return FramesIn(kSeamSeconds, rateHz);
+}
+
+StretchPath::StretchPath(AudioPlayerOutputInterface& player, CrossFade& fade, StretchQuality quality,
+                         double rateHz, unsigned channels, std::size_t mostFrames)
+    : player_(player),
+      fade_(fade),
+      channels_(channels),
+      seam_(SeamFrames(rateHz)),
+      reach_(FramesIn(kReachSeconds, rateHz)),
+      near_(FramesIn(kNearSeconds, rateHz)),
+      head_(FramesIn(kHeadSeconds, rateHz)),
+      stream_(CreateStretchEngine(quality, rateHz, channels), *this, rateHz, channels),
+      late_(*this, rateHz, channels, std::max({mostFrames, seam_, fade.GetLength()}), reach_),
+      incoming_((std::max(seam_, fade.GetLength()) + 2 * reach_) * channels),
+      out_((static_cast<std::size_t>(std::ceil(static_cast<double>(mostFrames) / kSlowest)) + 1) * channels) {
+}
+
+void StretchPath::Drop() {
+  stream_.Stop();
+  late_.Cancel();
+  due_ = 0.0;
+  isSounding_ = false;
+}
+
+void StretchPath::ReadAt(long long index, float* frames, std::size_t count) {
+  std::fill_n(frames, count * channels_, 0.0F);
+  const auto silent =
+      static_cast<std::size_t>(std::clamp<long long>(-index, 0, static_cast<long long>(count)));
+  auto wanted = static_cast<long long>(count - silent);
+  if (wanted > 0) player_.ReadSamplesAt(std::max(index, 0LL), &wanted, frames + silent * channels_);
+}
+
+void StretchPath::Turn(const Place& place, const StretchFactors& wanted) {
+  if (stream_.IsActive() ? GoesOn_(place, wanted) : wanted.AreRecorded()) {
+    if (place.index != place.before) JumpAsRecorded_(place);
+  } else if (wanted.AreRecorded()) {
+    LeaveStream_(place);
+  } else {
+    BeginStream_(place, {std::max(wanted.scale, kSlowest), wanted.semitones});
+  }
+  if (!stream_.IsActive()) return;
+  // What waits behind a caesura must not be heard before it, not even as the shadow of an attack.
+  const long long caesura = player_.GetNextCaesuraSampleIndex(place.index);
+  if (caesura > place.index) stream_.SetEnd(caesura);
+}
+
+// Whether the stream that plays is the one to play on.
+bool StretchPath::GoesOn_(const Place& place, const StretchFactors& wanted) {
+  if (wanted.AreRecorded() || place.isNextSong || place.index != place.before) return false;
+  if (stream_.IsSilencedAt(place.index) || wanted.semitones != stream_.GetFactors().semitones) return false;
+  const double scale = std::max(wanted.scale, kSlowest);
+  return scale == stream_.GetFactors().scale || stream_.ChangeScale(place.index, scale);
+}
+
+std::size_t StretchPath::SeamLength_(const Place& place) const {
+  if (!isSounding_) return 0;
+  return place.index != place.before ? fade_.GetLength() : seam_;
+}
+
+void StretchPath::TakeOutgoing_(const Place& place, std::size_t length) {
+  if (stream_.IsActive()) {
+    if (place.isNextSong) stream_.SetEndHere();
+    stream_.Render(fade_.Outgoing(), length);
+    return;
+  }
+  ReadAt(place.before, fade_.Outgoing(), length);
+  late_.Apply(place.before, fade_.Outgoing(), length);
+  late_.Cancel();
+}
+
+void StretchPath::BeginStream_(const Place& place, const StretchFactors& wanted) {
+  // As recorded, the next song follows the one before without a fade, and nothing of that one is left.
+  const bool follows = place.isNextSong && !stream_.IsActive();
+  const std::size_t length = follows ? 0 : SeamLength_(place);
+  if (length > 0) TakeOutgoing_(place, length);
+  late_.Cancel();
+  if (length == 0 || place.isNextSong) {
+    // Where nothing covers the beginning, an attack on the first frame must not come before it.
+    stream_.Start(place.index, wanted, head_);
+    stream_.DeclareHere(place.index);
+    if (length > 0) fade_.BeginTail(length);
+    return;
+  }
+  stream_.Start(place.index, wanted, reach_);
+  const std::size_t near = near_;
+  const std::size_t reach = place.index != place.before ? near_ : reach_;
+  stream_.Skip(reach_ - reach);
+  const SeamMatch match =
+      FindSeam(fade_.Outgoing(), stream_.Peek(length + 2 * reach), length, channels_, reach, near);
+  stream_.Skip(match.lag);
+  stream_.DeclareHere(place.index);
+  fade_.Begin(length, match.correlation);
+}
+
+void StretchPath::JumpAsRecorded_(const Place& place) {
+  const std::size_t length = fade_.GetLength();
+  if (length > 0) TakeOutgoing_(place, length);
+  late_.Cancel();
+  if (length > 0) fade_.Begin();
+}
+
+void StretchPath::LeaveStream_(const Place& place) {
+  const std::size_t length = SeamLength_(place);
+  if (length > 0) TakeOutgoing_(place, length);
+  stream_.Stop();
+  if (length == 0) return;
+  if (place.isNextSong) {
+    fade_.BeginTail(length);
+    return;
+  }
+  ReadAt(place.index - static_cast<long long>(reach_), incoming_.data(), length + 2 * reach_);
+  const float* here = incoming_.data() + reach_ * channels_;
+  SeamMatch match{reach_, Correlation(fade_.Outgoing(), here, length * channels_)};
+  if (match.correlation < kOpposed && place.index == place.before) {
+    match = FindSeam(fade_.Outgoing(), incoming_.data(), length, channels_, reach_, reach_);
+    late_.Begin(static_cast<double>(reach_) - static_cast<double>(match.lag));
+  }
+  fade_.Begin(length, match.correlation);
+}
+
+std::size_t StretchPath::Render(long long index, float* frames, std::size_t count) {
+  isSounding_ = true;
+  std::size_t made = count;
+  frames_ = frames;
+  if (stream_.IsActive()) {
+    due_ += static_cast<double>(count) / stream_.GetFactors().scale;
+    const double whole = std::floor(due_ + 0.5);
+    due_ -= whole;
+    made = static_cast<std::size_t>(whole);
+    frames_ = out_.data();
+    stream_.Render(frames_, made);
+  } else {
+    late_.Apply(index, frames_, count);
+  }
+  fade_.Apply(frames_, made);
+  return made;
+}
+
+}  // namespace tesk_audio

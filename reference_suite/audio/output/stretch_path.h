@@ -1,0 +1,73 @@
+#pragma once
+
+#include <cstddef>
+#include <vector>
+
+#include "reference_suite/audio/output/cross_fade.h"
+#include "reference_suite/audio/stretch/late_read.h"
+#include "reference_suite/audio/stretch/stretched_stream.h"
+#include "suite/audio/output_interface.h"
+
+namespace tesk_audio {
+
+// Turns the frames of reads into the frames of the device: as they are at tempo scale 1 and transposition 0,
+// with nothing of the stretcher on their way; stretched otherwise. The frame that is due is the frame that
+// comes out, so that a read's device frames stand for exactly its song frames. Where sounds meet that do not
+// go on from one another, they cross-fade where they fit together best.
+//
+// Units      `index`, `count`: frames of song audio, unscaled. What Render gives: frames of the device.
+// Threads    one at a time.
+// Locks      the player's read-samples lock is held by whoever calls Turn and Render.
+// Render     allocates nothing at scale 1 and transposition 0; otherwise what the stretcher does.
+class StretchPath : private FrameSource {
+ public:
+  // `mostFrames`: the longest read.
+  StretchPath(AudioPlayerOutputInterface& player, CrossFade& fade, StretchQuality quality, double rateHz,
+              unsigned channels, std::size_t mostFrames);
+
+  // The longest cross-fade between sounds of one song.
+  static std::size_t SeamFrames(double rateHz);
+  // The most device frames that a read can become.
+  std::size_t GetMostFrames() const { return out_.size() / channels_; }
+
+  // What the frames to come have to do with those before.
+  struct Place {
+    long long index = 0;      // first frame of the read
+    long long before = 0;     // the frame that would have come next, the same unless a jump was taken
+    bool isNextSong = false;  // which the one before runs into
+  };
+  // Before the read: leads over to it. Throws what the player throws.
+  void Turn(const Place& place, const StretchFactors& wanted);
+  // After the read: `frames` are the ones read. How many device frames they became; those are at Frames().
+  std::size_t Render(long long index, float* frames, std::size_t count);
+  float* Frames() { return frames_; }
+
+  // What comes next has nothing to do with what came before.
+  void Drop();
+
+ private:
+  void ReadAt(long long index, float* frames, std::size_t count) override;
+  bool GoesOn_(const Place& place, const StretchFactors& wanted);
+  std::size_t SeamLength_(const Place& place) const;
+  void TakeOutgoing_(const Place& place, std::size_t length);
+  void BeginStream_(const Place& place, const StretchFactors& wanted);
+  void JumpAsRecorded_(const Place& place);
+  void LeaveStream_(const Place& place);
+
+  AudioPlayerOutputInterface& player_;
+  CrossFade& fade_;
+  unsigned channels_;
+  std::size_t seam_;
+  std::size_t reach_;  // how far beside its place a sound may begin so that it fits
+  std::size_t near_;   // and how far it may where attacks matter
+  std::size_t head_;   // how much later a sound begins that nothing leads over to
+  StretchedStream stream_;
+  LateRead late_;
+  std::vector<float> incoming_;  // frames to compare
+  std::vector<float> out_;
+  float* frames_ = nullptr;
+  double due_ = 0.0;         // device frames that rounding has kept back
+  bool isSounding_ = false;  // there is something before
+};
+
+}  // namespace tesk_audio

@@ -1,0 +1,38 @@
+#include "reference_suite/audio/stretch/attack_offset.h"
+
+#include <algorithm>
+#include <array>
+#include <cmath>
+
+namespace tesk_audio {
+
+namespace {
+
+// At quarters of an octave from a stretch of 1/4 on, in milliseconds at 48 kHz, where half a window has 1,024
+// frames (faster) and 2,048 frames (finer). The faster engine is not used beyond a stretch of 2.
+constexpr int kFirst = -8;
+constexpr std::array<double, 13> kFaster{12.0, 12.0, 11.2, 10.6, 9.3,   7.7,  5.85,
+                                         3.6,  0.7,  -2.8, -7.0, -12.3, -18.9};
+constexpr std::array<double, 17> kFiner{0.3, 0.2,  0.3,  0.6,   0.75, 1.1,   1.15,  0.95, 0.6,
+                                        0.0, -1.3, -3.0, -4.95, -7.1, -10.3, -13.5, -19.2};
+constexpr double kFramesPerMillisecond = 48.0;
+
+// The value at `place` of a curve of straight lines; beyond its ends it goes on as it ended.
+template <typename Table>
+double Along(const Table& table, double place) {
+  const double last = static_cast<double>(table.size() - 1);
+  const double at = std::clamp(place, 0.0, last);
+  const auto before = static_cast<std::size_t>(std::min(std::floor(at), last - 1.0));
+  const double between = at - static_cast<double>(before);
+  return table[before] * (1.0 - between) + table[before + 1] * between;
+}
+
+}  // namespace
+
+double MeasuredAttackOffset(StretchQuality quality, double stretch) {
+  const double place = 4.0 * std::log2(stretch) - kFirst;
+  if (quality == StretchQuality::Finer) return Along(kFiner, place) * kFramesPerMillisecond / 2048.0;
+  return Along(kFaster, place) * kFramesPerMillisecond / 1024.0;
+}
+
+}  // namespace tesk_audio

@@ -1,0 +1,51 @@
+#pragma once
+
+#include <cstddef>
+#include <memory>
+
+#include "reference_suite/audio/stretch/stretch_factors.h"
+
+namespace tesk_audio {
+
+// A time-stretcher that works in chunks: frames go in, and whenever another chunk is complete, frames come
+// out. Which frame of its input stands where in its output is known only at the middle of a chunk; whoever
+// uses it counts frames in and out and keeps the two together.
+//
+// Units      interleaved frames. What goes in is the song, read at places GetStep() of a song frame apart.
+// Threads    one at a time.
+// Render     Begin and SetTimeRatio may allocate; Process and Retrieve do not, once as many frames have gone
+//            through as a chunk has.
+class StretchEngine {
+ public:
+  virtual ~StretchEngine() = default;
+
+  // Forgets everything that was put in.
+  virtual void Begin(const StretchFactors& factors) = 0;
+  // Song frames from one frame that goes in to the next; set by Begin.
+  virtual double GetStep() const = 0;
+  // Another tempo scale from the next chunk on, without a click.
+  virtual void SetScale(double scale) = 0;
+  // Whether its output gains and loses so much against its input by itself that it needs a tight rein.
+  virtual bool Wanders() const = 0;
+
+  // How many frames it wants before it can do another chunk, when everything has been retrieved.
+  virtual std::size_t GetRequired() = 0;
+  // At most kMostFrames at a time.
+  virtual void Process(const float* frames, std::size_t count) = 0;
+  // Frames that have come out, at most `room`.
+  virtual std::size_t Retrieve(float* frames, std::size_t room) = 0;
+
+  // Half a chunk, in frames that go in and in frames that come out. The middle of the first chunk lies there.
+  virtual double GetHalfIn() const = 0;
+  virtual double GetHalfOut() const = 0;
+  // By how many output frames an attack comes out behind the middle of its chunk's place (negative: before
+  // it), on the average, at that scale and the transposition of the last Begin.
+  virtual double GetAttackOffset(double scale) const = 0;
+
+  static constexpr std::size_t kMostFrames = 4096;
+};
+
+// Does a chunk of silence, so that nothing is set up later.
+std::unique_ptr<StretchEngine> CreateStretchEngine(StretchQuality quality, double rateHz, unsigned channels);
+
+}  // namespace tesk_audio

@@ -1,0 +1,18 @@
+#pragma once
+
+namespace tesk_audio {
+
+// How audio is played: tempo scale (2: twice as fast) and transposition. A plain value.
+struct StretchFactors {
+  double scale = 1.0;
+  int semitones = 0;
+
+  // Nothing to change: the audio is played as it was recorded.
+  bool AreRecorded() const { return scale == 1.0 && semitones == 0; }
+  bool operator==(const StretchFactors&) const = default;
+};
+
+// What the library is to spend on it.
+enum class StretchQuality { Faster, Finer };
+
+}  // namespace tesk_audio

@@ -1,0 +1,168 @@
+#include "reference_suite/audio/stretch/stretched_stream.h"
+
+#include <algorithm>
+#include <cmath>
+#include <utility>
+
+namespace tesk_audio {
+
+namespace {
+
+// How the ratio is held: a correction begins at the first error and ends at the second; it would take
+// `patience`, if the ratio were not off by `most` at most. In seconds.
+struct Rein {
+  double noticeable;
+  double negligible;
+  double patience;
+  double most;
+};
+constexpr Rein kLoose{0.0004, 0.00005, 0.05, 0.04};
+constexpr Rein kTight{0.0, 0.0, 0.03, 0.2};
+// How far a change of tempo may put attacks beside their places without a new beginning.
+constexpr double kTolerable = 0.0012;
+// Output frames made before the first that is used, beside those that are asked for: what a chunk leaves to
+// the ones before it.
+constexpr double kRunUp = 1024.0;
+constexpr std::size_t kRoom = std::size_t{1} << 15;
+
+}  // namespace
+
+StretchedStream::StretchedStream(std::unique_ptr<StretchEngine> engine, FrameSource& source, double rateHz,
+                                 unsigned channels)
+    : engine_(std::move(engine)),
+      source_(source),
+      rateHz_(rateHz),
+      channels_(channels),
+      between_(source, channels, StretchEngine::kMostFrames),
+      in_(StretchEngine::kMostFrames * channels),
+      out_(kRoom * channels) {}
+
+void StretchedStream::Start(long long index, const StretchFactors& factors, std::size_t lead) {
+  engine_->Begin(factors);
+  factors_ = factors;
+  active_ = true;
+  const double attack = engine_->GetAttackOffset(factors.scale);
+  const double runUp = (static_cast<double>(lead) + std::max(0.0, -attack) + kRunUp) * factors.scale;
+  origin_ = static_cast<double>(index) - std::ceil(runUp + engine_->GetHalfIn() * engine_->GetStep());
+  end_ = silentFrom_ = kNever;
+  fed_ = made_ = error_ = 0.0;
+  corrects_ = isBased_ = false;
+  head_ = ready_ = 0;
+  index_ = index;
+  Fill_(1);
+  const auto first = static_cast<std::size_t>(std::llround(base_ + attack)) - lead;
+  Skip(first);
+  base_ = static_cast<double>(first + lead) - attack;
+}
+
+double StretchedStream::ErrorOf_(double base, long long index, double scale) const {
+  return middleOut_ - base - (middleIn_ - static_cast<double>(index)) / scale;
+}
+
+bool StretchedStream::ChangeScale(long long index, double scale) {
+  const double now = base_ + static_cast<double>(index - index_) / factors_.scale;
+  const double base = now + engine_->GetAttackOffset(factors_.scale) - engine_->GetAttackOffset(scale);
+  if (std::fabs(ErrorOf_(base, index, scale)) > kTolerable * rateHz_) return false;
+  error_ = ErrorOf_(base, index, scale);
+  base_ = base;
+  index_ = index;
+  factors_.scale = scale;
+  corrects_ = true;
+  Correct_();
+  return true;
+}
+
+void StretchedStream::DeclareHere(long long index) {
+  base_ = made_ - static_cast<double>(ready_) - engine_->GetAttackOffset(factors_.scale);
+  index_ = index;
+  error_ = ErrorOf_(base_, index_, factors_.scale);
+}
+
+const float* StretchedStream::Peek(std::size_t count) {
+  Fill_(count);
+  return out_.data() + head_ * channels_;
+}
+
+void StretchedStream::Skip(std::size_t count) {
+  while (count > 0) {
+    Fill_(1);
+    const std::size_t part = std::min(count, ready_);
+    head_ += part;
+    ready_ -= part;
+    count -= part;
+  }
+}
+
+void StretchedStream::Render(float* frames, std::size_t count) {
+  Fill_(count);
+  std::copy_n(out_.data() + head_ * channels_, count * channels_, frames);
+  head_ += count;
+  ready_ -= count;
+}
+
+void StretchedStream::Fill_(std::size_t count) {
+  if (ready_ >= count) return;
+  std::copy_n(out_.data() + head_ * channels_, ready_ * channels_, out_.data());
+  head_ = 0;
+  while (ready_ < count) DoChunk_();
+}
+
+void StretchedStream::DoChunk_() {
+  Feed_(std::clamp<std::size_t>(engine_->GetRequired(), 1, StretchEngine::kMostFrames));
+  Collect_();
+  MeasureError_();
+  Correct_();
+}
+
+void StretchedStream::Feed_(std::size_t count) {
+  const double step = engine_->GetStep();
+  const double place = PlaceOf_(fed_);
+  if (step == 1.0) {
+    const auto next = static_cast<long long>(place);
+    const long long known = std::clamp<long long>(end_ - next, 0, static_cast<long long>(count));
+    const auto sounding = static_cast<std::size_t>(known);
+    source_.ReadAt(next, in_.data(), sounding);
+    std::fill_n(in_.data() + sounding * channels_, (count - sounding) * channels_, 0.0F);
+  } else {
+    between_.Read(place, step, end_, in_.data(), count);
+  }
+  engine_->Process(in_.data(), count);
+  fed_ += static_cast<double>(count);
+  if (PlaceOf_(fed_) > static_cast<double>(end_)) silentFrom_ = std::min(silentFrom_, end_);
+}
+
+void StretchedStream::Collect_() {
+  std::size_t got = 0;
+  do {
+    const std::size_t end = head_ + ready_;
+    if (out_.size() < (end + StretchEngine::kMostFrames) * channels_) {
+      out_.resize((end + kRoom) * channels_);
+    }
+    got = engine_->Retrieve(out_.data() + end * channels_, StretchEngine::kMostFrames);
+    ready_ += got;
+    made_ += static_cast<double>(got);
+  } while (got > 0);
+}
+
+// Every frame that is made moves the middle of the next chunk on.
+void StretchedStream::MeasureError_() {
+  const auto required = static_cast<double>(engine_->GetRequired());
+  middleIn_ = PlaceOf_(fed_ + required - engine_->GetHalfIn());
+  middleOut_ = engine_->GetHalfOut() + made_;
+  // What the engine holds back from its first chunk on it holds back for ever.
+  if (!isBased_ && made_ > 0.0) base_ = ErrorOf_(0.0, index_, factors_.scale);
+  isBased_ = made_ > 0.0;
+  error_ = ErrorOf_(base_, index_, factors_.scale);
+}
+
+void StretchedStream::Correct_() {
+  if (!isBased_) return;
+  const Rein& rein = engine_->Wanders() ? kTight : kLoose;
+  const double size = std::fabs(error_) / rateHz_;
+  if (!corrects_ && size <= rein.noticeable) return;
+  corrects_ = size > rein.negligible;
+  const double wanted = corrects_ ? error_ / (rein.patience * rateHz_) : 0.0;
+  engine_->SetScale(factors_.scale / (1.0 - std::clamp(wanted, -rein.most, rein.most)));
+}
+
+}  // namespace tesk_audio

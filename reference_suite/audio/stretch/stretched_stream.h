@@ -1,0 +1,95 @@
+#pragma once
+
+#include <cstddef>
+#include <limits>
+#include <memory>
+#include <vector>
+
+#include "reference_suite/audio/stretch/in_between_reader.h"
+#include "reference_suite/audio/stretch/stretch_engine.h"
+
+namespace tesk_audio {
+
+// A song played from somewhere on at another tempo or in another key. It reads ahead of what it hands out, by
+// itself, so that its delay is none for the listener: the frame asked for is the frame that comes out.
+//
+// Position   is counted in song frames that the engine has taken, never in output frames times a ratio, since
+//            an engine's output drifts. What it has handed out too much or too little is made up for by a
+//            ratio that is a little off, before it reaches a millisecond.
+// Units      song frames: unscaled, from the start of the audio. Output frames: the device's. Interleaved.
+// Threads    one at a time.
+// Render     Start and a change of ratio may allocate, inside the engine; nothing else does.
+class StretchedStream {
+ public:
+  // `source` outlives it.
+  StretchedStream(std::unique_ptr<StretchEngine> engine, FrameSource& source, double rateHz,
+                  unsigned channels);
+
+  // From now on the frame of song frame `index` comes out after `lead` frames that belong before it.
+  void Start(long long index, const StretchFactors& factors, std::size_t lead);
+  void Stop() { active_ = false; }
+  bool IsActive() const { return active_; }
+  const StretchFactors& GetFactors() const { return factors_; }
+
+  // Another tempo scale from song frame `index` on, which is the next to be asked for. False, and nothing
+  // changed, when what was read ahead already would put attacks too far beside their places: begin anew.
+  bool ChangeScale(long long index, double scale);
+  // To the stream, the song is silent from `index` on.
+  void SetEnd(long long index) { end_ = index; }
+  void SetEndHere() { end_ = static_cast<long long>(PlaceOf_(fed_)); }
+  // Whether it has taken silence for the song at `index`, so that it does not know how the song goes on.
+  bool IsSilencedAt(long long index) const { return index >= silentFrom_; }
+
+  // The next `count` frames, which still come; valid until the next call.
+  const float* Peek(std::size_t count);
+  void Skip(std::size_t count);
+  void Render(float* frames, std::size_t count);
+  // The frame that comes next is that of song frame `index`, whatever was said before: what lies between is
+  // made up for little by little.
+  void DeclareHere(long long index);
+
+  // Output frames by which what it hands out lies behind the song's place.
+  double GetError() const { return error_; }
+
+ private:
+  static constexpr long long kNever = std::numeric_limits<long long>::max() / 2;
+
+  void DoChunk_();
+  void Feed_(std::size_t count);
+  void Collect_();
+  void MeasureError_();
+  void Correct_();
+  void Fill_(std::size_t count);
+  // The place in the song of a frame that goes in.
+  double PlaceOf_(double fed) const { return origin_ + fed * engine_->GetStep(); }
+  double ErrorOf_(double base, long long index, double scale) const;
+
+  std::unique_ptr<StretchEngine> engine_;
+  FrameSource& source_;
+  double rateHz_;
+  unsigned channels_;
+  bool active_ = false;
+  StretchFactors factors_;
+
+  double origin_ = 0.0;  // place in the song of the first frame that went in
+  double fed_ = 0.0;     // frames that went in
+  long long end_ = kNever;
+  long long silentFrom_ = kNever;
+  double made_ = 0.0;       // output frames since the engine began
+  double middleIn_ = 0.0;   // the middle of the next chunk: song frame,
+  double middleOut_ = 0.0;  // and output frame
+  // Steady sound of song frame index_ belongs at output frame base_, and goes on from there at the scale.
+  long long index_ = 0;
+  double base_ = 0.0;
+  bool isBased_ = false;
+  double error_ = 0.0;
+  bool corrects_ = false;
+
+  InBetweenReader between_;
+  std::vector<float> in_;
+  std::vector<float> out_;  // made and not handed out yet, from head_ on
+  std::size_t head_ = 0;    // frames
+  std::size_t ready_ = 0;
+};
+
+}  // namespace tesk_audio

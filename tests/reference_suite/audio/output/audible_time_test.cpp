@@ -1,0 +1,179 @@
+// Where attacks are heard, and how high tones are, at other tempos and in other keys.
+#include <gtest/gtest.h>
+
+#include <cmath>
+#include <random>
+
+#include "tests/reference_suite/audio/support/audible_run.h"
+
+namespace {
+
+using tesk_audio::StretchQuality;
+
+constexpr double kAudible = 3.0;  // milliseconds
+constexpr int kReach = 1000;      // frames
+
+// Every fifth of a second or so.
+std::vector<long long> Attacks(long long frames, unsigned seed) {
+  std::mt19937 random(seed);
+  std::uniform_int_distribution<long long> distance(9'000, 12'000);
+  std::vector<long long> attacks{1'000};
+  while (attacks.back() + 15'000 < frames) attacks.push_back(attacks.back() + distance(random));
+  return attacks;
+}
+
+struct Factors {
+  StretchQuality quality;
+  double scale;
+  int semitones;
+};
+
+void PrintTo(const Factors& factors, std::ostream* out) {
+  *out << (factors.quality == StretchQuality::Finer ? "finer " : "faster ") << factors.scale << " "
+       << factors.semitones;
+}
+
+class AudibleTime : public testing::TestWithParam<Factors> {};
+
+TEST_P(AudibleTime, EveryAttackIsHeardWithinThreeMillisecondsOfItsPlace) {
+  constexpr long long kFrames = 150'000;
+  const std::vector<long long> attacks = Attacks(kFrames, 7);
+  AudibleRun run(Songs{{.frames = kFrames,
+                        .scales = {{0, GetParam().scale}},
+                        .transpositions = {{0, GetParam().semitones}},
+                        .sound = Clicks(attacks, kFrames)}},
+                 5.0, 0.0, 48000.0, 1, GetParam().quality);
+  run.Play();
+  for (const long long attack : attacks) {
+    const double place = run.PlacesOf(attack).at(0);
+    EXPECT_LE(std::fabs(LoudestNear(run.heard, place, kReach)), kAudible) << "attack at frame " << attack;
+  }
+}
+
+std::vector<Factors> AllFactors() {
+  std::vector<Factors> all;
+  for (const StretchQuality quality : {StretchQuality::Faster, StretchQuality::Finer}) {
+    for (const double scale : {0.5, 0.6, 0.7, 0.8, 0.9, 0.95, 1.05, 1.1, 1.25, 1.5, 1.75, 2.0}) {
+      all.push_back({quality, scale, 0});
+    }
+    for (const int semitones : {-12, -10, -7, -5, -3, -1, 1, 3, 5, 7, 10, 12})
+      all.push_back({quality, 1.0, semitones});
+    all.push_back({quality, 0.8, -5});
+    all.push_back({quality, 1.1, 2});
+  }
+  return all;
+}
+
+INSTANTIATE_TEST_SUITE_P(ScalesAndTranspositions, AudibleTime, testing::ValuesIn(AllFactors()));
+
+// The stretcher knows nothing yet of what it plays, and nothing may be cut off: a millisecond more.
+TEST(AudibleTimeAtTheStart, AnAttackOnTheFirstFrameIsHeardWithinFourMilliseconds) {
+  for (const StretchQuality quality : {StretchQuality::Faster, StretchQuality::Finer}) {
+    for (const double scale : {0.8, 0.9, 1.1, 1.25, 1.5}) {
+      AudibleRun run(Songs{{.frames = 20'000, .scales = {{0, scale}}, .sound = Clicks({0}, 20'000)}}, 5.0,
+                     0.0, 48000.0, 1, quality);
+      run.Play();
+      EXPECT_LE(std::fabs(LoudestNear(run.heard, 0.0, kReach)), 4.0) << scale;
+      EXPECT_GT(std::fabs(run.heard[static_cast<std::size_t>(LoudestNear(run.heard, 0.0, kReach) * 48.0)]),
+                0.1F);
+    }
+  }
+}
+
+TEST(AudibleTimeLive, StaysWithinThreeMillisecondsThroughChangesOfTempoAndKey) {
+  constexpr long long kFrames = 480'000;
+  std::vector<long long> attacks;
+  for (long long at = 500; at < kFrames - 6'000; at += 3'700) attacks.push_back(at);
+  AudibleRun run(Songs{{.frames = kFrames, .sound = Clicks(attacks, kFrames)}}, 5.0, 0.0, 48000.0, 1,
+                 StretchQuality::Finer);
+  constexpr double kScales[] = {0.5, 0.6, 0.75, 0.9, 0.97, 1.0, 1.0, 1.03, 1.1, 1.25, 1.5, 2.0};
+  std::mt19937 random(2);
+  int step = 0;
+  run.Play([&] {
+    if (++step % 40 != 0) return;
+    run.player.liveScale = kScales[random() % 12];
+    run.player.liveSemitones = static_cast<int>(random() % 25) - 12;
+  });
+  for (const long long attack : attacks) {
+    const double place = run.PlacesOf(attack).at(0);
+    EXPECT_LE(std::fabs(LoudestNear(run.heard, place, 600)), kAudible) << "attack at frame " << attack;
+  }
+}
+
+TEST(AudibleTimeLive, ATempoThatGlidesIsFollowedWithoutASeam) {
+  constexpr long long kFrames = 240'000;
+  const std::vector<long long> attacks = Attacks(kFrames, 3);
+  AudibleRun run(Songs{{.frames = kFrames, .scales = {{0, 1.01L}}, .sound = Clicks(attacks, kFrames)}}, 5.0,
+                 0.0, 48000.0, 1, StretchQuality::Finer);
+  double scale = 1.0;
+  run.Play([&] { run.player.liveScale = scale *= 1.0003; });
+  EXPECT_GT(run.pieces.back().scale, 1.25);
+  for (const long long attack : attacks) {
+    const double place = run.PlacesOf(attack).at(0);
+    EXPECT_LE(std::fabs(LoudestNear(run.heard, place, 600)), kAudible) << "attack at frame " << attack;
+  }
+}
+
+TEST(AudibleTimeJumps, TheFirstAttackAfterAJumpOrASeekIsInItsPlace) {
+  constexpr long long kFrames = 200'000;
+  const std::vector<long long> attacks{20'000, 41'000, 100'000, 100'300, 120'000, 150'000};
+  AudibleRun run(Songs{{.frames = kFrames,
+                        .jumps = {{44'000, {100'250, 19'900}}, {104'000, {149'900}}},
+                        .scales = {{0, 0.8L}},
+                        .sound = Clicks(attacks, kFrames)}},
+                 5.0, 0.0, 48000.0, 1, StretchQuality::Finer);
+  bool sought = false;
+  run.Play([&] {
+    if (sought || run.player.GetSampleIndex() < 120'500) return;
+    sought = true;
+    run.player.AddToSampleIndex(19'950 - run.player.GetSampleIndex());
+  });
+  for (const long long attack : {100'300LL, 150'000LL, 20'000LL}) {
+    const std::vector<double> places = run.PlacesOf(attack);
+    ASSERT_FALSE(places.empty()) << attack;
+    for (const double place : places) {
+      EXPECT_LE(std::fabs(LoudestNear(run.heard, place, 300)), kAudible) << "attack at frame " << attack;
+    }
+  }
+}
+
+TEST(AudibleTimeLong, NothingDriftsInMinutes) {
+  constexpr long long kFrames = 120LL * 48'000;
+  std::vector<long long> attacks;
+  for (long long second = 10; second < 120; second += 10) attacks.push_back(second * 48'000);
+  AudibleRun run(Songs{{.frames = kFrames, .scales = {{0, 1.1L}}, .sound = Clicks(attacks, kFrames)}}, 5.0,
+                 0.0, 48000.0, 1, StretchQuality::Finer);
+  run.Play();
+  const double first = LoudestNear(run.heard, run.PlacesOf(attacks.front())[0], kReach);
+  for (const long long attack : attacks) {
+    const double error = LoudestNear(run.heard, run.PlacesOf(attack)[0], kReach);
+    EXPECT_LE(std::fabs(error - first) * 48.0, 64.0) << "frames, after " << attack / 48'000 << " s";
+  }
+}
+
+class Pitch : public testing::TestWithParam<Factors> {};
+
+TEST_P(Pitch, IsWithinFiveCents) {
+  constexpr long long kFrames = 120'000;
+  AudibleRun run(Songs{{.frames = kFrames,
+                        .scales = {{0, GetParam().scale}},
+                        .transpositions = {{0, GetParam().semitones}},
+                        .sound = Tones({330.0}, 0.5, kFrames)}},
+                 5.0, 0.0, 48000.0, 1, GetParam().quality);
+  run.Play();
+  const double wanted = 330.0 * std::exp2(GetParam().semitones / 12.0);
+  const double heard = PitchNear(run.heard, 14'000, 36'000, wanted);
+  EXPECT_LE(std::fabs(1200.0 * std::log2(heard / wanted)), 5.0) << heard << " Hz";
+}
+
+std::vector<Factors> FinerFactors() {
+  std::vector<Factors> all;
+  for (const Factors& factors : AllFactors()) {
+    if (factors.quality == StretchQuality::Finer) all.push_back(factors);
+  }
+  return all;
+}
+
+INSTANTIATE_TEST_SUITE_P(ScalesAndTranspositions, Pitch, testing::ValuesIn(FinerFactors()));
+
+}  // namespace
