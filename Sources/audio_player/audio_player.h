@@ -276,6 +276,7 @@ class AudioPlayer : public Player, public tesk_audio::AudioPlayerOutputInterface
   void DeleteOutput_(std::unique_ptr<tesk_audio::AudioSampleOutput> output);
   void WaitForFinishingLoader_();
   void EndLoaders_();
+  void EndLoadersOneByOne_();
   void FreeAllContents_();
 
   SamplesTicksConverter samplesTicksConverter_;

@@ -1,3 +1,4 @@
+#include <new>
 #include <stdexcept>
 
 #include "Sources/audio_player/audio_player.h"
@@ -11,7 +12,12 @@ bool AudioPlayer::CheckFileLoaderExceptions(FileLoaderData* fld) {
   if (failed) {
     loaderErrorOccurred_ = true;
     loaderErrorId_ = fld->GetErrorId();
-    loaderErrorReason_ = fld->GetErrorReason();
+    try {
+      loaderErrorReason_ = fld->GetErrorReason();
+    } catch (const std::bad_alloc&) {
+      // No memory for the words: that there was an error, and of which kind, still gets through.
+      loaderErrorReason_.clear();
+    }
   }
   loaderCondition_.Signal<AudioPlayer>(*this);
   return failed;

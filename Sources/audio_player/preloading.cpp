@@ -48,8 +48,15 @@ void AudioPlayer::StartMissingLoaders_(const std::set<std::string>& wanted) {
   for (const std::string& song : wanted) {
     if (decodedContents_.count(song) != 0 || fileLoaders_.count(song) != 0) continue;
     const std::string path = exc::path::Join(showPath_, "data", songAudioFiles_.at(song));
-    fileLoaders_[song] =
-        StartFileLoaderThread(song, path, contentArgument_, AudioPlayer_FileLoaderFinished, this);
+    // The entry comes first: a loader that runs is always in the map, whatever memory there is.
+    const auto entry = fileLoaders_.try_emplace(song, nullptr).first;
+    try {
+      entry->second =
+          StartFileLoaderThread(song, path, contentArgument_, AudioPlayer_FileLoaderFinished, this);
+    } catch (...) {
+      fileLoaders_.erase(entry);
+      throw;
+    }
   }
 }
 

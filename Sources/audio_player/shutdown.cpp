@@ -1,3 +1,5 @@
+#include <algorithm>
+#include <new>
 #include <utility>
 
 #include "Sources/audio_player/audio_player.h"
@@ -63,8 +65,27 @@ void AudioPlayer::WaitForFinishingLoader_() {
 
 // Those in the map are joined; one that has left it may still be on its way out, or about to start playback.
 void AudioPlayer::EndLoaders_() {
-  CleanUpExtraFileLoaderThreads_({});
+  try {
+    CleanUpExtraFileLoaderThreads_({});
+  } catch (const std::bad_alloc&) {
+    EndLoadersOneByOne_();
+  }
   loadersInside_->WaitUntilNone();
+}
+
+// Where there is no memory for a list of all of them.
+void AudioPlayer::EndLoadersOneByOne_() {
+  while (true) {
+    std::string song;
+    {
+      exc::ScopeLock lock(*this);
+      const auto entry = std::find_if(fileLoaders_.begin(), fileLoaders_.end(),
+                                      [](const auto& loader) { return !loader.second->Joined(); });
+      if (entry == fileLoaders_.end()) return;
+      song = entry->first;
+    }
+    CleanUpFileLoaderThread_(song);
+  }
 }
 
 // With the lock held, unlike everywhere else: nobody is left who could want it.

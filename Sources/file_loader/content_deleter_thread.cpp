@@ -5,6 +5,7 @@
 #include <exception>
 #include <memory>
 #include <stdexcept>
+#include <string>
 
 #include "Sources/file_loader/report_exception.h"
 #include "exc/lock/scope_lock.h"
@@ -69,7 +70,9 @@ void AudioContentDeleterThreadData::DoAudioContentDeleterCallback() {
 AudioContentDeleterThreadData* StartAudioContentDeleterThread(void (*callback)(void*), void* argument,
                                                               pthread_t* thread) {
   auto data = std::make_unique<AudioContentDeleterThreadData>(callback, argument);
+  // Made first: once the thread runs, nothing may throw and take its record away.
+  const std::string what = "Creating audio content deleter thread.";
   const int result = pthread_create(thread, nullptr, AudioContentDeleterThread, data.get());
-  exc::PThreadErrorChecker<int, std::runtime_error>(result, "Creating audio content deleter thread.");
+  exc::PThreadErrorChecker<int, std::runtime_error>(result, what);
   return data.release();
 }

@@ -2,6 +2,7 @@
 
 #include <exception>
 #include <stdexcept>
+#include <string>
 
 #include "Sources/file_loader/error_ids.h"
 #include "Sources/file_loader/report_exception.h"
@@ -64,8 +65,10 @@ void* FileLoaderThread(void* record) {
 FileLoaderData* StartFileLoaderThread(const std::string& songNumber, const std::string& audioFilePath,
                                       const std::string& contentArgument,
                                       FileLoaderData::FinishedCallback finished, void* userData) {
+  // Made first: once the thread runs, its record must reach the caller.
+  const std::string what = "Creating file loader thread";
   auto* job = new FileLoaderData(songNumber, audioFilePath, contentArgument, finished, userData);
   const int result = pthread_create(job->ThreadID(), nullptr, FileLoaderThread, job);
-  exc::PThreadErrorChecker<int, std::runtime_error>(result, "Creating file loader thread");
+  exc::PThreadErrorChecker<int, std::runtime_error>(result, what);
   return job;
 }

@@ -8,6 +8,7 @@
 #include <exception>
 #include <iostream>
 #include <new>
+#include <string_view>
 
 #include "host/cli/verbs.h"
 #include "host/session/console_lines.h"
@@ -61,9 +62,21 @@ int Carry(const Action& action) {
     SayError(failure.what());
     return failure.GetStatus();
   } catch (const std::bad_alloc&) {
-    Say("orbel: out of memory; close other programs, or shorten the recordings");
+    throw;
   } catch (const std::exception& error) {
     SayError(error.what());
+  }
+  return kFailed;
+}
+
+// Written as it stands: there is no memory to put words together.
+int SayOutOfMemory() {
+  constexpr std::string_view kWords =
+      "orbel: out of memory; close other programs, or shorten the recordings\n";
+  for (std::size_t done = 0; done < kWords.size();) {
+    const ssize_t written = ::write(STDERR_FILENO, kWords.data() + done, kWords.size() - done);
+    if (written <= 0) break;
+    done += static_cast<std::size_t>(written);
   }
   return kFailed;
 }
@@ -105,7 +118,7 @@ bool MessagesAreOnTerminal() {
   return ::isatty(STDERR_FILENO) == 1;
 }
 
-int RunProgram(int argc, char** argv, const Faces& faces) {
+int RunProgram(int argc, char** argv, const Faces& faces) try {
   CatchInterrupts();
   SeparateConsoleFromResults();
   CLI::App app("Plays the backing tracks of a live show.", "orbel");
@@ -126,6 +139,8 @@ int RunProgram(int argc, char** argv, const Faces& faces) {
     return kUsage;
   }
   return Carry(action);
+} catch (const std::bad_alloc&) {
+  return SayOutOfMemory();
 }
 
 }  // namespace orbel::host::cli

@@ -11,6 +11,7 @@
 #include "host/session/shown_text.h"
 #include "suite/audio/create.h"
 #include "suite/midi/load_show.h"
+#include "suite/utility/listdir.h"
 #include "suite/utility/path.h"
 
 namespace orbel::host {
@@ -46,11 +47,11 @@ std::vector<fs::path> FilesOf(const fs::path& folder, const std::string& number,
                               const std::string& extension) {
   std::vector<fs::path> found;
   std::error_code none;
-  for (const auto& entry : fs::directory_iterator(folder, none)) {
-    const std::string name = entry.path().filename().string();
+  if (!fs::is_directory(folder, none)) return found;
+  for (const std::string& name : exc::listdir(folder.string())) {
     if (exc::path::extension(name) != extension) continue;
-    if (tesk_midi::NumberByValue(NumberOf(entry.path())) == tesk_midi::NumberByValue(number))
-      found.push_back(entry.path());
+    if (tesk_midi::NumberByValue(NumberOf(name)) == tesk_midi::NumberByValue(number))
+      found.push_back(folder / name);
   }
   return found;
 }

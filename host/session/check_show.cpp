@@ -75,18 +75,6 @@ struct Format {
   unsigned channels = 0;
 };
 
-// What the audio library says of a file, without the name of the file, which a problem has anyway.
-std::string WithoutPath(const std::string& text, const std::string& file) {
-  const std::string name = Shown(file) + ": ";
-  const std::size_t at = text.find(name);
-  return at == std::string::npos ? text : text.substr(at + name.size());
-}
-
-std::string WithoutFullStop(std::string text) {
-  if (text.ends_with('.')) text.pop_back();
-  return text;
-}
-
 // Decodes one song and holds it against the first song that could be decoded.
 void CheckAudio(const ShowFolder& show, const std::string& song, std::optional<Format>* first,
                 Problems* out) {
@@ -130,7 +118,7 @@ Problems CheckLoaded(const ShowFolder& show, const std::function<void(const std:
   for (const std::string& number : show.GetData().GetRunningOrder()) {
     Problems cues = CheckSongCues(show, number);
     problems.insert(problems.end(), cues.begin(), cues.end());
-    if (!show.HasAudio(number)) continue;
+    if (!show.HasAudio(number) || show.GetData().IsLeftOut(number)) continue;
     if (progress) progress(show.ShownAudioPath(number));
     CheckAudio(show, number, &first, &problems);
   }

@@ -3,6 +3,7 @@
 
 #include "Sources/audio_player/audio_player.h"
 #include "host/session/failure.h"
+#include "host/session/refusals.h"
 #include "host/session/session.h"
 #include "host/session/shown_text.h"
 #include "host/session/song_clock.h"
@@ -99,7 +100,7 @@ std::string Session::StepSong_(bool forward) {
   if (forward) {
     if (!NextSongStopped()) return "this is the last song; back at its start";
   } else {
-    player_->PreviousSong();
+    ChangeSong_([this] { player_->PreviousSong(); });
     if (!SettleStopped_()) Recover_(GetSongNumber());
   }
   if (wasPlaying) Play_();
@@ -107,7 +108,9 @@ std::string Session::StepSong_(bool forward) {
 }
 
 bool Session::NextSongStopped() {
-  if (player_->NextSong()) {
+  bool wasLast = false;
+  ChangeSong_([&] { wasLast = player_->NextSong(); });
+  if (wasLast) {
     waiting_ = ended_ = false;
     return false;
   }
@@ -115,15 +118,37 @@ bool Session::NextSongStopped() {
   return true;
 }
 
-void Session::LoadStopped(const std::string& song) {
-  if (!folder_.HasAudio(song) || leftOut_.contains(song)) {
-    throw Failure("song " + Shown(song) + " cannot be played: " +
-                  (leftOut_.contains(song) ? "its audio cannot be used" : "it has no audio"));
+std::string Session::WhyLeftOut_(const std::string& song) const {
+  for (const tesk_midi::Problem& problem : problems_) {
+    if (problem.songNumber == song && !problem.isWarning) return Shown(tesk_midi::ToString(problem));
   }
-  player_->LoadSong(song);
+  return "song " + Shown(song) + " cannot be played: its audio cannot be used";
+}
+
+void Session::LoadStopped(const std::string& song) {
+  if (leftOut_.contains(song)) throw Failure(WhyLeftOut_(song));
+  if (!folder_.HasAudio(song)) throw Failure("song " + Shown(song) + " cannot be played: it has no audio");
+  ChangeSong_([&] { player_->LoadSong(song); });
   if (SettleStopped_()) return;
   Recover_(song);
   if (GetSongNumber() != song) throw Failure(tesk_midi::ToString(problems_.back()));
+}
+
+// A change for which the system refuses a thread or memory stops half way, the new song current but not
+// loaded: a fresh player goes on at that song.
+void Session::ChangeSong_(const std::function<void()>& change) {
+  try {
+    change();
+  } catch (const std::exception& error) {
+    if (!IsRefusalOfTheMoment(error)) throw;
+    tesk_midi::Problem problem;
+    problem.songNumber = GetSongNumber();
+    problem.message =
+        "Song " + problem.songNumber + ": " + WhatWasRefused(error) + ". It is loaded once more.";
+    problem.isWarning = true;
+    problems_.push_back(problem);
+    BeginAnew_(problem.songNumber);
+  }
 }
 
 // A song that is not decoded yet plays as soon as it is, on its loader's thread. Asking to play waits for
@@ -141,7 +166,19 @@ bool Session::SettleStopped_() {
 // when it is one of them.
 void Session::Recover_(const std::string& song) {
   if (!LeaveOutBrokenSongs_()) player_->ThrowIfThreadExceptions();
-  BuildWithoutBrokenSongs_();
+  BeginAnew_(song);
+}
+
+// The player before is gone by then: whatever keeps another one from being made ends the performance in
+// words.
+void Session::BeginAnew_(const std::string& song) {
+  try {
+    BuildWithoutBrokenSongs_();
+  } catch (const PlayerLost&) {
+    throw;
+  } catch (const std::exception& error) {
+    throw PlayerLost(Shown(folder_.GetPath()) + ": the show cannot go on: " + error.what());
+  }
   bool reached = false;
   for (const std::string& number : folder_.GetData().GetRunningOrder()) {
     reached = reached || number == song;

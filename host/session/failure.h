@@ -26,4 +26,10 @@ class Failure : public std::runtime_error {
   ExitStatus status_;
 };
 
+// There is no player any more and none can be made: nobody can go on from here.
+class PlayerLost : public Failure {
+ public:
+  using Failure::Failure;
+};
+
 }  // namespace orbel::host

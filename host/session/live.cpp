@@ -55,6 +55,8 @@ std::vector<std::string> Live::Do(const Command& command) {
   try {
     const std::string message = session_.Do(command);
     if (!message.empty()) messages_.push_back(message);
+  } catch (const PlayerLost&) {
+    throw;
   } catch (const std::exception& error) {
     messages_.push_back(Shown(error.what()));
   }
@@ -110,6 +112,8 @@ void Live::ActAlone_(double now) {
     conductor_.Resume(atCaesura, now);
     const bool stuck = !directions_.script && !session_.IsPlaying();
     if (stuck) EndWith_(kCannotEnd, "nothing leads on from here");
+  } catch (const PlayerLost&) {
+    throw;
   } catch (const std::exception& error) {
     EndWith_(kFailed, error.what());
   }

@@ -1,9 +1,12 @@
 #include <algorithm>
+#include <chrono>
 #include <optional>
+#include <thread>
 #include <utility>
 
 #include "Sources/audio_player/audio_player.h"
 #include "host/session/failure.h"
+#include "host/session/refusals.h"
 #include "host/session/session.h"
 #include "host/session/shown_text.h"
 #include "host/session/song_clock.h"
@@ -92,7 +95,23 @@ void Session::ChooseFormat_(const std::string& song) {
   if (choice_.rateHz == 0.0) choice_.rateHz = format->sampleRateHz;
 }
 
+// What the system refuses now it may grant a moment later, when others have ended.
 void Session::Build_() {
+  for (int attemptsLeft = 2;; --attemptsLeft) {
+    try {
+      return BuildOnce_();
+    } catch (const std::exception& error) {
+      if (!IsRefusalOfTheMoment(error)) throw;
+      if (attemptsLeft == 0) {
+        throw PlayerLost(Shown(folder_.GetPath()) + ": the system refuses what playing needs: " +
+                         WhatWasRefused(error) + ". Close other programs and open the show again.");
+      }
+    }
+    std::this_thread::sleep_for(std::chrono::milliseconds(50));
+  }
+}
+
+void Session::BuildOnce_() {
   player_ = nullptr;
   wrapper_.reset();
   if (kind_ == OutputKind::Offline) {
@@ -129,7 +148,7 @@ void Session::LeaveOut_(const std::string& song, const std::string& why) {
   tesk_midi::Problem problem;
   problem.file = "data/" + folder_.GetAudioFiles().at(song);
   problem.songNumber = song;
-  problem.message = why + ". Song " + song + " is left out.";
+  problem.message = WithoutFullStop(WithoutPath(why, problem.file)) + ". Song " + song + " is left out.";
   problems_.push_back(std::move(problem));
 }
 

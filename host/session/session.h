@@ -1,5 +1,6 @@
 #pragma once
 
+#include <functional>
 #include <memory>
 #include <set>
 #include <string>
@@ -82,6 +83,7 @@ class Session {
   // ---- opening.cpp -----------------------------------------------------------------------------
   void ChooseFormat_(const std::string& song);
   void Build_();
+  void BuildOnce_();
   void BuildWithoutBrokenSongs_();
   void LeaveOut_(const std::string& song, const std::string& why);
   bool LoadHasFailed_() const;
@@ -95,6 +97,9 @@ class Session {
   std::string StepSong_(bool forward);
   bool SettleStopped_();
   void Recover_(const std::string& song);
+  void BeginAnew_(const std::string& song);
+  std::string WhyLeftOut_(const std::string& song) const;
+  void ChangeSong_(const std::function<void()>& change);
 
   ShowFolder folder_;
   const OutputKind kind_;

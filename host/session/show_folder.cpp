@@ -54,9 +54,7 @@ std::string ShowFolder::ShownAudioPath(const std::string& song) const {
 }
 
 std::string ShowFolder::CueFile(const std::string& song) const {
-  std::error_code error;
-  for (const auto& entry : std::filesystem::directory_iterator(exc::path::Join(path_, "songs"), error)) {
-    const std::string name = entry.path().filename().string();
+  for (const std::string& name : exc::listdir(exc::path::Join(path_, "songs"))) {
     const bool isCues = exc::path::extension(name) == ".toml";
     if (isCues && exc::SplitString(exc::path::basename_no_ext(name), ' ').front() == song)
       return "songs/" + name;

@@ -63,6 +63,17 @@ std::string Shown(std::string_view text) {
   return out;
 }
 
+std::string WithoutPath(const std::string& text, const std::string& file) {
+  const std::string name = Shown(file) + ": ";
+  const std::size_t at = text.find(name);
+  return at == std::string::npos ? text : text.substr(at + name.size());
+}
+
+std::string WithoutFullStop(std::string text) {
+  if (text.ends_with('.')) text.pop_back();
+  return text;
+}
+
 std::string MinutesAndSeconds(double seconds) {
   const long long milliseconds = std::llround(seconds * 1000.0);
   const auto padded = [](long long value, std::size_t width) {

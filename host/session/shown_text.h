@@ -9,6 +9,10 @@ namespace orbel::host {
 // that are not UTF-8 become \xHH, so that no name can move the cursor or forge a line. Threads: ANY.
 std::string Shown(std::string_view text);
 
+// What the audio library says of a file, without the name of the file, which a problem has anyway.
+std::string WithoutPath(const std::string& text, const std::string& file);
+std::string WithoutFullStop(std::string text);
+
 // Seconds as "3:07.250".
 std::string MinutesAndSeconds(double seconds);
 

@@ -1,5 +1,6 @@
 #include "suite/core/callback_dispatcher.h"
 
+#include <new>
 #include <utility>
 
 #include "suite/core/callback_guard.h"
@@ -47,7 +48,7 @@ CallbackDispatcher::~CallbackDispatcher() {
 }
 
 void CallbackDispatcher::Publish_(Listeners listeners) {
-  auto table = std::make_unique<const Listeners>(std::move(listeners));
+  auto table = std::make_unique<Listeners>(std::move(listeners));
   retired_.reserve(retired_.size() + 1);
   retired_.emplace_back(listeners_.exchange(table.release()));
   if (inFlight_ == 0) retired_.clear();
@@ -62,11 +63,19 @@ void CallbackDispatcher::Add(void* listener, const std::string& eventName, Funct
 
 void CallbackDispatcher::Remove(void* listener) {
   exc::ScopeLock lock(lock_);
-  Listeners listeners = *listeners_;
-  listeners.erase(listener);
-  Publish_(std::move(listeners));
+  bool isPublished = false;
+  try {
+    Listeners listeners = *listeners_;
+    listeners.erase(listener);
+    Publish_(std::move(listeners));
+    isPublished = true;
+  } catch (const std::bad_alloc&) {
+    // No memory for another table: this one is changed below, when nobody reads it any more.
+    if (IsNotifying(this)) throw;
+  }
   if (IsNotifying(this)) return;
   while (inFlight_ > 0) condition_.WaitWhileLocked(lock);
+  if (!isPublished) const_cast<Listeners*>(listeners_.load())->erase(listener);
   retired_.clear();
 }
 

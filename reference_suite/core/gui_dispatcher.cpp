@@ -1,6 +1,7 @@
 #include "suite/core/gui_dispatcher.h"
 
 #include <algorithm>
+#include <new>
 #include <vector>
 
 #include "exc/condition/condition.h"
@@ -17,6 +18,8 @@ struct Entry {
   GuiListener* listener = nullptr;
   int calls = 0;  // under way now
   bool isRemoved = false;
+
+  bool IsOf(const GuiListener* other) const { return listener == other && !isRemoved; }
 };
 
 // The calls in progress on this thread, innermost first: a listener may take itself out while it is called.
@@ -102,8 +105,8 @@ GuiDispatcher::~GuiDispatcher() = default;
 void GuiDispatcher::AddListener(GuiListener* listener) {
   exc::ScopeLock scope(state_->lock);
   const State::Entries& entries = *state_->entries;
-  const bool isKnown = std::any_of(entries.begin(), entries.end(),
-                                   [=](const auto& entry) { return entry->listener == listener; });
+  const bool isKnown =
+      std::any_of(entries.begin(), entries.end(), [=](const auto& entry) { return entry->IsOf(listener); });
   if (isKnown || listener == nullptr) return;
   State::Entries changed = entries;
   changed.push_back(std::make_shared<Entry>(Entry{listener, 0, false}));
@@ -112,14 +115,19 @@ void GuiDispatcher::AddListener(GuiListener* listener) {
 
 void GuiDispatcher::RemoveListener(GuiListener* listener) {
   exc::ScopeLock scope(state_->lock);
-  State::Entries changed = *state_->entries;
-  const auto found = std::find_if(changed.begin(), changed.end(),
-                                  [=](const auto& entry) { return entry->listener == listener; });
-  if (found == changed.end()) return;
+  const State::Entries& entries = *state_->entries;
+  const auto found =
+      std::find_if(entries.begin(), entries.end(), [=](const auto& entry) { return entry->IsOf(listener); });
+  if (found == entries.end()) return;
   const std::shared_ptr<Entry> entry = *found;
-  changed.erase(found);
-  state_->entries = std::make_shared<const State::Entries>(std::move(changed));
   entry->isRemoved = true;
+  try {
+    State::Entries changed = entries;
+    std::erase_if(changed, [](const auto& each) { return each->isRemoved; });
+    state_->entries = std::make_shared<const State::Entries>(std::move(changed));
+  } catch (const std::bad_alloc&) {
+    // It stays in the table until the next listener goes; nobody calls it.
+  }
   if (IsCalledOnThisThread(*entry)) return;
   while (entry->calls > 0) state_->callEnded.WaitWhileLocked(scope);
 }

@@ -56,6 +56,10 @@ void Resampler::Process_(const float* frames, std::size_t count) {
     RequireNoError(
         soxr_process(converter_, from, count - used, &usedNow, output_.data(), kOutputFrames, &made));
     used += usedNow;
+    // Samples near the largest number overflow in the filter.
+    for (std::size_t sample = 0; sample < made * store_.ChannelCount(); ++sample) {
+      if (!std::isfinite(output_[sample])) output_[sample] = 0.0F;
+    }
     store_.Append(output_.data(), made);
   } while (used < count || made > 0);
 }

@@ -1,0 +1,15 @@
+#pragma once
+
+#include <exception>
+#include <string>
+
+namespace orbel::host {
+
+// Whether an error says that the system refused a thread or memory: the same may be granted a moment later.
+// Threads    ANY.
+bool IsRefusalOfTheMoment(const std::exception& error);
+
+// What it was, as an operator reads it.
+std::string WhatWasRefused(const std::exception& error);
+
+}  // namespace orbel::host

@@ -1,0 +1,210 @@
+// Every kind of broken show, given to every verb: one clear message that names file and place, the right exit
+// status, and no file.
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+
+#include <filesystem>
+#include <functional>
+
+#include "tests/faults/circumstances.h"
+#include "tests/host/show_files.h"
+
+namespace faults {
+namespace {
+
+using host_tests::Ended;
+using host_tests::Orbel;
+using host_tests::ReadText;
+using host_tests::ShowFiles;
+using testing::HasSubstr;
+
+constexpr char kMidi[] = "songs/1 Waltz.mid";
+constexpr char kCues[] = "songs/1 Waltz.toml";
+
+struct BadShow {
+  const char* name;
+  std::function<void(const ShowFiles&)> damage;
+  const char* place;  // in the message: file, and line or byte
+  const char* words;
+};
+
+void PrintTo(const BadShow& show, std::ostream* out) {
+  *out << show.name;
+}
+
+std::function<void(const ShowFiles&)> Cues(const std::string& text) {
+  return [text](const ShowFiles& files) { files.Write(kCues, text); };
+}
+
+std::function<void(const ShowFiles&)> MidiByte(std::size_t at, const std::string& bytes) {
+  return [at, bytes](const ShowFiles& files) {
+    std::string midi = ReadText(files.At(kMidi).string());
+    midi.replace(at, bytes.size(), bytes);
+    files.Write(kMidi, midi);
+  };
+}
+
+std::function<void(const ShowFiles&)> File(const std::string& path, const std::string& text) {
+  return [path, text](const ShowFiles& files) { files.Write(path, text); };
+}
+
+std::function<void(const ShowFiles&)> Without(const std::string& path) {
+  return [path](const ShowFiles& files) { std::filesystem::remove_all(files.At(path)); };
+}
+
+class BadShows : public testing::TestWithParam<BadShow> {
+ protected:
+  BadShows() {
+    files_.AddSong("1", "Waltz", 8);
+    files_.AddSong("2", "Polka", 1);
+    GetParam().damage(files_);
+  }
+  void ExpectTold(const std::string& text) {
+    EXPECT_THAT(text, HasSubstr(GetParam().place));
+    EXPECT_THAT(text, HasSubstr(GetParam().words));
+  }
+  ShowFiles files_;
+};
+
+TEST_P(BadShows, AreRefusedInWordsByEveryVerb) {
+  const std::string out = files_.Beside("out.wav");
+  const std::vector<std::vector<std::string>> runs{{"info", files_.Show()},
+                                                   {"where", files_.Show(), "1", "1"},
+                                                   {"render", files_.Show(), "-o", out},
+                                                   {"play", files_.Show()}};
+  for (const auto& arguments : runs) {
+    SCOPED_TRACE(arguments[0]);
+    const Ended run = Orbel(arguments);
+    EXPECT_EQ(run.status, 1);
+    EXPECT_EQ(run.out, "");
+    ExpectEndedInWords(run);
+    ExpectTold(run.messages);
+    EXPECT_FALSE(std::filesystem::exists(out));
+    EXPECT_FALSE(std::filesystem::exists(out + ".part"));
+  }
+}
+
+TEST_P(BadShows, AreFoundByTheCheck) {
+  const Ended run = Orbel({"check", files_.Show()});
+  EXPECT_EQ(run.status, 5);
+  ExpectTold(run.out);
+}
+
+const std::vector<BadShow> kMidiFaults{
+    {"EmptyMidi", File(kMidi, ""), "songs/1 Waltz.mid", "byte 0"},
+    {"MidiWithoutTracks", File(kMidi, std::string("MThd\0\0\0\6\0\0\0\0\1\xE0", 14)), "songs/1 Waltz.mid",
+     "byte "},
+    {"SmpteDivision", MidiByte(12, "\xE7\x28"), "songs/1 Waltz.mid", "SMPTE"},
+    {"DivisionZero", MidiByte(12, std::string("\0\0", 2)), "songs/1 Waltz.mid", "byte 12"},
+    {"AbsurdTrackLength", MidiByte(18, "\xFF\xFF\xFF\xF0"), "songs/1 Waltz.mid", "byte 14"},
+    {"NoMidi", File(kMidi, "These are not the notes.\n"), "songs/1 Waltz.mid", "byte 0"},
+    {"FolderInsteadOfTheOnlyMidi",
+     [](const ShowFiles& files) {
+       std::filesystem::remove(files.At(kMidi));
+       std::filesystem::remove(files.At("songs/2 Polka.mid"));
+       std::filesystem::remove(files.At("data/2 Polka.obd"));
+       std::filesystem::create_directory(files.At(kMidi));
+     },
+     "songs/1 Waltz.mid", "is no regular file"}};
+
+const std::vector<BadShow> kNumberFaults{
+    {"TwoMidisWithOneNumber", File("songs/1 Other.mid", "MThd"), "songs/1 Other.mid", "songs/1 Waltz.mid"},
+    {"TwoTomlsWithOneNumber",
+     [](const ShowFiles& files) {
+       files.Write(kCues, "");
+       files.Write("songs/1 Other.toml", "");
+     },
+     "songs/1 Other.toml", "songs/1 Waltz.toml"},
+    {"NumberThatDiffersInZeros", File("songs/01 Other.mid", "MThd"), "songs/01 Other.mid",
+     "songs/1 Waltz.mid"},
+    {"FileWithoutABlank", File("songs/3Galop.mid", "MThd"), "songs/3Galop.mid", "12 Waltz.mid"},
+    {"TomlWithoutMidi", File("songs/3 Galop.toml", ""), "songs/3 Galop.toml", ""},
+    {"UnknownNumberInTheOrder", File("show.toml", "order = [\"1\", \"9\"]\n"), "show.toml:1:15", "\"9\""},
+    {"NumberTwiceInTheOrder", File("show.toml", "order = [\"1\", \"1\"]\n"), "show.toml:1:15", "\"1\""},
+    {"ShowTomlIsAFolder",
+     [](const ShowFiles& files) { std::filesystem::create_directory(files.At("show.toml")); }, "show.toml",
+     "is no regular file"},
+    {"NoSongs", Without("songs"), "songs", "NUMBER NAME.mid"}};
+
+const std::vector<BadShow> kCueFaults{
+    {"BrokenToml", Cues("[[vamp]\nfrom = \"1\"\n"), "songs/1 Waltz.toml:1", ""},
+    {"UnknownTable", Cues("[[vmp]]\nfrom = \"1\"\nto = \"2\"\n"), "songs/1 Waltz.toml:1", "vamp"},
+    {"UnknownKey", Cues("[[vamp]]\nfrom = \"1\"\nuntil = \"2\"\n"), "songs/1 Waltz.toml:3", "until"},
+    {"WrongType", Cues("attacca = \"yes\"\n"), "songs/1 Waltz.toml:1:11", "attacca"},
+    {"NumberForAPosition", Cues("[[caesura]]\nat = 3\n"), "songs/1 Waltz.toml:2:6", "position"},
+    {"ScaleOutOfRange", Cues("[[tempo]]\nat = \"1\"\nscale = 9.0\n"), "songs/1 Waltz.toml:3", "scale"},
+    {"BarThatDoesNotExist", Cues("[[caesura]]\nat = \"99\"\n"), "songs/1 Waltz.toml:2:6", "99"},
+    {"BeatThatDoesNotExist", Cues("[[caesura]]\nat = \"2.7\"\n"), "songs/1 Waltz.toml:2:6",
+     "beat 7 of bar 2"},
+    {"TickPastTheEnd", Cues("[[caesura]]\nat = { tick = 99999999 }\n"), "songs/1 Waltz.toml:2:6", "99999999"},
+    {"OverlappingLoops", Cues("[[vamp]]\nfrom = \"1\"\nto = \"4\"\n[[repeat]]\nfrom = \"2\"\nto = \"6\"\n"),
+     "songs/1 Waltz.toml:4", "vamp"},
+    {"CutIntoItself", Cues("[[cut]]\nfrom = \"4\"\nto = \"4\"\n"), "songs/1 Waltz.toml", "cut"},
+    {"WrongFormat", Cues("format = 7\n"), "songs/1 Waltz.toml:1:10", "7"},
+    {"CuesThatAreNoText", Cues(std::string("\0\xFF\xFE", 3)), "songs/1 Waltz.toml:1", ""},
+    {"DeepNesting", Cues("a = " + std::string(100'000, '[')), "songs/1 Waltz.toml:1", ""}};
+
+const auto kName = [](const testing::TestParamInfo<BadShow>& info) { return std::string(info.param.name); };
+INSTANTIATE_TEST_SUITE_P(Midi, BadShows, testing::ValuesIn(kMidiFaults), kName);
+INSTANTIATE_TEST_SUITE_P(Numbers, BadShows, testing::ValuesIn(kNumberFaults), kName);
+INSTANTIATE_TEST_SUITE_P(Cues, BadShows, testing::ValuesIn(kCueFaults), kName);
+
+TEST(ShowWithoutData, IsToldWithItsFolder) {
+  ShowFiles files;
+  files.AddSong("1", "Waltz", 1);
+  std::filesystem::remove_all(files.At("data"));
+  const Ended check = Orbel({"check", files.Show()});
+  EXPECT_EQ(check.status, 5);
+  EXPECT_THAT(check.out, HasSubstr("error: data: there is no such folder"));
+  for (const char* verb : {"render", "play"}) {
+    const Ended run = Orbel(verb == std::string("play") ? std::vector<std::string>{verb, files.Show()}
+                                                        : std::vector<std::string>{verb, files.Show(), "-o",
+                                                                                   files.Beside("out.wav")});
+    EXPECT_EQ(run.status, 1);
+    ExpectEndedInWords(run);
+    EXPECT_THAT(run.messages, HasSubstr("NUMBER NAME.obd"));
+  }
+  EXPECT_FALSE(std::filesystem::exists(files.Beside("out.wav")));
+}
+
+TEST(DataThatIsAFile, IsToldWithItsName) {
+  ShowFiles files;
+  files.AddSong("1", "Waltz", 1);
+  std::filesystem::remove_all(files.At("data"));
+  files.Write("data", "not a folder");
+  const Ended run = Orbel({"render", files.Show(), "-o", files.Beside("out.wav")});
+  EXPECT_EQ(run.status, 1);
+  ExpectEndedInWords(run);
+  EXPECT_THAT(run.messages, HasSubstr("data"));
+}
+
+TEST(AudioWithoutASong, KeepsNoSongFromBeingShown) {
+  ShowFiles files;
+  files.AddSong("1", "Waltz", 1);
+  files.Write("data/7 Lost.obd", "no audio");
+  const Ended check = Orbel({"check", files.Show()});
+  EXPECT_EQ(check.status, 5);
+  EXPECT_THAT(check.out, HasSubstr("error: data/7 Lost.obd"));
+  const Ended run = Orbel({"render", files.Show(), "-o", files.Beside("out.wav")});
+  EXPECT_EQ(run.status, 1);
+  ExpectEndedInWords(run);
+  EXPECT_THAT(run.messages, HasSubstr("7"));
+}
+
+// The reader itself is cut at every byte by its own tests: here a cut must come through the program as words.
+TEST(CutOffMidi, IsRefusedOrWarnedOfAtEveryTenthByte) {
+  ShowFiles files;
+  files.AddSong("1", "Waltz", 1);
+  const std::string whole = ReadText(files.At(kMidi).string());
+  for (std::size_t length = 0; length < whole.size(); length += 10) {
+    SCOPED_TRACE(length);
+    files.Write(kMidi, whole.substr(0, length));
+    const Ended run = Orbel({"info", files.Show()});
+    EXPECT_EQ(run.status, 1);
+    ExpectEndedInWords(run);
+    EXPECT_THAT(run.messages, HasSubstr("songs/1 Waltz.mid"));
+  }
+}
+
+}  // namespace
+}  // namespace faults

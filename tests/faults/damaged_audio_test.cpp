@@ -1,0 +1,165 @@
+// Audio that is cut off, damaged or strange: found by the check, and either played as far as it goes or told.
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+#include <sndfile.h>
+#include <sys/stat.h>
+
+#include <cmath>
+#include <filesystem>
+#include <limits>
+
+#include "tests/faults/circumstances.h"
+#include "tests/host/show_files.h"
+#include "tests/reference_suite/audio/support/sound_files.h"
+
+namespace faults {
+namespace {
+
+using host_tests::Ended;
+using host_tests::Orbel;
+using host_tests::ReadFloatWav;
+using host_tests::ShowFiles;
+using testing::HasSubstr;
+
+constexpr int kVorbis = SF_FORMAT_OGG | SF_FORMAT_VORBIS;
+constexpr int kRate = ShowFiles::kRate;
+constexpr int kBars = 4;
+
+// Song 1 has the audio that a test gives it, song 2 is sound.
+class DamagedAudio : public testing::Test {
+ protected:
+  DamagedAudio() {
+    files_.AddSong("1", "Waltz", kBars);
+    files_.AddSong("2", "Polka", 1);
+  }
+  std::string Audio() const { return files_.At("data/1 Waltz.obd").string(); }
+  std::string Ogg(int rate = kRate) const {
+    sound_files::Write(Audio(), kVorbis, rate, 1, sound_files::Noise(kBars * rate, 1));
+    return sound_files::Bytes(Audio());
+  }
+  void Give(const std::string& bytes) const { sound_files::WriteBytes(Audio(), bytes); }
+
+  Ended Check() const { return Orbel({"check", files_.Show()}); }
+  Ended Render(const std::string& song) const {
+    std::filesystem::remove(Out());
+    return Orbel({"render", files_.Show(), "-o", Out(), "--song", song});
+  }
+  std::string Out() const { return files_.Beside("out.wav"); }
+
+  // The check says so, and the song is played as long as it is written.
+  void ExpectPlaysWithAWarning(const std::string& words) const {
+    const Ended check = Check();
+    EXPECT_EQ(check.status, 0) << check.out;
+    EXPECT_THAT(check.out, HasSubstr("warning: data/1 Waltz.obd"));
+    EXPECT_THAT(check.out, HasSubstr(words));
+    EXPECT_EQ(Render("1").status, 0);
+    EXPECT_EQ(ReadFloatWav(Out()).size(), static_cast<std::size_t>(kBars * kRate));
+  }
+  // The check says so, the song is refused and leaves no file, and the other one plays.
+  void ExpectRefused(const std::string& words) const {
+    const Ended check = Check();
+    EXPECT_EQ(check.status, 5);
+    EXPECT_THAT(check.out, HasSubstr("data/1 Waltz.obd"));
+    EXPECT_THAT(check.out, HasSubstr(words));
+    const Ended run = Render("1");
+    EXPECT_EQ(run.status, 1);
+    ExpectEndedInWords(run);
+    EXPECT_THAT(run.messages, HasSubstr("1 Waltz.obd"));
+    EXPECT_THAT(run.messages, HasSubstr(words));
+    EXPECT_FALSE(std::filesystem::exists(Out()));
+    EXPECT_EQ(Render("2").status, 0);
+    EXPECT_EQ(ReadFloatWav(Out()).size(), static_cast<std::size_t>(kRate));
+  }
+
+  ShowFiles files_;
+};
+
+TEST_F(DamagedAudio, TruncatedOggPlaysWithSilenceAtItsEnd) {
+  const std::string song = Ogg();
+  Give(song.substr(0, song.size() / 2));
+  ExpectPlaysWithAWarning("is shorter than the song");
+  const std::vector<float> heard = ReadFloatWav(Out());
+  EXPECT_NE(heard[100], 0.0F);
+  EXPECT_EQ(heard.back(), 0.0F);
+}
+
+TEST_F(DamagedAudio, OggDamagedInTheMiddlePlaysWithSilenceThere) {
+  std::string song = Ogg();
+  song.replace(song.size() / 2, song.size() / 8, song.size() / 8, '\0');
+  Give(song);
+  ExpectPlaysWithAWarning("frames are lost and silent");
+}
+
+TEST_F(DamagedAudio, ChainedOggWhoseRateChangesIsRefused) {
+  const std::string second = Ogg(2 * kRate);
+  Give(Ogg() + second);
+  ExpectRefused("Keep one recording in each file");
+}
+
+TEST_F(DamagedAudio, EmptyFile) {
+  Give("");
+  ExpectRefused("the file is empty");
+}
+
+TEST_F(DamagedAudio, WavWithoutData) {
+  sound_files::Write(Audio(), SF_FORMAT_WAV | SF_FORMAT_PCM_16, kRate, 1, {});
+  ExpectRefused("holds no audio");
+}
+
+TEST_F(DamagedAudio, NotANumberAndEnormousSamplesAreSilencedAndClipped) {
+  std::vector<float> samples = host_tests::FramesFromZero(kBars * kRate);
+  samples[100] = std::numeric_limits<float>::quiet_NaN();
+  samples[101] = std::numeric_limits<float>::infinity();
+  samples[102] = 1e30F;
+  samples[103] = -1e30F;
+  host_tests::WriteWav(Audio(), samples, kRate);
+  EXPECT_THAT(Check().out, HasSubstr("2 samples that are not finite are replaced by 0"));
+  ASSERT_EQ(Orbel({"render", files_.Show(), "-o", Out(), "--format", "pcm16"}).status, 0);
+  const std::string wav = sound_files::Bytes(Out());
+  const std::size_t data = wav.find("data") + 8;
+  const auto sample = [&](std::size_t index) {
+    return static_cast<short>(static_cast<unsigned char>(wav[data + 2 * index]) |
+                              static_cast<unsigned char>(wav[data + 2 * index + 1]) << 8);
+  };
+  EXPECT_EQ(sample(100), 0);
+  EXPECT_EQ(sample(101), 0);
+  EXPECT_EQ(sample(102), 32767);
+  EXPECT_EQ(sample(103), -32768);
+}
+
+TEST_F(DamagedAudio, CutAtEveryThousandthBytePlaysOrIsRefused) {
+  const std::string song = Ogg();
+  for (std::size_t length = 0; length < song.size(); length += 1000) {
+    SCOPED_TRACE(length);
+    Give(song.substr(0, length));
+    const Ended run = Render("1");
+    ExpectEndedInWords(run);
+    EXPECT_THAT(run.messages, HasSubstr("1 Waltz.obd"));
+    EXPECT_EQ(std::filesystem::exists(Out()), run.status == 0);
+  }
+}
+
+TEST_F(DamagedAudio, Of27HoursIsRefusedInWordsBeforeItCostsMemory) {
+  const auto little = [](unsigned long long value, int bytes) {
+    std::string text;
+    for (int i = 0; i < bytes; ++i) text += static_cast<char>(value >> (8 * i) & 0xFF);
+    return text;
+  };
+  constexpr unsigned long long kBytes = 9'331'200'000ULL;
+  Give("RF64\xFF\xFF\xFF\xFFWAVEds64" + little(28, 4) + little(kBytes + 72, 8) + little(kBytes, 8) +
+       little(kBytes / 2, 8) + little(0, 4) + "fmt " + little(16, 4) + little(1, 2) + little(1, 2) +
+       little(48000, 4) + little(96000, 4) + little(2, 2) + little(16, 2) + "data\xFF\xFF\xFF\xFF");
+  std::filesystem::resize_file(Audio(), std::filesystem::file_size(Audio()) + kBytes);
+  const Limit limit(RLIMIT_AS, 1'000'000'000);
+  ExpectRefused("4665600000 frames are more than the 4294967295 that a song can have");
+}
+
+TEST_F(DamagedAudio, ThatIsReplacedBetweenLookingAndLoadingIsToldInWords) {
+  // The pipe stands for whatever takes the file's place; nobody waits for somebody to write into it.
+  std::filesystem::remove(Audio());
+  ASSERT_EQ(::mkfifo(Audio().c_str(), 0600), 0);
+  ExpectRefused("this is a pipe, not an audio file");
+}
+
+}  // namespace
+}  // namespace faults

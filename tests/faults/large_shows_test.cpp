@@ -1,0 +1,70 @@
+// Shows and songs that are larger than any evening.
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+
+#include <filesystem>
+
+#include "reference_suite/midi/standard_midi_file/smf_writer.h"
+#include "tests/faults/circumstances.h"
+#include "tests/host/show_files.h"
+
+namespace faults {
+namespace {
+
+using host_tests::Ended;
+using host_tests::Orbel;
+using host_tests::ShowFiles;
+using testing::HasSubstr;
+
+void WriteSmf(const ShowFiles& files, const std::string& path, const tesk_midi::SmfWriter& midi) {
+  const std::vector<std::uint8_t> bytes = midi.Bytes();
+  files.Write(path, std::string(bytes.begin(), bytes.end()));
+}
+
+TEST(LargeShow, OfTwoThousandSongsOpens) {
+  ShowFiles files;
+  files.AddSong("1", "Waltz", 1);
+  for (int number = 2; number <= 2000; ++number) {
+    const std::string title = std::to_string(number) + " Song";
+    std::filesystem::create_symlink(files.At("songs/1 Waltz.mid"), files.At("songs/" + title + ".mid"));
+    std::filesystem::create_symlink(files.At("data/1 Waltz.obd"), files.At("data/" + title + ".obd"));
+  }
+  const Ended where = Orbel({"where", files.Show(), "2000", "1.3"});
+  EXPECT_EQ(where.status, 0) << where.messages;
+  const Ended run = Orbel({"render", files.Show(), "-o", files.Beside("out.wav"), "--song", "1999"});
+  EXPECT_EQ(run.status, 0) << run.messages;
+  EXPECT_EQ(host_tests::ReadFloatWav(files.Beside("out.wav")).size(), ShowFiles::kRate);
+}
+
+TEST(LargeSong, OfTenThousandTemposPlays) {
+  ShowFiles files;
+  files.AddSong("1", "Waltz", 8);
+  tesk_midi::SmfWriter midi(480);
+  for (unsigned index = 0; index < 10'000; ++index) midi.Tempo(index, 300'000 + index);
+  midi.End(10'000);
+  WriteSmf(files, "songs/1 Waltz.mid", midi);
+  const Ended run = Orbel({"render", files.Show(), "-o", files.Beside("out.wav")});
+  EXPECT_EQ(run.status, 0) << run.messages;
+  // The sum of 10,000 ticks, each of its own length: 3,049,995,000 microseconds through 480, at 8,000 frames.
+  EXPECT_NEAR(static_cast<double>(host_tests::ReadFloatWav(files.Beside("out.wav")).size()), 50833.25,
+              5000.0);
+}
+
+TEST(LargeSong, Of27HoursOfMidiIsShownAndWarnedOf) {
+  ShowFiles files;
+  files.AddSong("1", "Waltz", 8);
+  tesk_midi::SmfWriter midi(480);
+  midi.Tempo(0, 1'000'000);
+  for (unsigned hour = 1; hour <= 27; ++hour) midi.Marker(hour * 3600 * 480, "Hour");
+  midi.End(27 * 3600 * 480);
+  WriteSmf(files, "songs/1 Waltz.mid", midi);
+  const Ended info = Orbel({"info", files.Show()});
+  EXPECT_EQ(info.status, 0) << info.messages;
+  EXPECT_THAT(info.out, HasSubstr("1620:00.000"));
+  const Ended check = Orbel({"check", files.Show()});
+  EXPECT_EQ(check.status, 0);
+  EXPECT_THAT(check.out, HasSubstr("is shorter than the song: 0:08.000 of 1620:00.000"));
+}
+
+}  // namespace
+}  // namespace faults

@@ -1,0 +1,153 @@
+// Loaded in front of the program: the system's calls, some of which are refused, delayed or wrong, as the
+// environment says.
+//
+//   ORBEL_REFUSE_THREAD=N           the N-th thread is refused, from 1
+//   ORBEL_REFUSE_THREAD_FOR_GOOD=1  and every one behind it
+//   ORBEL_REFUSE_MEMORY=N           the N-th allocation of C++ after the show was first looked at
+//   ORBEL_REFUSE_MEMORY_FOR_GOOD=1  and every one behind it
+//   ORBEL_REFUSE_READ=TEXT:BYTES    reading fails behind BYTES bytes of a file whose name contains TEXT
+//   ORBEL_SLOW_READ=US              every read takes as many microseconds longer
+//   ORBEL_JUMPY_CLOCK=1             the time of day jumps to and fro by hours
+#include <dlfcn.h>
+#include <errno.h>
+#include <pthread.h>
+#include <stdio.h>
+#include <stdlib.h>
+#include <string.h>
+#include <sys/stat.h>
+#include <sys/time.h>
+#include <time.h>
+#include <unistd.h>
+
+#include <atomic>
+#include <cstddef>
+#include <new>
+
+namespace {
+
+template <typename Function>
+Function Real(const char* name) {
+  return reinterpret_cast<Function>(dlsym(RTLD_NEXT, name));
+}
+
+long Number(const char* name) {
+  const char* const text = getenv(name);
+  return text == nullptr ? 0 : atol(text);
+}
+
+std::atomic<long> threads{0};
+std::atomic<long> allocations{0};
+std::atomic<bool> showSeen{false};
+std::atomic<unsigned> clockLooks{0};
+long refusedThread = 0;
+long refusedAllocation = 0;
+bool refusesThreadsForGood = false;
+bool refusesForGood = false;
+const char* refusedFile = nullptr;  // up to its ':'
+long refusedOffset = 0;
+useconds_t slowRead = 0;
+bool clockJumps = false;
+
+__attribute__((constructor)) void ReadEnvironment() {
+  refusedThread = Number("ORBEL_REFUSE_THREAD");
+  refusesThreadsForGood = Number("ORBEL_REFUSE_THREAD_FOR_GOOD") != 0;
+  refusedAllocation = Number("ORBEL_REFUSE_MEMORY");
+  refusesForGood = Number("ORBEL_REFUSE_MEMORY_FOR_GOOD") != 0;
+  refusedFile = getenv("ORBEL_REFUSE_READ");
+  if (refusedFile != nullptr) refusedOffset = atol(strrchr(refusedFile, ':') + 1);
+  slowRead = static_cast<useconds_t>(Number("ORBEL_SLOW_READ"));
+  clockJumps = Number("ORBEL_JUMPY_CLOCK") != 0;
+}
+
+bool IsRefused() {
+  if (refusedAllocation == 0 || !showSeen) return false;
+  const long count = ++allocations;
+  return count == refusedAllocation || (refusesForGood && count > refusedAllocation);
+}
+
+bool IsRefused(int file, long long end) {
+  if (refusedFile == nullptr || end <= refusedOffset) return false;
+  char link[64];
+  char name[4096];
+  snprintf(link, sizeof link, "/proc/self/fd/%d", file);
+  const ssize_t length = readlink(link, name, sizeof name - 1);
+  if (length <= 0) return false;
+  name[length] = '\0';
+  char wanted[256];
+  snprintf(wanted, sizeof wanted, "%.*s", static_cast<int>(strrchr(refusedFile, ':') - refusedFile),
+           refusedFile);
+  return strstr(name, wanted) != nullptr;
+}
+
+long Jump() {
+  static constexpr long kHour = 3600;
+  return (static_cast<long>(++clockLooks * 7U % 11U) - 5) * kHour;
+}
+
+}  // namespace
+
+// What C++ allocates. The C libraries that decode end the process themselves when they are refused some of
+// their smallest pieces, so they are granted what they ask for.
+void* operator new(std::size_t size) {
+  void* const memory = IsRefused() ? nullptr : malloc(size);
+  if (memory == nullptr) throw std::bad_alloc();
+  return memory;
+}
+void operator delete(void* memory) noexcept {
+  free(memory);
+}
+void operator delete(void* memory, std::size_t /*size*/) noexcept {
+  free(memory);
+}
+
+extern "C" {
+
+int pthread_create(pthread_t* thread, const pthread_attr_t* attributes, void* (*body)(void*),
+                   void* argument) {
+  static const auto real = Real<decltype(&pthread_create)>("pthread_create");
+  const long count = ++threads;
+  if (count == refusedThread || (refusesThreadsForGood && count > refusedThread)) return EAGAIN;
+  return real(thread, attributes, body, argument);
+}
+
+int stat(const char* path, struct stat* status) {
+  static const auto real = Real<decltype(&stat)>("stat");
+  showSeen = showSeen || strstr(path, "/show") != nullptr;
+  return real(path, status);
+}
+
+ssize_t read(int file, void* buffer, std::size_t count) {
+  static const auto real = Real<decltype(&read)>("read");
+  if (slowRead > 0) usleep(slowRead);
+  if (IsRefused(file, lseek(file, 0, SEEK_CUR) + static_cast<long long>(count))) {
+    errno = EIO;
+    return -1;
+  }
+  return real(file, buffer, count);
+}
+
+ssize_t pread(int file, void* buffer, std::size_t count, off_t offset) {
+  static const auto real = Real<decltype(&pread)>("pread");
+  if (slowRead > 0) usleep(slowRead);
+  if (IsRefused(file, offset + static_cast<long long>(count))) {
+    errno = EIO;
+    return -1;
+  }
+  return real(file, buffer, count, offset);
+}
+
+int clock_gettime(clockid_t clock, struct timespec* now) {
+  static const auto real = Real<decltype(&clock_gettime)>("clock_gettime");
+  const int result = real(clock, now);
+  if (clockJumps && clock == CLOCK_REALTIME) now->tv_sec += Jump();
+  return result;
+}
+
+int gettimeofday(struct timeval* now, void* zone) {
+  static const auto real = Real<int (*)(struct timeval*, void*)>("gettimeofday");
+  const int result = real(now, zone);
+  if (clockJumps) now->tv_sec += Jump();
+  return result;
+}
+
+}  // extern "C"
