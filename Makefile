@@ -1,6 +1,6 @@
 # Thin: every target calls the presets of CMakePresets.json or a script of tools/.
 .DEFAULT_GOAL := help
-.PHONY: help play test bench lint sanitize coverage mutate install packages
+.PHONY: help play test bench lint sanitize coverage mutate fuzz install packages
 STEP := tools/step.sh
 RELEASE := build/release
 ORBEL := $(RELEASE)/host/orbel
@@ -24,6 +24,7 @@ help:
 	@echo "make sanitize  the engine's tests under the address, undefined-behaviour and thread sanitizers"
 	@echo "make coverage  lines and branches of the engine that the tests reach; fails under 98 % and 90 %"
 	@echo "make mutate    break the engine in one place after the other: do its tests notice? (hours)"
+	@echo "make fuzz      a minute of random bytes for every reader and the planner (SECONDS=60)"
 	@echo "make bench     the benchmarks, beside peers that it installs; figures and goals in docs/performance.md"
 	@echo "make stress    50,000 random commands against a live player, plain and under the sanitizers; half an hour"
 	@echo "make soak      eight hours of song time at the speed of the machine; some minutes"
@@ -81,6 +82,11 @@ coverage: packages
 mutate: packages
 	@$(STEP) "configure for mutations" cmake --preset mutate --log-level=WARNING
 	@tools/mutate.py $(if $(MINUTES),--minutes $(MINUTES))
+
+fuzz: packages
+	@$(STEP) "configure fuzz" cmake --preset fuzz --log-level=WARNING
+	@$(STEP) "build the fuzzers" cmake --build --preset fuzz --target fuzzers
+	@tools/fuzz.sh $(SECONDS)
 
 bench: packages
 	@benchmarks/install_peers.sh

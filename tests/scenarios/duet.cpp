@@ -9,9 +9,6 @@
 namespace scenarios {
 namespace {
 
-// A vamp that nobody leaves runs for ever.
-constexpr long long kMostFramesPerSong = 500000;
-
 bool Contains(const std::vector<unsigned>& ticks, unsigned tick) {
   return std::find(ticks.begin(), ticks.end(), tick) != ticks.end();
 }
@@ -63,7 +60,7 @@ bool Duet::Step_() {
   Compare_(heard);
   if (report.event == tesk_audio::StepEvent::Caesura) return OnCaesura_();
   if (report.event == tesk_audio::StepEvent::End) return OnEnd_(false);
-  if (framesOfSong_ > kMostFramesPerSong) return false;
+  if (framesOfSong_ > mostFrames_) return false;
   untilAction_ -= static_cast<long long>(heard.size());
   if (untilAction_ <= 0 && !model_->OnCue()) Act_();
   return true;
