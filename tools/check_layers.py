@@ -59,7 +59,7 @@ THIRD_PARTY_MAY_STAND_IN = ["reference_suite", "host"] + FREE
 # A library's headers belong to the folders that need it.
 THIRD_PARTY_ONLY_IN = {"CLI/": ["host"], "nlohmann/": ["host"], "sndfile.h": ["reference_suite"],
                        "vorbis/": ["reference_suite", "host/demo"], "soxr.h": ["reference_suite"],
-                       "toml++/": ["reference_suite"], "jack/": ["reference_suite"],
+                       "toml++/": ["reference_suite"], "jack/": ["reference_suite"], "soundio/": ["reference_suite"],
                        "rubberband/": ["reference_suite"]}
 
 STANDARD = set("""

@@ -8,13 +8,14 @@ namespace orbel::host::cli {
 
 void AddSoundOptions(CLI::App& verb, PlayOptions& options) {
   OutputChoice& sound = options.sound;
-  verb.add_option(
-          "--output", options.output,
-          "jack; null: a clock without sound; auto: JACK, and a clock as long as it does not answer.\n"
-          "\"orbel render\" plays into a file")
-      ->check(CLI::IsMember({"auto", "jack", "null"}))
+  verb.add_option("--output", options.output,
+                  "jack; desktop: PulseAudio or ALSA; null: a clock without sound; auto: the first that\n"
+                  "answers, and a clock as long as none does.\n"
+                  "\"orbel render\" plays into a file")
+      ->check(CLI::IsMember({"auto", "jack", "desktop", "null"}))
       ->capture_default_str();
-  verb.add_option("--device", sound.device, "JACK: the server, if it is not the usual one");
+  verb.add_option("--device", sound.device,
+                  "The JACK server, or the output of the desktop, if it is not the usual one");
   verb.add_option("--rate", sound.rateHz, "Frames per second of the songs; default: those of the device")
       ->check(Between(8000.0, 384000.0));
   verb.add_option("--period", sound.periodFrames,
@@ -36,6 +37,9 @@ void AddSoundOptions(CLI::App& verb, PlayOptions& options) {
   verb.add_option("--on-device-loss", sound.onDeviceLoss,
                   "When the device fails: run-on (the show goes on unheard), hold (pause), end")
       ->check(CLI::IsMember({"run-on", "hold", "end"}))
+      ->capture_default_str();
+  verb.add_option("--stretch", sound.stretch, "Other tempos and keys: faster, or finer in pitch and level")
+      ->check(CLI::IsMember({"faster", "finer"}))
       ->capture_default_str();
   verb.add_option("--crossfade", sound.crossfadeMs, "Milliseconds at jumps; 0 splices bit-exactly")
       ->check(Between(0.0, 1000.0))

@@ -27,6 +27,8 @@ void Configure(tesk_audio::DeviceKind device, const OutputChoice& choice) {
   settings.aheadMs = choice.aheadMs;
   settings.crossfadeMs = choice.crossfadeMs;
   settings.fadeMs = choice.fadeMs;
+  settings.stretch =
+      choice.stretch == "finer" ? tesk_audio::StretchQuality::Finer : tesk_audio::StretchQuality::Faster;
   tesk_audio::ConfigureOutput(settings);
 }
 
@@ -61,13 +63,22 @@ class WrittenSoundFile : public SoundFile {
 }  // namespace
 
 void UseLiveOutput(const OutputChoice& choice) {
-  Configure(choice.output == "jack" ? tesk_audio::DeviceKind::Jack : tesk_audio::DeviceKind::Null, choice);
+  tesk_audio::DeviceKind kind = tesk_audio::DeviceKind::Null;
+  if (choice.output == "jack") kind = tesk_audio::DeviceKind::Jack;
+  if (choice.output == "desktop") kind = tesk_audio::DeviceKind::Desktop;
+  Configure(kind, choice);
 }
 
 std::vector<DeviceLine> LookAtDevices(const std::string& jackServer) {
-  const tesk_audio::DeviceInfo jack = tesk_audio::LookAtJack(jackServer);
-  return {{"jack", jack.name, jack.answers, jack.problem, jack.rateHz, jack.outputs, jack.periodFrames},
-          {"null", "a clock without sound", true, "", 0.0, 0, 0}};
+  const auto line = [](const char* output, const tesk_audio::DeviceInfo& info) {
+    return DeviceLine{output,      info.name,    info.answers,     info.problem,
+                      info.rateHz, info.outputs, info.periodFrames};
+  };
+  std::vector<DeviceLine> lines{line("jack", tesk_audio::LookAtJack(jackServer))};
+  for (const tesk_audio::DeviceInfo& info : tesk_audio::LookAtDesktop())
+    lines.push_back(line("desktop", info));
+  lines.push_back({"null", "a clock without sound", true, "", 0.0, 0, 0});
+  return lines;
 }
 
 void RequirePortPatterns(const std::vector<std::string>& patterns) {
@@ -97,6 +108,7 @@ bool RenderStep(Step* step, const FrameSink& sink) {
   step->event = ToEvent(report.event);
   step->sample = report.sampleIndex;
   step->frames = report.frames;
+  step->outputFrames = report.outputFrames;
   step->jumpFrom = report.jumpFrom;
   step->jumpTo = report.jumpTo;
   step->scale = static_cast<double>(report.scale);

@@ -13,7 +13,7 @@ namespace orbel::host {
 // How the output sounds. The one place at which the host meets a particular implementation of the audio
 // library.
 struct OutputChoice {
-  std::string output = "null";       // or "jack"
+  std::string output = "null";       // or "jack", "desktop"
   std::string device;                // JACK: the server; empty: the usual one
   double rateHz = 0.0;               // 0: that of the device or, if it takes any, of the show's first audio
   unsigned periodFrames = 256;       // where the device can choose
@@ -23,6 +23,7 @@ struct OutputChoice {
   double aheadMs = 15.0;                // rendered ahead of the device
   double crossfadeMs = 5.0;             // at jumps; 0: bit-exact splices
   double fadeMs = 3.0;                  // on start, pause and stop; 0 leaves every sample as it is
+  std::string stretch = "faster";       // or "finer": other tempos and keys than the recorded ones
 };
 
 // Process-wide, before a show is opened. Threads: HOST.
@@ -31,7 +32,7 @@ void UseOfflineOutput(const OutputChoice& choice);
 
 // A device that could be played to, or why it cannot.
 struct DeviceLine {
-  std::string output;  // "jack", "null"
+  std::string output;  // "jack", "desktop", "null"
   std::string name;
   bool answers = false;
   std::string problem;
@@ -66,9 +67,10 @@ bool ReadMeters(Meters* meters);
 struct Step {
   enum class Event { None, Jump, Caesura, End, Attacca };
   Event event = Event::None;
-  SampleCount sample = 0;    // first frame of song audio read
-  SampleCount frames = 0;    // how many; 0 at a caesura and at the end
-  SampleCount jumpFrom = 0;  // differs from jumpTo when a jump was taken, also one that led to the event
+  SampleCount sample = 0;        // first frame of song audio read
+  SampleCount frames = 0;        // how many; 0 at a caesura and at the end
+  SampleCount outputFrames = 0;  // what they became
+  SampleCount jumpFrom = 0;      // differs from jumpTo when a jump was taken, also one that led to the event
   SampleCount jumpTo = 0;
   double scale = 1.0;
   int transposition = 0;

@@ -8,12 +8,18 @@ namespace orbel::host {
 
 OutputChoice ChooseOutput(const std::string& output, OutputChoice wishes) {
   RequirePortPatterns(wishes.connect);
-  wishes.output = output == "auto" ? "jack" : output;
+  wishes.output = output;
   if (wishes.output == "null") return wishes;
   const std::vector<DeviceLine> devices = LookAtDevices(wishes.device);
+  if (output == "auto") {
+    const auto first = std::find_if(devices.begin(), devices.end(), [](const DeviceLine& line) {
+      return line.answers && line.output != "null";
+    });
+    wishes.output = first == devices.end() ? "jack" : first->output;
+  }
   const auto chosen = std::find_if(devices.begin(), devices.end(),
                                    [&](const DeviceLine& line) { return line.output == wishes.output; });
-  if (chosen->answers && wishes.rateHz == 0.0) wishes.rateHz = chosen->rateHz;
+  if (chosen->answers && chosen->rateHz > 0.0 && wishes.rateHz == 0.0) wishes.rateHz = chosen->rateHz;
   return wishes;
 }
 

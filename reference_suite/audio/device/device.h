@@ -52,6 +52,8 @@ class Device {
   // It has said that it takes no more frames, and why. Many a device dies without a word.
   virtual bool HasFailed() const { return false; }
   virtual std::string GetFailure() const { return ""; }
+  // Seconds for which it may rightly ask for nothing.
+  virtual double GetPatienceSeconds() const { return 0.5; }
   // At present it has no clock: how fast it takes frames tells nothing.
   virtual bool IsFreewheeling() const { return false; }
 

@@ -6,7 +6,6 @@ namespace tesk_audio {
 
 namespace {
 
-constexpr double kPatienceSeconds = 0.5;
 constexpr double kPatiencePeriods = 8.0;
 constexpr double kLongestStepSeconds = 0.05;
 constexpr double kFastestPace = 2.0;
@@ -25,7 +24,7 @@ DeviceWatch::Verdict DeviceWatch::Judge(const Look& look) {
   hasLast_ = true;
   last_ = look;
 
-  const double patience = std::max(kPatienceSeconds, kPatiencePeriods * look.periodFrames / look.rateHz);
+  const double patience = std::max(look.patienceSeconds, kPatiencePeriods * look.periodFrames / look.rateHz);
   if (silentSeconds_ >= patience) return Verdict::Silent;
 
   const double window = look.seconds - windowStart_.seconds;

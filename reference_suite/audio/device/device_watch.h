@@ -18,7 +18,8 @@ class DeviceWatch {
     long long framesAsked = 0;
     unsigned periodFrames = 0;
     double rateHz = 0.0;
-    bool freewheels = false;  // its pace tells nothing
+    double patienceSeconds = 0.5;  // for which it may ask for nothing
+    bool freewheels = false;       // its pace tells nothing
   };
 
   // Looks come often, at least twenty times a second. A machine that has been asleep suspects nobody: what

@@ -20,5 +20,7 @@ struct DeviceInfo {
 
 // `server`: empty for the usual one. May block for as long as the server hangs.
 DeviceInfo LookAtJack(const std::string& server);
+// The usual output first; a single one that does not answer when there is no desktop with sound.
+std::vector<DeviceInfo> LookAtDesktop();
 
 }  // namespace tesk_audio

@@ -1,6 +1,7 @@
 // Alone in its object, so that a program can put another in its place.
 #include "reference_suite/audio/device/open_device.h"
 
+#include "reference_suite/audio/device/desktop_device.h"
 #include "reference_suite/audio/device/jack_device.h"
 #include "reference_suite/audio/device/null_device.h"
 
@@ -11,6 +12,11 @@ DeviceSource MakeDeviceSource(const OutputSettings& settings, double rateHz, uns
     const auto links = std::make_shared<JackLinks>(JackWishes{channels, settings.outputs, settings.connect});
     return [=]() -> std::unique_ptr<Device> {
       return std::make_unique<JackDevice>(settings.deviceName, channels, links);
+    };
+  }
+  if (settings.device == DeviceKind::Desktop) {
+    return [=]() -> std::unique_ptr<Device> {
+      return std::make_unique<DesktopDevice>(settings, rateHz, channels);
     };
   }
   return [=] { return std::make_unique<NullDevice>(rateHz, channels, settings.periodFrames); };

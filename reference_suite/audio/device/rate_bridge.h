@@ -36,6 +36,7 @@ class RateBridge : public Device, private DeviceCallback {
   long long GetXrunCount() const override { return device_->GetXrunCount(); }
   bool HasFailed() const override { return device_->HasFailed(); }
   std::string GetFailure() const override { return device_->GetFailure(); }
+  double GetPatienceSeconds() const override { return device_->GetPatienceSeconds(); }
   bool IsFreewheeling() const override { return device_->IsFreewheeling(); }
   void Start(DeviceCallback& callback) override;
   void Stop() override;

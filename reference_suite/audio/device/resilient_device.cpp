@@ -114,6 +114,7 @@ void ResilientDevice::LookAtDevice_() {
   look.framesAsked = running_.gate->GetFramesAsked();
   look.periodFrames = device.GetPeriodFrames();
   look.rateHz = shape_.rateHz;
+  look.patienceSeconds = device.GetPatienceSeconds();
   look.freewheels = device.IsFreewheeling();
   const DeviceWatch::Verdict verdict = watch_.Judge(look);
   if (device.HasFailed()) {

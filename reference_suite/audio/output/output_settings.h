@@ -12,6 +12,7 @@ enum class DeviceKind {
   Null,     // a clock without sound: paced like a real device
   Offline,  // no thread and no clock: whoever steps it renders
   Jack,     // a client of a JACK server
+  Desktop,  // PulseAudio or ALSA
 };
 
 // What becomes of playback when the device fails.

@@ -31,7 +31,7 @@ struct Watched {
   }
 
   DeviceWatch watch;
-  DeviceWatch::Look look{0.0, 0, 0, 256, 48'000.0, false};
+  DeviceWatch::Look look{0.0, 0, 0, 256, 48'000.0, 0.5, false};
 };
 
 TEST(DeviceWatch, ADeviceThatKeepsTimeIsFine) {

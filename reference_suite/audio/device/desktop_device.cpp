@@ -1,0 +1,227 @@
+#include "reference_suite/audio/device/desktop_device.h"
+
+#include <unistd.h>
+
+#include <algorithm>
+#include <cmath>
+#include <cstdlib>
+#include <numeric>
+#include <system_error>
+
+#include "reference_suite/audio/device/device_clock.h"
+#include "suite/audio/errors.h"
+#include "suite/utility/thread_names.h"
+
+namespace tesk_audio {
+
+namespace {
+
+constexpr std::size_t kSliceFrames = 1024;
+constexpr long long kNewsNanoseconds = 50'000'000;
+
+// Asking a sound system that does not run could start it, or print on the terminal.
+bool PulseAudioRuns() {
+  if (std::getenv("PULSE_SERVER") != nullptr) return true;
+  const char* const folder = std::getenv("XDG_RUNTIME_DIR");
+  const std::string runtime = folder != nullptr ? folder : "/run/user/" + std::to_string(::getuid());
+  return ::access((runtime + "/pulse/native").c_str(), F_OK) == 0;
+}
+
+bool AlsaHasCards() {
+  return ::access("/dev/snd/controlC0", F_OK) == 0;
+}
+
+// Null when neither answers.
+SoundIo* Connect() {
+  SoundIo* const soundio = ::soundio_create();
+  if (soundio == nullptr) return nullptr;
+  soundio->app_name = "orbel";
+  // What the library does by itself would end the program.
+  soundio->on_backend_disconnect = [](SoundIo*, int) {};
+  const bool pulse = PulseAudioRuns() && ::soundio_connect_backend(soundio, SoundIoBackendPulseAudio) == 0;
+  if (pulse || (AlsaHasCards() && ::soundio_connect_backend(soundio, SoundIoBackendAlsa) == 0)) {
+    ::soundio_flush_events(soundio);
+    return soundio;
+  }
+  ::soundio_destroy(soundio);
+  return nullptr;
+}
+
+// The one of that name, or the usual one; null when there is none.
+SoundIoDevice* FindOutput(SoundIo* soundio, const std::string& name) {
+  const int count = ::soundio_output_device_count(soundio);
+  for (int i = 0; !name.empty() && i < count; ++i) {
+    SoundIoDevice* const device = ::soundio_get_output_device(soundio, i);
+    if (name == device->name || name == device->id) return device;
+    ::soundio_device_unref(device);
+  }
+  const int usual = ::soundio_default_output_device_index(soundio);
+  return name.empty() && usual >= 0 ? ::soundio_get_output_device(soundio, usual) : nullptr;
+}
+
+std::string Missing(const std::string& name) {
+  return "There is no output \"" + name + "\" on this desktop; \"orbel devices\" lists what there is.";
+}
+
+constexpr char kNoDesktop[] =
+    "Neither PulseAudio nor ALSA answers. Log in to a desktop with sound, plug a sound card in, or choose "
+    "another "
+    "output.";
+
+}  // namespace
+
+DesktopDevice::DesktopDevice(const OutputSettings& settings, double rateHz, unsigned channels)
+    : channels_(channels),
+      periodFrames_(settings.periodFrames),
+      outputs_(settings.outputs),
+      soundio_(Connect()),
+      frames_(kSliceFrames * channels) {
+  if (soundio_ == nullptr) throw TESKAudioError(kNoDesktop);
+  soundio_->userdata = this;
+  soundio_->on_backend_disconnect = [](SoundIo* soundio, int) {
+    static_cast<DesktopDevice*>(soundio->userdata)->failed_ = true;
+  };
+  device_.reset(FindOutput(soundio_.get(), settings.deviceName));
+  if (device_ == nullptr) throw TESKAudioError(Missing(settings.deviceName));
+  if (outputs_.empty()) {
+    outputs_.resize(std::max(2U, channels));
+    std::iota(outputs_.begin(), outputs_.end(), 1U);
+  }
+  OpenStream_(settings, rateHz);
+}
+
+DesktopDevice::~DesktopDevice() {
+  Stop();
+}
+
+void DesktopDevice::OpenStream_(const OutputSettings& settings, double rateHz) {
+  stream_.reset(::soundio_outstream_create(device_.get()));
+  const int wanted = static_cast<int>(std::lround(rateHz));
+  stream_->userdata = this;
+  stream_->name = "orbel";
+  stream_->format = SoundIoFormatFloat32NE;
+  stream_->sample_rate = ::soundio_device_nearest_sample_rate(device_.get(), wanted);
+  const unsigned highest = *std::max_element(outputs_.begin(), outputs_.end());
+  const SoundIoChannelLayout* const layout =
+      ::soundio_channel_layout_get_default(static_cast<int>(std::max(2U, highest)));
+  if (layout != nullptr && ::soundio_device_supports_layout(device_.get(), layout)) stream_->layout = *layout;
+  stream_->software_latency = 2.0 * settings.periodFrames / stream_->sample_rate;
+  stream_->write_callback = [](SoundIoOutStream* stream, int, int most) {
+    static_cast<DesktopDevice*>(stream->userdata)->Write_(most);
+  };
+  stream_->underflow_callback = [](SoundIoOutStream* stream) {
+    ++static_cast<DesktopDevice*>(stream->userdata)->xruns_;
+  };
+  stream_->error_callback = [](SoundIoOutStream* stream, int) {
+    static_cast<DesktopDevice*>(stream->userdata)->failed_ = true;
+  };
+  const int error = ::soundio_outstream_open(stream_.get());
+  if (error != 0) {
+    throw TESKAudioError("The output \"" + std::string(device_->name) + "\" cannot be opened: " +
+                         ::soundio_strerror(error) + ". Close other programs, or choose another output.");
+  }
+}
+
+std::string DesktopDevice::GetDescription() const {
+  return std::string(::soundio_backend_name(soundio_->current_backend)) + " \"" + device_->name + "\", " +
+         std::to_string(stream_->sample_rate) + " Hz";
+}
+
+void DesktopDevice::Start(DeviceCallback& callback) {
+  if (runs_) return;
+  callback_ = &callback;
+  const int error = ::soundio_outstream_start(stream_.get());
+  if (error != 0) {
+    throw TESKAudioError("The output \"" + std::string(device_->name) +
+                         "\" does not start: " + ::soundio_strerror(error) + ". Choose another output.");
+  }
+  const int result = ::pthread_create(&news_, nullptr, &DesktopDevice::NewsBody_, this);
+  if (result != 0) {
+    throw TESKAudioError("The desktop output cannot start its thread: " +
+                         std::generic_category().message(result) + ". Close other programs.");
+  }
+  runs_ = true;
+}
+
+void DesktopDevice::Stop() {
+  if (!runs_) return;
+  stops_ = true;
+  ::pthread_join(news_, nullptr);
+  stream_.reset();
+  runs_ = false;
+}
+
+void* DesktopDevice::NewsBody_(void* self) {
+  exc::thread_names.SetNameOfCurrentThread("DesktopNews");
+  auto& device = *static_cast<DesktopDevice*>(self);
+  while (!device.stops_) {
+    ::soundio_flush_events(device.soundio_.get());
+    SleepFor(kNewsNanoseconds);
+  }
+  return nullptr;
+}
+
+void DesktopDevice::Write_(int mostFrames) {
+  for (int left = mostFrames; left > 0;) {
+    SoundIoChannelArea* areas = nullptr;
+    int count = std::min(left, static_cast<int>(kSliceFrames));
+    if (::soundio_outstream_begin_write(stream_.get(), &areas, &count) != 0) {
+      failed_ = true;
+      return;
+    }
+    if (count <= 0) return;
+    Fill_(areas, count);
+    if (::soundio_outstream_end_write(stream_.get()) != 0) return;
+    left -= count;
+  }
+  double seconds = 0.0;
+  if (::soundio_outstream_get_latency(stream_.get(), &seconds) == 0) {
+    latency_ = static_cast<unsigned>(std::lround(std::max(0.0, seconds) * stream_->sample_rate));
+  }
+}
+
+void DesktopDevice::Fill_(SoundIoChannelArea* areas, int frames) {
+  const int outputs = stream_->layout.channel_count;
+  for (int done = 0; done < frames;) {
+    const int count = std::min(frames - done, static_cast<int>(kSliceFrames));
+    callback_->Process(frames_.data(), static_cast<std::size_t>(count));
+    for (int output = 0; output < outputs; ++output) {
+      const auto heard = std::find(outputs_.begin(), outputs_.end(), static_cast<unsigned>(output + 1));
+      const std::size_t channel = static_cast<std::size_t>(heard - outputs_.begin()) % channels_;
+      for (int i = 0; i < count; ++i) {
+        const float sample =
+            heard == outputs_.end() ? 0.0F : frames_[static_cast<std::size_t>(i) * channels_ + channel];
+        *reinterpret_cast<float*>(areas[output].ptr + areas[output].step * (done + i)) =
+            std::clamp(sample, -1.0F, 1.0F);
+      }
+    }
+    done += count;
+  }
+}
+
+std::vector<DeviceInfo> LookAtDesktop() {
+  std::vector<DeviceInfo> found;
+  const std::unique_ptr<SoundIo, void (*)(SoundIo*)> soundio(Connect(), &::soundio_destroy);
+  if (soundio == nullptr) {
+    DeviceInfo none;
+    none.kind = DeviceKind::Desktop;
+    none.problem = kNoDesktop;
+    return {none};
+  }
+  const int count = ::soundio_output_device_count(soundio.get());
+  for (int i = 0; i < count; ++i) {
+    SoundIoDevice* const device = ::soundio_get_output_device(soundio.get(), i);
+    DeviceInfo info;
+    info.kind = DeviceKind::Desktop;
+    info.name = device->name;
+    info.answers = true;
+    info.rateHz = device->sample_rate_current;
+    info.outputs = static_cast<unsigned>(device->current_layout.channel_count);
+    found.insert(i == ::soundio_default_output_device_index(soundio.get()) ? found.begin() : found.end(),
+                 info);
+    ::soundio_device_unref(device);
+  }
+  return found;
+}
+
+}  // namespace tesk_audio

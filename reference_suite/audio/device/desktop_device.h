@@ -1,0 +1,71 @@
+#pragma once
+
+#include <pthread.h>
+#include <soundio/soundio.h>
+
+#include <atomic>
+#include <memory>
+#include <string>
+#include <vector>
+
+#include "reference_suite/audio/device/device.h"
+#include "reference_suite/audio/device/list_devices.h"
+
+namespace tesk_audio {
+
+// An output of PulseAudio (and of what answers in its place) or of ALSA, for machines without JACK.
+//
+// Threads    the sound system's thread calls the callback; a thread of our own takes its news.
+// Render     the callback's frames are spread over the outputs; nothing is allocated.
+class DesktopDevice : public Device {
+ public:
+  // The output called so, or the usual one when the name is empty; at the rate wanted, or the nearest that it
+  // has. Throws TESKAudioError.
+  DesktopDevice(const OutputSettings& settings, double rateHz, unsigned channels);
+  ~DesktopDevice() override;
+  DesktopDevice(const DesktopDevice&) = delete;
+  DesktopDevice& operator=(const DesktopDevice&) = delete;
+
+  double GetRateHz() const override { return stream_->sample_rate; }
+  unsigned GetChannelCount() const override { return channels_; }
+  unsigned GetPeriodFrames() const override { return periodFrames_; }
+  unsigned GetLatencyFrames() const override { return latency_; }
+  std::string GetDescription() const override;
+  unsigned GetOutputCount() const override { return static_cast<unsigned>(stream_->layout.channel_count); }
+  long long GetXrunCount() const override { return xruns_; }
+  // A sound server that was idle takes up to two seconds at a time at first.
+  double GetPatienceSeconds() const override { return 2.5; }
+  bool HasFailed() const override { return failed_; }
+  std::string GetFailure() const override { return "the sound system has ended the stream"; }
+  void Start(DeviceCallback& callback) override;
+  void Stop() override;
+
+ private:
+  struct Closer {
+    void operator()(SoundIo* soundio) const { ::soundio_destroy(soundio); }
+    void operator()(SoundIoDevice* device) const { ::soundio_device_unref(device); }
+    void operator()(SoundIoOutStream* stream) const { ::soundio_outstream_destroy(stream); }
+  };
+
+  void OpenStream_(const OutputSettings& settings, double rateHz);
+  void Write_(int mostFrames);
+  void Fill_(SoundIoChannelArea* areas, int frames);
+  static void* NewsBody_(void* self);
+
+  const unsigned channels_;
+  unsigned periodFrames_;
+  std::vector<unsigned> outputs_;  // from 1
+  std::unique_ptr<SoundIo, Closer> soundio_;
+  std::unique_ptr<SoundIoDevice, Closer> device_;
+  std::unique_ptr<SoundIoOutStream, Closer> stream_;
+  DeviceCallback* callback_ = nullptr;
+  std::vector<float> frames_;
+  std::atomic<unsigned> latency_{0};
+  std::atomic<long long> xruns_{0};
+  std::atomic<bool> failed_{false};
+  std::atomic<bool> stops_{false};
+  pthread_t news_{};
+  bool runs_ = false;
+};
+
+}  // namespace tesk_audio
