@@ -84,6 +84,10 @@ void AddRender(CLI::App& app, Action* action) {
   verb->add_option("--crossfade", options->crossfadeMs, "Milliseconds at jumps; 0 splices bit-exactly")
       ->check(Between(0.0, 1000.0))
       ->capture_default_str();
+  verb->add_option("--stretch", options->stretch,
+                   "Other tempos and keys: faster, or finer in pitch and level")
+      ->check(CLI::IsMember({"faster", "finer"}))
+      ->capture_default_str();
   verb->add_option("--rate", options->rateHz, "Frames per second; default: those of the song's audio")
       ->check(WholeBetween(8000, 384000));
   verb->add_option("--format", options->format, "float, pcm24 or pcm16 (WAV), flac or ogg")

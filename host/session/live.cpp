@@ -4,7 +4,7 @@
 #include <utility>
 
 #include "host/session/output_choice.h"
-#include "host/session/recorded_tempo.h"
+#include "host/session/known_positions.h"
 #include "host/session/shown_text.h"
 #include "host/session/song_clock.h"
 

@@ -8,8 +8,8 @@
 #include "host/session/conductor.h"
 #include "host/session/failure.h"
 #include "host/session/interrupts.h"
+#include "host/session/known_positions.h"
 #include "host/session/overwriting.h"
-#include "host/session/recorded_tempo.h"
 #include "host/session/session.h"
 #include "host/session/shown_text.h"
 #include "host/session/song_clock.h"
@@ -21,6 +21,7 @@ namespace {
 OutputChoice ChooseOutput(const RenderOptions& options) {
   OutputChoice choice;
   choice.rateHz = options.rateHz;
+  choice.stretch = options.stretch;
   choice.crossfadeMs = options.crossfadeMs;
   choice.fadeMs = 0.0;  // nothing is switched on or off here: every sample stays as it is
   return choice;
@@ -74,7 +75,6 @@ class Renderer {
 };
 
 RenderResult Renderer::Run() {
-  RequireRecordedTempo(session_, directions_.script.value_or(std::vector<ScriptLine>()), options_.scriptPath);
   if (directions_.script) RequireKnownPositions(session_, *directions_.script, options_.scriptPath);
   for (const tesk_midi::Problem& problem : session_.GetProblems()) {
     result_.problems.push_back(tesk_midi::ToString(problem));
@@ -109,7 +109,7 @@ bool Renderer::Step_() {
 
 bool Renderer::OnStep_(const Step& step, TraceRow row) {
   static constexpr const char* kNames[] = {"", "jump", "caesura", "end", "attacca"};
-  row.outputFrame = result_.frames - step.frames;
+  row.outputFrame = result_.frames - step.outputFrames;
   row.frames = step.frames;
   row.scale = step.scale;
   row.transposition = step.transposition;

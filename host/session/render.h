@@ -18,6 +18,7 @@ struct RenderOptions {
   std::string tracePath;
   double crossfadeMs = 5.0;
   double rateHz = 0.0;  // 0: the audio's own
+  std::string stretch = "finer";
   std::string format = "float";
 };
 

@@ -93,24 +93,6 @@ std::vector<tesk_midi::Problem> CheckSongAudio(const ShowFolder& show, const std
 std::vector<tesk_midi::Problem> CheckSongCues(const ShowFolder& show, const std::string& song) {
   std::vector<tesk_midi::Problem> problems;
   const CL::SongLog& log = show.GetLog(song);
-  const tesk_midi::SongData& data = show.GetData().GetSong(song);
-  for (const CL::TempoScale& tempo : log.tempoScales) {
-    if (tempo.GetScale() == 1.0) continue;
-    problems.push_back(
-        Make(song, show.CueFile(song), tempo.GetLine(),
-             "the tempo scale " + ShortNumber(tempo.GetScale()) + " at " +
-                 tesk_midi::PositionToString(data, tempo.abs_time()) +
-                 " cannot be played: this version plays at the recorded tempo; take the cue out",
-             false));
-  }
-  for (const CL::Transpose& transpose : log.transposes) {
-    if (transpose.GetSemitones() == 0) continue;
-    problems.push_back(Make(song, show.CueFile(song), transpose.GetLine(),
-                            "the transposition by " + std::to_string(transpose.GetSemitones()) +
-                                " semitones at " + tesk_midi::PositionToString(data, transpose.abs_time()) +
-                                " cannot be played: this version plays in the recorded key; take the cue out",
-                            false));
-  }
   if (log.attacca != 0 && !HasSongAfter(show, song)) {
     problems.push_back(
         Make(song, show.CueFile(song), 0,

@@ -3,6 +3,7 @@
 #include <signal.h>
 
 #include <filesystem>
+#include <set>
 #include <sstream>
 
 #include "tests/host/run_orbel.h"
@@ -344,37 +345,40 @@ TEST_F(Render, TheTraceHasOneRowAReadAndItsFramesAreTheFile) {
   EXPECT_EQ(events, "1:jump@3840 1:attacca@5760 2:caesura@1920 2:end@3840 ");
 }
 
-// ---- what is refused, and what is left behind ----------------------------------------------------
+// ---- other tempos and keys -------------------------------------------------------------------------
 
-TEST_F(Render, ATempoScaleIsRefusedWithFileLineAndCue) {
-  files_.AddSong("1", "Waltz", 4, "[[tempo]]\nat = \"3\"\nscale = 0.95\n");
-  const Ended run = Play({});
-  EXPECT_EQ(run.status, 1);
-  EXPECT_EQ(run.messages,
-            "orbel: songs/1 Waltz.toml:2: the tempo scale 0.95 at 3.1.0 of song 1: this version plays at the "
-            "recorded "
-            "tempo and key only; take the cue out, or set it to 1.0 or 0\n");
-  EXPECT_FALSE(std::filesystem::exists(Out()));
+TEST_F(Render, OtherTemposAndKeysArePlayedAndTraced) {
+  files_.AddSong("1", "Waltz", 4,
+                 "[[tempo]]\nat = \"2\"\nscale = 0.8\n[[transpose]]\nat = \"3\"\nsemitones = -2\n");
+  const std::string trace = files_.Beside("trace.csv");
+  const std::string script = Script("at 4 tempo 0.5\n");
+  const Ended run = Play({"--script", script, "--trace", trace});
+  ASSERT_EQ(run.status, 0) << run.messages;
+  const auto rows = Rows(ReadText(trace));
+  double length = 0.0;
+  std::set<std::string> factors;
+  for (std::size_t i = 1; i < rows.size(); ++i) {
+    EXPECT_NEAR(std::stod(rows[i][0]), length, 1.0);
+    length += std::stod(rows[i][3]) / std::stod(rows[i][6]);
+    factors.insert(rows[i][6] + "/" + rows[i][7]);
+  }
+  EXPECT_EQ(factors, (std::set<std::string>{"1/0", "0.8/0", "0.8/-2", "0.4/-2"}));
+  EXPECT_NEAR(static_cast<double>(ReadFloatWav(Out()).size()), length, 1.0);
 }
 
-TEST_F(Render, ATranspositionIsRefusedWithFileLineAndCue) {
-  files_.AddSong("1", "Waltz", 4, "attacca = true\n");
-  files_.AddSong("2", "Polka", 4, "[[transpose]]\nat = \"2\"\nsemitones = -2\n");
-  const Ended run = Play({});
-  EXPECT_EQ(run.status, 1);
-  EXPECT_EQ(run.messages,
-            "orbel: songs/2 Polka.toml:2: the transposition by -2 semitones at 2.1.0 of song 2: this version "
-            "plays at "
-            "the recorded tempo and key only; take the cue out, or set it to 1.0 or 0\n");
+TEST_F(Render, TheStretchIsFinerUnlessAskedOtherwise) {
+  files_.AddSong("1", "Waltz", 2, "[[tempo]]\nat = \"1\"\nscale = 0.9\n");
+  const auto heard = [this](const std::vector<std::string>& options) {
+    EXPECT_EQ(Play(options).status, 0);
+    return ReadFloatWav(Out());
+  };
+  const auto usual = heard({});
+  EXPECT_EQ(usual, heard({"--stretch", "finer"}));
+  EXPECT_NE(usual, heard({"--stretch", "faster"}));
+  EXPECT_EQ(Play({"--stretch", "finest"}).status, 2);
 }
 
-TEST_F(Render, ATempoInAScriptIsRefusedWithItsLine) {
-  files_.AddSong("1", "Waltz", 4);
-  const std::string path = Script("at 2 tempo 1\nat 3 tempo 0.5\n");
-  const Ended run = Play({"--script", path});
-  EXPECT_EQ(run.status, 1);
-  EXPECT_THAT(run.messages, HasSubstr(path + ":2: \"tempo 0.5\": this version plays at the recorded tempo"));
-}
+// ---- what is left behind -----------------------------------------------------------------------------
 
 TEST_F(Render, CtrlCLeavesNoFile) {
   files_.AddSong("1", "Waltz", 8, "[[vamp]]\nfrom = \"1\"\nto = \"9\"\n");
