@@ -4,7 +4,8 @@ include(CMakePackageConfigHelpers)
 set(package_folder ${CMAKE_INSTALL_LIBDIR}/cmake/orbel)
 
 install(TARGETS orbel EXPORT orbelTargets)
-foreach(folder exc suite Sources player_core reference_suite/audio/output)
+foreach(folder exc suite Sources player_core reference_suite/audio/output reference_suite/audio/device
+        reference_suite/audio/stretch)
   get_filename_component(parent ${folder} DIRECTORY)
   install(DIRECTORY ${PROJECT_SOURCE_DIR}/${folder} DESTINATION include/orbel/${parent} FILES_MATCHING PATTERN "*.h")
 endforeach()

@@ -5,11 +5,18 @@
 namespace orbel::host::terminal {
 namespace {
 
-const StageStatus kStatus{"1 Ouvertüre", "12.3", 132.04, "playing", "13.1 vamp back to 9.1"};
+const StageStatus kStatus{"1 Ouvertüre", "12.3", 132.04, "playing", "13.1 vamp back to 9.1", ""};
 
 TEST(StatusLine, SaysSongPlaceTempoStateAndWhatComesNext) {
   EXPECT_EQ(StatusLine(kStatus, 200),
             "1 Ouvertüre   bar 12.3   132 bpm   playing   next: 13.1 vamp back to 9.1");
+}
+
+TEST(StatusLine, EndsWithWhatTheSoundIsUpToWhenThereIsSomethingToSay) {
+  StageStatus status = kStatus;
+  status.sound = "silent: JACK is gone";
+  EXPECT_EQ(StatusLine(status, 200),
+            "1 Ouvertüre   bar 12.3   132 bpm   playing   next: 13.1 vamp back to 9.1   silent: JACK is gone");
 }
 
 TEST(StatusLine, IsCutToTheWidthInCharactersAndNeverInsideOne) {
