@@ -3,8 +3,8 @@
 #include <algorithm>
 #include <utility>
 
-#include "host/session/output_choice.h"
 #include "host/session/known_positions.h"
+#include "host/session/output_choice.h"
 #include "host/session/shown_text.h"
 #include "host/session/song_clock.h"
 

@@ -15,8 +15,9 @@ TEST(StatusLine, SaysSongPlaceTempoStateAndWhatComesNext) {
 TEST(StatusLine, EndsWithWhatTheSoundIsUpToWhenThereIsSomethingToSay) {
   StageStatus status = kStatus;
   status.sound = "silent: JACK is gone";
-  EXPECT_EQ(StatusLine(status, 200),
-            "1 Ouvertüre   bar 12.3   132 bpm   playing   next: 13.1 vamp back to 9.1   silent: JACK is gone");
+  EXPECT_EQ(
+      StatusLine(status, 200),
+      "1 Ouvertüre   bar 12.3   132 bpm   playing   next: 13.1 vamp back to 9.1   silent: JACK is gone");
 }
 
 TEST(StatusLine, IsCutToTheWidthInCharactersAndNeverInsideOne) {

@@ -63,9 +63,9 @@ bool ForbidSystemCalls() {
   struct sigaction action {};
   action.sa_handler = &CountSystemCall;
   ::sigaction(SIGSYS, &action, nullptr);
-  const std::array allowed{SYS_exit,           SYS_exit_group,   SYS_munmap,          SYS_madvise,
-                           SYS_rt_sigprocmask, SYS_rt_sigreturn, SYS_clock_nanosleep, SYS_nanosleep,
-                           SYS_rseq};
+  const std::array allowed{
+      SYS_exit,         SYS_exit_group,      SYS_munmap,    SYS_madvise, SYS_rt_sigprocmask,
+      SYS_rt_sigreturn, SYS_clock_nanosleep, SYS_nanosleep, SYS_rseq};
   std::vector<sock_filter> filter{BPF_STMT(BPF_LD | BPF_W | BPF_ABS, offsetof(seccomp_data, nr))};
   for (std::size_t i = 0; i < allowed.size(); ++i) {
     const auto jump = static_cast<__u8>(allowed.size() - i);
