@@ -12,7 +12,7 @@ class LockImpl_;
 // A named lock that owns its implementation. The utility library supplies the implementation, so a host can
 // record, trace or replace every mutex of the engine by its name.
 //
-// Threads    ANY. The holder must not take a basic_lock again; a basic_rlock it may, as often as it gives up.
+// Threads    ANY. The holder must not take a basic_lock again; a basic_rlock it may, and gives up each take.
 // Variants   only `false` exists; both templates are instantiated in basic_lock.cpp.
 template <bool b>
 class basic_lock : public ExLock {
