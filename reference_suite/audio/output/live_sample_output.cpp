@@ -24,11 +24,12 @@ LiveSampleOutput::LiveSampleOutput(AudioPlayerOutputInterface& player, std::uniq
       stepLock_("AudioSampleOutput_Step"),
       step_(player, device_->GetChannelCount(), device_->GetRateHz(), settings.crossfadeMs, settings.stretch),
       quantum_(step_.GetQuantum()),
+      mostFrames_(step_.GetMostFrames()),
       aheadFrames_(std::max(FramesOf_(settings.aheadMs), device_->GetPeriodFrames() + quantum_)),
       fadeFrames_(FramesOf_(settings.fadeMs)),
       // Room for what is rendered ahead twice over: while the device has not yet passed over what was
       // dropped, the same amount is rendered anew.
-      ring_(4 * (std::max<std::size_t>(aheadFrames_, kMostPeriod + quantum_) + step_.GetMostFrames()),
+      ring_(4 * (std::max<std::size_t>(aheadFrames_, kMostPeriod + quantum_) + mostFrames_),
             device_->GetChannelCount()),
       feed_(ring_, device_->GetChannelCount(), fadeFrames_),
       // As many reads as the ring can hold at four times the tempo, and some that cues cut short.
@@ -79,7 +80,7 @@ bool LiveSampleOutput::NeedsFrames_() const {
   // Another device, or the same server after a change, can have a longer period.
   const std::size_t ahead =
       std::max(aheadFrames_, std::min(device_->GetPeriodFrames(), kMostPeriod) + quantum_);
-  return GetRingFill_() < ahead && ring_.GetFree() >= step_.GetMostFrames();
+  return GetRingFill_() < ahead && ring_.GetFree() >= mostFrames_;
 }
 
 }  // namespace tesk_audio

@@ -137,6 +137,7 @@ class LiveSampleOutput : public AudioSampleOutput,
   exc::Lockable stepLock_;
   RenderStep step_ EXC_GUARDED_BY(stepLock_);
   std::size_t quantum_;
+  std::size_t mostFrames_;  // that one step makes
   std::size_t aheadFrames_;
   std::size_t fadeFrames_;
   FrameRing ring_;
