@@ -44,6 +44,7 @@ bool DeviceFeed::IsClosed() const {
 void DeviceFeed::Process(float* out, std::size_t frames) noexcept {
   // The command first: what was dropped before it was given is then surely seen.
   const std::uint64_t command = command_;
+  waitedFor_ = false;
   ObeyDrop_();
   ObeyCommand_(command);
   for (std::size_t done = 0; done < frames;) {
@@ -58,7 +59,8 @@ bool DeviceFeed::IsReady(std::size_t frames) const noexcept {
   if (!open_ || closing_ || NumberOf(command_) != obeyed_) return true;
   const std::uint64_t from = std::max<std::uint64_t>(ring_.GetReadPosition(), dropBefore_);
   const std::uint64_t to = ring_.GetWritePosition();
-  return to >= from + frames || to >= end_;
+  waitedFor_ = to < from + frames && to < end_;
+  return !waitedFor_;
 }
 
 void DeviceFeed::ObeyDrop_() {

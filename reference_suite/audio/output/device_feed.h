@@ -46,6 +46,8 @@ class DeviceFeed : public DeviceCallback {
   std::uint64_t GetAudiblePosition() const { return audible_; }
   // Frames of silence because the ring ran short.
   long long GetUnderrunFrames() const { return underrunFrames_; }
+  // A device without a clock asks for more frames than there are, and waits.
+  bool IsWaitedFor() const { return waitedFor_; }
 
   void Process(float* out, std::size_t frames) noexcept override;
   bool IsReady(std::size_t frames) const noexcept override;
@@ -77,6 +79,7 @@ class DeviceFeed : public DeviceCallback {
   std::atomic<unsigned> latency_{0};
   std::atomic<std::uint64_t> audible_{0};
   std::atomic<long long> underrunFrames_{0};
+  mutable std::atomic<bool> waitedFor_{false};
 
   // The device's thread only.
   bool open_ = false;

@@ -125,6 +125,7 @@ void LiveSampleOutput::WaitForTask_(exc::ScopeLock& lock) {
 
 LiveSampleOutput::Task LiveSampleOutput::NextTask_() {
   feed_.SetLatency(device_->GetLatencyFrames());
+  NoteWhatWasTaken_();
   if (exits_) return Task::Exit;
   if (stopRequested_) {
     CloseFeed_(stopFadeFrames_);

@@ -16,16 +16,19 @@ constexpr unsigned kMostPeriod = 8192;
 }  // namespace
 
 LiveSampleOutput::LiveSampleOutput(AudioPlayerOutputInterface& player, std::unique_ptr<Device> device,
-                                   const OutputSettings& settings)
+                                   const OutputSettings& settings, Clock clock)
     : exc::Lockable("AudioSampleOutput"),
       player_(player),
+      clock_(std::move(clock)),
       lossPolicy_(settings.onDeviceLoss),
       device_(std::move(device)),
       stepLock_("AudioSampleOutput_Step"),
       step_(player, device_->GetChannelCount(), device_->GetRateHz(), settings.crossfadeMs, settings.stretch),
       quantum_(step_.GetQuantum()),
       mostFrames_(step_.GetMostFrames()),
-      aheadFrames_(std::max(FramesOf_(settings.aheadMs), device_->GetPeriodFrames() + quantum_)),
+      // Less than that and the render thread, which looks a few times per read, could come too late.
+      aheadFrames_(std::max(FramesOf_(settings.aheadMs),
+                            std::min<std::size_t>(device_->GetPeriodFrames(), quantum_) + quantum_)),
       fadeFrames_(FramesOf_(settings.fadeMs)),
       // Room for what is rendered ahead twice over: while the device has not yet passed over what was
       // dropped, the same amount is rendered anew.
@@ -76,11 +79,22 @@ std::size_t LiveSampleOutput::GetRingFill_() const {
   return static_cast<std::size_t>(ring_.GetWritePosition() - start);
 }
 
-bool LiveSampleOutput::NeedsFrames_() const {
-  // Another device, or the same server after a change, can have a longer period.
-  const std::size_t ahead =
-      std::max(aheadFrames_, std::min(device_->GetPeriodFrames(), kMostPeriod) + quantum_);
-  return GetRingFill_() < ahead && ring_.GetFree() >= mostFrames_;
+void LiveSampleOutput::NoteWhatWasTaken_() {
+  const std::uint64_t position = ring_.GetReadPosition();
+  if (position == takenPosition_) return;
+  takenPosition_ = position;
+  takenAt_ = clock_();
+}
+
+// What is rendered cannot be changed any more by a performer's go, so a frame is rendered when it is due to
+// sound in less than a period and what is rendered ahead. A device with a long period takes more than that at
+// once: its next period is rendered while the one that it has taken sounds.
+std::size_t LiveSampleOutput::GetWantedFill_() const {
+  // Another device, or the same server after a change, can have another period.
+  const std::size_t most = std::min(device_->GetPeriodFrames(), kMostPeriod) + quantum_;
+  if (aheadFrames_ >= most || feed_.IsWaitedFor()) return std::max(aheadFrames_, most);
+  const double sounding = static_cast<double>(clock_() - takenAt_) * 1e-9 * device_->GetRateHz();
+  return std::min(most, aheadFrames_ + static_cast<std::size_t>(std::max(0.0, sounding)));
 }
 
 }  // namespace tesk_audio

@@ -5,6 +5,7 @@
 #include <atomic>
 #include <cstddef>
 #include <cstdint>
+#include <functional>
 #include <memory>
 #include <string>
 #include <vector>
@@ -48,9 +49,12 @@ class LiveSampleOutput : public AudioSampleOutput,
                          private StepGate,
                          private DeviceLossListener {
  public:
+  // Nanoseconds of the clock by which the device takes frames.
+  using Clock = std::function<long long()>;
+
   // The device runs from now on, with silence. Throws TESKAudioError when it, or a thread, cannot be started.
   LiveSampleOutput(AudioPlayerOutputInterface& player, std::unique_ptr<Device> device,
-                   const OutputSettings& settings);
+                   const OutputSettings& settings, Clock clock = &MonotonicNow);
   // The player lock must not be held by whoever deletes, unless PrepareForExit has come before.
   ~LiveSampleOutput() override;
   LiveSampleOutput(const LiveSampleOutput&) = delete;
@@ -129,9 +133,12 @@ class LiveSampleOutput : public AudioSampleOutput,
   std::size_t FramesOf_(double milliseconds) const;
   // Frames that are rendered and still to be heard.
   std::size_t GetRingFill_() const;
-  bool NeedsFrames_() const;
+  void NoteWhatWasTaken_();
+  std::size_t GetWantedFill_() const;
+  bool NeedsFrames_() const { return GetRingFill_() < GetWantedFill_() && ring_.GetFree() >= mostFrames_; }
 
   AudioPlayerOutputInterface& player_;
+  const Clock clock_;
   const DeviceLossPolicy lossPolicy_;
   std::unique_ptr<Device> device_;
   exc::Lockable stepLock_;
@@ -146,9 +153,11 @@ class LiveSampleOutput : public AudioSampleOutput,
   LoadMeter load_;                         // of the steps while running
   std::vector<std::atomic<float>> peaks_;  // per channel, of what was rendered
   exc::ExFlag seekFlag_;
-  std::atomic<std::uint64_t> contentStart_{0};  // in the ring; what lies before was dropped
-  std::atomic<bool> switched_{false};           // another content: the ring still holds the one before
-  std::atomic<bool> inAttacca_{false};          // the player switches the content itself, without a gap
+  std::atomic<std::uint64_t> takenPosition_{0};  // in the ring, up to which the device had taken frames
+  std::atomic<long long> takenAt_{0};            // when that was seen to change; by the clock
+  std::atomic<std::uint64_t> contentStart_{0};   // in the ring; what lies before was dropped
+  std::atomic<bool> switched_{false};            // another content: the ring still holds the one before
+  std::atomic<bool> inAttacca_{false};           // the player switches the content itself, without a gap
 
   TimedCondition renderWakes_;  // both with this object's lock
   TimedCondition changed_;

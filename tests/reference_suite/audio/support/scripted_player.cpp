@@ -101,7 +101,7 @@ void ScriptedPlayer::AddToSampleIndex(long long samples) {
 
 const long long* ScriptedPlayer::DueJump_() {
   const auto jumps = songs_[song_].jumps.find(index_);
-  if (jumps == songs_[song_].jumps.end()) return nullptr;
+  if (go || jumps == songs_[song_].jumps.end()) return nullptr;
   const std::size_t done = jumpsDone_[index_];
   return done < jumps->second.size() ? &jumps->second[done] : nullptr;
 }

@@ -53,6 +53,7 @@ class ScriptedPlayer : public tesk_audio::AudioPlayerOutputInterface {
   }
 
   // ---- what the performer changes while it plays; acts from the next read on
+  std::atomic<bool> go{false};  // no jump is taken any more
   std::atomic<double> liveScale{1.0};
   std::atomic<int> liveSemitones{0};
 

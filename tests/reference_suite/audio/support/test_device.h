@@ -23,7 +23,10 @@ class TestDevice : public tesk_audio::Device {
   double GetRateHz() const override { return rateHz_; }
   unsigned GetChannelCount() const override { return channels_; }
   unsigned GetPeriodFrames() const override { return periodFrames_; }
-  unsigned GetLatencyFrames() const override { return latency; }
+  unsigned GetLatencyFrames() const override {
+    ++looks_;
+    return latency;
+  }
   std::string GetDescription() const override { return "test device"; }
 
   void Start(tesk_audio::DeviceCallback& callback) override {
@@ -50,6 +53,12 @@ class TestDevice : public tesk_audio::Device {
     callback_->Process(taken.data(), frames);
     Keep_(taken);
     return taken;
+  }
+
+  // Whether it would find that many.
+  bool IsReady(std::size_t frames) {
+    const std::lock_guard lock(callbackMutex_);
+    return callback_ != nullptr && callback_->IsReady(frames);
   }
 
   void Spin(bool spins) {
@@ -82,6 +91,9 @@ class TestDevice : public tesk_audio::Device {
     heard_.clear();
   }
 
+  // How often the latency was asked for, which a render thread does whenever it looks for what to do.
+  long long GetLooks() const { return looks_; }
+
   std::atomic<unsigned> latency{0};
   bool refuses = false;
 
@@ -96,6 +108,7 @@ class TestDevice : public tesk_audio::Device {
   double rateHz_;
   unsigned channels_;
   unsigned periodFrames_;
+  mutable std::atomic<long long> looks_{0};
   mutable std::mutex callbackMutex_;
   tesk_audio::DeviceCallback* callback_ = nullptr;
   mutable std::mutex mutex_;
