@@ -1,7 +1,5 @@
 #pragma once
 
-#include <sys/resource.h>
-
 #include <string>
 #include <utility>
 #include <vector>
@@ -27,29 +25,6 @@ class Environment {
 
 // The system's calls answer as `variables` say; they stand at the top of preload/refusals.cpp.
 Environment Refusing(Environment::Variables variables);
-
-// A limit of the system: RLIMIT_NOFILE, RLIMIT_FSIZE, ...
-class Limit {
- public:
-  Limit(__rlimit_resource resource, rlim_t value);
-  ~Limit();
-  Limit(const Limit&) = delete;
-  Limit& operator=(const Limit&) = delete;
-
- private:
-  __rlimit_resource resource_;
-  rlimit before_{};
-};
-
-// A user who may do nothing special; root may read everything. Only root can become somebody else.
-class Nobody {
- public:
-  Nobody();
-  ~Nobody();
-  Nobody(const Nobody&) = delete;
-  Nobody& operator=(const Nobody&) = delete;
-  static bool IsPossible();
-};
 
 // The end of a program that was refused something: by itself, and with words that a person wrote.
 void ExpectEndedInWords(const host_tests::Ended& run);

@@ -11,6 +11,7 @@
 #include "tests/faults/circumstances.h"
 #include "tests/host/show_files.h"
 #include "tests/reference_suite/audio/support/sound_files.h"
+#include "tests/support/limit.h"
 
 namespace faults {
 namespace {
@@ -19,6 +20,7 @@ using host_tests::Ended;
 using host_tests::Orbel;
 using host_tests::ReadFloatWav;
 using host_tests::ShowFiles;
+using test_support::Limit;
 using testing::HasSubstr;
 
 constexpr int kVorbis = SF_FORMAT_OGG | SF_FORMAT_VORBIS;

@@ -8,6 +8,7 @@
 
 #include "tests/faults/circumstances.h"
 #include "tests/host/show_files.h"
+#include "tests/support/limit.h"
 
 namespace faults {
 namespace {
@@ -16,6 +17,7 @@ using host_tests::Ended;
 using host_tests::Orbel;
 using host_tests::RunningOrbel;
 using host_tests::ShowFiles;
+using test_support::Limit;
 using testing::HasSubstr;
 
 class Disk : public testing::Test {

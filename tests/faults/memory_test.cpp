@@ -5,6 +5,7 @@
 
 #include "tests/faults/circumstances.h"
 #include "tests/host/show_files.h"
+#include "tests/support/limit.h"
 
 namespace faults {
 namespace {
@@ -12,6 +13,7 @@ namespace {
 using host_tests::Ended;
 using host_tests::Orbel;
 using host_tests::ShowFiles;
+using test_support::Limit;
 using testing::HasSubstr;
 
 class RefusedMemory : public testing::TestWithParam<bool> {

@@ -7,6 +7,7 @@
 
 #include "tests/faults/circumstances.h"
 #include "tests/host/show_files.h"
+#include "tests/support/nobody.h"
 
 namespace faults {
 namespace {
@@ -16,6 +17,7 @@ namespace fs = std::filesystem;
 using host_tests::Ended;
 using host_tests::Orbel;
 using host_tests::ShowFiles;
+using test_support::Nobody;
 using testing::HasSubstr;
 using testing::Not;
 
@@ -82,7 +84,6 @@ TEST_F(StrangeFiles, PipeInsteadOfMidi) {
 }
 
 TEST_F(StrangeFiles, FilesThatMayNotBeRead) {
-  if (!Nobody::IsPossible()) GTEST_SKIP() << "only root can become somebody who may not read a file";
   fs::permissions(files_.Show() + "/..", fs::perms::all);
   fs::permissions(files_.At("data/1 Waltz.obd"), fs::perms::none);
   {
@@ -97,7 +98,6 @@ TEST_F(StrangeFiles, FilesThatMayNotBeRead) {
 }
 
 TEST_F(StrangeFiles, FolderThatMayNotBeRead) {
-  if (!Nobody::IsPossible()) GTEST_SKIP() << "only root can become somebody who may not read a folder";
   fs::permissions(files_.At("data"), fs::perms::none);
   const Nobody nobody;
   for (const char* verb : {"check", "play", "info"}) {

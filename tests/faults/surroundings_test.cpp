@@ -8,6 +8,7 @@
 
 #include "tests/faults/circumstances.h"
 #include "tests/host/show_files.h"
+#include "tests/support/limit.h"
 
 namespace faults {
 namespace {
@@ -17,6 +18,7 @@ using host_tests::Orbel;
 using host_tests::ReadText;
 using host_tests::RunningOrbel;
 using host_tests::ShowFiles;
+using test_support::Limit;
 using testing::HasSubstr;
 
 class Surroundings : public testing::Test {

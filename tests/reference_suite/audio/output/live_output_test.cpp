@@ -1,6 +1,5 @@
 // The live output: a real render thread, and a device that is turned by hand or spins freely.
 #include <gtest/gtest.h>
-#include <unistd.h>
 
 #include <atomic>
 #include <chrono>
@@ -16,7 +15,9 @@
 #include "tests/reference_suite/audio/support/logged_exceptions.h"
 #include "tests/reference_suite/audio/support/offline_run.h"
 #include "tests/support/cout_capture.h"
+#include "tests/support/limit.h"
 #include "tests/support/no_threads.h"
+#include "tests/support/nobody.h"
 #include "tests/support/staircase_content.h"
 #include "tests/support/throws_with_text.h"
 
@@ -684,12 +685,17 @@ TEST(LiveOutput, AThreadThatCannotBeStartedIsTold) {
       "The audio output cannot start its thread: Resource temporarily unavailable. Close other programs."));
 }
 
+// The system grants real-time priority to root, and to others within a limit.
+struct NoRealTime {
+  test_support::Limit limit{RLIMIT_RTPRIO, 0};
+  test_support::Nobody nobody;
+};
+
 TEST(LiveOutput, WithoutTheRightToRealTimeItPlaysAndSaysSo) {
-  if (::geteuid() != 0) GTEST_SKIP() << "only root can give the right up";
   const test_support::CoutCapture console;
-  ASSERT_EQ(::seteuid(65534), 0);
+  auto refused = std::make_unique<NoRealTime>();
   LiveRun run(Songs{{.frames = 3'000}});
-  ASSERT_EQ(::seteuid(0), 0);
+  refused.reset();
   EXPECT_EQ(console.Text(),
             "NOTICE: the system grants the audio output no real-time priority; sound may drop out when other "
             "programs are busy.\n");
