@@ -65,8 +65,7 @@ std::string Missing(const std::string& name) {
 
 constexpr char kNoDesktop[] =
     "Neither PulseAudio nor ALSA answers. Log in to a desktop with sound, plug a sound card in, or choose "
-    "another "
-    "output.";
+    "another output.";
 
 }  // namespace
 
@@ -87,25 +86,25 @@ DesktopDevice::DesktopDevice(const OutputSettings& settings, double rateHz, unsi
     outputs_.resize(std::max(2U, channels));
     std::iota(outputs_.begin(), outputs_.end(), 1U);
   }
-  OpenStream_(settings, rateHz);
+  OpenStream_(rateHz);
 }
 
 DesktopDevice::~DesktopDevice() {
   Stop();
 }
 
-void DesktopDevice::OpenStream_(const OutputSettings& settings, double rateHz) {
+void DesktopDevice::OpenStream_(double wantedHz) {
   stream_.reset(::soundio_outstream_create(device_.get()));
-  const int wanted = static_cast<int>(std::lround(rateHz));
   stream_->userdata = this;
   stream_->name = "orbel";
   stream_->format = SoundIoFormatFloat32NE;
-  stream_->sample_rate = ::soundio_device_nearest_sample_rate(device_.get(), wanted);
+  stream_->sample_rate =
+      ::soundio_device_nearest_sample_rate(device_.get(), static_cast<int>(std::lround(wantedHz)));
   const unsigned highest = *std::max_element(outputs_.begin(), outputs_.end());
   const SoundIoChannelLayout* const layout =
       ::soundio_channel_layout_get_default(static_cast<int>(std::max(2U, highest)));
   if (layout != nullptr && ::soundio_device_supports_layout(device_.get(), layout)) stream_->layout = *layout;
-  stream_->software_latency = 2.0 * settings.periodFrames / stream_->sample_rate;
+  stream_->software_latency = 2.0 * periodFrames_ / stream_->sample_rate;
   stream_->write_callback = [](SoundIoOutStream* stream, int, int most) {
     static_cast<DesktopDevice*>(stream->userdata)->Write_(most);
   };
@@ -120,16 +119,20 @@ void DesktopDevice::OpenStream_(const OutputSettings& settings, double rateHz) {
     throw TESKAudioError("The output \"" + std::string(device_->name) + "\" cannot be opened: " +
                          ::soundio_strerror(error) + ". Close other programs, or choose another output.");
   }
+  rateHz_ = stream_->sample_rate;
+  outputCount_ = static_cast<unsigned>(stream_->layout.channel_count);
 }
 
 std::string DesktopDevice::GetDescription() const {
   return std::string(::soundio_backend_name(soundio_->current_backend)) + " \"" + device_->name + "\", " +
-         std::to_string(stream_->sample_rate) + " Hz";
+         std::to_string(std::lround(rateHz_)) + " Hz";
 }
 
 void DesktopDevice::Start(DeviceCallback& callback) {
   if (runs_) return;
   callback_ = &callback;
+  stops_ = false;
+  if (stream_ == nullptr) OpenStream_(rateHz_);
   const int error = ::soundio_outstream_start(stream_.get());
   if (error != 0) {
     throw TESKAudioError("The output \"" + std::string(device_->name) +
@@ -137,6 +140,7 @@ void DesktopDevice::Start(DeviceCallback& callback) {
   }
   const int result = ::pthread_create(&news_, nullptr, &DesktopDevice::NewsBody_, this);
   if (result != 0) {
+    stream_.reset();
     throw TESKAudioError("The desktop output cannot start its thread: " +
                          std::generic_category().message(result) + ". Close other programs.");
   }

@@ -26,12 +26,12 @@ class DesktopDevice : public Device {
   DesktopDevice(const DesktopDevice&) = delete;
   DesktopDevice& operator=(const DesktopDevice&) = delete;
 
-  double GetRateHz() const override { return stream_->sample_rate; }
+  double GetRateHz() const override { return rateHz_; }
   unsigned GetChannelCount() const override { return channels_; }
   unsigned GetPeriodFrames() const override { return periodFrames_; }
   unsigned GetLatencyFrames() const override { return latency_; }
   std::string GetDescription() const override;
-  unsigned GetOutputCount() const override { return static_cast<unsigned>(stream_->layout.channel_count); }
+  unsigned GetOutputCount() const override { return outputCount_; }
   long long GetXrunCount() const override { return xruns_; }
   // A sound server that was idle takes up to two seconds at a time at first.
   double GetPatienceSeconds() const override { return 2.5; }
@@ -47,23 +47,27 @@ class DesktopDevice : public Device {
     void operator()(SoundIoOutStream* stream) const { ::soundio_outstream_destroy(stream); }
   };
 
-  void OpenStream_(const OutputSettings& settings, double rateHz);
+  void OpenStream_(double wantedHz);
   void Write_(int mostFrames);
   void Fill_(SoundIoChannelArea* areas, int frames);
   static void* NewsBody_(void* self);
 
   const unsigned channels_;
-  unsigned periodFrames_;
+  const unsigned periodFrames_;
+  double rateHz_ = 0.0;
+  unsigned outputCount_ = 0;
   std::vector<unsigned> outputs_;  // from 1
   std::unique_ptr<SoundIo, Closer> soundio_;
   std::unique_ptr<SoundIoDevice, Closer> device_;
-  std::unique_ptr<SoundIoOutStream, Closer> stream_;
   DeviceCallback* callback_ = nullptr;
   std::vector<float> frames_;
   std::atomic<unsigned> latency_{0};
   std::atomic<long long> xruns_{0};
   std::atomic<bool> failed_{false};
   std::atomic<bool> stops_{false};
+  // The last, since its thread uses the others. Only closing ends its calls: none once the device has been
+  // stopped.
+  std::unique_ptr<SoundIoOutStream, Closer> stream_;
   pthread_t news_{};
   bool runs_ = false;
 };

@@ -17,10 +17,9 @@ constexpr double kBurstSeconds = 0.25;
 
 DeviceWatch::Verdict DeviceWatch::Judge(const Look& look) {
   if (!hasLast_ || look.freewheels || last_.freewheels) windowStart_ = look;
-  if (!hasLast_ || look.lastCall != last_.lastCall) silentSeconds_ = 0.0;
-  const double step = hasLast_ ? std::min(look.seconds - last_.seconds, kLongestStepSeconds) : 0.0;
   const bool called = !hasLast_ || look.lastCall != last_.lastCall;
-  if (!called) silentSeconds_ += step;
+  silentSeconds_ =
+      called ? 0.0 : silentSeconds_ + std::min(look.seconds - last_.seconds, kLongestStepSeconds);
   hasLast_ = true;
   last_ = look;
 

@@ -37,8 +37,18 @@ void ResilientDevice::Start(DeviceCallback& callback) {
   if (runs_) return;
   callback_ = &callback;
   stops_ = false;
-  BeginSearch_();
-  WaitForFirst_();
+  try {
+    BeginSearch_();
+    WaitForFirst_();
+    BeginWatching_();
+  } catch (...) {
+    // Nothing may ask a callback whose owner has been told that there is no device.
+    CloseAll_();
+    throw;
+  }
+}
+
+void ResilientDevice::BeginWatching_() {
   const int result = ::pthread_create(&thread_, nullptr, &ResilientDevice::ThreadBody_, this);
   if (result != 0) {
     throw TESKAudioError("The watch over the audio device cannot start its thread: " +
@@ -72,6 +82,10 @@ void ResilientDevice::Stop() {
   stops_ = true;
   ::pthread_join(thread_, nullptr);
   runs_ = false;
+  CloseAll_();
+}
+
+void ResilientDevice::CloseAll_() {
   search_.reset();
   for (RunningDevice* const each : {&running_, &candidate_, &standIn_}) {
     if (each->device == nullptr) continue;

@@ -61,6 +61,8 @@ class ResilientDevice : public Device {
   void LookForDevice_();
   void BeginSearch_();
   void WaitForFirst_();
+  void BeginWatching_();
+  void CloseAll_();
   void Lose_(const std::string& reason);
   void StandIn_(long long dueSince);
   void ChangeOver_(RunningDevice found);

@@ -13,6 +13,8 @@
 #include "tests/reference_suite/audio/support/await.h"
 #include "tests/reference_suite/audio/support/scripted_player.h"
 #include "tests/reference_suite/audio/support/test_device.h"
+#include "tests/support/no_threads.h"
+#include "tests/support/throws_with_text.h"
 
 namespace {
 
@@ -157,6 +159,47 @@ TEST(ResilientDevice, ADeviceThatStopsWithoutAWordIsNoticedAndWhatWasLostIsMadeU
   EXPECT_GE(clock.Seconds(), 0.4);
   EXPECT_EQ(told.Get()[0].reason, "test device: it has stopped to ask for sound.");
   EXPECT_TRUE(KeepsTime(counter, clock, start)) << "the silent half second is taken at once";
+}
+
+// Its thread is the last that the system grants.
+class LastThread : public MortalDevice, private tesk_audio::DeviceCallback {
+ public:
+  explicit LastThread(std::unique_ptr<test_support::NoThreads>& none) : none_(none) {}
+  void Start(tesk_audio::DeviceCallback& callback) override {
+    asked_ = &callback;
+    MortalDevice::Start(*this);
+    none_ = std::make_unique<test_support::NoThreads>();
+  }
+  std::atomic<int> calls{0};
+
+ private:
+  void Process(float* out, std::size_t frames) noexcept override {
+    asked_->Process(out, frames);
+    ++calls;
+  }
+  tesk_audio::DeviceCallback* asked_ = nullptr;
+  std::unique_ptr<test_support::NoThreads>& none_;
+};
+
+TEST(ResilientDevice, WhenTheWatchIsRefusedItsThreadTheDeviceAsksNobodyAnyMore) {
+  Shop shop;
+  Counter counter;
+  std::unique_ptr<test_support::NoThreads> none;
+  auto owned = std::make_unique<LastThread>(none);
+  const LastThread& device = *owned;
+  shop.PutDevice(std::move(owned));
+  ResilientDevice resilient(kMono, shop.Source(), {});
+  EXPECT_TRUE(test_support::ThrowsWithText<tesk_audio::TESKAudioError>(
+      [&] { resilient.Start(counter); },
+      "The watch over the audio device cannot start its thread: Resource temporarily unavailable. Close "
+      "other "
+      "programs."));
+  none.reset();
+  // Without a thread to close it on it stays open for ever, and hears silence.
+  const long long asked = counter.count;
+  const int calls = device.calls;
+  EXPECT_TRUE(Await([&] { return device.calls > calls + 3; }));
+  EXPECT_EQ(counter.count, asked);
 }
 
 TEST(ResilientDevice, ADeviceThatTakesFramesTooFastMovesTheShowByAMomentAtMost) {
