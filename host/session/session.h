@@ -26,8 +26,7 @@ enum class OutputKind { Live, Offline };
 //
 // Threads    HOST: one thread drives it. With the offline output that thread is the render thread as well.
 // Failure    a song whose audio cannot be decoded is left out: a fresh player is built without it, at the
-// same
-//            place as far as that is possible, and GetProblems says so.
+//            same place as far as that is possible, and GetProblems says so.
 class Session {
  public:
   // Opens the show and stands at the start of `song` (empty: the first that can be played). Throws Failure,

@@ -11,8 +11,7 @@ namespace orbel::host::demo {
 //
 // Units      frame: audio frames at `rate` from the first frame of tick `audioStart`; ticks before it give 0.
 // Arithmetic seconds per tick in double, frames in long double, each tempo's stretch rounded by itself: the
-// same
-//            steps as those with which the engine finds the ticks again, so that a note lies on the very
+//            same steps as those with which the engine finds the ticks again, so that a note lies on the very
 //            frame.
 // Threads    plain object.
 class TempoMap {

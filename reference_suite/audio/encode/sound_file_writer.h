@@ -18,8 +18,8 @@ enum class SoundFileFormat {
 // PATH.part, and it is gone when the writer is destroyed before. The same frames give the same bytes.
 //
 // Units      interleaved frames of 32-bit float; full scale is 1. Integer formats take the nearest number
-// that
-//            they have, so that what was decoded from one comes back unchanged, and clip beyond full scale.
+//            that they have, so that what was decoded from one comes back unchanged, and clip beyond full
+//            scale.
 // Threads    one at a time.
 // Errors     TESKAudioError, naming the file; every byte's way to the disk is checked, for closing a file on
 //            a full disk reports success.

@@ -16,8 +16,7 @@ namespace tesk_audio {
 //
 // Units      frames; positions are those of the ring.
 // Threads    Process on the device's thread. Commands by any thread, one at a time by agreement of the
-// callers.
-//            Queries by any thread.
+//            callers. Queries by any thread.
 // Render     Process takes no lock, allocates nothing, calls nobody: all that it shares is atomic.
 class DeviceFeed : public DeviceCallback {
  public:

@@ -10,11 +10,9 @@ namespace tesk_audio {
 // Frames on their way from one thread to another.
 //
 // Units      interleaved frames. Positions count all frames that ever passed, so that both sides can speak of
-// a
-//            frame long after or before it is in the ring; they never wrap in practice (2^64 frames).
+//            a frame long after or before it is in the ring; they never wrap in practice (2^64 frames).
 // Threads    one writer and one reader, each its own operations. Several threads may take turns in either
-// part
-//            when a lock of theirs orders them.
+//            part when a lock of theirs orders them.
 // Render     no lock, no allocation, no wait.
 class FrameRing {
  public:

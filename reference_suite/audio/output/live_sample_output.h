@@ -32,18 +32,14 @@ namespace tesk_audio {
 //
 // Units      frames at the device's rate, which is the audio's.
 // Threads    the transport on any thread; render steps on the render thread while running, and on the
-// caller's
-//            thread inside Refill; the device on its own.
+//            caller's thread inside Refill; the device on its own.
 // Locks      this object (the states below; never held while the player is called), then, each alone: the
-// step
-//            lock, which one render step at a time holds and which encloses the player's read-samples lock;
-//            the elapsed count's.
-// Errors     what a step throws (a broken invariant of the player) ends
-// playback
-//            where it happened, in the log and as a line on the console.
+//            step lock, which one render step at a time holds and which encloses the player's read-samples
+//            lock; the elapsed count's.
+// Errors     what a step throws (a broken invariant of the player) ends playback where it happened, in the
+//            log and as a line on the console.
 // Failure    a device that something stands in for tells it: playback then runs on unheard, is held, or ends,
-// as
-//            the settings say.
+//            as the settings say.
 class LiveSampleOutput : public AudioSampleOutput,
                          public exc::Lockable,
                          private StepGate,

@@ -17,11 +17,9 @@ namespace tesk_audio {
 //
 // Units      frames.
 // Threads    the steps and the transport on one thread, which plays the part of the render thread too.
-// SwitchContent
-//            and Start may come from a loader's thread; the queries from any.
+//            SwitchContent and Start may come from a loader's thread; the queries from any.
 // Fades      after a pause or a seek the music fades in when the settings ask for it. There is no fade-out:
-// what
-//            was handed out has been heard.
+//            what was handed out has been heard.
 class OfflineSampleOutput : public AudioSampleOutput, private StepGate {
  public:
   OfflineSampleOutput(AudioPlayerOutputInterface& player, double rateHz, unsigned channels,
