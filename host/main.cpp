@@ -1,4 +1,5 @@
 #include "host/cli/program.h"
+#include "host/demo/bench_show.h"
 #include "host/demo/demo_show.h"
 #include "host/terminal/terminal_face.h"
 
@@ -8,5 +9,6 @@ int main(int argc, char** argv) {
   faces.writeDemo = [](const std::string& folder, const std::function<void(const std::string&)>& progress) {
     orbel::host::WriteDemoShow(folder, [&](const orbel::host::DemoProgress& state) { progress(state.file); });
   };
+  faces.writeBenchShow = [](const std::string& folder) { orbel::host::WriteBenchShow(folder); };
   return orbel::host::cli::RunProgram(argc, argv, faces);
 }

@@ -28,6 +28,7 @@ void AddVerbs(CLI::App& app, const Faces& faces, Action* action) {
   AddRender(app, action);
   AddPlay(app, faces, action);
   AddDevices(app, action);
+  AddBench(app, faces, action);
   AddSongVerb(app, action);
 }
 

@@ -11,6 +11,8 @@ namespace orbel::host::cli {
 struct Faces {
   // Plays a show in the terminal until it ends or the performer quits. Returns the exit status.
   std::function<int(const PlayOptions&, PlayReport*)> play;
+  // Writes the show on which bench measures into an empty folder.
+  std::function<void(const std::string& folder)> writeBenchShow;
   // Writes the demo show into a folder; `progress` is told each file before it is made.
   std::function<void(const std::string& folder, const std::function<void(const std::string& file)>& progress)>
       writeDemo;

@@ -23,6 +23,7 @@ void AddCheck(CLI::App& app, Action* action);
 void AddRender(CLI::App& app, Action* action);
 void AddPlay(CLI::App& app, const Faces& faces, Action* action);
 void AddDevices(CLI::App& app, Action* action);
+void AddBench(CLI::App& app, const Faces& faces, Action* action);
 void AddSongVerb(CLI::App& app, Action* action);
 
 // The last lines of every help.

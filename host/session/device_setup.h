@@ -48,9 +48,10 @@ void RequirePortPatterns(const std::vector<std::string>& patterns);
 // How the live output is doing.
 struct Meters {
   std::string device;
-  unsigned outputs = 0;      // physical ones of the device; 0: as many as there are channels
-  bool recovering = false;   // a clock without sound stands in for a device that has failed
-  std::vector<float> peaks;  // per channel since they were read last; 1 is full scale
+  unsigned outputs = 0;       // physical ones of the device; 0: as many as there are channels
+  unsigned periodFrames = 0;  // that the device takes at a time
+  bool recovering = false;    // a clock without sound stands in for a device that has failed
+  std::vector<float> peaks;   // per channel since they were read last; 1 is full scale
   double ringMs = 0.0;
   double latencyMs = 0.0;
   double loadMedian = 0.0;  // share of the time that a render step had

@@ -64,6 +64,8 @@ class Session {
   // Ticks to the next caesura; negative when there is none ahead.
   long long GetCaesuraCountdown() const;
   bool RunsAttacca() const;
+  // Frames heard since playing began, or went on after a caesura.
+  long long GetElapsedFrames() const;
   notify::PositionUpdate GetHeardPosition() const { return events_.GetPosition(); }
 
   // What happened since the last call, oldest first. A failed load is dealt with in here.

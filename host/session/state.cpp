@@ -53,6 +53,10 @@ long long Session::GetCaesuraCountdown() const {
   return player_->GetShowControl().GetCaesuraCountdown();
 }
 
+long long Session::GetElapsedFrames() const {
+  return player_->GetElapsedSampleCount();
+}
+
 bool Session::RunsAttacca() const {
   return player_->CurrentSongIsAttacca();
 }

@@ -21,6 +21,7 @@ OutputMeters LiveSampleOutput::ReadMeters() {
   OutputMeters meters;
   meters.device = device_->GetDescription();
   meters.outputs = device_->GetOutputCount();
+  meters.periodFrames = device_->GetPeriodFrames();
   meters.recovering = device_->IsRecovering();
   for (auto& peak : peaks_) meters.peaks.push_back(peak.exchange(0.0F));
   meters.ringMs = static_cast<double>(GetRingFill_()) * millisecondsPerFrame;

@@ -12,7 +12,8 @@ namespace {
 using testing::HasSubstr;
 using testing::StartsWith;
 
-const std::vector<std::string> kVerbs{"demo", "info", "where", "check", "render", "play", "devices", "add"};
+const std::vector<std::string> kVerbs{"demo", "info",    "where", "check", "render",
+                                      "play", "devices", "bench", "add"};
 
 TEST(Usage, HelpNamesEveryVerbAndTheExitStatuses) {
   const Ended run = Orbel({"--help"});
@@ -78,10 +79,10 @@ TEST_P(WrongUsages, EndWithStatusTwoAndSayWhy) {
 INSTANTIATE_TEST_SUITE_P(
     Usage, WrongUsages,
     testing::Values(
-        WrongUsage{{}, "orbel: say what to do: demo, info, where, check, render, play, devices, add"},
-        WrongUsage{
-            {"sing"},
-            "orbel: there is no \"sing\"; there are demo, info, where, check, render, play, devices, add"},
+        WrongUsage{{}, "orbel: say what to do: demo, info, where, check, render, play, devices, bench, add"},
+        WrongUsage{{"sing"},
+                   "orbel: there is no \"sing\"; there are demo, info, where, check, render, play, devices, "
+                   "bench, add"},
         WrongUsage{{"--loud"}, "orbel: there is no \"--loud\"; there are demo, info"},
         WrongUsage{{"info"}, "orbel: SHOW is required"},
         WrongUsage{
@@ -104,6 +105,9 @@ INSTANTIATE_TEST_SUITE_P(
         WrongUsage{{"render", "show", "-o", "x", "--rate", "44100.5"},
                    "orbel: --rate: \"44100.5\" is not a whole number from 8000 to 384000\n"},
         WrongUsage{{"play", "show", "--output", "horn"}, "orbel: --output: horn not in {"},
+        WrongUsage{{"bench"}, "orbel: A subcommand is required\nRun \"orbel bench --help\" for more.\n"},
+        WrongUsage{{"bench", "live", "--period", "8"},
+                   "orbel: --period: \"8\" is not a whole number from 16 to 8192\n"},
         WrongUsage{{"add", "show", "1", "Waltz"}, "orbel: --midi is required"}));
 
 }  // namespace
