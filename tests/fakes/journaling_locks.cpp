@@ -2,31 +2,14 @@
 
 #include <map>
 #include <optional>
-#include <stdexcept>
 
-#include "suite/utility/lock_impl.h"
 #include "tests/fakes/journal.h"
+#include "tests/support/observed_locks.h"
 
 namespace {
 
 // By name, while this thread is watched.
 thread_local std::optional<std::map<std::string, int>> levels;
-
-void NoteTaken(const std::string& name) {
-  if (levels && ++(*levels)[name] == 1) fakes::Write("+" + name);
-}
-
-void NoteGivenUp(const std::string& name) {
-  if (levels && --(*levels)[name] == 0) fakes::Write("-" + name);
-}
-
-void InitialiseMutex(pthread_mutex_t* mutex, int type) {
-  pthread_mutexattr_t attributes;
-  pthread_mutexattr_init(&attributes);
-  pthread_mutexattr_settype(&attributes, type);
-  pthread_mutex_init(mutex, &attributes);
-  pthread_mutexattr_destroy(&attributes);
-}
 
 }  // namespace
 
@@ -42,36 +25,16 @@ Journaling::~Journaling() {
 
 }  // namespace fakes::locks
 
-namespace exc {
+namespace test_support::observed_locks {
 
-LockImpl_::LockImpl_(const std::string& name) : LockImpl_(name, PTHREAD_MUTEX_ERRORCHECK) {}
-LockImpl_::LockImpl_(const std::string& name, int mutexType) : name_(name) {
-  InitialiseMutex(&mutex_, mutexType);
-}
-LockImpl_::~LockImpl_() {
-  pthread_mutex_destroy(&mutex_);
+void Made(const std::string& /*name*/) {}
+
+void Taken(const std::string& name, const pthread_mutex_t* /*mutex*/) {
+  if (levels && ++(*levels)[name] == 1) fakes::Write("+" + name);
 }
 
-void LockImpl_::Lock() {
-  if (pthread_mutex_lock(&mutex_) != 0) throw std::logic_error(name_ + " cannot be taken");
-  NoteTaken(name_);
+void GivenUp(const std::string& name, const pthread_mutex_t* /*mutex*/) {
+  if (levels && --(*levels)[name] == 0) fakes::Write("-" + name);
 }
-void LockImpl_::Unlock() {
-  if (pthread_mutex_unlock(&mutex_) != 0) throw std::logic_error(name_ + " is not held");
-  NoteGivenUp(name_);
-}
-bool LockImpl_::TryLock() {
-  if (pthread_mutex_trylock(&mutex_) != 0) return false;
-  NoteTaken(name_);
-  return true;
-}
-pthread_mutex_t* LockImpl_::get_mutex() {
-  return &mutex_;
-}
-void LockImpl_::ForwardArgument(void* /*argument*/) {}
-void LockImpl_::Forward() {}
 
-RLockImpl_::RLockImpl_(const std::string& name) : LockImpl_(name, PTHREAD_MUTEX_RECURSIVE) {}
-RLockImpl_::~RLockImpl_() = default;
-
-}  // namespace exc
+}  // namespace test_support::observed_locks

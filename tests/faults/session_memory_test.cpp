@@ -1,50 +1,15 @@
 // Memory that runs out at the n-th allocation of opening a show, loading a song and playing it, once and from
-// then on, on whichever thread. This program's own operator new fails on demand.
+// then on, on whichever thread.
 #include <gtest/gtest.h>
 #include <unistd.h>
 
-#include <atomic>
 #include <cstdlib>
-#include <new>
+#include <iostream>
 #include <string>
 
 #include "host/session/session.h"
 #include "tests/host/show_files.h"
-
-namespace {
-
-std::atomic<long> allocationsLeft{-1};  // negative: none is refused
-std::atomic<bool> refusesForGood{false};
-std::atomic<long> refusals{0};
-
-bool IsRefused() {
-  if (allocationsLeft < 0) return false;
-  const long left = allocationsLeft--;
-  if (left > 0) return false;
-  if (refusesForGood) allocationsLeft = 0;
-  ++refusals;
-  return true;
-}
-
-}  // namespace
-
-// g++ inlines these operators and then takes the memory of the one for the memory of another.
-#if defined(__GNUC__) && !defined(__clang__)
-#pragma GCC diagnostic ignored "-Wmismatched-new-delete"
-#pragma GCC diagnostic ignored "-Wmaybe-uninitialized"
-#endif
-
-void* operator new(std::size_t size) {
-  void* const memory = IsRefused() ? nullptr : std::malloc(size);
-  if (memory == nullptr) throw std::bad_alloc();
-  return memory;
-}
-void operator delete(void* memory) noexcept {
-  std::free(memory);
-}
-void operator delete(void* memory, std::size_t /*size*/) noexcept {
-  std::free(memory);
-}
+#include "tests/support/refused_allocations.h"
 
 namespace {
 
@@ -52,12 +17,11 @@ using orbel::host::OutputChoice;
 using orbel::host::OutputKind;
 using orbel::host::Session;
 using orbel::host::Step;
+using test_support::RefusedAllocations;
 
 // Frames that the first song plays; -1 when that was refused, and `words` why.
-long long PlayWith(long granted, bool forGood, const std::string& show, std::string* words) {
+long long Play(RefusedAllocations* refused, const std::string& show, std::string* words) {
   long long frames = 0;
-  refusesForGood = forGood;
-  allocationsLeft = granted;
   try {
     Session session(show, "", OutputKind::Offline, OutputChoice{});
     session.Do({orbel::host::CommandKind::Play, 0.0, ""});
@@ -69,10 +33,11 @@ long long PlayWith(long granted, bool forGood, const std::string& show, std::str
       }
       if (session.HasEnded()) break;
     }
-    allocationsLeft = -1;
+    // The end has memory.
+    if (refused != nullptr) refused->End();
     return frames;
   } catch (const std::exception& error) {
-    allocationsLeft = -1;
+    if (refused != nullptr) refused->End();
     *words = error.what();
     return -1;
   }
@@ -86,8 +51,9 @@ TEST_P(RefusedAllocation, OfASessionIsToldAndTheNextOnePlays) {
   files.AddSong("1", "Waltz", 1,
                 "[[marker]]\nat = \"1.2\"\nname = \"A name of more than sixteen letters\"\n");
   files.AddSong("2", "Polka", 1);
+  const std::string show = files.Show();
   std::string words;
-  const long long whole = PlayWith(-1, false, files.Show(), &words);
+  const long long whole = Play(nullptr, show, &words);
   ASSERT_EQ(whole, static_cast<long long>(host_tests::ShowFiles::kRate));
   const bool every = std::getenv("ORBEL_EVERY_ALLOCATION") != nullptr;
   const char* const from = std::getenv("ORBEL_FIRST_ALLOCATION");
@@ -96,16 +62,16 @@ TEST_P(RefusedAllocation, OfASessionIsToldAndTheNextOnePlays) {
     if (every) std::cerr << granted << ' ';
     ::alarm(20);  // whoever waits for ever is ended with a signal
     words.clear();
-    refusals = 0;
-    const long long frames = PlayWith(granted, GetParam(), files.Show(), &words);
+    RefusedAllocations refusals(RefusedAllocations::Of::AllThreads, granted, GetParam());
+    const long long frames = Play(&refusals, show, &words);
     refused += frames < 0 ? 1 : 0;
     EXPECT_TRUE(frames > 0 || !words.empty()) << granted << ": " << words;
     if (every) std::cerr << words << '\n';
-    if (refusals == 0) break;  // there was enough for everything
+    if (refusals.Count() == 0) break;  // there was enough for everything
     ASSERT_LT(granted, 200'000);
   }
   EXPECT_GT(refused, 5);  // opening is tried again, so that a refusal can go unnoticed
-  EXPECT_EQ(PlayWith(-1, false, files.Show(), &words), whole);
+  EXPECT_EQ(Play(nullptr, show, &words), whole);
 }
 
 INSTANTIATE_TEST_SUITE_P(OnceAndFromThenOn, RefusedAllocation, testing::Bool());

@@ -10,6 +10,8 @@
 #include <cstdlib>
 #include <mutex>
 
+#include "tests/support/observed_locks.h"
+
 namespace test_support::lock_order {
 
 namespace {
@@ -111,7 +113,8 @@ void SawFirst(std::size_t outer, std::size_t inner) {
 
 }  // namespace
 
-void Register(const std::string& name) {
+// Gives each name a number.
+static void Register(const std::string& name) {
   Prepare();
   if (NumberOf(name) >= 0) return;
   const std::lock_guard lock(registering);
@@ -122,30 +125,6 @@ void Register(const std::string& name) {
     return;
   }
   Abort("more names than there is room for");
-}
-
-void Taken(const std::string& name, const pthread_mutex_t* mutex) {
-  if (Held* const already = Find(mutex)) {
-    ++already->times;
-    return;
-  }
-  const int id = NumberOf(name);
-  if (id < 0 || held.count == kDeepest) Abort("a lock without a number, or too many at once");
-  Mask all = 0;
-  ForEachHeld([&](const Held& lock) { all |= Bit(lock.id); });
-  ForEachHeld([&](const Held& lock) {
-    const auto outer = static_cast<std::size_t>(lock.id);
-    const auto inner = static_cast<std::size_t>(id);
-    if (seen.nestings[outer][inner].fetch_and(all, kRelaxed) == kUnseen) SawFirst(outer, inner);
-  });
-  held.locks[static_cast<std::size_t>(held.count++)] = {id, 1, mutex};
-}
-
-void GivenUp(const std::string& /*name*/, const pthread_mutex_t* mutex) {
-  Held* const lock = Find(mutex);
-  if (lock == nullptr) Abort("a lock is given up by a thread that does not hold it");
-  if (--lock->times > 0) return;
-  *lock = held.locks[static_cast<std::size_t>(--held.count)];
 }
 
 void WaitsWith(const pthread_mutex_t* mutex) {
@@ -235,3 +214,37 @@ std::vector<std::string> GetBadWaits() {
 }
 
 }  // namespace test_support::lock_order
+
+namespace test_support::observed_locks {
+
+using namespace lock_order;
+
+void Made(const std::string& name) {
+  Register(name);
+}
+
+void Taken(const std::string& name, const pthread_mutex_t* mutex) {
+  if (Held* const already = Find(mutex)) {
+    ++already->times;
+    return;
+  }
+  const int id = NumberOf(name);
+  if (id < 0 || held.count == kDeepest) Abort("a lock without a number, or too many at once");
+  Mask all = 0;
+  ForEachHeld([&](const Held& lock) { all |= Bit(lock.id); });
+  ForEachHeld([&](const Held& lock) {
+    const auto outer = static_cast<std::size_t>(lock.id);
+    const auto inner = static_cast<std::size_t>(id);
+    if (seen.nestings[outer][inner].fetch_and(all, kRelaxed) == kUnseen) SawFirst(outer, inner);
+  });
+  held.locks[static_cast<std::size_t>(held.count++)] = {id, 1, mutex};
+}
+
+void GivenUp(const std::string& /*name*/, const pthread_mutex_t* mutex) {
+  Held* const lock = Find(mutex);
+  if (lock == nullptr) Abort("a lock is given up by a thread that does not hold it");
+  if (--lock->times > 0) return;
+  *lock = held.locks[static_cast<std::size_t>(--held.count)];
+}
+
+}  // namespace test_support::observed_locks

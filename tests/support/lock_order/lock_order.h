@@ -8,7 +8,8 @@
 #include <vector>
 
 // Records how the locks of the program nest, by their names, and on what threads wait while they hold them.
-// The program links recording_lock_impl.cpp in place of the utility library's locks, and wait_calls.cpp.
+// The program links observed_locks.cpp in place of the utility library's locks, and wait_calls.cpp. At most
+// 63 names.
 //
 // Threads    ANY. Recording synchronises nothing, so that it hides no race from a thread checker.
 namespace test_support::lock_order {
@@ -32,11 +33,7 @@ void Expect(const std::set<std::pair<std::string, std::string>>& pairs);
 // Nothing seen, nothing expected. With no lock held anywhere.
 void Reset();
 
-// ---- what the locks and waits report ---------------------------------------------------------------
-// Gives each name a number. Aborts after 63 names.
-void Register(const std::string& name);
-void Taken(const std::string& name, const pthread_mutex_t* mutex);
-void GivenUp(const std::string& name, const pthread_mutex_t* mutex);
+// ---- what waits report -----------------------------------------------------------------------------
 // A condition is waited for with `mutex`, which is given up once meanwhile.
 void WaitsWith(const pthread_mutex_t* mutex);
 // This thread waits for the end of another.

@@ -1,51 +1,16 @@
 // Memory that runs out at the first allocation, at the second, ... until there is enough: once, and from then
-// on. This program's own operator new fails on demand.
+// on.
 #include <gtest/gtest.h>
 #include <sndfile.h>
-
-#include <cstdlib>
-#include <new>
 
 #include "suite/audio/errors.h"
 #include "tests/reference_suite/audio/support/decoded.h"
 #include "tests/reference_suite/audio/support/sound_files.h"
+#include "tests/support/refused_allocations.h"
 
 namespace {
 
-thread_local int allocationsLeft = -1;  // negative: no failures
-thread_local bool failsForGood = false;
-
-bool IsRefused() {
-  if (allocationsLeft < 0) return false;
-  if (allocationsLeft > 0) {
-    --allocationsLeft;
-    return false;
-  }
-  if (!failsForGood) allocationsLeft = -1;
-  return true;
-}
-
-}  // namespace
-
-// g++ inlines these operators and then takes the memory of the one for the memory of another.
-#if defined(__GNUC__) && !defined(__clang__)
-#pragma GCC diagnostic ignored "-Wmismatched-new-delete"
-#pragma GCC diagnostic ignored "-Wmaybe-uninitialized"
-#endif
-
-void* operator new(std::size_t size) {
-  void* const memory = IsRefused() ? nullptr : std::malloc(size);
-  if (memory == nullptr) throw std::bad_alloc();
-  return memory;
-}
-void operator delete(void* memory) noexcept {
-  std::free(memory);
-}
-void operator delete(void* memory, std::size_t /*size*/) noexcept {
-  std::free(memory);
-}
-
-namespace {
+using test_support::RefusedAllocations;
 
 class OutOfMemory : public testing::TestWithParam<int> {
  protected:
@@ -56,14 +21,12 @@ class OutOfMemory : public testing::TestWithParam<int> {
   template <typename Action>
   int CountRefusals(bool forGood, Action action) {
     for (int granted = 0;; ++granted) {
-      failsForGood = forGood;
-      allocationsLeft = granted;
+      RefusedAllocations refused(RefusedAllocations::Of::ThisThread, granted, forGood);
       try {
         action();
-        allocationsLeft = -1;
         return granted;
       } catch (const tesk_audio::TESKAudioError& error) {
-        allocationsLeft = -1;
+        refused.End();
         const std::string text = "there is not enough memory to decode the audio. Close other programs.";
         const std::string heard = error.what();
         EXPECT_TRUE(heard == text || heard == path_ + ": " + text) << heard;

@@ -1,50 +1,11 @@
 // Memory that runs out at the first, the second, the third ... allocation of loading a show.
 #include <gtest/gtest.h>
 
-#include <cstdlib>
 #include <new>
 
 #include "suite/utility/listdir.h"
 #include "tests/reference_suite/midi/show_folder/show_on_disk.h"
-
-namespace {
-
-long allocationsUntilFailure = -1;  // -1: none fails
-bool goesOnFailing = false;
-
-void* Allocate(std::size_t size) {
-  if (allocationsUntilFailure == 0) {
-    if (!goesOnFailing) allocationsUntilFailure = -1;
-    return nullptr;
-  }
-  if (allocationsUntilFailure > 0) --allocationsUntilFailure;
-  return std::malloc(size);
-}
-
-}  // namespace
-
-// g++ inlines these operators and then takes the memory of the one for the memory of another.
-#if defined(__GNUC__) && !defined(__clang__)
-#pragma GCC diagnostic ignored "-Wmismatched-new-delete"
-#pragma GCC diagnostic ignored "-Wmaybe-uninitialized"
-#endif
-
-void* operator new(std::size_t size) {
-  if (void* memory = Allocate(size)) return memory;
-  throw std::bad_alloc();
-}
-void* operator new(std::size_t size, const std::nothrow_t&) noexcept {
-  return Allocate(size);
-}
-void operator delete(void* memory) noexcept {
-  std::free(memory);
-}
-void operator delete(void* memory, std::size_t) noexcept {
-  std::free(memory);
-}
-void operator delete(void* memory, const std::nothrow_t&) noexcept {
-  std::free(memory);
-}
+#include "tests/support/refused_allocations.h"
 
 // Stands in for the utility library's: listing a folder is not what is tested here.
 std::vector<std::string> exc::listdir(const std::string& /*folder*/) {
@@ -52,6 +13,8 @@ std::vector<std::string> exc::listdir(const std::string& /*folder*/) {
 }
 
 namespace {
+
+using test_support::RefusedAllocations;
 
 const char kNotEnough[] =
     "there is not enough memory to load the show; end other programs and open it again.";
@@ -71,16 +34,15 @@ class OutOfMemory : public testing::TestWithParam<bool> {
   std::string LoadFailingAt(long allocation) {
     const std::string name = show_.Name();
     std::string result = "loaded";
-    goesOnFailing = GetParam();
-    allocationsUntilFailure = allocation;
+    RefusedAllocations refused(RefusedAllocations::Of::ThisThread, allocation, GetParam());
     try {
       tesk_midi::LoadShow(name);
-      allocationsUntilFailure = -1;
+      refused.End();
     } catch (const tesk_midi::ShowError& error) {
-      allocationsUntilFailure = -1;
+      refused.End();
       result = error.GetProblems().at(0).message == kNotEnough ? "in words" : error.what();
     } catch (const std::bad_alloc&) {
-      allocationsUntilFailure = -1;
+      refused.End();
       result = "bad_alloc";
     }
     return result;

@@ -1,13 +1,13 @@
-// The pair of lock implementations that a program links in place of the utility library's: the same mutexes,
-// and every lock taken and given up is recorded.
+// The pair of lock implementations that a program links in place of the utility library's.
+#include "tests/support/observed_locks.h"
+
 #include <cerrno>
 
 #include "exc/result/noerr_error.h"
 #include "exc/result/require_zero.h"
 #include "suite/utility/lock_impl.h"
-#include "tests/support/lock_order/lock_order.h"
 
-namespace lock_order = test_support::lock_order;
+namespace observed_locks = test_support::observed_locks;
 
 namespace exc {
 
@@ -28,7 +28,7 @@ LockImpl_::LockImpl_(const std::string& name, int mutexType) : name_(name) {
   Require(pthread_mutexattr_setprotocol(&attributes, PTHREAD_PRIO_INHERIT), name_);
   Require(pthread_mutex_init(&mutex_, &attributes), name_);
   pthread_mutexattr_destroy(&attributes);
-  lock_order::Register(name_);
+  observed_locks::Made(name_);
 }
 
 LockImpl_::~LockImpl_() {
@@ -37,11 +37,11 @@ LockImpl_::~LockImpl_() {
 
 void LockImpl_::Lock() {
   Require(pthread_mutex_lock(&mutex_), name_);
-  lock_order::Taken(name_, &mutex_);
+  observed_locks::Taken(name_, &mutex_);
 }
 
 void LockImpl_::Unlock() {
-  lock_order::GivenUp(name_, &mutex_);
+  observed_locks::GivenUp(name_, &mutex_);
   Require(pthread_mutex_unlock(&mutex_), name_);
 }
 
@@ -49,7 +49,7 @@ bool LockImpl_::TryLock() {
   const int result = pthread_mutex_trylock(&mutex_);
   if (result == EBUSY || result == EDEADLK) return false;
   Require(result, name_);
-  lock_order::Taken(name_, &mutex_);
+  observed_locks::Taken(name_, &mutex_);
   return true;
 }
 
