@@ -95,7 +95,7 @@ bool SeeksToTheFrame(const SF_INFO& info) {
 std::string ClaimedName(const std::string& head) {
   const auto begins = [&head](const char* with) { return head.compare(0, std::strlen(with), with) == 0; };
   if (begins("OggS")) return "Ogg";
-  if (begins("RIFF") && head.compare(8, 4, "WAVE") == 0) return "WAV";
+  if (begins("RIFF") && head.size() >= 12 && head.compare(8, 4, "WAVE") == 0) return "WAV";
   if (begins("RF64")) return "RF64";
   if (begins("FORM")) return "AIFF";
   if (begins("fLaC")) return "FLAC";
