@@ -3,6 +3,7 @@
 #include <algorithm>
 
 #include "host/session/failure.h"
+#include "host/session/script.h"
 #include "host/session/session.h"
 #include "host/session/shown_text.h"
 #include "suite/core/event_codes.h"
@@ -12,6 +13,15 @@
 #include "suite/player_core/jump.h"
 
 namespace orbel::host {
+
+Directions ReadDirections(const std::string& scriptName, int vampPasses, double caesuraSilence) {
+  Directions directions;
+  directions.vampPasses = vampPasses;
+  directions.caesuraSilence = caesuraSilence;
+  directions.scriptName = scriptName;
+  if (!scriptName.empty()) directions.script = ReadScriptFile(scriptName);
+  return directions;
+}
 
 Conductor::Conductor(Session& session, Directions directions)
     : session_(session),

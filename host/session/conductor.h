@@ -23,6 +23,9 @@ struct Directions {
   double caesuraSilence = 0.0;                    // without a script: seconds of wait at a caesura
 };
 
+// With the script of that name read, unless it is empty. Throws Failure when it cannot be read.
+Directions ReadDirections(const std::string& scriptName, int vampPasses, double caesuraSilence);
+
 // Stands in for the performer: looks at the position between two reads and acts as the directions say.
 // Threads    HOST.
 class Conductor {

@@ -9,24 +9,12 @@
 #include "host/session/song_clock.h"
 
 namespace orbel::host {
-namespace {
-
-Directions ChooseDirections(const PlayOptions& options) {
-  Directions directions;
-  directions.vampPasses = options.vampPasses;
-  directions.caesuraSilence = options.caesuraSilence;
-  directions.scriptName = options.scriptPath;
-  if (!options.scriptPath.empty()) directions.script = ReadScriptFile(options.scriptPath);
-  return directions;
-}
-
-}  // namespace
 
 Live::Live(const PlayOptions& options, bool attended)
     : sound_(ChooseOutput(options.output, options.sound)),
       soundIsWanted_(options.output != "auto" && options.output != "null"),
       session_(options.showPath, options.song, OutputKind::Live, sound_),
-      directions_(ChooseDirections(options)),
+      directions_(ReadDirections(options.scriptPath, options.vampPasses, options.caesuraSilence)),
       conductor_(session_, directions_),
       attended_(attended) {
   if (directions_.script) RequireKnownPositions(session_, *directions_.script, directions_.scriptName);

@@ -27,22 +27,13 @@ OutputChoice ChooseOutput(const RenderOptions& options) {
   return choice;
 }
 
-Directions ChooseDirections(const RenderOptions& options) {
-  Directions directions;
-  directions.vampPasses = options.vampPasses;
-  directions.caesuraSilence = options.caesuraSilence;
-  directions.scriptName = options.scriptPath;
-  if (!options.scriptPath.empty()) directions.script = ReadScriptFile(options.scriptPath);
-  return directions;
-}
-
 // One render from its first read to its last.
 class Renderer {
  public:
   Renderer(const RenderOptions& options, std::function<void(const RenderProgress&)> progress)
       : options_(options),
         progress_(std::move(progress)),
-        directions_(ChooseDirections(options)),
+        directions_(ReadDirections(options.scriptPath, options.vampPasses, options.caesuraSilence)),
         session_(options.showPath, options.song, OutputKind::Offline, ChooseOutput(options)),
         conductor_(session_, directions_) {}
 

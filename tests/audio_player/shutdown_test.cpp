@@ -34,6 +34,17 @@ class ShuttingDown : public PlayerTest {
     EXPECT_NE(test_support::cranked::Get(), nullptr);
     EXPECT_TRUE(PlayerLockIsFree());
   }
+  // `id`: that thread's, once it has begun.
+  std::thread DestroyWhileSong4IsAwaited(std::atomic<pid_t>* id) {
+    fakes::decoder::HoldLoader(Path("4"));
+    GetPlayer().LoadSong("4");
+    EXPECT_TRUE(fakes::decoder::WaitUntilHeld(Path("4")));
+    Told();
+    return std::thread([this, id] {
+      *id = test_support::ThisThread();
+      DestroyPlayer();
+    });
+  }
   // The system keeps the first 15 letters of a thread's name.
   static bool DeleterLives() {
     for (const auto& task : std::filesystem::directory_iterator("/proc/self/task")) {
@@ -170,15 +181,8 @@ TEST_F(ShuttingDown, DestructionWaitsForLoadersThatStillDecode) {
 // It was awaited, and would have started the output.
 TEST_F(ShuttingDown, ALoaderThatEndsDuringDestructionStartsNothing) {
   LoadReady("1");
-  fakes::decoder::HoldLoader(Path("4"));
-  GetPlayer().LoadSong("4");
-  ASSERT_TRUE(fakes::decoder::WaitUntilHeld(Path("4")));
-  Told();
   std::atomic<pid_t> id{0};
-  std::thread destroying([&] {
-    id = test_support::ThisThread();
-    DestroyPlayer();
-  });
+  std::thread destroying = DestroyWhileSong4IsAwaited(&id);
   // Once the deleter has gone, only the loader can be what the destruction waits for.
   ASSERT_TRUE(test_support::WaitUntil([&] { return id != 0 && !DeleterLives(); }));
   EXPECT_TRUE(test_support::WaitUntilItSleeps(id));
@@ -192,15 +196,8 @@ TEST_F(ShuttingDown, ALoaderThatEndsDuringDestructionStartsNothing) {
 TEST_F(ShuttingDown, DestructionWaitsForTheDeleterBeforeItEndsTheLoaders) {
   test_support::deleter_clock::Hold();
   LoadReady("1");
-  fakes::decoder::HoldLoader(Path("4"));
-  GetPlayer().LoadSong("4");
-  ASSERT_TRUE(fakes::decoder::WaitUntilHeld(Path("4")));
-  Told();
   std::atomic<pid_t> id{0};
-  std::thread destroying([&] {
-    id = test_support::ThisThread();
-    DestroyPlayer();
-  });
+  std::thread destroying = DestroyWhileSong4IsAwaited(&id);
   while (id == 0) std::this_thread::yield();
   EXPECT_TRUE(test_support::WaitUntilItSleeps(id));
   // Song 4 is still awaited, and so put in place: nobody has begun to end loaders.

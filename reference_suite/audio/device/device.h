@@ -5,6 +5,9 @@
 
 namespace tesk_audio {
 
+// What longer periods a device may come back with is fetched in several goes.
+inline constexpr unsigned kMostPeriodFrames = 8192;
+
 // Whom a device asks for frames.
 class DeviceCallback {
  public:

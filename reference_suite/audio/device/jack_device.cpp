@@ -1,11 +1,11 @@
 #include "reference_suite/audio/device/jack_device.h"
 
-#include <time.h>
-
 #include <algorithm>
 #include <cmath>
 #include <system_error>
 
+#include "reference_suite/audio/device/device_clock.h"
+#include "reference_suite/audio/output/timed_condition.h"
 #include "suite/audio/errors.h"
 #include "suite/utility/thread_names.h"
 
@@ -15,12 +15,10 @@ namespace {
 
 // Frames that are fetched from the callback at a time; longer periods are fetched in several goes.
 constexpr std::size_t kSliceFrames = 1024;
-constexpr long kLookNanoseconds = 50'000'000;
+constexpr long long kLookNanoseconds = 50'000'000;
 
 double Seconds() {
-  timespec now{};
-  ::clock_gettime(CLOCK_MONOTONIC, &now);
-  return static_cast<double>(now.tv_sec) + static_cast<double>(now.tv_nsec) * 1e-9;
+  return static_cast<double>(MonotonicNow()) * 1e-9;
 }
 
 }  // namespace
@@ -102,9 +100,8 @@ void* JackDevice::KeeperBody_(void* self) {
 // Looks instead of being told: the notifications of different servers differ, and a look costs next to
 // nothing.
 void JackDevice::KeepLinks_() {
-  const timespec step{0, kLookNanoseconds};
   while (!stops_) {
-    ::nanosleep(&step, nullptr);
+    SleepFor(kLookNanoseconds);
     if (!stops_ && !failed_) LookAfterLinks_();
   }
 }

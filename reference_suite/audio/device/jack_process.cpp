@@ -1,8 +1,7 @@
 // What JackDevice does on the server's process thread.
-#include <time.h>
-
 #include <algorithm>
 
+#include "reference_suite/audio/device/device_clock.h"
 #include "reference_suite/audio/device/jack_device.h"
 
 namespace tesk_audio {
@@ -12,7 +11,7 @@ namespace {
 // Without a clock a moment is waited for frames; more than that and something else is wrong, which the server
 // must not be held up for.
 constexpr int kWaitSteps = 40'000;
-constexpr long kWaitNanoseconds = 50'000;
+constexpr long long kWaitNanoseconds = 50'000;
 
 }  // namespace
 
@@ -40,8 +39,7 @@ void JackDevice::Process_(jack_nframes_t frames) noexcept {
 }
 
 void JackDevice::WaitUntilReady_(std::size_t frames) const {
-  const timespec step{0, kWaitNanoseconds};
-  for (int i = 0; i < kWaitSteps && !stops_ && !callback_->IsReady(frames); ++i) ::nanosleep(&step, nullptr);
+  for (int i = 0; i < kWaitSteps && !stops_ && !callback_->IsReady(frames); ++i) SleepFor(kWaitNanoseconds);
 }
 
 }  // namespace tesk_audio

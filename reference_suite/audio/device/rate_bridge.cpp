@@ -14,9 +14,8 @@ namespace tesk_audio {
 
 namespace {
 
-// Frames that are fetched at a time, and the most that a device takes at a time.
+// Frames that are fetched at a time.
 constexpr std::size_t kBlock = 256;
-constexpr std::size_t kMostPeriod = 8192;
 constexpr long long kMillisecond = 1'000'000;
 
 }  // namespace
@@ -24,7 +23,7 @@ constexpr long long kMillisecond = 1'000'000;
 RateBridge::RateBridge(std::unique_ptr<Device> device, double rateHz)
     : device_(std::move(device)),
       rateHz_(rateHz),
-      ring_(4 * kMostPeriod, device_->GetChannelCount()),
+      ring_(std::size_t{4} * kMostPeriodFrames, device_->GetChannelCount()),
       taken_(kBlock * device_->GetChannelCount()),
       converted_((static_cast<std::size_t>(kBlock * device_->GetRateHz() / rateHz) + kBlock) *
                  device_->GetChannelCount()) {
@@ -45,7 +44,7 @@ RateBridge::~RateBridge() {
 }
 
 std::size_t RateBridge::GetWanted_() const {
-  return std::min<std::size_t>(2 * device_->GetPeriodFrames() + kBlock, 3 * kMostPeriod);
+  return std::min<std::size_t>(2 * device_->GetPeriodFrames() + kBlock, 3 * kMostPeriodFrames);
 }
 
 unsigned RateBridge::GetLatencyFrames() const {

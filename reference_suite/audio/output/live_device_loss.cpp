@@ -12,15 +12,13 @@ bool LiveSampleOutput::OnDeviceLost() {
   if (state_ == State::Stopped) return false;
   if (lossPolicy_ == DeviceLossPolicy::Hold) {
     state_ = State::Paused;
+    renderWakes_.WakeAll();
   } else {
-    stopRequested_ = true;
-    stopFadeFrames_ = 0;
-    startsAfterStop_ = false;
+    RequestStop_(0);
   }
   // Also when a fade-out is under way: nobody hears it, and it would pass over frames.
   feed_.Close(0);
   feedOpen_ = false;
-  renderWakes_.WakeAll();
   return false;
 }
 

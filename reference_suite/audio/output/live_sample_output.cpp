@@ -1,19 +1,12 @@
 #include "reference_suite/audio/output/live_sample_output.h"
 
 #include <algorithm>
-#include <cmath>
 #include <utility>
 
 #include "exc/lock/scope_lock.h"
+#include "reference_suite/audio/output/frames_of.h"
 
 namespace tesk_audio {
-
-namespace {
-
-// Frames; what longer periods a device may come back with is fetched from the ring in several goes.
-constexpr unsigned kMostPeriod = 8192;
-
-}  // namespace
 
 LiveSampleOutput::LiveSampleOutput(AudioPlayerOutputInterface& player, std::unique_ptr<Device> device,
                                    const OutputSettings& settings, Clock clock)
@@ -27,12 +20,12 @@ LiveSampleOutput::LiveSampleOutput(AudioPlayerOutputInterface& player, std::uniq
       quantum_(step_.GetQuantum()),
       mostFrames_(step_.GetMostFrames()),
       // Less than that and the render thread, which looks a few times per read, could come too late.
-      aheadFrames_(std::max(FramesOf_(settings.aheadMs),
+      aheadFrames_(std::max(FramesOf(settings.aheadMs, device_->GetRateHz()),
                             std::min<std::size_t>(device_->GetPeriodFrames(), quantum_) + quantum_)),
-      fadeFrames_(FramesOf_(settings.fadeMs)),
+      fadeFrames_(FramesOf(settings.fadeMs, device_->GetRateHz())),
       // Room for what is rendered ahead twice over: while the device has not yet passed over what was
       // dropped, the same amount is rendered anew.
-      ring_(4 * (std::max<std::size_t>(aheadFrames_, kMostPeriod + quantum_) + mostFrames_),
+      ring_(4 * (std::max<std::size_t>(aheadFrames_, kMostPeriodFrames + quantum_) + mostFrames_),
             device_->GetChannelCount()),
       feed_(ring_, device_->GetChannelCount(), fadeFrames_),
       // As many reads as the ring can hold at four times the tempo, and some that cues cut short.
@@ -54,7 +47,7 @@ LiveSampleOutput::~LiveSampleOutput() {
   UnregisterLiveOutput(this);
   {
     exc::ScopeLock lock(*this);
-    CloseFeed_(FramesOf_(10.0));
+    CloseFeed_(FramesOf(kExitFadeMs, device_->GetRateHz()));
     WaitUntilClosed_(lock);
   }
   JoinThread_();
@@ -68,10 +61,6 @@ long long LiveSampleOutput::GetElapsedSampleCount() {
 bool LiveSampleOutput::GetOutputIsRunning() {
   exc::ScopeLock lock(*this);
   return state_ == State::Running;
-}
-
-std::size_t LiveSampleOutput::FramesOf_(double milliseconds) const {
-  return static_cast<std::size_t>(std::lround(std::max(0.0, milliseconds) * device_->GetRateHz() / 1000.0));
 }
 
 std::size_t LiveSampleOutput::GetRingFill_() const {
@@ -91,7 +80,7 @@ void LiveSampleOutput::NoteWhatWasTaken_() {
 // once: its next period is rendered while the one that it has taken sounds.
 std::size_t LiveSampleOutput::GetWantedFill_() const {
   // Another device, or the same server after a change, can have another period.
-  const std::size_t most = std::min(device_->GetPeriodFrames(), kMostPeriod) + quantum_;
+  const std::size_t most = std::min(device_->GetPeriodFrames(), kMostPeriodFrames) + quantum_;
   if (aheadFrames_ >= most || feed_.IsWaitedFor()) return std::max(aheadFrames_, most);
   const double sounding = static_cast<double>(clock_() - takenAt_) * 1e-9 * device_->GetRateHz();
   return std::min(most, aheadFrames_ + static_cast<std::size_t>(std::max(0.0, sounding)));

@@ -122,11 +122,12 @@ class LiveSampleOutput : public AudioSampleOutput,
 
   // ---- live_transport.cpp
   void PrepareRefill_();
+  static constexpr double kExitFadeMs = 10.0;
   bool StopAndWait_(bool wait, std::size_t fadeFrames);
+  void RequestStop_(std::size_t fadeFrames) EXC_HOLDS(this);
   void OpenFeed_() EXC_HOLDS(this);
   void CloseFeed_(std::size_t fadeFrames) EXC_HOLDS(this);
   void WaitUntilClosed_(exc::ScopeLock& lock) EXC_HOLDS(this);
-  std::size_t FramesOf_(double milliseconds) const;
   // Frames that are rendered and still to be heard.
   std::size_t GetRingFill_() const;
   void NoteWhatWasTaken_();

@@ -1,6 +1,7 @@
 // The commands of LiveSampleOutput.
 #include "exc/lock/scope_lock.h"
 #include "reference_suite/audio/output/format_fit.h"
+#include "reference_suite/audio/output/frames_of.h"
 #include "reference_suite/audio/output/live_sample_output.h"
 
 namespace tesk_audio {
@@ -78,12 +79,7 @@ bool LiveSampleOutput::Stop(bool wait) {
 bool LiveSampleOutput::StopAndWait_(bool wait, std::size_t fadeFrames) {
   exc::ScopeLock lock(*this);
   if (exits_) return true;
-  if (state_ != State::Stopped) {
-    stopRequested_ = true;
-    stopFadeFrames_ = fadeFrames;
-    startsAfterStop_ = false;
-    renderWakes_.WakeAll();
-  }
+  if (state_ != State::Stopped) RequestStop_(fadeFrames);
   if (!wait || OnRenderThread_()) return true;
   long long deadline = MonotonicNow() + kPatience;
   while (stopRequested_ || notifies_) {
@@ -93,6 +89,13 @@ bool LiveSampleOutput::StopAndWait_(bool wait, std::size_t fadeFrames) {
     changed_.WaitFor(lock, kMillisecond);
   }
   return true;
+}
+
+void LiveSampleOutput::RequestStop_(std::size_t fadeFrames) {
+  stopRequested_ = true;
+  stopFadeFrames_ = fadeFrames;
+  startsAfterStop_ = false;
+  renderWakes_.WakeAll();
 }
 
 bool LiveSampleOutput::SwitchContent(const AudioSampleContent& content, std::string* errorText) {
@@ -112,7 +115,7 @@ void LiveSampleOutput::Idle() {
 }
 
 void LiveSampleOutput::PrepareForExit() {
-  StopAndWait_(true, FramesOf_(10.0));
+  StopAndWait_(true, FramesOf(kExitFadeMs, device_->GetRateHz()));
   if (OnRenderThread_()) return;
   JoinThread_();
   device_->Stop();

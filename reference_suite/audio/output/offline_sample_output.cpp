@@ -1,9 +1,7 @@
 #include "reference_suite/audio/output/offline_sample_output.h"
 
-#include <algorithm>
-#include <cmath>
-
 #include "reference_suite/audio/output/format_fit.h"
+#include "reference_suite/audio/output/frames_of.h"
 #include "reference_suite/audio/output/go_on_attacca.h"
 #include "reference_suite/audio/output/offline_registry.h"
 
@@ -14,7 +12,7 @@ OfflineSampleOutput::OfflineSampleOutput(AudioPlayerOutputInterface& player, dou
     : player_(player),
       rateHz_(rateHz),
       channels_(channels),
-      fadeFrames_(static_cast<std::size_t>(std::lround(std::max(0.0, settings.fadeMs) * rateHz / 1000.0))),
+      fadeFrames_(FramesOf(settings.fadeMs, rateHz)),
       step_(player, channels, rateHz, settings.crossfadeMs, settings.stretch),
       fade_(channels),
       seekFlag_("AudioSampleOutput_Seek") {

@@ -5,6 +5,7 @@
 #include <utility>
 
 #include "exc/lock/scope_lock.h"
+#include "reference_suite/audio/output/frames_of.h"
 
 namespace tesk_audio {
 
@@ -12,10 +13,6 @@ namespace {
 
 std::size_t QuantumAt(double rateHz) {
   return std::max<std::size_t>(256, static_cast<std::size_t>(std::ceil(0.0055 * rateHz)));
-}
-
-std::size_t FramesOf(double milliseconds, double rateHz) {
-  return static_cast<std::size_t>(std::lround(std::max(0.0, milliseconds) * rateHz / 1000.0));
 }
 
 }  // namespace

@@ -205,6 +205,28 @@ TEST(Continue, PlayingACaesuraThatTheReadsHaveReachedIsPassedThrough) {
   EXPECT_EQ(stage.player.plays, 0);  // the output goes on by itself
 }
 
+// Says go on a thread of its own, and is doing so when it has been made.
+class ContinuingHost {
+ public:
+  explicit ContinuingHost(TestPlayer* player)
+      : thread_([this, player] {
+          isAsking_ = true;
+          hasContinued_ = player->Continue();
+        }) {
+    EXPECT_TRUE(test_support::WaitUntil([this] { return isAsking_.load(); }));
+  }
+  // Waits for the answer.
+  bool HasContinued() {
+    thread_.join();
+    return hasContinued_;
+  }
+
+ private:
+  std::atomic<bool> isAsking_{false};
+  bool hasContinued_ = false;
+  std::thread thread_;
+};
+
 // The go comes when the player has already decided to stop, and has not yet paused.
 TEST(Continue, WhilePlaybackIsStoppingItGoesOnAfterwards) {
   Stage stage(TestSong("1").Bars(3).Caesura(960).Caesura(1440));
@@ -212,17 +234,10 @@ TEST(Continue, WhilePlaybackIsStoppingItGoesOnAfterwards) {
   ASSERT_EQ(stage.control.Perform(), "0..960 caesura");
   ASSERT_FALSE(stage.control.GetFermataCanceledCaesura());
   stage.control.ClearFermataCanceledCaesura();
-  std::atomic<bool> isAsking{false};
-  std::atomic<bool> hasContinued{false};
-  std::thread host([&] {
-    isAsking = true;
-    hasContinued = stage.player.Continue();
-  });
-  ASSERT_TRUE(test_support::WaitUntil([&] { return isAsking.load(); }));
+  ContinuingHost host(&stage.player);
   stage.control.OnCaesuraStop();
   stage.player.StorePause();
-  host.join();
-  EXPECT_TRUE(hasContinued);
+  EXPECT_TRUE(host.HasContinued());
   EXPECT_EQ(stage.player.plays, 1);
   EXPECT_EQ(stage.control.GetCaesurasAhead(), (std::vector<unsigned>{1440}));
 }
@@ -232,17 +247,10 @@ TEST(Continue, WhilePlaybackIsPassingThroughThereIsNothingToAdd) {
   stage.player.SetPlayerState(PlayerState::PLAY);
   ASSERT_EQ(stage.control.Perform(), "0..960 caesura");
   stage.control.OnCaesuraStop();
-  std::atomic<bool> isAsking{false};
-  std::atomic<bool> hasContinued{false};
-  std::thread host([&] {
-    isAsking = true;
-    hasContinued = stage.player.Continue();
-  });
-  ASSERT_TRUE(test_support::WaitUntil([&] { return isAsking.load(); }));
+  ContinuingHost host(&stage.player);
   stage.player.StorePause();
   stage.player.SetPlayerState(PlayerState::PLAY);
-  host.join();
-  EXPECT_TRUE(hasContinued);
+  EXPECT_TRUE(host.HasContinued());
 }
 
 TEST(Continue, AStopThatNeverEndsDoesNotHoldTheHost) {

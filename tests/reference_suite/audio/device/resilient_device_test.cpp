@@ -55,6 +55,12 @@ class Shop {
     PutDevice(std::move(device));
     return seen;
   }
+  TestDevice* PutTestDevice() {
+    auto device = std::make_unique<TestDevice>(kRate, 1, 256);
+    TestDevice* const seen = device.get();
+    PutDevice(std::move(device));
+    return seen;
+  }
   void PutDevice(std::unique_ptr<Device> device) {
     const std::lock_guard lock(mutex_);
     devices_.push_back(std::move(device));
@@ -147,9 +153,7 @@ TEST(ResilientDevice, ADeviceThatStopsWithoutAWordIsNoticedAndWhatWasLostIsMadeU
   Shop shop;
   Told told;
   Counter counter;
-  auto owned = std::make_unique<TestDevice>(kRate, 1, 256);
-  TestDevice* const device = owned.get();
-  shop.PutDevice(std::move(owned));
+  TestDevice* const device = shop.PutTestDevice();
   ResilientDevice resilient(kMono, shop.Source(), told.Tell());
   resilient.Start(counter);
   const Clock clock;
@@ -206,9 +210,7 @@ TEST(ResilientDevice, ADeviceThatTakesFramesTooFastMovesTheShowByAMomentAtMost) 
   Shop shop;
   Told told;
   Counter counter;
-  auto owned = std::make_unique<TestDevice>(kRate, 1, 256);
-  TestDevice* const device = owned.get();
-  shop.PutDevice(std::move(owned));
+  TestDevice* const device = shop.PutTestDevice();
   ResilientDevice resilient(kMono, shop.Source(), told.Tell());
   resilient.Start(counter);
   const Clock clock;

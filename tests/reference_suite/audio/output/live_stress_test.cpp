@@ -148,43 +148,48 @@ TEST_P(LiveStress, OnAFreeDeviceOnlyWhatWasAskedForIsHeard) {
   EXPECT_LE(Breaks(heard), done.breaks + 2) << heard.size();
 }
 
+// An output on the device that keeps time without sound, without fades.
+struct NullRun {
+  explicit NullRun(Songs songs)
+      : player(std::move(songs)), output(player, std::unique_ptr<tesk_audio::Device>(device), Bare()) {
+    player.SetOutput(&output);
+  }
+  static tesk_audio::OutputSettings Bare() {
+    tesk_audio::OutputSettings settings;
+    settings.crossfadeMs = settings.fadeMs = 0.0;
+    return settings;
+  }
+
+  ScriptedPlayer player;
+  RecordingDevice* const device = new RecordingDevice;  // the output's
+  tesk_audio::LiveSampleOutput output;
+};
+
 TEST_P(LiveStress, OnTheNullDeviceOnlyWhatWasAskedForIsHeard) {
-  ScriptedPlayer player(StressSong());
-  auto owned = std::make_unique<RecordingDevice>();
-  RecordingDevice* const device = owned.get();
-  tesk_audio::OutputSettings settings;
-  settings.crossfadeMs = settings.fadeMs = 0.0;
-  tesk_audio::LiveSampleOutput output(player, std::move(owned), settings);
-  player.SetOutput(&output);
+  NullRun run(StressSong());
   Commands done;
   {
-    const Display display(&output);
-    done = Drive(&player, &output, 300, GetParam());
+    const Display display(&run.output);
+    done = Drive(&run.player, &run.output, 300, GetParam());
   }
-  output.PrepareForExit();
-  EXPECT_LE(Breaks(device->Heard()), done.breaks + 2) << device->Heard().size();
+  run.output.PrepareForExit();
+  EXPECT_LE(Breaks(run.device->Heard()), done.breaks + 2) << run.device->Heard().size();
 }
 
 INSTANTIATE_TEST_SUITE_P(Seeds, LiveStress, testing::Values(1U, 2U, 3U));
 
 TEST(LiveNullDevice, PlaysASongInRealTime) {
-  ScriptedPlayer player(Songs{{.frames = 24'000, .jumps = {{12'000, {6'000}}}}});
-  auto owned = std::make_unique<RecordingDevice>();
-  RecordingDevice* const device = owned.get();
-  tesk_audio::OutputSettings settings;
-  settings.crossfadeMs = settings.fadeMs = 0.0;
-  tesk_audio::LiveSampleOutput output(player, std::move(owned), settings);
-  player.SetOutput(&output);
-  player.RewindAndRefill();
+  NullRun run(Songs{{.frames = 24'000, .jumps = {{12'000, {6'000}}}}});
+  run.player.RewindAndRefill();
   const auto start = std::chrono::steady_clock::now();
-  player.Play();
-  ASSERT_TRUE(Await([&] { return player.HasStopped(); }));
+  run.player.Play();
+  ASSERT_TRUE(Await([&] { return run.player.HasStopped(); }));
   const std::chrono::duration<double> time = std::chrono::steady_clock::now() - start;
   EXPECT_GE(time.count(), 0.6) << "30 000 frames, less a period at each end";
-  output.PrepareForExit();
-  EXPECT_EQ(device->Heard().size(), 30'000U);
-  EXPECT_EQ(Breaks(device->Heard()), 1);
-  EXPECT_EQ(output.GetElapsedSampleCount(), 30'000);
+  run.output.PrepareForExit();
+  EXPECT_EQ(run.device->Heard().size(), 30'000U);
+  EXPECT_EQ(Breaks(run.device->Heard()), 1);
+  EXPECT_EQ(run.output.GetElapsedSampleCount(), 30'000);
 }
 
 TEST(LiveNullDevice, TheElapsedCountNeverDecreasesWhilePlayingAndNeverPassesWhatWasPlanned) {
