@@ -19,7 +19,8 @@ AudioSampleOutput* CreateAudioSampleOutput(const AudioSampleContent& content,
                                            AudioPlayerOutputInterface& player);
 
 // Opens an audio file, reads its header and its end, and closes it again: what decoding would refuse at once
-// is refused here, with the same errors. Quick, whatever the length.
+// is refused here, with the same errors. Quick, whatever the length; what was found is remembered for as long
+// as the file does not change.
 struct AudioFileInfo {
   long long frames = 0;  // at the file's rate; -1 when only decoding can tell
   double sampleRateHz = 0.0;
