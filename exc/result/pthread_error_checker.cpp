@@ -16,8 +16,7 @@ const char* MeaningOf(int code) {
       return "EINVAL: The value specified by attr is invalid.";
     case EPERM:
       return "EPERM: The caller does not have appropriate permission to set the required scheduling "
-             "parameters or "
-             "scheduling policy.";
+             "parameters or scheduling policy.";
     default:
       return "Unknown result.";
   }

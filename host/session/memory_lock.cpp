@@ -15,8 +15,7 @@ std::string LockMemory() {
   // Pages are locked when they are first used: nothing is fetched that nobody needs.
   if (mayLock && ::mlockall(MCL_CURRENT | MCL_FUTURE | MCL_ONFAULT) == 0) return "";
   return "the system does not let memory be locked, so sound may drop out when memory runs short; for a "
-         "stage "
-         "machine put \"@audio - memlock unlimited\" and \"@audio - rtprio 95\" into "
+         "stage machine put \"@audio - memlock unlimited\" and \"@audio - rtprio 95\" into "
          "/etc/security/limits.d/audio.conf, add yourself to the group audio, and log in again";
 }
 

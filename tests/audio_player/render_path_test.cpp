@@ -19,8 +19,7 @@ using tesk_audio::SampleCount;
 
 constexpr char kScaleAssertion[] =
     "Assertion failed: exc::equal( ioPacketCount->GetScale(), static_cast<long double>(1.0)), function "
-    "ReadSamples, "
-    "file Sources/audio_player, line 392.";
+    "ReadSamples, file Sources/audio_player, line 392.";
 
 class RenderPath : public PlayerTest {
  protected:

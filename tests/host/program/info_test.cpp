@@ -16,8 +16,7 @@ TEST(Info, TellsSongsInRunningOrderWithCuesInEveryUnit) {
   files.AddSong("2", "Polka", 2, "attacca = true\n");
   files.AddSong("1", "Waltz", 8,
                 "[[vamp]]\nfrom = \"3\"\nto = \"5\"\n[[cut]]\nfrom = \"6\"\nto = \"7.3\"\n[[marker]]\nat = "
-                "\"2\"\nname = "
-                "\"Solo\"\n[[page]]\nat = \"4\"\nnumber = 7\n");
+                "\"2\"\nname = \"Solo\"\n[[page]]\nat = \"4\"\nnumber = 7\n");
   files.Write("show.toml", "format = 1\ntitle = \"An Evening\"\norder = [\"2\", \"1\"]\n");
   const Ended run = Orbel({"info", files.Show()});
   EXPECT_EQ(run.status, 0) << run.messages;

@@ -27,8 +27,7 @@ std::string Complaint(const std::string& text) {
 
 constexpr char kCommands[] =
     "expected a command: go, again, next, previous, pause, play, stop, left, right, seek POSITION, tempo "
-    "SCALE or "
-    "transpose SEMITONES";
+    "SCALE or transpose SEMITONES";
 
 TEST(Script, ReadsEveryKindOfMoment) {
   const auto lines = Read(

@@ -120,8 +120,7 @@ TEST(DecodeContent, WhatDoesNotFitIntoMemoryIsRefusedBeforeOneFrameIsDecoded) {
   EXPECT_TRUE(ThrowsWithText<tesk_audio::TESKAudioError>(
       [&] { tesk_audio::DecodeContent(decoder, Request(2'000'000'000)); },
       "song: decoding needs 6592 MiB of memory and only 1907 MiB are free. Close other programs, or split "
-      "the "
-      "recording."));
+      "the recording."));
   EXPECT_EQ(decoder.Position(), 0);
 }
 

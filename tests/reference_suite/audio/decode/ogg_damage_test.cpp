@@ -150,8 +150,7 @@ TEST_F(OggDamage, PartOfALongerStreamPlaysFromItsFirstFrame) {
 TEST_F(OggDamage, NotEvenAHeader) {
   const std::string text =
       "the Ogg file cannot be decoded: its header is damaged, cut off or of an unknown kind. Export the "
-      "recording "
-      "again.";
+      "recording again.";
   ExpectRefused(Song(kVorbis).substr(0, 30), text);
   ExpectRefused(Song(kOpus).substr(0, 100), text);
   ExpectRefused("OggS and then nothing that anybody knows", text);
@@ -213,8 +212,7 @@ TEST_F(OggDamage, LastPageButOneLost) {
 TEST_F(OggDamage, ChainWhoseRateChanges) {
   const std::string text =
       "this is a chain of 2 Ogg streams, and the rate changes inside, from 48000 to 44100 Hz. Keep one "
-      "recording in "
-      "each file.";
+      "recording in each file.";
   ExpectRefused(Song(kVorbis, 48000, 2, 1) + Song(kVorbis, 44100, 2, 2), text);
   ExpectProbeRefuses(text);
 }
@@ -222,8 +220,7 @@ TEST_F(OggDamage, ChainWhoseRateChanges) {
 TEST_F(OggDamage, ChainWhoseChannelsChange) {
   const std::string text =
       "this is a chain of 2 Ogg streams, and the channels change inside, from 2 to 1. Keep one recording in "
-      "each "
-      "file.";
+      "each file.";
   ExpectRefused(Song(kVorbis, 48000, 2, 1) + Song(kVorbis, 48000, 1, 2), text);
   ExpectProbeRefuses(text);
 }

@@ -196,8 +196,7 @@ TEST(ResilientDevice, WhenTheWatchIsRefusedItsThreadTheDeviceAsksNobodyAnyMore) 
   EXPECT_TRUE(test_support::ThrowsWithText<tesk_audio::TESKAudioError>(
       [&] { resilient.Start(counter); },
       "The watch over the audio device cannot start its thread: Resource temporarily unavailable. Close "
-      "other "
-      "programs."));
+      "other programs."));
   none.reset();
   // Without a thread to close it on it stays open for ever, and hears silence.
   const long long asked = counter.count;

@@ -60,8 +60,7 @@ TEST_F(CreateOutput, AContentOfAnotherRateThanTheDevicesIsRefused) {
     EXPECT_TRUE(test_support::ThrowsWithText<tesk_audio::TESKAudioError>(
         [&] { Create(44100.0, 2); },
         "The audio has 44100 Hz with 2 channels, and the output runs at 48000 Hz with 2 channels. Convert "
-        "the audio "
-        "file, or let the show begin with another rate."));
+        "the audio file, or let the show begin with another rate."));
     EXPECT_EQ(Create(48000.0, 2)->GetSampleRateHz(), 48000.0);
   }
 }

@@ -300,13 +300,11 @@ TEST(OfflineOutput, AnotherRateOrOtherChannelsAreRefusedNamingBothFormats) {
   EXPECT_FALSE(run.output->SwitchContent(StaircaseContent(10, 44100.0, 2), &error));
   EXPECT_EQ(error,
             "The audio has 44100 Hz with 2 channels, and the output runs at 48000 Hz with 2 channels. "
-            "Convert the audio "
-            "file, or let the show begin with another rate.");
+            "Convert the audio file, or let the show begin with another rate.");
   EXPECT_FALSE(run.output->SwitchContent(StaircaseContent(10, 48000.0, 1), &error));
   EXPECT_EQ(error,
             "The audio has 48000 Hz with 1 channel, and the output runs at 48000 Hz with 2 channels. Convert "
-            "the audio "
-            "file, or let the show begin with another rate.");
+            "the audio file, or let the show begin with another rate.");
   EXPECT_FALSE(run.output->SwitchContent(StaircaseContent(10, 48000.0, 1), nullptr));
   EXPECT_TRUE(run.output->SwitchContent(StaircaseContent(10, 48000.0, 2), &error));
 }

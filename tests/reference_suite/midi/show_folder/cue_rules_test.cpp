@@ -65,12 +65,10 @@ INSTANTIATE_TEST_SUITE_P(
             "range end."},
         Row{"[[transpose]]\nat = \"end\"\nsemitones = 1",
             "2:6: \"at\" lies on the end of the song, \"end\" (tick 92160), where only a caesura may lie or "
-            "a range "
-            "end."},
+            "a range end."},
         Row{"[[repeat]]\nfrom = \"end\"\nto = \"end\"",
             "2:8: \"from\" lies on the end of the song, \"end\" (tick 92160), where only a caesura may lie "
-            "or a range "
-            "end."}));
+            "or a range end."}));
 
 INSTANTIATE_TEST_SUITE_P(Audio, CueErrors,
                          testing::Values(Row{"audio_start = \"17\"\naudio_end = \"17\"",
@@ -105,35 +103,29 @@ INSTANTIATE_TEST_SUITE_P(
             "1:1: this click ends before it begins: \"1\" (tick 0) does not lie after \"3\" (tick 3840)."},
         Row{"[[cut]]\nfrom = \"33\"\nto = \"17\"",
             "1:1: this cut would start inside its own target range: \"17\" (tick 30720) does not lie after "
-            "\"33\" (tick "
-            "61440), so that playback would come to it again and again."},
+            "\"33\" (tick 61440), so that playback would come to it again and again."},
         Row{"[[cut]]\nfrom = \"33\"\nto = \"33\"",
             "1:1: this cut would start inside its own target range: \"33\" (tick 61440) does not lie after "
-            "\"33\" (tick "
-            "61440), so that playback would come to it again and again."}));
+            "\"33\" (tick 61440), so that playback would come to it again and again."}));
 
 INSTANTIATE_TEST_SUITE_P(
     Contradictions, CueErrors,
     testing::Values(
         Row{"[[vamp]]\nfrom = \"9\"\nto = \"13\"\n[[repeat]]\nfrom = \"11\"\nto = \"17\"",
             "4:1: this repeat (\"11\" to \"17\") and the vamp of line 1 (\"9\" to \"13\") overlap in part; "
-            "loops must "
-            "lie one inside the other or apart."},
+            "loops must lie one inside the other or apart."},
         Row{"[[repeat]]\nfrom = \"11\"\nto = \"17\"\n\n[[vamp]]\nfrom = \"9\"\nto = \"13\"",
             "5:1: this vamp (\"9\" to \"13\") and the repeat of line 1 (\"11\" to \"17\") overlap in part; "
-            "loops must "
-            "lie one inside the other or apart."},
+            "loops must lie one inside the other or apart."},
         Row{"[[vamp]]\nfrom = \"9\"\nto = \"13\"\n[[vamp]]\nfrom = \"9\"\nto = \"13.1\"",
             "4:1: this vamp (\"9\" to \"13.1\") and the vamp of line 1 (\"9\" to \"13\") are the same "
-            "passage, so that "
-            "neither lies inside the other; keep one of them."},
+            "passage, so that neither lies inside the other; keep one of them."},
         Row{"[[caesura]]\nat = \"29.3\"\n[[caesura]]\nat = { tick = 54720 }",
             "3:1: this caesura (tick 54720) and the caesura of line 1 (\"29.3\") lie at one place; keep one "
             "of them."},
         Row{"[[cut]]\nfrom = \"9\"\nto = \"13\"\n[[cut]]\nfrom = \"9\"\nto = \"17\"",
             "4:1: this cut (\"9\" to \"17\") and the cut of line 1 (\"9\" to \"13\") lie at one place; keep "
-            "one of "
-            "them."},
+            "one of them."},
         Row{"[[tempo]]\nat = \"9\"\nscale = 1\n[[tempo]]\nat = \"9\"\nscale = 1",
             "4:1: this tempo (\"9\") and the tempo of line 1 (\"9\") lie at one place; keep one of them."},
         Row{"[[transpose]]\nat = \"9\"\nsemitones = 1\n[[transpose]]\nat = \"9\"\nsemitones = 2",

@@ -63,8 +63,7 @@ INSTANTIATE_TEST_SUITE_P(
         Row{"\n  first = 1",
             "2:3: unknown key \"first\"; known here are \"format\", \"skip\", \"attacca\", \"first_bar\", "
             "\"audio_start\", \"audio_end\", \"tempo\", \"transpose\", \"vamp\", \"safety\", \"repeat\", "
-            "\"cut\", "
-            "\"caesura\", \"marker\", \"click\" and \"page\"."},
+            "\"cut\", \"caesura\", \"marker\", \"click\" and \"page\"."},
         Row{"[[vamps]]\n", "1:3: unknown table \"vamps\"; did you mean \"vamp\"?"},
         Row{"[temp]\n", "1:2: unknown table \"temp\"; did you mean \"tempo\"?"},
         Row{"cutt = []", "1:1: unknown key \"cutt\"; did you mean \"cut\"?"},
@@ -95,8 +94,7 @@ INSTANTIATE_TEST_SUITE_P(
             "1:11: \"attacca\" must be true or false, but is a text; write attacca = true, for instance."},
         Row{"first_bar = 1.0",
             "1:13: \"first_bar\" must be a whole number, but is a number with a point; write first_bar = 0, "
-            "for "
-            "instance."},
+            "for instance."},
         Row{"first_bar = \"0\"",
             "1:13: \"first_bar\" must be a whole number, but is a text; write first_bar = 0, for instance."},
         Row{"audio_start = 5",
@@ -115,8 +113,7 @@ INSTANTIATE_TEST_SUITE_P(
             "3:9: \"scale\" must be a number, but is a text; write scale = 0.95, for instance."},
         Row{"[[transpose]]\nat = \"1\"\nsemitones = 2.0",
             "3:13: \"semitones\" must be a whole number, but is a number with a point; write semitones = -2, "
-            "for "
-            "instance."},
+            "for instance."},
         Row{"[[repeat]]\nfrom = \"1\"\nto = \"2\"\npasses = \"3\"",
             "4:10: \"passes\" must be a whole number, but is a text; write passes = 3, for instance."},
         Row{"[[marker]]\nat = \"1\"\nname = 3",
@@ -129,16 +126,13 @@ INSTANTIATE_TEST_SUITE_P(
             "2:15: \"tick\" must be a whole number, but is a text; write tick = 30720, for instance."},
         Row{"[vamp]\nfrom = \"1\"\nto = \"2\"",
             "1:1: \"vamp\" must be a list of tables, but is a table; write [[vamp]], with two brackets, "
-            "above the keys "
-            "of each."},
+            "above the keys of each."},
         Row{"caesura = \"29\"",
             "1:11: \"caesura\" must be a list of tables, but is a text; write [[caesura]], with two "
-            "brackets, above the "
-            "keys of each."},
+            "brackets, above the keys of each."},
         Row{"caesura = [\"29\"]",
             "1:12: \"caesura\" must be a list of tables, but holds a text; write [[caesura]], with two "
-            "brackets, above "
-            "the keys of each."}));
+            "brackets, above the keys of each."}));
 
 INSTANTIATE_TEST_SUITE_P(
     Ranges, SongLogErrors,
@@ -199,8 +193,7 @@ INSTANTIATE_TEST_SUITE_P(
 
 const char kForms[] =
     ", which is no position; write a bar (\"17\"), bar and beat (\"17.3\"), bar, beat and ticks "
-    "(\"17.3.120\"), "
-    "\"end\" or { tick = 30720 }.";
+    "(\"17.3.120\"), \"end\" or { tick = 30720 }.";
 
 TEST(SongLogErrors, TextsThatAreNoPositions) {
   EXPECT_THAT(Problems("audio_start = \"one\"\naudio_end = \"17,3\"\n[[caesura]]\nat = \"tick:30720\"\n"),

@@ -64,8 +64,7 @@ TEST(ParseToml, EveryKindWithItsPlace) {
   EXPECT_EQ(Picture(ParseToml("a = true\nb = -7\nc=1.5\n  d = \"x\"\ne = 1979-05-27\nf = 07:32:00\n"
                               "g = 1979-05-27T07:32:00Z\nh = [1, 'y']\ni = { tick = 3 }\n")),
             "{a@1:1=true@1:5 b@2:1=-7@2:5 c@3:1=float@3:3 d@4:3='x'@4:7 e@5:1=time@5:5 f@6:1=time@6:5 "
-            "g@7:1=time@7:5 "
-            "h@8:1=[1@8:6, 'y'@8:9]@8:5 i@9:1={tick@9:7=3@9:14}@9:5}@1:1");
+            "g@7:1=time@7:5 h@8:1=[1@8:6, 'y'@8:9]@8:5 i@9:1={tick@9:7=3@9:14}@9:5}@1:1");
 }
 
 TEST(ParseToml, EmptyTextIsAnEmptyTable) {
