@@ -3,7 +3,6 @@
 #include <gtest/gtest.h>
 
 #include <atomic>
-#include <chrono>
 #include <memory>
 #include <stdexcept>
 #include <string>
@@ -13,13 +12,11 @@
 #include "tests/fakes/fake_log.h"
 #include "tests/fakes/journal.h"
 #include "tests/fakes/journaling_locks.h"
+#include "tests/support/deleter_clock.h"
 #include "tests/support/no_threads.h"
 #include "tests/support/throws_with_text.h"
-#include "tests/support/wait_until.h"
 
 namespace {
-
-using Clock = std::chrono::steady_clock;
 
 // What the thread calls back into.
 struct Owner {
@@ -36,15 +33,17 @@ struct Owner {
   int throwNumberAt = 0;
 };
 
+// No second passes by itself.
+struct HeldClock {
+  HeldClock() { test_support::deleter_clock::Hold(); }
+  ~HeldClock() { test_support::deleter_clock::LetGo(); }
+};
+
 class ContentDeleterThreadTest : public testing::Test {
  protected:
   ContentDeleterThreadTest() { fakes::TakeLogEntries(); }
 
   void Start() { data_.reset(StartAudioContentDeleterThread(Owner::Wake, &owner_, &thread_)); }
-  void End() {
-    data_->Exit();
-    pthread_join(thread_, nullptr);
-  }
 
   Owner owner_;
   pthread_t thread_{};
@@ -80,19 +79,26 @@ TEST_F(ContentDeleterThreadTest, TheRecordsLockIsNamedAndGuardsTheFlagButNotTheC
 }
 
 TEST_F(ContentDeleterThreadTest, EndsWithoutACallbackWhenExitComesBeforeTheFirstWakeUp) {
-  const auto begin = Clock::now();
+  const HeldClock clock;
   Start();
-  End();
+  data_->Exit();
+  test_support::deleter_clock::LetGo();
+  pthread_join(thread_, nullptr);
   EXPECT_EQ(owner_.calls, 0);
-  EXPECT_GE(Clock::now() - begin, std::chrono::milliseconds(900));
 }
 
 TEST_F(ContentDeleterThreadTest, CallsBackOnceASecondOnAThreadWithItsName) {
-  const auto begin = Clock::now();
+  const HeldClock clock;
   Start();
-  ASSERT_TRUE(test_support::WaitUntil([&] { return owner_.calls == 2; }));
-  EXPECT_GE(Clock::now() - begin, std::chrono::milliseconds(1900));
-  End();
+  for (int second = 1; second <= 3; ++second) {
+    test_support::deleter_clock::PassOneSecond();
+    EXPECT_EQ(owner_.calls, second);
+    EXPECT_EQ(test_support::deleter_clock::GetLastSleep(), 1u);
+  }
+  data_->Exit();
+  test_support::deleter_clock::LetGo();
+  pthread_join(thread_, nullptr);
+  EXPECT_EQ(owner_.calls, 3);
   EXPECT_EQ(owner_.threadName, "AudioContentDeleter");
 }
 
