@@ -13,6 +13,7 @@ ENGINE_TESTS := exc_test exc_lock_impl_test samples_ticks_converter_test ob_show
 SANITIZED := $(ENGINE_TESTS) lock_order_test stress_test
 # The engine is covered by its own tests alone: what only a whole show reaches counts as not covered.
 COVERED := $(ENGINE_TESTS) player_wrapper_test
+READER_TESTS := standard_midi_file_test toml_test timeline_test show_folder_test
 # Every test carries the name of its program as a label.
 labels_of = ^($(shell echo $(1) | tr ' ' '|'))$$
 SANITIZED_LABELS := $(call labels_of,$(SANITIZED))
@@ -22,7 +23,8 @@ help:
 	@echo "make test      install what is missing, build with g++ and clang++, run every check and every test"
 	@echo "make lint      format, layers, words and clang-tidy"
 	@echo "make sanitize  the engine's tests under the address, undefined-behaviour and thread sanitizers"
-	@echo "make coverage  lines and branches of the engine that the tests reach; fails under 98 % and 90 %"
+	@echo "make coverage  lines and branches of the engine that the tests reach; fails under 98 % and 90 %,"
+	@echo "               and when the tests of the readers leave one of their branches out"
 	@echo "make mutate    break the engine in one place after the other: do its tests notice? (hours)"
 	@echo "make fuzz      a minute of random bytes for every reader and the planner (SECONDS=60)"
 	@echo "make bench     the benchmarks, beside peers that it installs; figures and goals in docs/performance.md"
@@ -78,6 +80,9 @@ coverage: packages
 	@$(STEP) "build for coverage" cmake --build --preset coverage --target $(COVERED)
 	@$(STEP) "the engine's tests" ctest --preset coverage -L '$(call labels_of,$(COVERED))'
 	@$(STEP) "coverage" tools/coverage.sh
+	@$(STEP) "configure for the readers" cmake --preset reader-coverage --log-level=WARNING
+	@$(STEP) "build the readers' tests" cmake --build --preset reader-coverage --target $(READER_TESTS)
+	@$(STEP) "branches of the readers" tools/reader_coverage.sh
 
 mutate: packages
 	@$(STEP) "configure for mutations" cmake --preset mutate --log-level=WARNING

@@ -42,7 +42,7 @@ class SongLogBuilder {
       case CueKind::Click:
         log_.clicks.Add(CL::Click(placed.begin, placed.end, line));
         break;
-      case CueKind::Page:
+      default:  // a page
         pages_.Add(TL::PageNum(placed.begin, static_cast<unsigned>(cue.number)));
         break;
     }

@@ -2,6 +2,7 @@
 
 #include <cstdint>
 #include <span>
+#include <string_view>
 #include <utility>
 
 #include "reference_suite/midi/show_folder/build_song_log.h"
@@ -89,8 +90,7 @@ class SongLoader {
 
   // The reader of MIDI files begins its sentences with the file, which a problem names already.
   std::string WithoutFile_(const std::string& text) const {
-    const std::string prefix = midiProblems_.GetShownFile() + ": ";
-    return text.substr(0, prefix.size()) == prefix ? text.substr(prefix.size()) : text;
+    return text.substr(midiProblems_.GetShownFile().size() + std::string_view(": ").size());
   }
 
   const SongFiles& files_;

@@ -48,7 +48,7 @@ bool ReadPasses(TableReader* table, WrittenCue* cue) {
 
 bool ReadScale(TableReader* table, WrittenCue* cue) {
   const KeyUse use{"scale", "0.95"};
-  if (!table->Require(use)) return false;
+  table->Require(use);
   const auto scale = table->Number(use, kLeastScale, kMostScale);
   if (scale) cue->scale = *scale;
   return scale.has_value();
@@ -81,13 +81,9 @@ bool ReadValue(TableReader* table, FileProblems* problems, WrittenCue* cue) {
       return ReadName(table, cue);
     case CueKind::Page:
       return ReadRequiredNumber(table, {"number", "1"}, 0, kMostPages, cue);
-    case CueKind::Safety:
-    case CueKind::Cut:
-    case CueKind::Caesura:
-    case CueKind::Click:
-      break;
+    default:
+      return true;
   }
-  return true;
 }
 
 bool ReadPositions(TableReader* table, bool isRange, WrittenCue* cue) {

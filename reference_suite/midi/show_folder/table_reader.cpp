@@ -30,10 +30,9 @@ const char* KindText(TomlKind kind) {
       return "a date or a time";
     case TomlKind::Array:
       return "a list";
-    case TomlKind::Table:
-      break;
+    default:
+      return "a table";
   }
-  return "a table";
 }
 
 const TomlNode* TableReader::Find(std::string_view key) const {

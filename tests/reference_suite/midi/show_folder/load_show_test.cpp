@@ -3,6 +3,9 @@
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
+#include <climits>
+#include <cstring>
+
 #include "tests/reference_suite/midi/show_folder/show_on_disk.h"
 #include "tests/support/throws_with_text.h"
 
@@ -45,6 +48,16 @@ TEST(LoadShow, FileInsteadOfTheSongsFolder) {
                           "/songs\": Not a directory; see that it is a folder that may be read."));
 }
 
+TEST(LoadShow, SongsFolderThatLeadsToItself) {
+  const ShowOnDisk show;
+  std::filesystem::remove(show.Path() / "songs");
+  std::filesystem::create_directory_symlink("songs", show.Path() / "songs");
+  EXPECT_THAT(show.Problems(),
+              ElementsAre("songs: Unable to list folder \"" + show.Name() +
+                          "/songs\": Too many levels of symbolic links; see that it is a folder that may be "
+                          "read."));
+}
+
 TEST(LoadShow, ShowWithoutAnySong) {
   const ShowOnDisk show;
   show.Write("songs/README", "nothing here");
@@ -76,6 +89,15 @@ TEST(LoadShow, EveryProblemOfEveryFileIsThrown) {
   EXPECT_EQ(problems[5], "show.toml:1:1: unknown key \"titel\"; did you mean \"title\"?");
   EXPECT_EQ(problems[6], "show.toml:2:10: there is no song \"9\" in songs/; take it out of \"order\".");
   EXPECT_THAT(problems[7], testing::StartsWith("warning: songs/4 D.mid: byte 0: no tempo"));
+}
+
+TEST(LoadShow, WarningsAboutBarsNameTheSongsFile) {
+  const ShowOnDisk show;
+  show.Write("songs/1 A.mid",
+             made_show::MidiText().Tempo(0, 500'000).Meter(0, 4, 4).Meter(480, 3, 4).End(3840));
+  EXPECT_THAT(show.Problems(),
+              ElementsAre("warning: songs/1 A.mid: the meter changes to 3/4 within bar 1; a new bar begins "
+                          "there, at tick 480."));
 }
 
 TEST(LoadShow, FirstErrorIsTheTextOfTheException) {
@@ -111,6 +133,23 @@ TEST(LoadShow, ShowTomlThatCannotBeRead) {
   EXPECT_THAT(show.Problems(),
               ElementsAre("show.toml: cannot be opened (No such file or directory); see that the file "
                           "is there and that it may be read."));
+}
+
+// The system does not say that it is not there, so that it is not taken for a show without one.
+TEST(LoadShow, ShowTomlWhosePathIsTooLong) {
+  const ShowOnDisk show;
+  std::string path = show.Name();
+  while (path.size() + std::strlen("/songs") < PATH_MAX - 2) path += path.size() % 2 == 0 ? "/." : "/";
+  try {
+    tesk_midi::LoadShow(path);
+    FAIL();
+  } catch (const tesk_midi::ShowError& error) {
+    ASSERT_EQ(error.GetProblems().size(), 2u);
+    EXPECT_EQ(
+        ToString(error.GetProblems()[1]),
+        "show.toml: cannot be opened (File name too long); see that the file is there and that it may be "
+        "read.");
+  }
 }
 
 }  // namespace

@@ -131,6 +131,7 @@ TEST(NumberByValue, DropsLeadingZerosOfEveryRun) {
   EXPECT_EQ(NumberByValue("2a01"), "2a1");
   EXPECT_EQ(NumberByValue("2a00b"), "2a0b");
   EXPECT_EQ(NumberByValue("1001"), "1001");
+  EXPECT_EQ(NumberByValue("2-01"), "2-1");
   EXPECT_EQ(NumberByValue(""), "");
 }
 

@@ -72,13 +72,14 @@ TEST(TimelineBuilder, WithoutTempoAtTickZero120HoldsUntilTheFirst) {
 TEST(TimelineBuilder, OfTwoEventsAtOneTickTheLaterHolds) {
   tesk_midi::StandardMidiFile midi = Midi(3840, {{0, 4, 4}, {0, 3, 4}});
   midi.tempos = {{0, 500'000}, {0, 600'000}, {480, 400'000}, {480, 300'000}};
-  midi.keys = {{0, 1, false}, {0, 2, false}};
+  midi.keys = {{0, 1, false}, {0, 2, false}, {480, 3, false}};
   const BuiltTimeline built = BuildTimeline(midi, 1);
   EXPECT_EQ(TemposText(built), "0:600000 480:300000");
   ASSERT_EQ(built.timeline.GetMeters().GetSize(), 1u);
   EXPECT_EQ(built.timeline.GetMeters()[0].GetNumerator(), 3u);
-  ASSERT_EQ(built.timeline.GetKeys().GetSize(), 1u);
+  ASSERT_EQ(built.timeline.GetKeys().GetSize(), 2u);
   EXPECT_EQ(built.timeline.GetKeys()[0].GetSharps(), 2);
+  EXPECT_EQ(built.timeline.GetKeys()[1].GetSharps(), 3);
   EXPECT_EQ(made_timeline::BarsText(built.timeline), "1@0:3x480 2@1440:3x480 3@2880:3x480");
 }
 
