@@ -104,6 +104,7 @@ def main():
 
     with concurrent.futures.ThreadPoolExecutor(4 * options.jobs) as pool:
         list(pool.map(run, mutations))
+    build.close()
     sys.exit(0 if report(results, (time.monotonic() - start) / 60) else 1)
 
 

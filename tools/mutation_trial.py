@@ -22,13 +22,17 @@ import time
 from mutations import ROOT
 
 QUICK = 0.2  # seconds; the tests that take longer come last
+MOST_MEMORY = 2 << 30  # bytes. A change may well loop for ever: neither memory nor disk may run full of it.
 
 
-def limit_resources():
-    """A change may well loop for ever: neither memory nor disk may run full of it."""
-    resource.setrlimit(resource.RLIMIT_AS, (4 << 30, 4 << 30))
+def limit_files():
     resource.setrlimit(resource.RLIMIT_FSIZE, (1 << 28, 1 << 28))
     resource.setrlimit(resource.RLIMIT_CORE, (0, 0))
+
+
+def memory_of(process):
+    pages = pathlib.Path(f"/proc/{process.pid}/statm").read_text().split()
+    return int(pages[1]) * resource.getpagesize() if pages else 0
 
 
 def run_tests(program, tests, patience, report=None):
@@ -41,7 +45,7 @@ def run_tests(program, tests, patience, report=None):
         log = pathlib.Path(scratch) / "log"
         with open(log, "wb") as output:
             run = subprocess.Popen([program], cwd=scratch, env=environment, stdout=output, stderr=output,
-                                   preexec_fn=limit_resources, start_new_session=True)
+                                   preexec_fn=limit_files, start_new_session=True)
             grown, size = time.monotonic(), 0
             while True:
                 try:
@@ -50,7 +54,7 @@ def run_tests(program, tests, patience, report=None):
                 except subprocess.TimeoutExpired:
                     if log.stat().st_size != size:
                         grown, size = time.monotonic(), log.stat().st_size
-                    elif time.monotonic() - grown > patience:
+                    if time.monotonic() - grown > patience or memory_of(run) > MOST_MEMORY:
                         os.killpg(run.pid, signal.SIGKILL)
         if run.returncode == 0:
             return None
@@ -113,8 +117,7 @@ class Build:
     def __init__(self, folder, programs, jobs):
         self.folder = pathlib.Path(folder).resolve()
         self.compiling = threading.Semaphore(jobs)  # that many at a time; the tests wait more than they compute
-        self.scratch = self.folder / "mutations"
-        shutil.rmtree(self.scratch, ignore_errors=True)
+        self.scratch = pathlib.Path(tempfile.mkdtemp(prefix="mutations-", dir=self.folder))
         entries = json.loads((self.folder / "compile_commands.json").read_text())
         self.compile = {pathlib.Path(entry["file"]).resolve(): entry["command"] for entry in entries}
         subprocess.run(["cmake", "--build", self.folder, "--target", *programs], check=True, stdout=subprocess.DEVNULL)
@@ -122,16 +125,37 @@ class Build:
         self.originals = {}
         self.lock = threading.Lock()
 
+    def close(self):
+        shutil.rmtree(self.scratch)
+
+    def command_for(self, source, before, what, output):
+        """Reading past the end of a vector shall be noticed; nothing is compiled twice, so that ccache is no help."""
+        command = [word for word in shlex.split(self.compile[ROOT / source]) if word != "-Werror"]
+        if pathlib.Path(command[0]).name == "ccache":
+            command = command[1:]
+        command[command.index("-o") + 1] = str(output)
+        command[command.index("-c") + 1] = str(what)
+        return [*command[:1], "-w", "-D_GLIBCXX_ASSERTIONS", *before, *command[1:]]
+
+    def headers_of(self, source):
+        """Everything that `source` includes, compiled once for all of its changes: most of their time otherwise."""
+        headers = self.scratch / "headers" / str(source.with_suffix(".h")).replace("/", "_")
+        if not headers.exists():
+            headers.parent.mkdir(parents=True, exist_ok=True)
+            lines = (ROOT / source).read_text().splitlines()
+            headers.write_text("".join(f"{line}\n" for line in lines if line.startswith("#include")))
+            command = self.command_for(source, ["-x", "c++-header"], headers, f"{headers}.gch")
+            subprocess.run(command, cwd=self.folder, check=True)
+        return headers
+
     def object_of(self, source, text, folder):
         """Compiles `text` in the place of `source`. None when it is no program."""
-        command = shlex.split(self.compile[ROOT / source])
+        with self.lock:
+            headers = self.headers_of(source)
         changed = folder / source.name
         changed.write_text(text)
         output = folder / "changed.o"
-        command[command.index("-o") + 1] = str(output)
-        command[command.index("-c") + 1] = str(changed)
-        # Reading past the end of a vector shall be noticed.
-        command = [word for word in command if word != "-Werror"] + ["-w", "-D_GLIBCXX_ASSERTIONS"]
+        command = self.command_for(source, ["-include", str(headers)], changed, output)
         with self.compiling:
             run = subprocess.run(command, cwd=self.folder, capture_output=True, check=False)
         return output if run.returncode == 0 else None
@@ -142,18 +166,15 @@ class Build:
         return hashlib.sha256(code.read_bytes()).hexdigest()
 
     def original_digest(self, source, folder):
-        with self.lock:
-            if source not in self.originals:
-                path = self.object_of(source, (ROOT / source).read_text(), folder)
-                self.originals[source] = self.digest(path, folder)
-            return self.originals[source]
+        if source not in self.originals:
+            path = self.object_of(source, (ROOT / source).read_text(), folder)
+            self.originals[source] = self.digest(path, folder)
+        return self.originals[source]
 
     def attempt(self, mutation, programs):
         """One of "same", "no program", "noticed", "survived"."""
-        # The same change has the same place each time, so that ccache knows it again.
-        folder = self.scratch / hashlib.sha256(mutation.name.encode()).hexdigest()[:16]
-        folder.mkdir(parents=True)
-        try:
+        with tempfile.TemporaryDirectory(dir=self.scratch) as name:
+            folder = pathlib.Path(name)
             original = self.original_digest(mutation.source, folder)
             changed = self.object_of(mutation.source, mutation.source_text(), folder)
             if changed is None:
@@ -162,5 +183,3 @@ class Build:
                 return "same"
             noticed = any(self.programs[name].notices(changed, mutation.source, folder) for name in programs)
             return "noticed" if noticed else "survived"
-        finally:
-            shutil.rmtree(folder)

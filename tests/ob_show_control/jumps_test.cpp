@@ -92,6 +92,12 @@ TEST_F(Jumps, SkipAheadAloneMovesOn) {
   EXPECT_EQ(control->GetTickIndex(), 11u);
 }
 
+TEST_F(Jumps, OneSampleIsSkippedToo) {
+  control->SkipAheadSamplesOnNextJump(1);
+  Jump(10, true);
+  EXPECT_EQ(control->GetSampleIndex(), 241);
+}
+
 TEST_F(Jumps, AnAdjustmentAloneMovesBothWays) {
   control->AdjustNextJumpSampleIndex(-24);
   Jump(10, true);

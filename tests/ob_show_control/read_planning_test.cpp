@@ -225,6 +225,15 @@ TEST_F(ReadPlanning, ACutToTheEndNeverGrowsTheScaledView) {
   EXPECT_EQ(count.GetScaled(), 16);
 }
 
+TEST_F(ReadPlanning, ARequestThatJustReachesTheEndKeepsItsFraction) {
+  Load({.midiEnd = 1000, .audioEnd = 100});
+  Place(99, 20);
+  fakes::planning::GetScript().found = {{.jumpPending = true, .reachedTick = 2}};
+  const auto count = PlanScaled(10, 0.43L);  // 4.3 unscaled samples, of which there are 4
+  EXPECT_EQ(count.GetUnscaled(), 4);
+  EXPECT_EQ(count.GetScaled(), 10) << "a cut to 4 would give 9";
+}
+
 TEST_F(ReadPlanning, ANegativeRequestAtTheEndFails) {
   Load({.midiEnd = 1000, .audioEnd = 100});
   Place(100, 10);

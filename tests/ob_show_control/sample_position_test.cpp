@@ -205,4 +205,11 @@ TEST_F(SamplePosition, ResettingTheControlVariablesForgetsEverythingPlanned) {
   EXPECT_EQ(control->GetSampleIndex(), 240);
 }
 
+TEST_F(SamplePosition, AfterTheControlVariablesNotEvenOneSampleIsExpected) {
+  Load({.midiEnd = 1000}, {{0, 20'834}});  // one sample a tick
+  control->ResetControlVariables();
+  control->AddToSampleIndex(1);
+  EXPECT_EQ(control->GetTickIndex(), 1u);
+}
+
 }  // namespace

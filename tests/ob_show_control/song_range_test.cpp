@@ -73,6 +73,12 @@ TEST_F(SongRange, FinishingALoadExpectsNoSamples) {
   EXPECT_EQ(control->GetTickIndex(), 1u) << "more than planned";
 }
 
+TEST_F(SongRange, FinishingALoadExpectsNotEvenOneSample) {
+  Load({.midiEnd = 1000}, {{0, 20'834}});  // one sample a tick
+  control->AddToSampleIndex(1);
+  EXPECT_EQ(control->GetTickIndex(), 1u);
+}
+
 TEST_F(SongRange, TheBaseFinishesWithNoLockHeld) {
   bool called = false;
   fakes::planning::GetScript().onFinishLoadingSongLog = [&] {

@@ -64,6 +64,13 @@ TEST(TicksToSamples, WhenEveryEntryLiesLaterTheSampleIs0) {
   EXPECT_EQ(converter.TicksToSamples(959), 0);
 }
 
+TEST(TicksToSamples, OfTicksWithAnEntryOnlyThoseBeforeTheAudioStartAreSample0) {
+  SamplesTicksConverter converter;
+  EXPECT_THROW(converter.SetData(SongWithTempos({{480, 500'000}}), 960), std::logic_error);
+  EXPECT_EQ(converter.TicksToSamples(959), 0);
+  EXPECT_EQ(converter.TicksToSamples(960), 10584) << "the entry at 480 has no samples yet";
+}
+
 // ---- samples to the tick that contains them --------------------------------------------------------
 
 struct SampleToTick {

@@ -50,6 +50,7 @@ TEST_F(ElapsedRegistry, AQueryBeforeTheFirstRegistrationWarnsInTheSameWords) {
 
 TEST_F(ElapsedRegistry, ANegativeCountIsAskedAs0) {
   converter.RegisterElapsedSampleCount(0, 7);
+  converter.RegisterElapsedSampleCount(1, 960);
   CoutCapture console;
   EXPECT_EQ(converter.GetTickIndexFromElapsedSampleCount(-1), 7u);
   EXPECT_EQ(converter.GetTickIndexFromElapsedSampleCount(LLONG_MIN), 7u);
