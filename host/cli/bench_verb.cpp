@@ -102,7 +102,7 @@ int Run(const Faces& faces, LiveBenchOptions options, bool asJson) {
   Table table({0, 1, 2, 3, 4, 5, 6, 7, 8, 9, 10});
   table.Add({"period", "in time", "too late", "at most", "sounds", "longest", "at most", "trials", "held up",
              "underruns", "xruns"});
-  BenchLive(options, [&](const LiveBenchRow& row) {
+  BenchLive(options, &Say, [&](const LiveBenchRow& row) {
     rows.push_back(ToJson(row));
     table.Add(ToCells(row));
     if (MessagesAreOnTerminal()) Say("period " + std::to_string(row.periodFrames) + ": done");

@@ -28,7 +28,7 @@ nlohmann::ordered_json ToJson(const DeviceLine& line) {
 }
 
 int Run(const std::string& server, bool asJson) {
-  const std::vector<DeviceLine> devices = LookAtDevices(server);
+  const std::vector<DeviceLine> devices = LookAtDevices(server, &Say);
   if (asJson) {
     nlohmann::ordered_json list = nlohmann::ordered_json::array();
     for (const DeviceLine& line : devices) list.push_back(ToJson(line));

@@ -9,13 +9,15 @@ namespace orbel::host::cli {
 void AddSoundOptions(CLI::App& verb, PlayOptions& options) {
   OutputChoice& sound = options.sound;
   verb.add_option("--output", options.output,
-                  "jack; desktop: PulseAudio or ALSA; null: a clock without sound; auto: the first that\n"
-                  "answers, and a clock as long as none does.\n"
-                  "\"orbel render\" plays into a file")
-      ->check(CLI::IsMember({"auto", "jack", "desktop", "null"}))
+                  "jack; desktop: PulseAudio or ALSA; null: a clock without sound; file: a sound file, as\n"
+                  "--device names it, faster than real time where nobody sits at the keys;\n"
+                  "auto: the first that answers, and a clock as long as none does")
+      ->check(CLI::IsMember({"auto", "jack", "desktop", "null", "file"}))
       ->capture_default_str();
   verb.add_option("--device", sound.device,
-                  "The JACK server, or the output of the desktop, if it is not the usual one");
+                  "The JACK server, or the output of the desktop, if it is not the usual one; the name of\n"
+                  "the file: .wav, .flac or .ogg")
+      ->type_name("NAME");
   verb.add_option("--rate", sound.rateHz, "Frames per second of the songs; default: those of the device")
       ->check(Between(8000.0, 384000.0));
   verb.add_option("--period", sound.periodFrames,

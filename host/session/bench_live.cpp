@@ -173,8 +173,9 @@ class Trials {
 
 }  // namespace
 
-void BenchLive(const LiveBenchOptions& options, const std::function<void(const LiveBenchRow&)>& tell) {
-  OutputChoice sound = ChooseOutput(options.output, options.sound);
+void BenchLive(const LiveBenchOptions& options, const Say& say,
+               const std::function<void(const LiveBenchRow&)>& tell) {
+  OutputChoice sound = ChooseOutput(options.output, options.sound, say);
   std::vector<int> periods = options.periods;
   if (sound.output == "jack") periods.resize(1);
   for (const int period : periods) {

@@ -38,6 +38,8 @@ struct LiveBenchRow {
 
 // Plays in real time and presses go, now earlier, now later. `tell` is given each row when it is complete.
 // Ends early when Ctrl-C was pressed. Throws Failure and the errors of show and audio.
-void BenchLive(const LiveBenchOptions& options, const std::function<void(const LiveBenchRow&)>& tell);
+// `say` is told of what is waited for.
+void BenchLive(const LiveBenchOptions& options, const Say& say,
+               const std::function<void(const LiveBenchRow&)>& tell);
 
 }  // namespace orbel::host

@@ -100,6 +100,7 @@ std::string Session::StepSong_(bool forward) {
   if (forward) {
     if (!NextSongStopped()) return "this is the last song; back at its start";
   } else {
+    const SilentOutput silent;
     ChangeSong_([this] { player_->PreviousSong(); });
     if (!SettleStopped_()) Recover_(GetSongNumber());
   }
@@ -109,6 +110,7 @@ std::string Session::StepSong_(bool forward) {
 
 bool Session::NextSongStopped() {
   bool wasLast = false;
+  const SilentOutput silent;
   ChangeSong_([&] { wasLast = player_->NextSong(); });
   if (wasLast) {
     waiting_ = ended_ = false;
@@ -128,6 +130,7 @@ std::string Session::WhyLeftOut_(const std::string& song) const {
 void Session::LoadStopped(const std::string& song) {
   if (leftOut_.contains(song)) throw Failure(WhyLeftOut_(song));
   if (!folder_.HasAudio(song)) throw Failure("song " + Shown(song) + " cannot be played: it has no audio");
+  const SilentOutput silent;
   ChangeSong_([&] { player_->LoadSong(song); });
   if (SettleStopped_()) return;
   Recover_(song);
@@ -172,6 +175,7 @@ void Session::Recover_(const std::string& song) {
 // The player before is gone by then: whatever keeps another one from being made ends the performance in
 // words.
 void Session::BeginAnew_(const std::string& song) {
+  const SilentOutput silent;
   try {
     BuildWithoutBrokenSongs_();
   } catch (const PlayerLost&) {

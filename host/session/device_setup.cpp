@@ -3,6 +3,8 @@
 #include <map>
 
 #include "host/session/failure.h"
+#include "reference_suite/audio/device/bounded_look.h"
+#include "reference_suite/audio/device/file_device.h"
 #include "reference_suite/audio/device/jack_links.h"
 #include "reference_suite/audio/device/list_devices.h"
 #include "reference_suite/audio/encode/sound_file_writer.h"
@@ -66,18 +68,20 @@ void UseLiveOutput(const OutputChoice& choice) {
   tesk_audio::DeviceKind kind = tesk_audio::DeviceKind::Null;
   if (choice.output == "jack") kind = tesk_audio::DeviceKind::Jack;
   if (choice.output == "desktop") kind = tesk_audio::DeviceKind::Desktop;
+  if (choice.output == "file") kind = tesk_audio::DeviceKind::File;
   Configure(kind, choice);
 }
 
-std::vector<DeviceLine> LookAtDevices(const std::string& jackServer) {
+std::vector<DeviceLine> LookAtDevices(const std::string& jackServer, const Say& say) {
   const auto line = [](const char* output, const tesk_audio::DeviceInfo& info) {
     return DeviceLine{output,      info.name,    info.answers,     info.problem,
                       info.rateHz, info.outputs, info.periodFrames};
   };
-  std::vector<DeviceLine> lines{line("jack", tesk_audio::LookAtJack(jackServer))};
-  for (const tesk_audio::DeviceInfo& info : tesk_audio::LookAtDesktop())
+  std::vector<DeviceLine> lines{line("jack", tesk_audio::LookAtJackInTime(jackServer, say))};
+  for (const tesk_audio::DeviceInfo& info : tesk_audio::LookAtDesktopInTime(say))
     lines.push_back(line("desktop", info));
   lines.push_back({"null", "a clock without sound", true, "", 0.0, 0, 0});
+  lines.push_back({"file", "a sound file: --device FILE", true, "", 0.0, 0, 0});
   return lines;
 }
 
@@ -96,6 +100,22 @@ bool ReadMeters(Meters* meters) {
              read.peaks,   read.ringMs,      read.latencyMs,      read.loadMedian,
              read.load999, read.loadLongest, read.underrunFrames, read.xruns};
   return true;
+}
+
+SilentOutput::SilentOutput() {
+  tesk_audio::HoldLiveOutputs();
+}
+
+SilentOutput::~SilentOutput() {
+  tesk_audio::ReleaseLiveOutputs();
+}
+
+void PlayIntoFile(double seconds) {
+  tesk_audio::LetFileDeviceTake(seconds);
+}
+
+void FinishFile() {
+  tesk_audio::FinishFileDevice();
 }
 
 void UseOfflineOutput(const OutputChoice& choice) {

@@ -13,8 +13,8 @@ namespace orbel::host {
 // How the output sounds. The one place at which the host meets a particular implementation of the audio
 // library.
 struct OutputChoice {
-  std::string output = "null";       // or "jack", "desktop"
-  std::string device;                // JACK: the server; empty: the usual one
+  std::string output = "null";       // or "jack", "desktop", "file"
+  std::string device;                // JACK: the server; empty: the usual one; the name of the file
   double rateHz = 0.0;               // 0: that of the device or, if it takes any, of the show's first audio
   unsigned periodFrames = 256;       // where the device can choose
   std::vector<unsigned> outputs;     // physical ones, from 1, for channel 1, 2, ...; empty: in their order
@@ -32,7 +32,7 @@ void UseOfflineOutput(const OutputChoice& choice);
 
 // A device that could be played to, or why it cannot.
 struct DeviceLine {
-  std::string output;  // "jack", "desktop", "null"
+  std::string output;  // "jack", "desktop", "null", "file"
   std::string name;
   bool answers = false;
   std::string problem;
@@ -40,8 +40,10 @@ struct DeviceLine {
   unsigned outputs = 0;       // 0: any
   unsigned periodFrames = 0;  // 0: any
 };
-// In the order in which they are preferred. May block for as long as a sound system hangs.
-std::vector<DeviceLine> LookAtDevices(const std::string& jackServer);
+// In the order in which they are preferred. A sound system that hangs is waited for three seconds; `say` is
+// told so in words. Threads: HOST.
+using Say = std::function<void(const std::string& message)>;
+std::vector<DeviceLine> LookAtDevices(const std::string& jackServer, const Say& say);
 // Throws Failure for a regular expression that is none.
 void RequirePortPatterns(const std::vector<std::string>& patterns);
 
@@ -62,6 +64,20 @@ struct Meters {
 };
 // False when there is no live output yet.
 bool ReadMeters(Meters* meters);
+
+// While one lives, what is started plays to nobody and stands at its first frame.
+class SilentOutput {
+ public:
+  SilentOutput();
+  ~SilentOutput();
+  SilentOutput(const SilentOutput&) = delete;
+  SilentOutput& operator=(const SilentOutput&) = delete;
+};
+
+// Of the output "file", when there is one: that much more of the show is played into it; the file gets its
+// name. Throw the audio library's error, which names the file, when writing has failed.
+void PlayIntoFile(double seconds);
+void FinishFile();
 
 // What one render step of the offline output did; sample positions are unscaled and count from the audio
 // start.

@@ -5,13 +5,30 @@
 
 #include "host/session/known_positions.h"
 #include "host/session/output_choice.h"
+#include "host/session/overwriting.h"
+#include "host/session/render.h"
 #include "host/session/shown_text.h"
 #include "host/session/song_clock.h"
 
 namespace orbel::host {
+namespace {
+
+OutputChoice ChooseSound(const PlayOptions& options) {
+  if (options.output == "file") {
+    RenderOptions written;
+    written.showPath = options.showPath;
+    written.scriptPath = options.scriptPath;
+    written.outPath = options.sound.device;
+    RequireNothingIsOverwritten(written);
+  }
+  return ChooseOutput(options.output, options.sound, options.say);
+}
+
+}  // namespace
 
 Live::Live(const PlayOptions& options, bool attended)
-    : sound_(ChooseOutput(options.output, options.sound)),
+    : sound_(ChooseSound(options)),
+      writesFile_(sound_.output == "file"),
       soundIsWanted_(options.output != "auto" && options.output != "null"),
       session_(options.showPath, options.song, OutputKind::Live, sound_),
       directions_(ReadDirections(options.scriptPath, options.vampPasses, options.caesuraSilence)),
@@ -31,6 +48,7 @@ std::vector<std::string> Live::Start() {
 }
 
 std::vector<std::string> Live::Poll(double now) {
+  if (writesFile_) now = PlayIntoFile_(now);
   TakeEvents_();
   TakeDeviceUpdates_();
   TakeMeters_();

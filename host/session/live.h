@@ -16,7 +16,8 @@ struct PlayOptions {
   std::string song;  // empty: the first that can be played
   std::string scriptPath;
   OutputChoice sound;
-  std::string output = "auto";  // "jack", "null" or, what answers of these, "auto"
+  std::string output = "auto";  // "jack", "desktop", "null", "file" or, what answers of these, "auto"
+  Say say;                      // is told at once of what is waited for; may be empty
   int vampPasses = 1;           // when nobody sits at the keys: how often a vamp is played in all
   double caesuraSilence = 0.0;  // and how long a caesura waits, in seconds
 };
@@ -57,11 +58,16 @@ class Live {
   bool IsPlaying() const { return session_.IsPlaying(); }
   // Nobody will act any more and playback stands.
   bool IsOver() const { return over_; }
+  // Time passes with every Poll, and not with that of the day.
+  bool HasItsOwnTime() const { return writesFile_ && !attended_; }
+  // Nothing is played any more: what was written gets its name. Throws the audio library's error.
+  void Finish();
   ExitStatus GetStatusAtEnd() const;
   PlayReport GetReport();
 
  private:
   void Look_(double now);
+  double PlayIntoFile_(double now);
   void TakeEvents_();
   void TakeDeviceUpdates_();
   void DealWithLoss_(const notify::DeviceUpdate& update);
@@ -75,6 +81,7 @@ class Live {
   std::string NextCue_();
 
   const OutputChoice sound_;
+  const bool writesFile_;
   const bool soundIsWanted_;  // an output that sounds was asked for by name
   Session session_;
   const Directions directions_;
@@ -90,6 +97,8 @@ class Live {
   bool deviceIsLost_ = false;
   bool hasSounded_ = false;  // a device that sounds has been there
   int deviceLosses_ = 0;
+  double polledAt_ = 0.0;
+  bool hasPlayed_ = false;
   bool over_ = false;
   ExitStatus statusAtEnd_ = kDone;
   std::vector<std::string> messages_;

@@ -11,7 +11,7 @@ void Live::SayWhereItPlays_() {
   Meters meters;
   if (!ReadMeters(&meters) || meters.recovering) return;
   hasSounded_ = sound_.output != "null";
-  messages_.push_back("Playing to " + Shown(meters.device) + ".");
+  messages_.push_back((writesFile_ ? "Playing into " : "Playing to ") + Shown(meters.device) + ".");
   const std::size_t highest = sound_.outputs.empty()
                                   ? meters.peaks.size()
                                   : *std::max_element(sound_.outputs.begin(), sound_.outputs.end());
@@ -21,6 +21,21 @@ void Live::SayWhereItPlays_() {
         std::to_string(meters.outputs) +
         ": what there is is used. Connect more outputs, or choose with --channels or --connect.");
   }
+}
+
+// Nobody waits for the clock where nobody sits at the keys: each look is a hundredth of a second of the show.
+// What comes before the first Play is left out.
+double Live::PlayIntoFile_(double now) {
+  constexpr double kLookSeconds = 0.01;
+  const double later = HasItsOwnTime() ? polledAt_ + kLookSeconds : now;
+  hasPlayed_ = hasPlayed_ || session_.IsPlaying();
+  if (hasPlayed_) PlayIntoFile(later - polledAt_);
+  polledAt_ = later;
+  return later;
+}
+
+void Live::Finish() {
+  if (writesFile_) FinishFile();
 }
 
 void Live::TakeDeviceUpdates_() {

@@ -101,7 +101,8 @@ void Session::Build_() {
     try {
       return BuildOnce_();
     } catch (const std::exception& error) {
-      if (!IsRefusalOfTheMoment(error)) throw;
+      // What keeps a file from being written does not pass, and says itself what to do.
+      if (!IsRefusalOfTheMoment(error) || choice_.output == "file") throw;
       if (attemptsLeft == 0) {
         throw PlayerLost(Shown(folder_.GetPath()) + ": the system refuses what playing needs: " +
                          WhatWasRefused(error) + ". Close other programs and open the show again.");

@@ -6,14 +6,17 @@
 
 namespace orbel::host {
 
-OutputChoice ChooseOutput(const std::string& output, OutputChoice wishes) {
+OutputChoice ChooseOutput(const std::string& output, OutputChoice wishes, const Say& say) {
   RequirePortPatterns(wishes.connect);
   wishes.output = output;
-  if (wishes.output == "null") return wishes;
-  const std::vector<DeviceLine> devices = LookAtDevices(wishes.device);
+  if (output == "file" && wishes.device.empty()) {
+    throw Failure("--output file needs the name of the file: --device FILE", kUsage);
+  }
+  if (output == "null" || output == "file") return wishes;
+  const std::vector<DeviceLine> devices = LookAtDevices(wishes.device, say);
   if (output == "auto") {
     const auto first = std::find_if(devices.begin(), devices.end(), [](const DeviceLine& line) {
-      return line.answers && line.output != "null";
+      return line.answers && line.output != "null" && line.output != "file";
     });
     wishes.output = first == devices.end() ? "jack" : first->output;
   }

@@ -65,7 +65,9 @@ class Display {
 class Performance {
  public:
   Performance(const PlayOptions& options, bool attended)
-      : attended_(attended), display_(attended && ::isatty(STDERR_FILENO) == 1), live_(options, attended) {}
+      : attended_(attended),
+        display_(attended && ::isatty(STDERR_FILENO) == 1),
+        live_(WithMessages_(options), attended) {}
 
   int Run(PlayReport* report) {
     std::unique_ptr<RawMode> raw;
@@ -80,11 +82,17 @@ class Performance {
     Say_(console_.Take());
     display_.Status(live_.GetStatus());
     display_.End();
+    live_.Finish();
     *report = live_.GetReport();
     return live_.GetStatusAtEnd();
   }
 
  private:
+  PlayOptions WithMessages_(PlayOptions options) {
+    options.say = [this](const std::string& message) { display_.Message(message); };
+    return options;
+  }
+
   double Seconds_() const {
     return std::chrono::duration<double>(std::chrono::steady_clock::now() - start_).count();
   }
@@ -115,7 +123,8 @@ class Performance {
   void ReadKeys_() {
     pollfd input{STDIN_FILENO, POLLIN, 0};
     const bool reads = attended_ && !TerminalHasHungUp();
-    if (::poll(&input, reads ? 1 : 0, kPollMilliseconds) <= 0) return;
+    const int patience = live_.HasItsOwnTime() ? 0 : kPollMilliseconds;
+    if (::poll(&input, reads ? 1 : 0, patience) <= 0) return;
     char bytes[64];
     const ssize_t count = ::read(STDIN_FILENO, bytes, sizeof bytes);
     if (count <= 0) {

@@ -18,6 +18,8 @@ class DeviceCallback {
   // Whether Process would find every frame that it needs. A device that runs without a clock waits for that
   // instead of hearing silence. On the device's thread; takes no lock.
   virtual bool IsReady(std::size_t /*frames*/) const noexcept { return true; }
+  // Somebody waits for what Process does next, whether or not it is time for it. On the device's thread.
+  virtual bool IsAwaited() const noexcept { return false; }
 };
 
 // Whom a device tells that it takes no more frames, and that a clock is about to stand in for it.

@@ -2,6 +2,7 @@
 #include "reference_suite/audio/device/open_device.h"
 
 #include "reference_suite/audio/device/desktop_device.h"
+#include "reference_suite/audio/device/file_device.h"
 #include "reference_suite/audio/device/jack_device.h"
 #include "reference_suite/audio/device/null_device.h"
 
@@ -18,6 +19,9 @@ DeviceSource MakeDeviceSource(const OutputSettings& settings, double rateHz, uns
     return [=]() -> std::unique_ptr<Device> {
       return std::make_unique<DesktopDevice>(settings, rateHz, channels);
     };
+  }
+  if (settings.device == DeviceKind::File) {
+    return [=] { return std::make_unique<FileDevice>(settings.deviceName, rateHz, channels); };
   }
   return [=] { return std::make_unique<NullDevice>(rateHz, channels, settings.periodFrames); };
 }

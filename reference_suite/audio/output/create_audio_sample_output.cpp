@@ -21,10 +21,11 @@ void TellListeners(const notify::DeviceUpdate& update) {
   notify::callbackDispatcher.Notify(notify::names::audio_device_changed, &copy);
 }
 
-// A clock cannot fail; for everything else a clock stands in when it does.
+// A clock cannot fail, and a file that has failed is not begun anew; for everything else a clock stands in
+// when it does.
 std::unique_ptr<Device> MakeDevice(const OutputSettings& settings, double rateHz, unsigned channels) {
   const DeviceSource source = MakeDeviceSource(settings, rateHz, channels);
-  if (settings.device == DeviceKind::Null) return source();
+  if (settings.device == DeviceKind::Null || settings.device == DeviceKind::File) return source();
   const ResilientDevice::Shape shape{rateHz, channels, settings.periodFrames};
   return std::make_unique<ResilientDevice>(shape, source, &TellListeners);
 }

@@ -56,11 +56,15 @@ void DeviceFeed::Process(float* out, std::size_t frames) noexcept {
 // While it is closed or closing, or a command waits to be obeyed, what is missing is not meant to be heard.
 // Frames that are to be dropped do not count.
 bool DeviceFeed::IsReady(std::size_t frames) const noexcept {
-  if (!open_ || closing_ || NumberOf(command_) != obeyed_) return true;
+  if (!open_ || closing_ || IsCommanded_()) return true;
   const std::uint64_t from = std::max<std::uint64_t>(ring_.GetReadPosition(), dropBefore_);
   const std::uint64_t to = ring_.GetWritePosition();
   waitedFor_ = to < from + frames && to < end_;
   return !waitedFor_;
+}
+
+bool DeviceFeed::IsCommanded_() const {
+  return NumberOf(command_) != obeyed_;
 }
 
 void DeviceFeed::ObeyDrop_() {

@@ -50,10 +50,12 @@ class DeviceFeed : public DeviceCallback {
 
   void Process(float* out, std::size_t frames) noexcept override;
   bool IsReady(std::size_t frames) const noexcept override;
+  bool IsAwaited() const noexcept override { return closing_ || IsCommanded_(); }
 
  private:
   static constexpr std::uint64_t kNever = std::numeric_limits<std::uint64_t>::max();
 
+  bool IsCommanded_() const;
   void Command_(bool open, std::size_t fadeFrames);
   void ObeyCommand_(std::uint64_t command);
   void ObeyDrop_();

@@ -122,6 +122,8 @@ void LiveSampleOutput::PrepareForExit() {
 }
 
 void LiveSampleOutput::OpenFeed_() {
+  // Asked again at the next look.
+  if (LiveOutputsAreHeld()) return;
   feed_.Open();
   feedOpen_ = true;
 }

@@ -1,5 +1,6 @@
 #include "reference_suite/audio/output/output_meters.h"
 
+#include <atomic>
 #include <mutex>
 
 #include "reference_suite/audio/output/live_sample_output.h"
@@ -13,12 +14,26 @@ struct Registry {
   LiveSampleOutput* output = nullptr;
 };
 
+std::atomic<int> holders{0};
+
 Registry& TheRegistry() {
   static Registry registry;
   return registry;
 }
 
 }  // namespace
+
+void HoldLiveOutputs() {
+  ++holders;
+}
+
+void ReleaseLiveOutputs() {
+  --holders;
+}
+
+bool LiveOutputsAreHeld() {
+  return holders > 0;
+}
 
 void RegisterLiveOutput(LiveSampleOutput* output) {
   Registry& registry = TheRegistry();

@@ -273,6 +273,24 @@ TEST(JackOutputs, DevicesListsTheServerAndSaysWhatWouldBeUsed) {
   EXPECT_THAT(gone.out, HasSubstr("play would use null: no sound system answers."));
 }
 
+TEST(JackOutputs, AServerThatHangsIsWaitedForAMomentAndSaid) {
+  ShowFiles files;
+  files.AddSong("1", "Waltz", 1);
+  JackServer server;
+  server.Signal(SIGSTOP);
+  const std::string name = "the JACK server \"" + server.GetName() + "\"";
+  const Ended devices = Orbel({"devices", "--device", server.GetName()});
+  EXPECT_EQ(devices.status, 0);
+  EXPECT_THAT(devices.messages, HasSubstr("Waiting for " + name + " to answer ..."));
+  EXPECT_THAT(devices.out, HasSubstr("jack: There is " + name + ", but it does not answer: it hangs"));
+  EXPECT_THAT(devices.out, HasSubstr("play would use null: no sound system answers."));
+  const Ended play = Orbel({"play", files.Show(), "--device", server.GetName()});
+  EXPECT_EQ(play.status, 0) << play.messages;
+  EXPECT_THAT(play.messages, HasSubstr("Waiting for " + name + " to answer ..."));
+  EXPECT_THAT(play.messages, HasSubstr("no audio: null device. The audio device does not answer."));
+  server.Signal(SIGCONT);
+}
+
 TEST(JackOutputs, HowItWentIsToldAsJson) {
   ShowFiles files;
   files.AddSong("1", "Waltz", 1);

@@ -1,6 +1,11 @@
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 #include <signal.h>
+#include <sys/wait.h>
+
+#include <chrono>
+#include <cstdlib>
+#include <filesystem>
 
 #include "tests/host/run_orbel.h"
 #include "tests/host/show_files.h"
@@ -39,6 +44,125 @@ TEST(Play, AVampThatTheScriptDoesNotLeaveEndsWithStatusThree) {
   files.Write("../script.txt", "");
   const Ended run = Orbel({"play", files.Show(), "--output", "null", "--script", files.Beside("script.txt")});
   EXPECT_EQ(run.status, 3) << run.messages;
+}
+
+std::string Last(const std::string& text) {
+  const std::size_t end = text.find_last_not_of('\n');
+  return text.substr(text.rfind('\n', end) + 1, end - text.rfind('\n', end));
+}
+
+// Without the silence around and between what is played.
+std::vector<float> PlayedInto(const std::string& path) {
+  std::vector<float> frames = ReadFloatWav(path);
+  std::erase(frames, 0.0F);
+  return frames;
+}
+
+TEST(PlayIntoAFile, HasEveryFrameThatWouldBeHeardAndDoesNotWaitForTheClock) {
+  ShowFiles files;
+  files.AddSong("1", "Waltz", 60, "[[repeat]]\nfrom = \"2\"\nto = \"3\"\n[[caesura]]\nat = \"50\"\n");
+  files.AddSong("2", "Polka", 2);
+  const std::string out = files.Beside("take.wav");
+  const auto start = std::chrono::steady_clock::now();
+  const Ended run = Orbel({"play", files.Show(), "--output", "file", "--device", out, "--crossfade", "0",
+                           "--fade", "0", "--json"});
+  const std::chrono::duration<double> time = std::chrono::steady_clock::now() - start;
+  ASSERT_EQ(run.status, 0) << run.messages;
+  EXPECT_THAT(run.messages, HasSubstr("Playing into the file " + out + ", 8000 Hz.\n"));
+  EXPECT_LT(time.count(), 63.0) << "faster than it sounds";
+  std::vector<float> expected = FramesFromZero(2L * ShowFiles::kRate);
+  for (long long frame = ShowFiles::kRate; frame < 60L * ShowFiles::kRate; ++frame)
+    expected.push_back(FrameValue(frame));
+  for (const float sample : FramesFromZero(2L * ShowFiles::kRate)) expected.push_back(sample);
+  const std::vector<float> played = PlayedInto(out);
+  EXPECT_EQ(played.size(), expected.size());
+  EXPECT_TRUE(played == expected);
+  EXPECT_THAT(run.out, HasSubstr("\"underrunFrames\": 0"));
+}
+
+TEST(PlayIntoAFile, ACaesuraWaitsInSilence) {
+  ShowFiles files;
+  files.AddSong("1", "Waltz", 2, "[[caesura]]\nat = \"2\"\n");
+  const std::string out = files.Beside("take.wav");
+  const Ended run = Orbel(
+      {"play", files.Show(), "--output", "file", "--device", out, "--fade", "0", "--caesura-silence", "1.5"});
+  ASSERT_EQ(run.status, 0) << run.messages;
+  const std::vector<float> frames = ReadFloatWav(out);
+  EXPECT_EQ(PlayedInto(out), FramesFromZero(2L * ShowFiles::kRate));
+  // To the looks of which the wait is made, a hundredth of a second each, and what is rendered ahead.
+  EXPECT_NEAR(static_cast<double>(frames.size()) / ShowFiles::kRate, 3.5, 0.15);
+}
+
+TEST(PlayIntoAFile, WhatCannotBeWrittenIsSaidAndLeavesNothing) {
+  ShowFiles files;
+  files.AddSong("1", "Waltz", 60);
+  const auto into = [&](const std::string& name) {
+    return Orbel({"play", files.Show(), "--output", "file", "--device", name});
+  };
+  const Ended nameless = Orbel({"play", files.Show(), "--output", "file"});
+  EXPECT_EQ(nameless.status, 2);
+  EXPECT_EQ(Last(nameless.messages), "orbel: --output file needs the name of the file: --device FILE");
+  const Ended nowhere = into(files.Beside("no folder/take.wav"));
+  EXPECT_EQ(nowhere.status, 1);
+  EXPECT_EQ(Last(nowhere.messages), "orbel: " + files.Beside("no folder/take.wav") +
+                                        ": cannot be written: No such file or directory. Choose another "
+                                        "place, or make room.");
+  const Ended show = into(files.Show() + "/show.toml");
+  EXPECT_EQ(show.status, 2);
+  EXPECT_THAT(show.messages, HasSubstr("show.toml: is a place of the show itself; choose a name outside"));
+  // Refuses bytes from a hundred thousand on, as a full disk does.
+  const std::string out = files.Beside("take.wav");
+  const std::string command = "ulimit -f 100; '" ORBEL_PROGRAM "' play '" + files.Show() +
+                              "' --output file --device '" + out + "' </dev/null 2>'" + files.Beside("said") +
+                              "'";
+  EXPECT_EQ(WEXITSTATUS(std::system(command.c_str())), 1);
+  EXPECT_THAT(ReadText(files.Beside("said")), HasSubstr("orbel: " + out + ": cannot be written: "));
+  EXPECT_FALSE(std::filesystem::exists(out));
+  EXPECT_FALSE(std::filesystem::exists(out + ".part"));
+}
+
+TEST(PlayOptions, EachDoesWhatItSays) {
+  ShowFiles files;
+  files.AddSong("1", "Waltz", 1);
+  const Ended run = Orbel({"play", files.Show(), "--output", "null", "--rate", "44100", "--period", "512",
+                           "--ahead", "200", "--json", "--script", "/dev/null"});
+  EXPECT_EQ(run.status, 0) << run.messages;
+  EXPECT_THAT(run.messages, HasSubstr("Playing to a clock without sound, 44100 Hz, 512 frames a period.\n"));
+  // What is rendered ahead shows in the status line while it plays.
+  EXPECT_THAT(run.messages, testing::ContainsRegex("ring (19|20)[0-9] ms"));
+  const std::string out = files.Beside("take.wav");
+  const Ended file =
+      Orbel({"play", files.Show(), "--output", "file", "--device", out, "--rate", "16000", "--fade", "0"});
+  EXPECT_EQ(file.status, 0) << file.messages;
+  EXPECT_THAT(file.messages, HasSubstr(out + ", 16000 Hz.\n"));
+}
+
+TEST(PlayOptions, WithoutASoundSystemItPlaysToTheClockAndSaysSo) {
+  ShowFiles files;
+  files.AddSong("1", "Waltz", 1);
+  const Ended run = Orbel({"play", files.Show(), "--device", "nobody_is_called_so"});
+  EXPECT_EQ(run.status, 0) << run.messages;
+  EXPECT_THAT(run.messages,
+              HasSubstr("no audio: null device. No JACK server \"nobody_is_called_so\" answers."));
+}
+
+TEST(PlayOptions, WrongValuesAreToldWithStatusTwo) {
+  const std::vector<std::pair<std::vector<std::string>, std::string>> kWrong{
+      {{"--output", "horn"}, "orbel: --output: horn not in {auto,jack,desktop,null,file}"},
+      {{"--rate", "7"}, "orbel: --rate: \"7\" is not a number from 8000 to 384000"},
+      {{"--period", "8"}, "orbel: --period: \"8\" is not a whole number from 16 to 8192"},
+      {{"--ahead", "0"}, "orbel: --ahead: \"0\" is not a number from 1 to 2000"},
+      {{"--channels", "1,0"}, "orbel: --channels: \"0\" is not a whole number from 1 to 1024"},
+      {{"--connect", "("}, "orbel: "}};
+  ShowFiles files;
+  files.AddSong("1", "Waltz", 1);
+  for (const auto& [options, message] : kWrong) {
+    std::vector<std::string> arguments{"play", files.Show()};
+    arguments.insert(arguments.end(), options.begin(), options.end());
+    const Ended run = Orbel(arguments);
+    EXPECT_EQ(run.status, 2) << message;
+    EXPECT_THAT(run.messages, HasSubstr(message));
+  }
 }
 
 TEST(Play, CtrlCAsksOnceWhilePlayingAndEndsTheSecondTime) {

@@ -1,0 +1,131 @@
+#include "reference_suite/audio/device/file_device.h"
+
+#include <cmath>
+#include <system_error>
+
+#include "reference_suite/audio/device/device_clock.h"
+#include "reference_suite/audio/output/timed_condition.h"
+#include "reference_suite/audio/text/shown_path.h"
+#include "suite/audio/errors.h"
+#include "suite/utility/thread_names.h"
+
+namespace tesk_audio {
+
+namespace {
+
+constexpr long long kMillisecond = 1'000'000;
+constexpr long long kLook = kMillisecond / 10;
+// For a render thread that the machine holds up.
+constexpr long long kRenderPatience = 2'000 * kMillisecond;
+
+std::atomic<FileDevice*> theDevice{nullptr};
+
+SoundFileFormat FormatOf(const std::string& path) {
+  if (path.ends_with(".flac")) return SoundFileFormat::Flac;
+  return path.ends_with(".ogg") ? SoundFileFormat::OggVorbis : SoundFileFormat::Float;
+}
+
+}  // namespace
+
+FileDevice::FileDevice(const std::string& path, double rateHz, unsigned channels)
+    : path_(path),
+      rateHz_(rateHz),
+      channels_(channels),
+      writer_(path, FormatOf(path), rateHz, channels),
+      frames_(std::size_t{kPeriodFrames} * channels) {
+  theDevice = this;
+}
+
+FileDevice::~FileDevice() {
+  FileDevice* self = this;
+  theDevice.compare_exchange_strong(self, nullptr);
+  Stop();
+}
+
+std::string FileDevice::GetDescription() const {
+  return "the file " + ShownPath(path_) + ", " + std::to_string(std::lround(rateHz_)) + " Hz";
+}
+
+void FileDevice::Start(DeviceCallback& callback) {
+  if (runs_) return;
+  callback_ = &callback;
+  stops_ = false;
+  const int result = ::pthread_create(&thread_, nullptr, &FileDevice::ThreadBody_, this);
+  if (result != 0) {
+    throw TESKAudioError("The file output cannot start its thread: " +
+                         std::generic_category().message(result) + ". Close other programs.");
+  }
+  runs_ = true;
+}
+
+void FileDevice::Stop() {
+  if (!runs_) return;
+  stops_ = true;
+  ::pthread_join(thread_, nullptr);
+  runs_ = false;
+}
+
+void* FileDevice::ThreadBody_(void* self) {
+  exc::thread_names.SetNameOfCurrentThread("FileAudioDevice");
+  static_cast<FileDevice*>(self)->Run_();
+  return nullptr;
+}
+
+void FileDevice::Run_() noexcept {
+  while (!stops_ && !failed_) {
+    const bool mayTake = allowed_ - taken_ >= static_cast<long long>(kPeriodFrames);
+    if (!mayTake && !callback_->IsAwaited()) {
+      SleepFor(kLook);
+      continue;
+    }
+    try {
+      TakePeriod_();
+    } catch (const std::exception& error) {
+      const std::lock_guard lock(mutex_);
+      failure_ = error.what();
+      failed_ = true;
+    }
+  }
+}
+
+void FileDevice::TakePeriod_() {
+  const long long deadline = MonotonicNow() + kRenderPatience;
+  while (!stops_ && !callback_->IsReady(kPeriodFrames) && MonotonicNow() < deadline) SleepFor(kLook);
+  callback_->Process(frames_.data(), kPeriodFrames);
+  writer_.Write(frames_.data(), kPeriodFrames);
+  taken_ += kPeriodFrames;
+}
+
+void FileDevice::ThrowIfFailed_() const {
+  const std::lock_guard lock(mutex_);
+  if (failed_) throw TESKAudioError(failure_);
+}
+
+void FileDevice::Take(double seconds) {
+  granted_ += seconds * rateHz_;
+  allowed_ = static_cast<long long>(granted_);
+  while (runs_ && !failed_ && allowed_ - taken_ >= static_cast<long long>(kPeriodFrames)) SleepFor(kLook);
+  ThrowIfFailed_();
+}
+
+void FileDevice::Finish() {
+  Stop();
+  ThrowIfFailed_();
+  writer_.Commit();
+}
+
+bool LetFileDeviceTake(double seconds) {
+  FileDevice* const device = theDevice;
+  if (device == nullptr) return false;
+  device->Take(seconds);
+  return true;
+}
+
+bool FinishFileDevice() {
+  FileDevice* const device = theDevice.exchange(nullptr);
+  if (device == nullptr) return false;
+  device->Finish();
+  return true;
+}
+
+}  // namespace tesk_audio
