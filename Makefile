@@ -30,6 +30,7 @@ help:
 	@echo "make bench     the benchmarks, beside peers that it installs; figures and goals in docs/performance.md"
 	@echo "make stress    50,000 random commands against a live player, plain and under the sanitizers; half an hour"
 	@echo "make soak      eight hours of song time at the speed of the machine; some minutes"
+	@echo "make restarts  a JACK server that is killed, ended and hung, twenty times each, in a vamp; minutes"
 	@echo "make install   headers, library, program and CMake package to PREFIX ($(PREFIX))"
 
 packages:
@@ -112,6 +113,14 @@ stress: packages
 	  $(STEP) "build for $$each" cmake --build --preset $$each --target stress_test && \
 	  build/$$each/$(STRESS) || exit; \
 	done
+
+# Twenty times each: killed, ended, and hung.
+.PHONY: restarts
+restarts: export ORBEL_RESTARTS ?= 60
+restarts: packages
+	@$(STEP) "configure" cmake --preset debug --log-level=WARNING
+	@$(STEP) "build" cmake --build --preset debug --target orbel_jack_test
+	@build/debug/tests/host/orbel_jack_test --gtest_filter='*BehindEveryRestart*'
 
 soak: export ORBEL_SOAK_MINUTES ?= 480
 soak: packages

@@ -89,8 +89,8 @@ TEST(PlayIntoAFile, ACaesuraWaitsInSilence) {
   ASSERT_EQ(run.status, 0) << run.messages;
   const std::vector<float> frames = ReadFloatWav(out);
   EXPECT_EQ(PlayedInto(out), FramesFromZero(2L * ShowFiles::kRate));
-  // To the looks of which the wait is made, a hundredth of a second each, and what is rendered ahead.
-  EXPECT_NEAR(static_cast<double>(frames.size()) / ShowFiles::kRate, 3.5, 0.15);
+  // Silence goes on, faster than real time, while the player's threads hand the caesura on to the host.
+  EXPECT_GE(static_cast<double>(frames.size()) / ShowFiles::kRate, 3.5);
 }
 
 TEST(PlayIntoAFile, WhatCannotBeWrittenIsSaidAndLeavesNothing) {
