@@ -94,12 +94,7 @@ void RequirePortPatterns(const std::vector<std::string>& patterns) {
 }
 
 bool ReadMeters(Meters* meters) {
-  tesk_audio::OutputMeters read;
-  if (!tesk_audio::ReadOutputMeters(&read)) return false;
-  *meters = {read.device,  read.outputs,     read.periodFrames,   read.recovering,
-             read.peaks,   read.ringMs,      read.latencyMs,      read.loadMedian,
-             read.load999, read.loadLongest, read.underrunFrames, read.xruns};
-  return true;
+  return tesk_audio::ReadOutputMeters(meters);
 }
 
 SilentOutput::SilentOutput() {

@@ -7,6 +7,7 @@
 #include <vector>
 
 #include "Sources/types.h"
+#include "suite/core/meters_update.h"
 
 namespace orbel::host {
 
@@ -47,21 +48,7 @@ std::vector<DeviceLine> LookAtDevices(const std::string& jackServer, const Say& 
 // Throws Failure for a regular expression that is none.
 void RequirePortPatterns(const std::vector<std::string>& patterns);
 
-// How the live output is doing.
-struct Meters {
-  std::string device;
-  unsigned outputs = 0;       // physical ones of the device; 0: as many as there are channels
-  unsigned periodFrames = 0;  // that the device takes at a time
-  bool recovering = false;    // a clock without sound stands in for a device that has failed
-  std::vector<float> peaks;   // per channel since they were read last; 1 is full scale
-  double ringMs = 0.0;
-  double latencyMs = 0.0;
-  double loadMedian = 0.0;  // share of the time that a render step had
-  double load999 = 0.0;
-  double loadLongest = 0.0;
-  long long underrunFrames = 0;
-  long long xruns = 0;
-};
+using Meters = notify::MetersUpdate;
 // False when there is no live output yet.
 bool ReadMeters(Meters* meters);
 

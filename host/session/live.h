@@ -73,6 +73,8 @@ class Live {
   void DealWithLoss_(const notify::DeviceUpdate& update);
   void SayWhereItPlays_();
   void TakeMeters_();
+  void AskForMeters_();
+  void NoteMeters_(Meters meters);
   std::string SoundText_() const;
   void ActAlone_(double now);
   void GoOnAfterSong_();

@@ -1,6 +1,7 @@
 // What Live makes of the audio device: where it plays, and what happens when it fails.
 #include <algorithm>
 #include <cmath>
+#include <utility>
 
 #include "host/session/live.h"
 #include "host/session/shown_text.h"
@@ -68,8 +69,22 @@ void Live::DealWithLoss_(const notify::DeviceUpdate& update) {
   }
 }
 
+// The output tells ten times a second; before it has, and at the end, it is asked.
 void Live::TakeMeters_() {
-  if (!ReadMeters(&meters_)) return;
+  if (std::optional<Meters> told = session_.TakeMeters()) {
+    NoteMeters_(std::move(*told));
+  } else if (!hasMeters_) {
+    AskForMeters_();
+  }
+}
+
+void Live::AskForMeters_() {
+  Meters meters;
+  if (ReadMeters(&meters)) NoteMeters_(std::move(meters));
+}
+
+void Live::NoteMeters_(Meters meters) {
+  meters_ = std::move(meters);
   hasMeters_ = true;
   highest_.resize(std::max(highest_.size(), meters_.peaks.size()));
   for (std::size_t i = 0; i < meters_.peaks.size(); ++i)
@@ -88,6 +103,7 @@ std::string Live::SoundText_() const {
 
 PlayReport Live::GetReport() {
   TakeMeters_();
+  AskForMeters_();
   PlayReport report{GetStatus(), meters_, deviceLosses_};
   report.meters.peaks = highest_;
   return report;

@@ -2,6 +2,7 @@
 
 #include <functional>
 #include <memory>
+#include <optional>
 #include <set>
 #include <string>
 #include <vector>
@@ -73,6 +74,8 @@ class Session {
 
   // What has become of the audio device since the last call, oldest first.
   std::vector<notify::DeviceUpdate> TakeDeviceUpdates() { return events_.TakeDeviceUpdates(); }
+  // How the output was doing last, once.
+  std::optional<notify::MetersUpdate> TakeMeters() { return events_.TakeMeters(); }
 
   // Throws the error of the loader that failed last. Only after a LoadFailed event.
   void ThrowLoaderError();

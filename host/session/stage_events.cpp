@@ -18,6 +18,10 @@ StageEvents::StageEvents() {
     const std::lock_guard lock(mutex_);
     deviceUpdates_.push_back(*static_cast<const notify::DeviceUpdate*>(update));
   });
+  notify::callbackDispatcher.Add(this, notify::names::audio_meters, [this](void* update) {
+    const std::lock_guard lock(mutex_);
+    meters_ = *static_cast<const notify::MetersUpdate*>(update);
+  });
 }
 
 StageEvents::~StageEvents() {
@@ -36,6 +40,11 @@ std::optional<StageEvent> StageEvents::Take() {
 std::vector<notify::DeviceUpdate> StageEvents::TakeDeviceUpdates() {
   const std::lock_guard lock(mutex_);
   return std::exchange(deviceUpdates_, {});
+}
+
+std::optional<notify::MetersUpdate> StageEvents::TakeMeters() {
+  const std::lock_guard lock(mutex_);
+  return std::exchange(meters_, std::nullopt);
 }
 
 void StageEvents::Clear() {

@@ -9,6 +9,7 @@
 #include "Sources/types.h"
 #include "suite/core/device_update.h"
 #include "suite/core/gui_dispatcher.h"
+#include "suite/core/meters_update.h"
 
 namespace orbel::host {
 
@@ -36,6 +37,8 @@ class StageEvents : private notify::GuiListener {
   void Clear();
   // What has become of the audio device, oldest first. Clear leaves it.
   std::vector<notify::DeviceUpdate> TakeDeviceUpdates();
+  // How the output was doing last, once; nothing when that was taken already.
+  std::optional<notify::MetersUpdate> TakeMeters();
   // Where the listener was last; the default before the first update.
   notify::PositionUpdate GetPosition() const;
 
@@ -50,6 +53,7 @@ class StageEvents : private notify::GuiListener {
   mutable std::mutex mutex_;  // guards what is below; innermost, nothing is called with it held
   std::deque<StageEvent> events_;
   std::vector<notify::DeviceUpdate> deviceUpdates_;
+  std::optional<notify::MetersUpdate> meters_;
   notify::PositionUpdate position_;
 };
 

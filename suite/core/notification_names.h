@@ -11,4 +11,8 @@ inline const std::string stopped_at_end_of_song = "stopped_at_end_of_song";
 // the output's.
 inline const std::string audio_device_changed = "audio_device_changed";
 
+// How the live output is doing, ten times a second; argument a notify::MetersUpdate. Called on a thread of
+// the output's.
+inline const std::string audio_meters = "audio_meters";
+
 }  // namespace notify::names

@@ -139,7 +139,15 @@ TEST(DeviceCallback, AllocatesLocksAndCallsNothingInTenThousandBlocks) {
   player.SetPlays(true);
   output.Start();
   const auto reaches = [](int count) { return Await([count] { return WatchedDevice::blocks >= count; }); };
-  ASSERT_TRUE(reaches(4'000)) << "jumps, and the next song";
+  ASSERT_TRUE(reaches(3'000)) << "jumps, and the next song";
+  player.liveScale = 1.1;
+  player.liveSemitones = 2;
+  ASSERT_TRUE(reaches(3'500)) << "another tempo and key";
+  player.liveScale = 0.9;
+  player.liveSemitones = 0;
+  ASSERT_TRUE(reaches(3'750)) << "and others again";
+  player.liveScale = 1.0;
+  ASSERT_TRUE(reaches(4'000)) << "and back";
   for (int i = 0; i < 3; ++i) {
     {
       const std::lock_guard lock(mutex);

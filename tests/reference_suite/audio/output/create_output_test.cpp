@@ -2,12 +2,17 @@
 #include <gtest/gtest.h>
 
 #include <memory>
+#include <mutex>
+#include <vector>
 
 #include "reference_suite/audio/output/live_sample_output.h"
 #include "reference_suite/audio/output/offline_sample_output.h"
 #include "reference_suite/audio/output/output_settings.h"
 #include "suite/audio/create.h"
 #include "suite/audio/errors.h"
+#include "suite/core/callback_dispatcher.h"
+#include "suite/core/notification_names.h"
+#include "tests/reference_suite/audio/support/await.h"
 #include "tests/reference_suite/audio/support/scripted_player.h"
 #include "tests/support/staircase_content.h"
 #include "tests/support/throws_with_text.h"
@@ -26,6 +31,30 @@ class CreateOutput : public testing::Test {
 
   ScriptedPlayer player_{Songs{{}}};
 };
+
+TEST_F(CreateOutput, ListenersAreToldHowALiveOutputIsDoing) {
+  std::mutex mutex;
+  std::vector<notify::MetersUpdate> told;
+  notify::callbackDispatcher.Add(this, notify::names::audio_meters, [&](void* update) {
+    const std::lock_guard lock(mutex);
+    told.push_back(*static_cast<notify::MetersUpdate*>(update));
+  });
+  const auto count = [&] {
+    const std::lock_guard lock(mutex);
+    return told.size();
+  };
+  {
+    const auto output = Create(48'000.0, 2);
+    EXPECT_TRUE(Await([&] { return count() >= 2; }));
+  }
+  const std::size_t before = count();
+  notify::callbackDispatcher.Remove(this);
+  ASSERT_EQ(told.size(), before) << "no more when the output has gone";
+  EXPECT_EQ(told.back().device, "a clock without sound, 48000 Hz, 256 frames a period");
+  EXPECT_EQ(told.back().periodFrames, 256U);
+  EXPECT_EQ(told.back().peaks, (std::vector<float>{0.0F, 0.0F}));
+  EXPECT_FALSE(told.back().recovering);
+}
 
 TEST_F(CreateOutput, TheDefaultIsTheNullDeviceAtTheRateOfTheContent) {
   const tesk_audio::OutputSettings settings = tesk_audio::GetOutputSettings();

@@ -1,0 +1,49 @@
+#include "reference_suite/audio/output/meter_news.h"
+
+#include "exc/lock/scope_lock.h"
+#include "suite/core/callback_dispatcher.h"
+#include "suite/core/notification_names.h"
+#include "suite/utility/thread_names.h"
+
+namespace tesk_audio {
+
+namespace {
+
+constexpr long long kInterval = 100'000'000;
+
+}  // namespace
+
+MeterNews::MeterNews(LiveSampleOutput& output) : exc::Lockable("MeterNews"), output_(output) {
+  runs_ = ::pthread_create(&thread_, nullptr, &MeterNews::ThreadBody_, this) == 0;
+}
+
+MeterNews::~MeterNews() {
+  {
+    exc::ScopeLock lock(*this);
+    ends_ = true;
+    changed_.WakeAll();
+  }
+  if (runs_) ::pthread_join(thread_, nullptr);
+}
+
+void* MeterNews::ThreadBody_(void* self) {
+  exc::thread_names.SetNameOfCurrentThread("MeterNews");
+  static_cast<MeterNews*>(self)->Run_();
+  return nullptr;
+}
+
+void MeterNews::Run_() {
+  while (WaitForNext_()) {
+    OutputMeters meters = output_.ReadMeters();
+    notify::callbackDispatcher.Notify(notify::names::audio_meters, &meters);
+  }
+}
+
+bool MeterNews::WaitForNext_() {
+  exc::ScopeLock lock(*this);
+  const long long next = MonotonicNow() + kInterval;
+  while (!ends_ && MonotonicNow() < next) changed_.WaitFor(lock, next - MonotonicNow());
+  return !ends_;
+}
+
+}  // namespace tesk_audio
