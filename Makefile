@@ -31,6 +31,7 @@ help:
 	@echo "make stress    50,000 random commands against a live player, plain and under the sanitizers; half an hour"
 	@echo "make soak      eight hours of song time at the speed of the machine; some minutes"
 	@echo "make restarts  a JACK server that is killed, ended and hung, twenty times each, in a vamp; minutes"
+	@echo "make minute    a minute of a show to a JACK server in real time: xruns, underruns, the machine's lateness"
 	@echo "make install   headers, library, program and CMake package to PREFIX ($(PREFIX))"
 
 packages:
@@ -121,6 +122,14 @@ restarts: packages
 	@$(STEP) "configure" cmake --preset debug --log-level=WARNING
 	@$(STEP) "build" cmake --build --preset debug --target orbel_jack_test
 	@build/debug/tests/host/orbel_jack_test --gtest_filter='*BehindEveryRestart*'
+
+# A minute in real time, with what is lost beside the machine's own lateness.
+.PHONY: minute
+minute: export ORBEL_LIVE_SECONDS ?= 60
+minute: packages
+	@$(STEP) "configure" cmake --preset debug --log-level=WARNING
+	@$(STEP) "build" cmake --build --preset debug --target orbel_jack_test
+	@build/debug/tests/host/orbel_jack_test --gtest_filter='JackInRealTime*'
 
 soak: export ORBEL_SOAK_MINUTES ?= 480
 soak: packages

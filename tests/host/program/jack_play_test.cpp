@@ -4,8 +4,12 @@
 #include <gtest/gtest.h>
 #include <signal.h>
 
+#include <algorithm>
+#include <array>
+#include <atomic>
 #include <chrono>
 #include <cmath>
+#include <cstdlib>
 #include <thread>
 
 #include "tests/host/run_orbel.h"
@@ -148,6 +152,82 @@ TEST_P(JackPlay, EveryFrameArrivesAcrossJumpsPausesSeeksAndSongs) {
 }
 
 INSTANTIATE_TEST_SUITE_P(Periods, JackPlay, testing::Values(64U, 128U, 256U, 1024U));
+
+// How late this machine wakes a thread that sleeps a millisecond at a time: what any program has to live
+// with.
+class WakeUps {
+ public:
+  WakeUps() {
+    thread_ = std::thread([this] {
+      while (!ends_) {
+        const auto due = std::chrono::steady_clock::now() + std::chrono::milliseconds(1);
+        std::this_thread::sleep_until(due);
+        const std::chrono::duration<double, std::milli> late = std::chrono::steady_clock::now() - due;
+        late_.push_back(late.count());
+      }
+    });
+  }
+  ~WakeUps() { End(); }
+  WakeUps(const WakeUps&) = delete;
+  WakeUps& operator=(const WakeUps&) = delete;
+
+  // Milliseconds: of the median, of the 99.9th percentile, the longest.
+  std::array<double, 3> End() {
+    ends_ = true;
+    if (thread_.joinable()) thread_.join();
+    std::sort(late_.begin(), late_.end());
+    const std::size_t count = late_.size();
+    if (count == 0) return {};
+    return {late_[count / 2], late_[count * 999 / 1000], late_.back()};
+  }
+
+ private:
+  std::atomic<bool> ends_{false};
+  std::vector<double> late_;  // the thread's while it runs
+  std::thread thread_;
+};
+
+std::string FieldOf(const std::string& json, const std::string& key) {
+  const std::size_t at = json.find("\"" + key + "\": ");
+  if (at == std::string::npos) return "";
+  const std::size_t begin = at + key.size() + 4;
+  return json.substr(begin, json.find_first_of(",\n", begin) - begin);
+}
+
+// In real time, on a machine that may stand still for milliseconds: what arrives is from the song, and what
+// was lost on the way is reported, beside the machine's own lateness.
+TEST(JackInRealTime, WhatArrivesIsTheSongAndWhatIsLostIsReported) {
+  const char* const wanted = std::getenv("ORBEL_LIVE_SECONDS");
+  const unsigned seconds = wanted != nullptr ? static_cast<unsigned>(std::atoi(wanted)) : 3;
+  const long long total = static_cast<long long>(seconds) * kRate;
+  ShowFiles files;
+  files.AddSong("1", "Waltz", seconds);
+  WriteWav(files.At("data/1 Waltz.obd"), FramesFromZero(total), kRate);
+  const JackServer server({.rateHz = kRate, .periodFrames = 256, .outputs = 2});
+  const JackRecorder recorder(server.GetName(), static_cast<std::size_t>(2 * total));
+  WakeUps wakeUps;
+  const Ended run = Orbel({"play", files.Show(), "--output", "jack", "--device", server.GetName(),
+                           "--connect", "recorder:in_1", "--crossfade", "0", "--fade", "0", "--json"});
+  const std::array<double, 3> late = wakeUps.End();
+  ASSERT_EQ(run.status, 0) << run.messages;
+  long long arrived = 0;
+  long long last = -1;
+  int holes = 0;
+  for (const float sample : recorder.GetFrames()) {
+    const long long number = NumberOf(sample);
+    if (number == -1) continue;
+    ASSERT_NE(number, -2) << "nothing that the song does not hold";
+    holes += number != last + 1 ? 1 : 0;
+    last = number;
+    ++arrived;
+  }
+  EXPECT_GT(arrived, 0);
+  std::printf(
+      "%lld of %lld frames arrived, with %d breaks; %s xruns, %s frames of underrun; this machine woke up\n"
+      "%.2f ms late in the middle, %.2f in the worst thousandth, %.2f at most\n",
+      arrived, total, holes, FieldOf(run.out, "xruns").c_str(), FieldOf(run.out, "underrunFrames").c_str(),
+      late[0], late[1], late[2]);
+}
 
 TEST(JackLoss, BehindEveryRestartTheShowIsWhereTheStageIs) {
   ShowFiles files;
