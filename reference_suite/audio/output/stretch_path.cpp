@@ -13,7 +13,6 @@ constexpr double kSlowest = 0.25;
 constexpr double kSeamSeconds = 0.005;
 constexpr double kReachSeconds = 0.0025;
 constexpr double kNearSeconds = 0.001;
-constexpr double kHeadSeconds = 0.001;
 // Two sounds that weaken each other more than this are not laid on top of each other.
 constexpr double kOpposed = -0.3;
 
@@ -35,7 +34,6 @@ StretchPath::StretchPath(AudioPlayerOutputInterface& player, CrossFade& fade, St
       seam_(SeamFrames(rateHz)),
       reach_(FramesIn(kReachSeconds, rateHz)),
       near_(FramesIn(kNearSeconds, rateHz)),
-      head_(FramesIn(kHeadSeconds, rateHz)),
       stream_(CreateStretchEngine(quality, rateHz, channels), *this, rateHz, channels),
       late_(*this, rateHz, channels, std::max({mostFrames, seam_, fade.GetLength()}), reach_),
       incoming_((std::max(seam_, fade.GetLength()) + 2 * reach_) * channels),
@@ -95,25 +93,32 @@ void StretchPath::TakeOutgoing_(const Place& place, std::size_t length) {
   late_.Cancel();
 }
 
+// Where nothing that came before leads over to it, the first moment is heard as it was recorded: an attack on
+// the first frame is there, whole and in time, before the stretcher knows of anything.
+void StretchPath::TakeBeginning_(long long index, std::size_t length, bool isAlone) {
+  if (isAlone) {
+    ReadAt(index, fade_.Outgoing(), length);
+    return;
+  }
+  ReadAt(index, incoming_.data(), length);
+  float* outgoing = fade_.Outgoing();
+  for (std::size_t i = 0; i < length * channels_; ++i) outgoing[i] += incoming_[i];
+}
+
 void StretchPath::BeginStream_(const Place& place, const StretchFactors& wanted) {
   // As recorded, the next song follows the one before without a fade, and nothing of that one is left.
   const bool follows = place.isNextSong && !stream_.IsActive();
-  const std::size_t length = follows ? 0 : SeamLength_(place);
-  if (length > 0) TakeOutgoing_(place, length);
+  const std::size_t ending = follows ? 0 : SeamLength_(place);
+  const std::size_t length = ending > 0 ? ending : seam_;
+  if (ending > 0) TakeOutgoing_(place, length);
+  const bool begins = ending == 0 || place.isNextSong;
+  if (begins) TakeBeginning_(place.index, length, ending == 0);
   late_.Cancel();
-  if (length == 0 || place.isNextSong) {
-    // Where nothing covers the beginning, an attack on the first frame must not come before it.
-    stream_.Start(place.index, wanted, head_);
-    stream_.DeclareHere(place.index);
-    if (length > 0) fade_.BeginTail(length);
-    return;
-  }
   stream_.Start(place.index, wanted, reach_);
-  const std::size_t near = near_;
-  const std::size_t reach = place.index != place.before ? near_ : reach_;
+  const std::size_t reach = begins || place.index != place.before ? near_ : reach_;
   stream_.Skip(reach_ - reach);
   const SeamMatch match =
-      FindSeam(fade_.Outgoing(), stream_.Peek(length + 2 * reach), length, channels_, reach, near);
+      FindSeam(fade_.Outgoing(), stream_.Peek(length + 2 * reach), length, channels_, reach, near_);
   stream_.Skip(match.lag);
   stream_.DeclareHere(place.index);
   fade_.Begin(length, match.correlation);

@@ -50,6 +50,7 @@ class StretchPath : private FrameSource {
   bool GoesOn_(const Place& place, const StretchFactors& wanted);
   std::size_t SeamLength_(const Place& place) const;
   void TakeOutgoing_(const Place& place, std::size_t length);
+  void TakeBeginning_(long long index, std::size_t length, bool isAlone);
   void BeginStream_(const Place& place, const StretchFactors& wanted);
   void JumpAsRecorded_(const Place& place);
   void LeaveStream_(const Place& place);
@@ -60,7 +61,6 @@ class StretchPath : private FrameSource {
   std::size_t seam_;
   std::size_t reach_;  // how far beside its place a sound may begin so that it fits
   std::size_t near_;   // and how far it may where attacks matter
-  std::size_t head_;   // how much later a sound begins that nothing leads over to
   StretchedStream stream_;
   LateRead late_;
   std::vector<float> incoming_;  // frames to compare

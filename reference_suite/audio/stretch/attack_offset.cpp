@@ -11,10 +11,12 @@ namespace {
 // At quarters of an octave from a stretch of 1/4 on, in milliseconds at 48 kHz, where half a window has 1,024
 // frames (faster) and 2,048 frames (finer). The faster engine is not used beyond a stretch of 2.
 constexpr int kFirst = -8;
-constexpr std::array<double, 13> kFaster{12.0, 12.0, 11.2, 10.6, 9.3,   7.7,  5.85,
+constexpr std::array<double, 13> kFaster{13.5, 12.5, 11.2, 10.6, 9.3,   7.7,  5.85,
                                          3.6,  0.7,  -2.8, -7.0, -12.3, -18.9};
 constexpr std::array<double, 17> kFiner{0.3, 0.2,  0.3,  0.6,   0.75, 1.1,   1.15,  0.95, 0.6,
                                         0.0, -1.3, -3.0, -4.95, -7.1, -10.3, -13.5, -19.2};
+// What the faster engine adds where the song is read more densely, which leaves out the highest frequencies.
+constexpr double kDenserByAnOctave = 0.55;
 constexpr double kFramesPerMillisecond = 48.0;
 
 // The value at `place` of a curve of straight lines; beyond its ends it goes on as it ended.
@@ -29,10 +31,11 @@ double Along(const Table& table, double place) {
 
 }  // namespace
 
-double MeasuredAttackOffset(StretchQuality quality, double stretch) {
+double MeasuredAttackOffset(StretchQuality quality, double stretch, double step) {
   const double place = 4.0 * std::log2(stretch) - kFirst;
   if (quality == StretchQuality::Finer) return Along(kFiner, place) * kFramesPerMillisecond / 2048.0;
-  return Along(kFaster, place) * kFramesPerMillisecond / 1024.0;
+  const double denser = -kDenserByAnOctave * std::log2(step);
+  return (Along(kFaster, place) + denser) * kFramesPerMillisecond / 1024.0;
 }
 
 }  // namespace tesk_audio

@@ -9,6 +9,7 @@ namespace tesk_audio {
 // moment. Measured with clicks and short bursts; `stretch` is what the library stretches by before it
 // resamples, from 1/4 to 4 (beyond, the nearest of the two holds). In halves of the library's window;
 // negative: too early.
-double MeasuredAttackOffset(StretchQuality quality, double stretch);
+// `step`: song frames from one frame that goes in to the next.
+double MeasuredAttackOffset(StretchQuality quality, double stretch, double step);
 
 }  // namespace tesk_audio

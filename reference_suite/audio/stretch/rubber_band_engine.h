@@ -6,6 +6,7 @@
 #include <memory>
 #include <vector>
 
+#include "reference_suite/audio/stretch/attack_watch.h"
 #include "reference_suite/audio/stretch/stretch_engine.h"
 
 namespace tesk_audio {
@@ -13,33 +14,45 @@ namespace tesk_audio {
 // Rubber Band's real-time engines. Upwards it transposes by itself; downwards the song is read more densely
 // and stretched less, so that chunks are shorter in terms of the song and attacks come out beside their
 // places by half as much. Where the faster engine would have to stretch to more than twice the length, it
-// doubles attacks: there the finer one plays whatever was asked for.
+// doubles attacks: there the finer one plays whatever was asked for; and where much is left out, the faster
+// one, which is nearer to the places of attacks.
+//
+// Left to itself, the faster engine takes the waves of steady tones for attacks; each time their phases begin
+// anew, which puts pure tones up to a semitone beside their pitch. It is allowed to look for attacks only
+// where AttackWatch sees one; in between it keeps every phase.
 class RubberBandEngine : public StretchEngine {
  public:
   RubberBandEngine(StretchQuality quality, double rateHz, unsigned channels);
 
   void Begin(const StretchFactors& factors) override;
   double GetStep() const override { return step_; }
+  bool CanGoOnAt(double scale) const override;
   void SetScale(double scale) override { stretcher_->setTimeRatio(step_ / scale); }
-  bool Wanders() const override { return stretcher_ == faster_.get(); }
   std::size_t GetRequired() override { return stretcher_->getSamplesRequired(); }
   void Process(const float* frames, std::size_t count) override;
   std::size_t Retrieve(float* frames, std::size_t room) override;
   double GetHalfIn() const override { return halfWindow_; }
   double GetHalfOut() const override { return halfWindow_ / raised_; }
+  double GetRunUp() const override;
   double GetAttackOffset(double scale) const override;
 
  private:
   using Stretcher = RubberBand::RubberBandStretcher;
 
   StretchQuality QualityFor_(double scale) const;
+  void KeepAttacks_(const float* frames, std::size_t count);
 
-  std::unique_ptr<Stretcher> faster_;  // null when the finer one always plays
   std::unique_ptr<Stretcher> finer_;
-  Stretcher* stretcher_;                    // the one that plays
-  double halfWindow_;                       // its, in frames
-  double step_ = 1.0;                       // frequency ratio when it is lower than 1
-  double raised_ = 1.0;                     // and when it is higher
+  std::unique_ptr<Stretcher> faster_;
+  StretchQuality quality_;  // asked for
+  Stretcher* stretcher_;    // the one that plays
+  double halfWindow_;       // its, in frames
+  double step_ = 1.0;       // frequency ratio when it is lower than 1
+  double raised_ = 1.0;     // and when it is higher
+  double scale_ = 1.0;      // of the last Begin
+  AttackWatch watch_;
+  std::size_t keeps_ = 0;  // frames to come that attacks are looked for in
+  bool isCrisp_ = true;
   std::vector<std::vector<float>> planes_;  // one channel each
   std::vector<float*> heads_;
 };

@@ -13,7 +13,7 @@ namespace tesk_audio {
 //
 // Units      interleaved frames. What goes in is the song, read at places GetStep() of a song frame apart.
 // Threads    one at a time.
-// Render     Begin and SetTimeRatio may allocate; Process and Retrieve do not, once as many frames have gone
+// Render     Begin and SetScale may allocate; Process and Retrieve do not, once as many frames have gone
 //            through as a chunk has.
 class StretchEngine {
  public:
@@ -23,10 +23,10 @@ class StretchEngine {
   virtual void Begin(const StretchFactors& factors) = 0;
   // Song frames from one frame that goes in to the next; set by Begin.
   virtual double GetStep() const = 0;
+  // Whether it can go over to that scale; if not, it must begin anew.
+  virtual bool CanGoOnAt(double scale) const = 0;
   // Another tempo scale from the next chunk on, without a click.
   virtual void SetScale(double scale) = 0;
-  // Whether its output gains and loses so much against its input by itself that it needs a tight rein.
-  virtual bool Wanders() const = 0;
 
   // How many frames it wants before it can do another chunk, when everything has been retrieved.
   virtual std::size_t GetRequired() = 0;
@@ -38,6 +38,9 @@ class StretchEngine {
   // Half a chunk, in frames that go in and in frames that come out. The middle of the first chunk lies there.
   virtual double GetHalfIn() const = 0;
   virtual double GetHalfOut() const = 0;
+  // Output frames to be passed over before the first that is used: until chunks overlap as they do from then
+  // on and what comes out keeps pace with what goes in.
+  virtual double GetRunUp() const = 0;
   // By how many output frames an attack comes out behind the middle of its chunk's place (negative: before
   // it), on the average, at that scale and the transposition of the last Begin.
   virtual double GetAttackOffset(double scale) const = 0;

@@ -16,13 +16,9 @@ struct Rein {
   double patience;
   double most;
 };
-constexpr Rein kLoose{0.0004, 0.00005, 0.05, 0.04};
-constexpr Rein kTight{0.0, 0.0, 0.03, 0.2};
+constexpr Rein kRein{0.0004, 0.00005, 0.03, 0.2};
 // How far a change of tempo may put attacks beside their places without a new beginning.
 constexpr double kTolerable = 0.0012;
-// Output frames made before the first that is used, beside those that are asked for: what a chunk leaves to
-// the ones before it.
-constexpr double kRunUp = 1024.0;
 constexpr std::size_t kRoom = std::size_t{1} << 15;
 
 }  // namespace
@@ -42,17 +38,27 @@ void StretchedStream::Start(long long index, const StretchFactors& factors, std:
   factors_ = factors;
   active_ = true;
   const double attack = engine_->GetAttackOffset(factors.scale);
-  const double runUp = (static_cast<double>(lead) + std::max(0.0, -attack) + kRunUp) * factors.scale;
+  const double runUp =
+      (static_cast<double>(lead) + std::max(0.0, -attack) + engine_->GetRunUp()) * factors.scale;
   origin_ = static_cast<double>(index) - std::ceil(runUp + engine_->GetHalfIn() * engine_->GetStep());
   end_ = silentFrom_ = kNever;
   fed_ = made_ = error_ = 0.0;
   corrects_ = isBased_ = false;
   head_ = ready_ = 0;
   index_ = index;
+  isSettling_ = true;
   Fill_(1);
-  const auto first = static_cast<std::size_t>(std::llround(base_ + attack)) - lead;
-  Skip(first);
-  base_ = static_cast<double>(first + lead) - attack;
+  // An engine that has just begun moves its output a little, until it has settled.
+  for (;;) {
+    const double passed = made_ - static_cast<double>(ready_) + static_cast<double>(lead);
+    const long long left = std::llround(base_ + error_ + attack - passed);
+    if (left <= 0) break;
+    Skip(std::min(static_cast<std::size_t>(left), ready_));
+    Fill_(1);
+  }
+  isSettling_ = false;
+  base_ += error_;
+  error_ = 0.0;
 }
 
 double StretchedStream::ErrorOf_(double base, long long index, double scale) const {
@@ -60,6 +66,7 @@ double StretchedStream::ErrorOf_(double base, long long index, double scale) con
 }
 
 bool StretchedStream::ChangeScale(long long index, double scale) {
+  if (!engine_->CanGoOnAt(scale)) return false;
   const double now = base_ + static_cast<double>(index - index_) / factors_.scale;
   const double base = now + engine_->GetAttackOffset(factors_.scale) - engine_->GetAttackOffset(scale);
   if (std::fabs(ErrorOf_(base, index, scale)) > kTolerable * rateHz_) return false;
@@ -156,13 +163,12 @@ void StretchedStream::MeasureError_() {
 }
 
 void StretchedStream::Correct_() {
-  if (!isBased_) return;
-  const Rein& rein = engine_->Wanders() ? kTight : kLoose;
+  if (!isBased_ || isSettling_) return;
   const double size = std::fabs(error_) / rateHz_;
-  if (!corrects_ && size <= rein.noticeable) return;
-  corrects_ = size > rein.negligible;
-  const double wanted = corrects_ ? error_ / (rein.patience * rateHz_) : 0.0;
-  engine_->SetScale(factors_.scale / (1.0 - std::clamp(wanted, -rein.most, rein.most)));
+  if (!corrects_ && size <= kRein.noticeable) return;
+  corrects_ = size > kRein.negligible;
+  const double wanted = corrects_ ? error_ / (kRein.patience * rateHz_) : 0.0;
+  engine_->SetScale(factors_.scale / (1.0 - std::clamp(wanted, -kRein.most, kRein.most)));
 }
 
 }  // namespace tesk_audio

@@ -84,6 +84,7 @@ class StretchedStream {
   bool isBased_ = false;
   double error_ = 0.0;
   bool corrects_ = false;
+  bool isSettling_ = false;
 
   InBetweenReader between_;
   std::vector<float> in_;

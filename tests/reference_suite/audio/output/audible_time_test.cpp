@@ -1,6 +1,7 @@
 // Where attacks are heard, and how high tones are, at other tempos and in other keys.
 #include <gtest/gtest.h>
 
+#include <algorithm>
 #include <cmath>
 #include <random>
 
@@ -66,37 +67,114 @@ std::vector<Factors> AllFactors() {
 
 INSTANTIATE_TEST_SUITE_P(ScalesAndTranspositions, AudibleTime, testing::ValuesIn(AllFactors()));
 
-// The stretcher knows nothing yet of what it plays, and nothing may be cut off: a millisecond more.
-TEST(AudibleTimeAtTheStart, AnAttackOnTheFirstFrameIsHeardWithinFourMilliseconds) {
-  for (const StretchQuality quality : {StretchQuality::Faster, StretchQuality::Finer}) {
-    for (const double scale : {0.8, 0.9, 1.1, 1.25, 1.5}) {
-      AudibleRun run(Songs{{.frames = 20'000, .scales = {{0, scale}}, .sound = Clicks({0}, 20'000)}}, 5.0,
-                     0.0, 48000.0, 1, quality);
-      run.Play();
-      EXPECT_LE(std::fabs(LoudestNear(run.heard, 0.0, kReach)), 4.0) << scale;
-      EXPECT_GT(std::fabs(run.heard[static_cast<std::size_t>(LoudestNear(run.heard, 0.0, kReach) * 48.0)]),
-                0.1F);
+struct Rate {
+  StretchQuality quality;
+  double hertz;
+};
+
+class AudibleTimeAtRates : public testing::TestWithParam<Rate> {};
+
+TEST_P(AudibleTimeAtRates, EveryAttackIsHeardWithinThreeMillisecondsOfItsPlace) {
+  const double rateHz = GetParam().hertz;
+  const auto frames = static_cast<long long>(2.5 * rateHz);
+  std::vector<long long> attacks;
+  for (double second = 0.02; second < 2.2; second += 0.217) {
+    attacks.push_back(static_cast<long long>(second * rateHz));
+  }
+  const std::vector<std::pair<double, int>> all{{0.5, 0}, {0.8, 0},  {0.9, 0},  {1.1, 0}, {1.5, 0},
+                                                {2.0, 0}, {1.0, -7}, {1.0, -3}, {1.0, 2}, {1.1, 5}};
+  for (const auto& [scale, semitones] : all) {
+    AudibleRun run(Songs{{.frames = frames,
+                          .scales = {{0, scale}},
+                          .transpositions = {{0, semitones}},
+                          .sound = Clicks(attacks, static_cast<std::size_t>(frames))}},
+                   5.0, 0.0, rateHz, 1, GetParam().quality);
+    run.Play();
+    for (const long long attack : attacks) {
+      const double place = run.PlacesOf(attack).at(0);
+      const int reach = static_cast<int>(0.02 * rateHz);
+      EXPECT_LE(std::fabs(LoudestNear(run.heard, place, reach, rateHz)), kAudible)
+          << "scale " << scale << ", " << semitones << " semitones, attack at frame " << attack;
     }
   }
 }
 
-TEST(AudibleTimeLive, StaysWithinThreeMillisecondsThroughChangesOfTempoAndKey) {
+INSTANTIATE_TEST_SUITE_P(Rates, AudibleTimeAtRates,
+                         testing::Values(Rate{StretchQuality::Faster, 44'100.0},
+                                         Rate{StretchQuality::Faster, 96'000.0},
+                                         Rate{StretchQuality::Finer, 44'100.0},
+                                         Rate{StretchQuality::Finer, 96'000.0}));
+
+// Four times as slow, a chunk that an attack is found in stands for less than a millisecond of the song and
+// for more than three of what is heard.
+TEST(AudibleTimeExtremes, IsWithinThreeMillisecondsAndFourAtAQuarterOfTheTempo) {
+  constexpr long long kFrames = 200'000;
+  const std::vector<long long> attacks = Attacks(kFrames, 7);
+  const std::vector<std::pair<double, int>> all{{0.25, 0}, {0.35, 0},  {2.8, 0},   {4.0, 0},   {1.0, 24},
+                                                {1.0, 18}, {1.0, -18}, {1.0, -24}, {2.0, -12}, {0.5, 12}};
+  for (const StretchQuality quality : {StretchQuality::Faster, StretchQuality::Finer}) {
+    for (const auto& [scale, semitones] : all) {
+      AudibleRun run(Songs{{.frames = kFrames,
+                            .scales = {{0, scale}},
+                            .transpositions = {{0, semitones}},
+                            .sound = Clicks(attacks, kFrames)}},
+                     5.0, 0.0, 48000.0, 1, quality);
+      run.Play();
+      for (const long long attack : attacks) {
+        const double place = run.PlacesOf(attack).at(0);
+        EXPECT_LE(std::fabs(LoudestNear(run.heard, place, kReach)), scale == 0.25 ? 4.0 : kAudible)
+            << "scale " << scale << ", " << semitones << " semitones, attack at frame " << attack;
+      }
+    }
+  }
+}
+
+TEST(AudibleTimeAtTheStart, AnAttackOnTheFirstFrameIsHeardThereAndWhole) {
+  for (const StretchQuality quality : {StretchQuality::Faster, StretchQuality::Finer}) {
+    for (const double scale : {0.25, 0.5, 0.8, 0.9, 1.1, 1.25, 1.5, 2.0, 4.0}) {
+      AudibleRun run(Songs{{.frames = 20'000, .scales = {{0, scale}}, .sound = Clicks({0}, 20'000)}}, 5.0,
+                     0.0, 48000.0, 1, quality);
+      run.Play();
+      EXPECT_EQ(LoudestNear(run.heard, 0.0, kReach), 0.0) << scale;
+      EXPECT_NEAR(run.heard[0], 0.9F, 1e-4) << scale;
+    }
+  }
+}
+
+// Clicks every 77 ms, and tempo and key of the performer's changed every 220 ms: how far beside their places
+// they are heard, in milliseconds.
+std::vector<double> LiveErrors(StretchQuality quality, unsigned seed) {
   constexpr long long kFrames = 480'000;
   std::vector<long long> attacks;
   for (long long at = 500; at < kFrames - 6'000; at += 3'700) attacks.push_back(at);
   AudibleRun run(Songs{{.frames = kFrames, .sound = Clicks(attacks, kFrames)}}, 5.0, 0.0, 48000.0, 1,
-                 StretchQuality::Finer);
+                 quality);
   constexpr double kScales[] = {0.5, 0.6, 0.75, 0.9, 0.97, 1.0, 1.0, 1.03, 1.1, 1.25, 1.5, 2.0};
-  std::mt19937 random(2);
+  std::mt19937 random(seed);
   int step = 0;
   run.Play([&] {
     if (++step % 40 != 0) return;
     run.player.liveScale = kScales[random() % 12];
     run.player.liveSemitones = static_cast<int>(random() % 25) - 12;
   });
+  std::vector<double> errors;
   for (const long long attack : attacks) {
-    const double place = run.PlacesOf(attack).at(0);
-    EXPECT_LE(std::fabs(LoudestNear(run.heard, place, 600)), kAudible) << "attack at frame " << attack;
+    errors.push_back(std::fabs(LoudestNear(run.heard, run.PlacesOf(attack).at(0), 600)));
+  }
+  return errors;
+}
+
+TEST(AudibleTimeLive, StaysWithinThreeMillisecondsThroughChangesOfTempoAndKey) {
+  for (const double error : LiveErrors(StretchQuality::Finer, 2)) EXPECT_LE(error, kAudible);
+}
+
+// The faster engine is two milliseconds less sure of attacks that it meets while it settles after a change.
+TEST(AudibleTimeLive, TheFasterEngineStaysWithinFiveAndOneAttackInFiftyIsBeyondThree) {
+  for (const unsigned seed : {1U, 2U, 4U}) {
+    const std::vector<double> errors = LiveErrors(StretchQuality::Faster, seed);
+    for (const double error : errors) EXPECT_LE(error, 5.0) << "seed " << seed;
+    const auto beyond = std::count_if(errors.begin(), errors.end(), [](double e) { return e > kAudible; });
+    EXPECT_LE(static_cast<double>(beyond), static_cast<double>(errors.size()) / 50.0) << "seed " << seed;
   }
 }
 
@@ -132,17 +210,19 @@ TEST(AudibleTimeJumps, TheFirstAttackAfterAJumpOrASeekIsInItsPlace) {
     const std::vector<double> places = run.PlacesOf(attack);
     ASSERT_FALSE(places.empty()) << attack;
     for (const double place : places) {
-      EXPECT_LE(std::fabs(LoudestNear(run.heard, place, 300)), kAudible) << "attack at frame " << attack;
+      EXPECT_LE(std::fabs(LoudestNear(run.heard, place, 200)), kAudible) << "attack at frame " << attack;
     }
   }
 }
 
-TEST(AudibleTimeLong, NothingDriftsInMinutes) {
+class AudibleTimeLong : public testing::TestWithParam<StretchQuality> {};
+
+TEST_P(AudibleTimeLong, NothingDriftsInMinutes) {
   constexpr long long kFrames = 120LL * 48'000;
   std::vector<long long> attacks;
   for (long long second = 10; second < 120; second += 10) attacks.push_back(second * 48'000);
   AudibleRun run(Songs{{.frames = kFrames, .scales = {{0, 1.1L}}, .sound = Clicks(attacks, kFrames)}}, 5.0,
-                 0.0, 48000.0, 1, StretchQuality::Finer);
+                 0.0, 48000.0, 1, GetParam());
   run.Play();
   const double first = LoudestNear(run.heard, run.PlacesOf(attacks.front())[0], kReach);
   for (const long long attack : attacks) {
@@ -150,6 +230,9 @@ TEST(AudibleTimeLong, NothingDriftsInMinutes) {
     EXPECT_LE(std::fabs(error - first) * 48.0, 64.0) << "frames, after " << attack / 48'000 << " s";
   }
 }
+
+INSTANTIATE_TEST_SUITE_P(Qualities, AudibleTimeLong,
+                         testing::Values(StretchQuality::Faster, StretchQuality::Finer));
 
 class Pitch : public testing::TestWithParam<Factors> {};
 
@@ -166,14 +249,27 @@ TEST_P(Pitch, IsWithinFiveCents) {
   EXPECT_LE(std::fabs(1200.0 * std::log2(heard / wanted)), 5.0) << heard << " Hz";
 }
 
-std::vector<Factors> FinerFactors() {
-  std::vector<Factors> all;
-  for (const Factors& factors : AllFactors()) {
-    if (factors.quality == StretchQuality::Finer) all.push_back(factors);
+// Three notes of eight harmonics each.
+TEST_P(Pitch, OfAChordIsWithinFiveCents) {
+  constexpr long long kFrames = 120'000;
+  const std::vector<double> notes{220.0, 277.18, 329.63};
+  std::vector<double> tones;
+  for (const double note : notes) {
+    for (int harmonic = 1; harmonic <= 8; ++harmonic) tones.push_back(note * harmonic);
   }
-  return all;
+  AudibleRun run(Songs{{.frames = kFrames,
+                        .scales = {{0, GetParam().scale}},
+                        .transpositions = {{0, GetParam().semitones}},
+                        .sound = Tones(tones, 0.03, kFrames)}},
+                 5.0, 0.0, 48000.0, 1, GetParam().quality);
+  run.Play();
+  for (const double note : notes) {
+    const double wanted = note * std::exp2(GetParam().semitones / 12.0);
+    const double heard = PitchNear(run.heard, 14'000, 36'000, wanted);
+    EXPECT_LE(std::fabs(1200.0 * std::log2(heard / wanted)), 5.0) << heard << " Hz";
+  }
 }
 
-INSTANTIATE_TEST_SUITE_P(ScalesAndTranspositions, Pitch, testing::ValuesIn(FinerFactors()));
+INSTANTIATE_TEST_SUITE_P(ScalesAndTranspositions, Pitch, testing::ValuesIn(AllFactors()));
 
 }  // namespace

@@ -47,7 +47,7 @@ std::shared_ptr<const std::vector<float>> Tones(const std::vector<double>& hertz
   return sound;
 }
 
-double LoudestNear(const std::vector<float>& heard, double place, int reach) {
+double LoudestNear(const std::vector<float>& heard, double place, int reach, double rateHz) {
   const auto middle = static_cast<long long>(std::llround(place));
   const auto last = static_cast<long long>(heard.size()) - 1;
   long long best = std::clamp(middle, 0LL, last);
@@ -55,7 +55,7 @@ double LoudestNear(const std::vector<float>& heard, double place, int reach) {
     const auto at = static_cast<std::size_t>(i);
     if (std::fabs(heard[at]) > std::fabs(heard[static_cast<std::size_t>(best)])) best = i;
   }
-  return (static_cast<double>(best) - place) / 48.0;
+  return (static_cast<double>(best) - place) * 1000.0 / rateHz;
 }
 
 double Level(const std::vector<float>& heard, std::size_t from, std::size_t frames) {

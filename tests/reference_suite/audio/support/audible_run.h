@@ -33,7 +33,7 @@ std::shared_ptr<const std::vector<float>> Tones(const std::vector<double>& hertz
 
 // ---- measurements
 // The loudest frame within `reach` of `place`, as its distance from there in milliseconds.
-double LoudestNear(const std::vector<float>& heard, double place, int reach);
+double LoudestNear(const std::vector<float>& heard, double place, int reach, double rateHz = 48000.0);
 // Root of the mean square of [from, from + frames).
 double Level(const std::vector<float>& heard, std::size_t from, std::size_t frames);
 // The frequency of the strongest sine near `hertz`.

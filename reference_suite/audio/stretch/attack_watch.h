@@ -1,0 +1,48 @@
+#pragma once
+
+#include <array>
+#include <cstddef>
+
+namespace tesk_audio {
+
+// Sees attacks in a song as it goes by: sound that is suddenly louder than all of the last moments, as a
+// whole or in its high frequencies alone. Tones that go on, swell or beat are none.
+//
+// Units      interleaved frames.
+// Threads    one at a time.
+// Render     allocates nothing.
+class AttackWatch {
+ public:
+  AttackWatch(double rateHz, unsigned channels);
+
+  // What comes next has nothing to do with what came before, and shows no attack before it is known.
+  void Forget();
+  // Whether there is an attack in the frames that follow.
+  bool See(const float* frames, std::size_t count);
+
+ private:
+  static constexpr std::size_t kBlocks = 16;  // longer than half a wave of the lowest tones
+
+  // How loud the last blocks were, and the one under way.
+  struct Memory {
+    std::array<double, kBlocks> blocks{};
+    double loudest = 0.0;
+    double now = 0.0;
+
+    bool IsSudden(double quietest) const;
+    void Close(std::size_t index);
+  };
+  bool IsSudden_() const;
+  void CloseBlock_();
+
+  unsigned channels_;
+  std::size_t block_;  // frames
+  std::size_t taken_ = 0;
+  std::size_t index_ = 0;
+  std::size_t known_ = 0;  // blocks
+  double last_ = 0.0;      // frame, channels added up
+  Memory whole_;
+  Memory high_;
+};
+
+}  // namespace tesk_audio
