@@ -215,6 +215,7 @@ class AudioPlayer : public Player, public tesk_audio::AudioPlayerOutputInterface
   // Null without an output. It stays until Shutdown or the destructor, which see to it that nobody uses it.
   tesk_audio::AudioSampleOutput* Output_();
   bool OutputRuns_();
+  void RequireNoRunningOutputInStop_(const char* function, int line);
 
   // ---- transport.cpp -----------------------------------------------------------------------------
   // True when the state was another one.

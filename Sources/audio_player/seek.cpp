@@ -1,8 +1,6 @@
 #include <optional>
 
 #include "Sources/audio_player/audio_player.h"
-#include "Sources/audio_player/source_path.h"
-#include "exc/assertion/require_at.h"
 #include "exc/console/cout_buffer.h"
 #include "exc/flag/ex_scope_flag.h"
 #include "suite/audio/audio_sample_output.h"
@@ -45,10 +43,7 @@ void AudioPlayer::DoSeek_(unsigned tickIndex) {
 }
 
 void AudioPlayer::StandAtSoughtPosition_() {
-  if (GetPlayerState() == PlayerState::STOP && OutputRuns_()) {
-    exc::FailAssertion("!(this->audioSampleOutput_->GetOutputIsRunning())", "DoSeek_",
-                       audio_player::kSourcePath, 927);
-  }
+  if (GetPlayerState() == PlayerState::STOP && OutputRuns_()) RequireNoRunningOutputInStop_("DoSeek_", 927);
   showControl_.ResetGuiUpdate();
   samplesTicksConverter_.ResetElapsedSampleCounts();
   RefillOutput_();

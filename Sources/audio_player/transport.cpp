@@ -44,11 +44,8 @@ bool AudioPlayer::EnterPause_() {
 
 void AudioPlayer::Stop() {
   if (GetPlayerState() == PlayerState::STOP) {
-    if (OutputRuns_()) {
-      exc::FailAssertion("!(this->audioSampleOutput_->GetOutputIsRunning())", "Stop",
-                         audio_player::kSourcePath, 991);
-    }
-    return;
+    if (!OutputRuns_()) return;
+    RequireNoRunningOutputInStop_("Stop", 991);
   }
   SetStopRequested(true);
   if (tesk_audio::AudioSampleOutput* const output = Output_()) {
@@ -56,7 +53,16 @@ void AudioPlayer::Stop() {
   } else {
     NotifyOutputHasStopped();  // what the output would have reported
   }
+  exc::ScopeLock lock(*this);
   if (GetPlayerState() == PlayerState::PAUSE) SetPlayerState(PlayerState::STOP);
+}
+
+// After the output has been seen running. A loader may have started it since the state was looked at, and
+// leaves `STOP` before it does.
+void AudioPlayer::RequireNoRunningOutputInStop_(const char* function, int line) {
+  if (GetPlayerState() != PlayerState::STOP) return;
+  exc::FailAssertion("!(this->audioSampleOutput_->GetOutputIsRunning())", function, audio_player::kSourcePath,
+                     line);
 }
 
 void AudioPlayer::StopAndReset() {

@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <atomic>
 #include <thread>
+#include <utility>
 #include <vector>
 
 #include "exc/assertion/ex_assertion_error.h"
@@ -213,6 +214,20 @@ TEST_F(Transport, StopWhileStoppedWithARunningOutputIsAFault) {
   Output().SetRunning(false);
 }
 
+// A loader may start playback between the two looks that a stop takes.
+TEST_F(Transport, StopStopsPlaybackThatBeginsAtThisMoment) {
+  LoadReady("1");
+  bool isFirst = true;
+  Output().OnCall([&](const std::string& call) {
+    if (call != "GetOutputIsRunning" || !std::exchange(isFirst, false)) return;
+    std::thread([&] { GetPlayer().Play(); }).join();
+  });
+  GetPlayer().Stop();
+  Output().OnCall(nullptr);
+  EXPECT_EQ(State(), PlayerState::STOP);
+  EXPECT_EQ(Told("output"), (Journal{"output.Start", "output.Stop(true)"}));
+}
+
 TEST_F(Transport, StopWithoutAnOutputStopsAtOnceAndIsNoEndOfSong) {
   MakePlayer();
   GetPlayer().Stop();
@@ -360,6 +375,18 @@ TEST_F(Transport, ResetForgetsTheHoldOfAnAttaccaAndTheShownTick) {
   EXPECT_EQ(tick, 20u) << "converted, not held";
 }
 
+TEST_F(Transport, AfterAResetTheStartOfTheSongIsHeardAtOnce) {
+  SetSong("2", 480, 9600);
+  LoadAndPlay("1");
+  AsOutputSees().AddToSampleIndex(1000);
+  GetPlayer().LoadNextSongAttacca();
+  Output().SetRunning(false);
+  GetPlayer().ResetPlayer();
+  unsigned tick = 0;
+  GetPlayer().GetAudibleTickIndex(&tick);
+  EXPECT_EQ(tick, 480u) << "not the tick that an attacca held";
+}
+
 // The shown tick is 0 again: an approaching stop leaves it there.
 TEST_F(Transport, ResetSetsTheShownTickTo0) {
   LoadAndPlay("1");
@@ -459,9 +486,14 @@ TEST_F(Transport, TheShortResetForgetsAContinueAndAsksForASeekAndTouchesNoOtherF
 
 TEST_F(Transport, TheShortResetSeedsTheRegistry) {
   LoadAndPlay("1");
+  GetPlayer().LoadNextSongAttacca();
+  AsOutputSees().ResetForRecovery(2205, 0);  // tick 100 is heard at 0
   GetPlayer().ResetPlayerNoFillBuffers();
-  Output().SetElapsedSampleCount(221);
   unsigned tick = 0;
+  Output().SetElapsedSampleCount(12);  // 0.54 ticks
+  GetPlayer().GetAudibleTickIndex(&tick);
+  EXPECT_EQ(tick, 1u) << "counted from sample 0";
+  Output().SetElapsedSampleCount(221);
   GetPlayer().GetAudibleTickIndex(&tick);
   EXPECT_EQ(tick, 10u);
 }
