@@ -30,7 +30,7 @@ TESTS = {
     "Sources/samples_ticks_converter": ["samples_ticks_converter_test"],
     "Sources/ob_show_control": ["ob_show_control_test"],
     "Sources/file_loader": ["file_loader_test"],
-    "Sources/audio_player": ["audio_player_test"],
+    "Sources/audio_player": ["audio_player_test", "audio_player_threads_test", "session_memory_test"],
     "reference_suite/player_core": ["reference_player_core_test", "scenarios_test"],
 }
 

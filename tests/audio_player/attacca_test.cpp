@@ -68,6 +68,7 @@ TEST_F(Attacca, WaitsForASongThatIsStillBeingDecodedAndStartsNothing) {
   const Journal told = Told();
   EXPECT_EQ(std::count(told.begin(), told.end(), "output.SwitchContent"), 1);
   EXPECT_EQ(std::count(told.begin(), told.end(), "output.Start"), 0);
+  EXPECT_EQ(std::count(told.begin(), told.end(), "notify.PlaybackStarted"), 0) << "it never stopped";
   EXPECT_EQ(told.back(), "gui.Unpause");
   EXPECT_TRUE(AwaitLoaders());
 }

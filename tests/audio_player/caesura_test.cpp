@@ -150,10 +150,12 @@ TEST_F(Caesuras, ASeekOntoOneWithoutAnOutputMakesTheStopAtOnce) {
   LoadReady("1");
   GetPlayer().Shutdown();
   GetPlayer().Play();
+  GetPlayer().GetSeekRequestedWhileNotPlay();
   Told();
   fakes::show_control::SetHasPendingCaesura(true);
   GetPlayer().Seek(960);
   EXPECT_EQ(Told(), (Journal{"control.Seek 960", "control.OnCaesuraStop", "player.EnsureGuiIsCurrent"}));
+  EXPECT_TRUE(GetPlayer().GetSeekRequestedWhileNotPlay());
 }
 
 // ---- approaching stops -------------------------------------------------------------------------------

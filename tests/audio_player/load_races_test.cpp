@@ -107,7 +107,9 @@ TEST_F(LoadRaces, EveryoneWhoWaitsForAFinishingLoaderGoesOnWhenItHasFinished) {
     isStarting = true;
     while (!mayStart) std::this_thread::yield();
   });
+  fakes::decoder::HoldLoader(Path("4"));
   GetPlayer().LoadSong("4");  // its loader starts the output, and finishes no sooner than that has started
+  fakes::decoder::ReleaseLoader(Path("4"));
   ASSERT_TRUE(test_support::WaitUntil([&] { return isStarting.load(); }));
   std::atomic<int> passed{0};
   std::atomic<pid_t> ids[3] = {};

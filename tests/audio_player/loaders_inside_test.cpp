@@ -37,6 +37,23 @@ TEST(LoadersInside, EveryVisitIsWaitedFor) {
   waiting.join();
 }
 
+TEST(LoadersInside, OneVisitIsWaitedFor) {
+  const auto place = std::make_shared<LoadersInside>();
+  std::optional<LoadersInside::Visit> visit(std::in_place, place);
+  std::atomic<pid_t> id{0};
+  std::atomic<bool> returned{false};
+  std::thread waiting([&] {
+    id = test_support::ThisThread();
+    place->WaitUntilNone();
+    returned = true;
+  });
+  while (id == 0) std::this_thread::yield();
+  EXPECT_TRUE(test_support::WaitUntilItSleeps(id));
+  EXPECT_FALSE(returned);
+  visit.reset();
+  waiting.join();
+}
+
 // It outlives the player that made it.
 TEST(LoadersInside, AVisitKeepsThePlaceAlive) {
   auto place = std::make_shared<LoadersInside>();

@@ -158,6 +158,14 @@ TEST_F(Navigation, PreviousMoreThan1920TicksIntoASongRestartsIt) {
                              "output.Refill", "player.EnsureGuiIsCurrent"}));
 }
 
+TEST_F(Navigation, PreviousStopsASongThatPlays) {
+  LoadAndPlay("2");
+  fakes::player::SetTickIndex(1921);
+  GetPlayer().PreviousSong();
+  EXPECT_EQ(GetPlayer().GetPlayerState(), PlayerState::STOP);
+  EXPECT_EQ(Told().front(), "output.Stop(true)");
+}
+
 TEST_F(Navigation, PreviousAt1920TicksGoesToTheSongBefore) {
   LoadReady("2");
   fakes::player::SetTickIndex(1920);

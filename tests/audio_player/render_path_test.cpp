@@ -129,6 +129,13 @@ TEST_F(RenderPath, ReadSamplesAtMovesNothing) {
   EXPECT_EQ(AsOutputSees().GetSampleIndex(), 0);
 }
 
+TEST_F(RenderPath, ReadSamplesAtReadsOneSampleToo) {
+  LoadReady("1");
+  long long count = 1;
+  EXPECT_EQ(AsOutputSees().ReadSamplesAt(500, &count, buffer_.data()), 1);
+  EXPECT_EQ(buffer_[0], 500.0F);
+}
+
 TEST_F(RenderPath, ReadSamplesAtWritesBackWhatThereIs) {
   LoadReady("1");
   long long count = 16;

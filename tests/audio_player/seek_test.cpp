@@ -149,6 +149,20 @@ TEST_F(Seeking, IsGivenUpAfterElevenRefusals) {
   Output().SetRunning(false);
 }
 
+TEST_F(Seeking, ThatWasGivenUpIsNotMadeWhenTheOutputStopsAfterAll) {
+  PauseWithARunningOutput();
+  Output().RefuseStops(11);
+  int stops = 0;
+  Output().OnCall([&](const std::string& call) {
+    if (call == "Stop(true)" && ++stops == 11) Output().SetRunning(false);
+  });
+  const test_support::CoutCapture console;
+  GetPlayer().Seek(960);
+  Output().OnCall(nullptr);
+  EXPECT_EQ(console.Text(), "Unable to stop playback to complete seek.\n");
+  EXPECT_EQ(Told(), Journal(11, "output.Stop(true)"));
+}
+
 TEST_F(Seeking, IsGivenUpWithoutAWordWhenAPausedOutputRunsAllTheSame) {
   PauseWithARunningOutput();
   Output().IgnoreStops(true);

@@ -134,6 +134,34 @@ TEST_F(ShuttingDown, AfterwardsEveryOperationOfTheTransportIsSafe) {
   EXPECT_EQ(Told("output"), (Journal{"output.Delete"}));
 }
 
+TEST_F(ShuttingDown, WaitsForALoaderThatIsAboutToStartPlayback) {
+  LoadReady("1");
+  fakes::decoder::HoldLoader(Path("4"));
+  GetPlayer().LoadSong("4");
+  std::atomic<bool> reached{false};
+  std::atomic<bool> mayGoOn{false};
+  fakes::gui_update::OnCall([&](const std::string& call) {
+    if (call.find("ResetAndSeekToTickIndex") == std::string::npos) return;
+    reached = true;
+    while (!mayGoOn) std::this_thread::yield();
+  });
+  fakes::decoder::ReleaseLoader(Path("4"));
+  ASSERT_TRUE(test_support::WaitUntil([&] { return reached.load(); }));
+  std::atomic<pid_t> id{0};
+  std::thread shuttingDown([&] {
+    id = test_support::ThisThread();
+    GetPlayer().Shutdown();
+  });
+  while (id == 0) std::this_thread::yield();
+  EXPECT_TRUE(test_support::WaitUntilItSleeps(id));
+  EXPECT_NE(test_support::cranked::Get(), nullptr) << "the loader still has it";
+  mayGoOn = true;
+  shuttingDown.join();
+  fakes::gui_update::OnCall(nullptr);
+  EXPECT_EQ(test_support::cranked::Get(), nullptr);
+  EXPECT_TRUE(AwaitLoaders());
+}
+
 // ---- destruction -----------------------------------------------------------------------------------
 
 TEST_F(ShuttingDown, DestructionDeletesTheOutputBeforeTheMembersGo) {
@@ -186,6 +214,7 @@ TEST_F(ShuttingDown, ALoaderThatEndsDuringDestructionStartsNothing) {
   // Once the deleter has gone, only the loader can be what the destruction waits for.
   ASSERT_TRUE(test_support::WaitUntil([&] { return id != 0 && !DeleterLives(); }));
   EXPECT_TRUE(test_support::WaitUntilItSleeps(id));
+  EXPECT_NE(test_support::cranked::Get(), nullptr) << "the loaders end before the output goes";
   fakes::decoder::ReleaseLoader(Path("4"));
   destroying.join();
   EXPECT_EQ(Told(), (Journal{"gui.Pause", "output.Delete", "gui.Pause", "gui.Delete"}));

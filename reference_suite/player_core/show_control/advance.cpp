@@ -70,7 +70,7 @@ bool ShowControl::FindEventAt_(unsigned tick) {
     state.pendingJump = State::PendingJump::Performers;
     target = state.performersJump->toTick;
   } else if (HasCutAtTickIndex(tick, &target)) {
-    state.pendingJump = State::PendingJump::Cut;
+    // Nothing remembers that a cut is pending: taking it leaves it as it is.
   } else if (!pendingCaesuras_.empty() && pendingCaesuras_.front().GetTickIndex() == tick) {
     caesuraStop_ = true;
   } else {

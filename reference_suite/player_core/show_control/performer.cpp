@@ -10,15 +10,14 @@ using show_control::MayBeTaken;
 
 namespace {
 
-// The innermost of the loops around `tick` that `isWanted`; null when there is none.
+// The innermost of the loops around `tick` that `isWanted`; null when there is none. The list is in the order
+// in which the loops end: of two that begin together the first is the inner one.
 template <typename IsWanted>
 LoopEvent* FindInnermostAround(std::list<LoopEvent>& loops, unsigned tick, IsWanted isWanted) {
   LoopEvent* innermost = nullptr;
   for (LoopEvent& loop : loops) {
     if (loop.targetTick > tick || loop.tick <= tick || !isWanted(loop)) continue;
-    const bool isInner = innermost == nullptr || loop.targetTick > innermost->targetTick ||
-                         (loop.targetTick == innermost->targetTick && loop.tick < innermost->tick);
-    if (isInner) innermost = &loop;
+    if (innermost == nullptr || loop.targetTick > innermost->targetTick) innermost = &loop;
   }
   return innermost;
 }

@@ -61,7 +61,7 @@ struct ShowControl::State {
     unsigned toTick = 0;
   };
   // Whose jump the last advance has found.
-  enum class PendingJump { None, Loop, Performers, Cut };
+  enum class PendingJump { None, Loop, Performers };
 
   exc::RLockable readSamples{"ReadSamples"};
   show_control::CountedLock lock{"ShowControl"};

@@ -61,6 +61,7 @@ TEST(SongPositions, TheTempoInForceInQuarterNotesPerMinute) {
   const TestSong song = TestSong("1").Tempo(0, 500000).Tempo(960, 1000000);
   EXPECT_EQ(At(song, 959).tempo, 120.0);
   EXPECT_EQ(At(song, 960).tempo, 60.0);
+  EXPECT_EQ(At(song, 960).scaledTempo, 60.0) << "without a control stream";
 }
 
 TEST(SongPositions, SecondsAreThoseOfTheRecordingFromTheAudioStart) {

@@ -64,6 +64,11 @@ TEST(Arming, ASeekBackBringsCuesBack) {
   EXPECT_TRUE(HasCutAt(stage, At(4)));
 }
 
+TEST(Arming, CaesurasComeInTheOrderOfTheSong) {
+  Stage stage(TestSong("1").Caesura(At(5)).Caesura(At(3)));
+  EXPECT_EQ(stage.control.GetCaesurasAhead(), (std::vector<unsigned>{At(3), At(5)}));
+}
+
 TEST(Arming, ACaesuraWrittenTwiceIsOne) {
   Stage stage(TestSong("1").Caesura(At(3)).Caesura(At(3)));
   EXPECT_EQ(stage.control.GetCaesurasAhead(), (Ticks{At(3)}));
@@ -100,6 +105,15 @@ TEST_F(Counted, ASeekPastALoopDoesNotTouchItUntilItLiesAheadAgain) {
   {
     exc::ScopeLock lock(stage.control);
     stage.control.FindNextControlEventOnSeek(At(1), false);  // as a cut back would
+  }
+  EXPECT_EQ(stage.control.DescribeLoop(At(4)), "0/2/1");
+}
+
+TEST_F(Counted, ASeekOntoTheEndOfALoopDoesNotTouchItEither) {
+  stage.control.Seek(At(4));
+  {
+    exc::ScopeLock lock(stage.control);
+    stage.control.FindNextControlEventOnSeek(At(1), false);
   }
   EXPECT_EQ(stage.control.DescribeLoop(At(4)), "0/2/1");
 }

@@ -116,6 +116,15 @@ TEST(SetChangeLog, ACaesuraAtWhichPlaybackStandsIsNotMetAgain) {
   EXPECT_EQ(stage.control.GetCaesurasAhead(), (Ticks{At(3)}));
 }
 
+TEST(SetChangeLog, ACaesuraThatWasSoughtAndAtWhichPlaybackStandsIsNotMetAgain) {
+  Stage stage(TestSong("1").Bars(3).Caesura(At(2)));
+  stage.control.Seek(At(2));
+  stage.control.OnCaesuraStop();
+  Replacement replacement(TestSong("1").Caesura(At(2)).Caesura(At(3)));
+  stage.control.SetChangeLog(replacement.Get());
+  EXPECT_EQ(stage.control.GetCaesurasAhead(), (Ticks{At(3)}));
+}
+
 TEST(SetChangeLog, CuesThatArePendingAtThePositionStayPending) {
   Stage stage(TestSong("1").Bars(3).Caesura(At(2)));
   stage.control.PlayTo(At(2));
@@ -136,6 +145,44 @@ TEST(SetChangeLog, ANewCueOnTheTickThatIsPlayedComesTooLate) {
   Replacement replacement(TestSong("1").Caesura(At(2)).Cut(At(2), At(5)).Vamp(0, At(2)));
   stage.control.SetChangeLog(replacement.Get());
   EXPECT_EQ(stage.control.Play(At(2) + 100), "2020");
+}
+
+TEST(SetChangeLog, ANewCutOnTheTickThatIsPlayedComesTooLateHoweverOftenTheLogChanges) {
+  Stage stage(TestSong("1").Bars(9));
+  stage.control.PlayTo(At(3));
+  Replacement first(TestSong("1"));
+  stage.control.SetChangeLog(first.Get());
+  Replacement second(TestSong("1").Cut(At(3), At(5)).Cut(At(6), At(8)));
+  stage.control.SetChangeLog(second.Get());
+  EXPECT_EQ(stage.control.Perform(), "3840..9600 13440..17280 end");
+}
+
+TEST(SetChangeLog, AfterAJumpAndASkipANewCutOnTheTickComesTooLate) {
+  Stage stage(TestSong("1").Bars(9));
+  stage.control.Seek(At(3));
+  stage.control.DoSkipAhead(At(3));
+  Replacement replacement(TestSong("1").Cut(At(3), At(5)));
+  stage.control.SetChangeLog(replacement.Get());
+  EXPECT_EQ(stage.control.Perform(), "3840..17280 end");
+}
+
+TEST(SetChangeLog, ALoopThatEndedOneTickEarlierIsNotAhead) {
+  Stage stage(TestSong("1").Bars(9).Vamp(At(2), At(3)));
+  stage.control.PlayTo(At(3));
+  Replacement replacement(TestSong("1").Vamp(At(2), At(3)).Vamp(At(1), At(3) - 1));
+  stage.control.SetChangeLog(replacement.Get());
+  ASSERT_EQ(stage.control.GetLoopsAhead().size(), 1U);
+  EXPECT_EQ(stage.control.GetLoopsAhead().front().tick, At(3));
+}
+
+TEST(SetChangeLog, APerformersJumpGoesWhenAnotherLoopTakesThePlaceOfItsVamp) {
+  Stage stage(TestSong("1").Bars(9).Vamp(At(2), At(6), CL::VampExit::NextBar));
+  stage.control.PlayTo(At(3) + 100);
+  stage.control.ExitLoop();
+  Replacement replacement(TestSong("1").Vamp(At(1), At(6), CL::VampExit::NextBar));
+  stage.control.SetChangeLog(replacement.Get());
+  Jump jump;
+  EXPECT_FALSE(stage.control.GetPerformersJump(&jump));
 }
 
 TEST(SetChangeLog, ANewCueOnAPlaceThatHasJustBeenJumpedToIsMet) {

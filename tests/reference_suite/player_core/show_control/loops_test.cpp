@@ -107,6 +107,17 @@ TEST(Loops, AJumpIsArmedForTheTickOfArrivalAlone) {
   EXPECT_EQ(stage.control.Advance(970, 1070), "1070");
 }
 
+TEST(Loops, AJumpThatWasNotTakenIsForgottenWhereverPlaybackArrivesNext) {
+  Stage stage(TestSong("1").Vamp(480, 960));
+  stage.control.PlayTo(960);
+  stage.control.ProcessLoopEventsAtCurrentTickIndex();
+  stage.control.MoveTo(1000);
+  stage.control.ProcessLoopEventsAtCurrentTickIndex();
+  stage.control.MoveTo(960);
+  stage.control.ProcessLoopEventsAtCurrentTickIndex();
+  EXPECT_EQ(stage.control.Advance(960, 1060), "1060");
+}
+
 TEST(Loops, ProcessingElsewhereDoesNothing) {
   Stage stage(TestSong("1").Vamp(480, 960));
   stage.control.MoveTo(959);

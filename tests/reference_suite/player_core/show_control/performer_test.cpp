@@ -116,6 +116,15 @@ TEST(ExitLoop, TheLineAtThePositionItselfIsNotTheNextOne) {
   EXPECT_EQ(PerformersJump(stage), "5760->9600");
 }
 
+TEST(ExitLoop, TheLineOneTickLaterIsTheNextOne) {
+  for (const VampExit exit : {VampExit::NextBar, VampExit::NextBeat}) {
+    Stage stage(TestSong("1").Bars(9).Vamp(At(2), At(6), exit));
+    stage.control.PlayTo(At(4) - 1);
+    stage.control.ExitLoop();
+    EXPECT_EQ(PerformersJump(stage), "5760->9600");
+  }
+}
+
 TEST(ExitLoop, InTheLastBarTheEndIsTheNextLine) {
   Stage stage(TestSong("1").Bars(9).Vamp(At(2), At(4), VampExit::NextBar));
   stage.control.PlayTo(At(3) + 1);
@@ -142,6 +151,13 @@ TEST(ExitLoop, APerformersJumpThatACutLeavesBehindIsDropped) {
   EXPECT_EQ(stage.control.Play(At(3) + 600), "jump 7680");
   EXPECT_EQ(PerformersJump(stage), "none");
   EXPECT_EQ(stage.control.Perform(), "7680..17280 end");
+}
+
+TEST(ExitLoop, APerformersJumpOntoWhichACutLeadsIsTaken) {
+  Stage stage(TestSong("1").Bars(9).Vamp(At(2), At(6), VampExit::NextBar).Cut(At(3) + 500, At(4)));
+  stage.control.PlayTo(At(3) + 100);
+  stage.control.ExitLoop();
+  EXPECT_EQ(stage.control.Perform(), "3940..4340 9600..17280 end");
 }
 
 TEST(ExitLoop, APerformersJumpOutlivesALoopBackBeforeIt) {
@@ -244,6 +260,19 @@ TEST(NextJump, ASafetyCountsOnceItHasBeenAskedFor) {
   EXPECT_EQ(NextJump(stage), "Safety 1920->0");
 }
 
+TEST(NextJump, OfTwoLoopsTheOneThatEndsFirstCountsHoweverFarItLeadsBack) {
+  Stage stage(TestSong("1").Bars(9).Repeat(At(1), At(3), 2).Repeat(At(4), At(5), 2));
+  EXPECT_EQ(NextJump(stage), "Repeat 3840->0");
+}
+
+TEST(NextJump, OfTwoLoopsOverOnePassageTheOneWrittenFirstCounts) {
+  Stage stage(TestSong("1").Bars(9).Repeat(At(1), At(3), 2).Vamp(At(1), At(3)));
+  EXPECT_EQ(NextJump(stage), "Repeat 3840->0");
+  stage.control.PlayTo(At(3));
+  stage.control.ProcessLoopEventsAtCurrentTickIndex();
+  EXPECT_EQ(NextJump(stage), "Repeat 3840->0");
+}
+
 TEST(NextJump, AtOneTickTheInnermostLoopComesBeforeACut) {
   Stage stage(TestSong("1").Bars(9).Repeat(At(1), At(3), 2).Repeat(At(2), At(3), 2).Cut(At(3), At(5)));
   EXPECT_EQ(NextJump(stage), "Repeat 3840->1920");
@@ -288,6 +317,13 @@ TEST(HasCut, APerformersJumpIsOneAndComesFirst) {
   unsigned target = 0;
   EXPECT_TRUE(stage.control.HasCutAtTickIndex(kBeat, &target));
   EXPECT_EQ(target, 4 * kBar);
+}
+
+TEST(HasCut, OfTwoAtOneTickTheOneWrittenFirstCounts) {
+  Stage stage(TestSong("1").Bars(9).Cut(At(3), At(5)).Cut(At(3), At(7)));
+  unsigned target = 0;
+  EXPECT_TRUE(stage.control.HasCutAtTickIndex(At(3), &target));
+  EXPECT_EQ(target, At(5));
 }
 
 }  // namespace

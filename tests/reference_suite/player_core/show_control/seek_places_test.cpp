@@ -40,6 +40,15 @@ TEST(SeekRight, GoesToTheNextPlaceOfEveryKind) {
   EXPECT_EQ(RightFrom(stage, 9 * kBar), 20 * kBar);
 }
 
+TEST(SeekRight, PlacesOfAllKindsComeInTheOrderOfTheSong) {
+  Stage stage(
+      TestSong("1").Marker(12 * kBar).Caesura(9 * kBar).Vamp(6 * kBar, 7 * kBar).Cut(2 * kBar, 3 * kBar));
+  EXPECT_EQ(RightFrom(stage, 0), 3 * kBar);
+  EXPECT_EQ(RightFrom(stage, 3 * kBar), 6 * kBar);
+  EXPECT_EQ(RightFrom(stage, 6 * kBar), 9 * kBar);
+  EXPECT_EQ(RightFrom(stage, 9 * kBar), 12 * kBar);
+}
+
 TEST(SeekRight, PastTheLastPlaceItThrows) {
   Stage stage(TestSong("1").Marker(kBar));
   EXPECT_TRUE(ThrowsWithText<std::out_of_range>([&] { RightFrom(stage, kBar); },
@@ -82,6 +91,16 @@ TEST(SeekLeft, LessThanABeatIntoAPlaceItGoesToTheOneBefore) {
   Stage stage(TestSong("1").Marker(kBar).Marker(2 * kBar));
   EXPECT_EQ(LeftFrom(stage, 2 * kBar + kBeat - 1), kBar);
   EXPECT_EQ(LeftFrom(stage, 2 * kBar), kBar);
+}
+
+TEST(SeekLeft, OnAPlaceItGoesNoFurtherThanTheOneBefore) {
+  Stage stage(TestSong("1").Marker(kBar).Marker(2 * kBar).Marker(2 * kBar + 100));
+  EXPECT_EQ(LeftFrom(stage, 2 * kBar + 100), 2 * kBar);
+}
+
+TEST(SeekLeft, TwoCuesAtOneTickAreOnePlace) {
+  Stage stage(TestSong("1").Marker(kBar).Marker(2 * kBar).Caesura(2 * kBar));
+  EXPECT_EQ(LeftFrom(stage, 2 * kBar + 10), kBar);
 }
 
 TEST(SeekLeft, TheBeatIsThatOfTheMeter) {

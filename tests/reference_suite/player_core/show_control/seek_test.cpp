@@ -153,6 +153,12 @@ TEST(SkipAhead, DropsTheCuesPassedOver) {
   EXPECT_EQ(stage.control.Perform(), "1000..17280 end");
 }
 
+TEST(SkipAhead, KeepsTheCutsAhead) {
+  Stage stage(TestSong("1").Bars(9).Cut(970, 5000).Cut(1500, 6000));
+  stage.control.DoSkipAhead(1000);
+  EXPECT_EQ(stage.control.Perform(), "1000..1500 6000..17280 end");
+}
+
 TEST(SkipAhead, KeepsTheCuesAtItsTick) {
   Stage stage(TestSong("1").Bars(9).Vamp(480, 1000));
   stage.control.DoSkipAhead(1000);
