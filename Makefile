@@ -11,6 +11,8 @@ export CTEST_PARALLEL_LEVEL ?= 2
 ENGINE_TESTS := exc_test exc_lock_impl_test samples_ticks_converter_test ob_show_control_test file_loader_test audio_player_test
 # What runs under the sanitizers.
 SANITIZED := $(ENGINE_TESTS) lock_order_test stress_test
+# What runs under the thread sanitizer besides: devices and the live output.
+LIVE_TESTS := audio_output_test audio_device_test audio_jack_test
 # The engine is covered by its own tests alone: what only a whole show reaches counts as not covered.
 COVERED := $(ENGINE_TESTS) player_wrapper_test
 READER_TESTS := standard_midi_file_test toml_test timeline_test show_folder_test
@@ -67,8 +69,8 @@ sanitize: packages
 	@$(STEP) "build for asan" cmake --build --preset asan --target $(SANITIZED)
 	@$(STEP) "addresses and undefined behaviour" ctest --preset asan -L '$(SANITIZED_LABELS)'
 	@$(STEP) "configure tsan" cmake --preset tsan --log-level=WARNING
-	@$(STEP) "build for tsan" cmake --build --preset tsan --target $(SANITIZED)
-	@$(STEP) "threads" ctest --preset tsan -L '$(SANITIZED_LABELS)'
+	@$(STEP) "build for tsan" cmake --build --preset tsan --target $(SANITIZED) $(LIVE_TESTS)
+	@$(STEP) "threads" ctest --preset tsan -L '$(call labels_of,$(SANITIZED) $(LIVE_TESTS))'
 
 lint: packages
 	@$(STEP) "format" tools/check_format.sh

@@ -4,7 +4,7 @@
 #include "reference_suite/audio/device/open_device.h"
 #include "reference_suite/audio/device/resilient_device.h"
 #include "reference_suite/audio/output/format_fit.h"
-#include "reference_suite/audio/output/meter_news.h"
+#include "reference_suite/audio/output/live_sample_output.h"
 #include "reference_suite/audio/output/offline_sample_output.h"
 #include "reference_suite/audio/output/output_settings.h"
 #include "suite/audio/create.h"
@@ -42,7 +42,9 @@ AudioSampleOutput* CreateAudioSampleOutput(const AudioSampleContent& content,
   if (settings.device == DeviceKind::Offline) {
     return std::make_unique<OfflineSampleOutput>(player, rateHz, channels, settings).release();
   }
-  return std::make_unique<ToldOutput>(player, MakeDevice(settings, rateHz, channels), settings).release();
+  auto output = std::make_unique<LiveSampleOutput>(player, MakeDevice(settings, rateHz, channels), settings);
+  output->TellMeters();
+  return output.release();
 }
 
 }  // namespace tesk_audio

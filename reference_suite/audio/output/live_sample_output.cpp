@@ -44,6 +44,7 @@ LiveSampleOutput::LiveSampleOutput(AudioPlayerOutputInterface& player, std::uniq
 }
 
 LiveSampleOutput::~LiveSampleOutput() {
+  news_.reset();
   UnregisterLiveOutput(this);
   {
     exc::ScopeLock lock(*this);

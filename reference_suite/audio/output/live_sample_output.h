@@ -17,6 +17,7 @@
 #include "reference_suite/audio/output/elapsed_count.h"
 #include "reference_suite/audio/output/frame_ring.h"
 #include "reference_suite/audio/output/load_meter.h"
+#include "reference_suite/audio/output/meter_news.h"
 #include "reference_suite/audio/output/output_meters.h"
 #include "reference_suite/audio/output/output_settings.h"
 #include "reference_suite/audio/output/render_step.h"
@@ -40,10 +41,10 @@ namespace tesk_audio {
 //            log and as a line on the console.
 // Failure    a device that something stands in for tells it: playback then runs on unheard, is held, or ends,
 //            as the settings say.
-class LiveSampleOutput : public AudioSampleOutput,
-                         public exc::Lockable,
-                         private StepGate,
-                         private DeviceLossListener {
+class LiveSampleOutput final : public AudioSampleOutput,
+                               public exc::Lockable,
+                               private StepGate,
+                               private DeviceLossListener {
  public:
   // Nanoseconds of the clock by which the device takes frames.
   using Clock = std::function<long long()>;
@@ -70,6 +71,8 @@ class LiveSampleOutput : public AudioSampleOutput,
 
   // Frames of silence because the ring ran short.
   long long GetUnderrunFrames() const { return feed_.GetUnderrunFrames(); }
+  // From now on listeners are told how it is doing.
+  void TellMeters() { news_ = std::make_unique<MeterNews>(*this); }
   // The peaks are those since the last call. Threads: one at a time.
   OutputMeters ReadMeters();
 
@@ -172,6 +175,7 @@ class LiveSampleOutput : public AudioSampleOutput,
   bool notifies_ EXC_GUARDED_BY(this) = false;  // the player is being told that the output has stopped
   bool inPlayer_ EXC_GUARDED_BY(this) = false;  // the render thread is inside calls to the player
 
+  std::unique_ptr<MeterNews> news_;  // goes first
   pthread_t thread_{};
   bool threadRuns_ = false;  // by who constructs, prepares for exit and deletes
   std::atomic<pthread_t> renderThread_{};

@@ -1,6 +1,7 @@
 #include "reference_suite/audio/output/meter_news.h"
 
 #include "exc/lock/scope_lock.h"
+#include "reference_suite/audio/output/live_sample_output.h"
 #include "suite/core/callback_dispatcher.h"
 #include "suite/core/notification_names.h"
 #include "suite/utility/thread_names.h"

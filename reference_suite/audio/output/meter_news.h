@@ -3,10 +3,11 @@
 #include <pthread.h>
 
 #include "exc/lock/lockable.h"
-#include "reference_suite/audio/output/live_sample_output.h"
 #include "reference_suite/audio/output/timed_condition.h"
 
 namespace tesk_audio {
+
+class LiveSampleOutput;
 
 // Tells listeners ten times a second how a live output is doing. Without a thread to be had nobody is told.
 //
@@ -29,15 +30,6 @@ class MeterNews : private exc::Lockable {
   bool ends_ EXC_GUARDED_BY(this) = false;
   pthread_t thread_{};
   bool runs_ = false;
-};
-
-// The live output that hosts get.
-class ToldOutput : public LiveSampleOutput {
- public:
-  using LiveSampleOutput::LiveSampleOutput;
-
- private:
-  MeterNews news_{*this};
 };
 
 }  // namespace tesk_audio
