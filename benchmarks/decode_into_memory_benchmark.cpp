@@ -80,6 +80,21 @@ bool SameBits(const std::vector<float>& library, const tesk_audio::AudioSampleCo
          std::memcmp(samples.data(), library.data(), samples.size() * sizeof(float)) == 0;
 }
 
+// The most that the process has occupied since ForgetPeak.
+double PeakMiB() {
+  std::ifstream status("/proc/self/status");
+  std::string word;
+  double kilobytes = 0.0;
+  while (status >> word) {
+    if (word == "VmHWM:") status >> kilobytes;
+  }
+  return kilobytes / 1024.0;
+}
+
+void ForgetPeak() {
+  std::ofstream("/proc/self/clear_refs") << 5;
+}
+
 double ResidentMiB() {
   long long pages = 0;
   long long resident = 0;
@@ -95,12 +110,15 @@ void Song(benchmark::State& state, const std::string& format) {
   std::vector<double> cpuRatios;
   std::vector<double> libraryTimes;
   double memory = 0.0;
+  double peak = 0.0;
   for (auto _ : state) {
     const Cost library = Measure([&] { benchmark::DoNotOptimize(DecodeWithTheLibrary(path)); });
     const double before = ResidentMiB();
+    ForgetPeak();
     Content content;
     const Cost ours = Measure([&] { content = Decode(path); });
     memory = ResidentMiB() - before;
+    peak = PeakMiB() - before;
     state.SetIterationTime(ours.seconds);
     ratios.push_back(library.seconds / ours.seconds);
     cpuRatios.push_back(ours.cpu / library.cpu);
@@ -110,6 +128,7 @@ void Song(benchmark::State& state, const std::string& format) {
   state.counters["library/ours"] = Median(ratios);
   state.counters["cpu_ours/library"] = Median(cpuRatios);
   state.counters["MiB_a_minute"] = memory / 4.0;
+  state.counters["MiB_more_while_loading"] = peak - memory;
 }
 
 // Against the sum that the plain library needs for as many, one after the other.

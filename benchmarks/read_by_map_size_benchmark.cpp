@@ -10,6 +10,7 @@
 
 #include "Sources/audio_player/audio_player.h"
 #include "benchmarks/show_on_disk.h"
+#include "exc/lock/scope_lock.h"
 #include "player_core/player_wrapper/audio_player_wrapper.h"
 #include "reference_suite/audio/output/offline_output.h"
 #include "suite/audio/output_interface.h"
@@ -79,8 +80,12 @@ BENCHMARK_DEFINE_F(Reads, PlanReadAdvance)(benchmark::State& state) {
   std::vector<float> frames(static_cast<std::size_t>(request) * 2);
   for (auto _ : state) {
     const auto start = Clock::now();
-    tesk_audio::SampleCount count = player.GetNextReadSampleCount(tesk_audio::SampleCount(request, 1.0L));
-    if (count.GetUnscaled() > 0) player.ReadSamples(&count, frames.data());
+    tesk_audio::SampleCount count;
+    {
+      exc::ScopeLock lock(player.GetReadSamplesLock());
+      count = player.GetNextReadSampleCount(tesk_audio::SampleCount(request, 1.0L));
+      if (count.GetUnscaled() > 0) player.ReadSamples(&count, frames.data());
+    }
     Note_(state, Clock::now() - start);
     if (count.GetUnscaled() == 0) Again_();
   }

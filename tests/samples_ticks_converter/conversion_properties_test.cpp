@@ -86,6 +86,11 @@ TEST_P(RandomSongs, AreConvertedAsByAPlainScan) {
         plays ? std::min(sample + 64, lastSample) : std::uniform_int_distribution(0LL, lastSample)(random);
     const unsigned tick = scan.Rounded(sample);
     ASSERT_EQ(converter.SamplesToTicksRounded(sample), tick) << sample;
+    unsigned extra = 0;
+    unsigned scannedExtra = 0;
+    const unsigned scanned = scan.Integer(sample, &scannedExtra);
+    ASSERT_EQ(converter.SamplesToTicksInteger(sample, &extra), scanned) << sample;
+    ASSERT_EQ(extra, scannedExtra) << sample;
     ASSERT_EQ(converter.GetSamplesPerTick(sample), scan.SamplesPerTick(sample)) << sample;
     ASSERT_EQ(converter.TicksToSamples(tick), scan.TicksToSamples(tick)) << sample;
     if (plays) continue;
@@ -130,6 +135,34 @@ TEST_P(RandomSongs, TheNearestTickIsThatOfTheFirstSampleOrOneOfItsNeighbours) {
     const unsigned nearest =
         converter.SamplesToTicksRounded((first + converter.TicksToSamples(tick + 1)) / 2);
     ASSERT_TRUE(nearest == tick || nearest == tick + 1);
+  }
+}
+
+// 10,000 tempos, many of them before the audio starts, and many so short that they begin on one sample with
+// the next: of those the last is in force.
+TEST(SongOfTenThousandTempos, IsConvertedAsByAPlainScan) {
+  std::mt19937_64 random(1);
+  auto draw = [&](unsigned from, unsigned to) {
+    return std::uniform_int_distribution<unsigned>(from, to)(random);
+  };
+  RandomSong song{{}, 1920, 0, 8000.0L};
+  for (unsigned tick = 0; song.tempos.size() < 10'000; tick += draw(1, 3))
+    song.tempos.push_back({tick, draw(10'000, 150'000)});
+  song.audioStart = song.tempos[2'000].tick;
+  SamplesTicksConverter converter;
+  converter.SetData(SongWithTempos(song.tempos, song.ppq), song.audioStart);
+  converter.SetSampleRate(song.sampleRate);
+  const PlainScan scan(song.tempos, song.ppq, song.audioStart, song.sampleRate);
+  const unsigned lastTick = song.tempos.back().tick + 100;
+  const long long lastSample = scan.TicksToSamples(lastTick);
+  ASSERT_LT(lastSample, 8'000) << "fewer samples than tempos, so that many share one";
+  for (long long sample = 0; sample <= lastSample; ++sample) {
+    ASSERT_EQ(converter.SamplesToTicksRounded(sample), scan.Rounded(sample)) << sample;
+    ASSERT_EQ(converter.GetSamplesPerTick(sample), scan.SamplesPerTick(sample)) << sample;
+  }
+  for (int i = 0; i < 10'000; ++i) {
+    const unsigned tick = draw(0, lastTick);
+    ASSERT_EQ(converter.TicksToSamples(tick), scan.TicksToSamples(tick)) << tick;
   }
 }
 

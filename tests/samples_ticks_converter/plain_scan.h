@@ -34,6 +34,17 @@ class PlainScan {
   double SamplesPerTick(long long sample) const {
     return static_cast<double>(static_cast<long double>(Find_(sample)->second.secondsPerTick) * rate_);
   }
+  unsigned Integer(long long sample, unsigned* extraSamples) const {
+    const auto entry = Find_(sample);
+    const double delta = static_cast<double>(sample) - static_cast<double>(entry->second.samples);
+    auto ticks = static_cast<unsigned>(std::floor(delta / SamplesPerTick(sample)));
+    const auto startOf = [&](unsigned tick) {
+      return entry->second.samples + SamplesOf_(tick, entry->second.secondsPerTick);
+    };
+    if (startOf(ticks + 1) == sample) ++ticks;
+    *extraSamples = static_cast<unsigned>(sample - startOf(ticks));
+    return entry->first + ticks;
+  }
   unsigned Rounded(long long sample) const {
     const auto entry = Find_(sample);
     const double delta = static_cast<double>(sample) - static_cast<double>(entry->second.samples);
