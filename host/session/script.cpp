@@ -164,9 +164,13 @@ std::vector<ScriptLine> ReadScript(std::istream& in, const std::string& name) {
 
 std::vector<ScriptLine> ReadScriptFile(const std::string& path) {
   std::error_code error;
-  const bool isFolder = std::filesystem::is_directory(path, error);  // it would read as an empty script
+  const std::filesystem::file_status status = std::filesystem::status(path, error);
+  // A folder would read as an empty script; a pipe or a device might never end, or never begin.
+  if (std::filesystem::exists(status) && !std::filesystem::is_regular_file(status)) {
+    throw Failure(Shown(path) + ": is a folder, a pipe or a device; give the path of a script");
+  }
   std::ifstream in(path);
-  if (!in || isFolder) throw Failure(Shown(path) + ": cannot be read; give the path of a script");
+  if (!in) throw Failure(Shown(path) + ": cannot be read; give the path of a script");
   return ReadScript(in, path);
 }
 

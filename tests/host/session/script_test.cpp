@@ -2,6 +2,8 @@
 
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
+#include <sys/stat.h>
+#include <unistd.h>
 
 #include <sstream>
 
@@ -99,13 +101,19 @@ TEST(Script, AFileThatIsNotThereIsNamed) {
   }
 }
 
-TEST(Script, AFolderIsNoEmptyScript) {
-  try {
-    ReadScriptFile("/");
-    FAIL();
-  } catch (const Failure& failure) {
-    EXPECT_STREQ(failure.what(), "/: cannot be read; give the path of a script");
+// A folder would read as an empty script; a pipe is not waited for, nor a device read without end.
+TEST(Script, WhatIsNoFileIsNoScript) {
+  const std::string pipe = testing::TempDir() + "orbel_script_pipe_" + std::to_string(::getpid());
+  ASSERT_EQ(::mkfifo(pipe.c_str(), 0600), 0);
+  for (const std::string& path : {std::string("/"), pipe, std::string("/dev/zero")}) {
+    try {
+      ReadScriptFile(path);
+      ADD_FAILURE() << path;
+    } catch (const Failure& failure) {
+      EXPECT_EQ(failure.what(), path + ": is a folder, a pipe or a device; give the path of a script");
+    }
   }
+  ::unlink(pipe.c_str());
 }
 
 }  // namespace
