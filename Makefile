@@ -9,8 +9,9 @@ export CTEST_PARALLEL_LEVEL ?= 2
 
 # The foundation, timing, show control, loading and the player.
 ENGINE_TESTS := exc_test exc_lock_impl_test samples_ticks_converter_test ob_show_control_test file_loader_test audio_player_test
-# What runs under the sanitizers.
-SANITIZED := $(ENGINE_TESTS) lock_order_test stress_test
+# What runs under the sanitizers: the engine, what it does on many threads, and what is left when memory is refused.
+SANITIZED := $(ENGINE_TESTS) lock_order_test stress_test reference_core_test reference_player_core_test \
+  session_memory_test show_out_of_memory_test audio_memory_test
 # What runs under the thread sanitizer besides: devices and the live output.
 LIVE_TESTS := audio_output_test audio_device_test audio_jack_test
 # The engine is covered by its own tests alone: what only a whole show reaches counts as not covered.
@@ -116,6 +117,8 @@ stress: packages
 	  $(STEP) "build for $$each" cmake --build --preset $$each --target stress_test && \
 	  build/$$each/$(STRESS) || exit; \
 	done
+	@$(STEP) "build" cmake --build --preset debug --target session_memory_test
+	@$(STEP) "every single allocation refused" env ORBEL_EVERY_ALLOCATION=1 build/debug/tests/faults/session_memory_test
 
 # Twenty times each: killed, ended, and hung.
 .PHONY: restarts

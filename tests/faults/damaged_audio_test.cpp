@@ -156,8 +156,7 @@ TEST_F(DamagedAudio, Of27HoursIsRefusedInWordsBeforeItCostsMemory) {
   ExpectRefused("4665600000 frames are more than the 4294967295 that a song can have");
 }
 
-TEST_F(DamagedAudio, ThatIsReplacedBetweenLookingAndLoadingIsToldInWords) {
-  // The pipe stands for whatever takes the file's place; nobody waits for somebody to write into it.
+TEST_F(DamagedAudio, ThatIsAPipeIsNotWaitedFor) {
   std::filesystem::remove(Audio());
   ASSERT_EQ(::mkfifo(Audio().c_str(), 0600), 0);
   ExpectRefused("this is a pipe, not an audio file");

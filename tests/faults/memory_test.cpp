@@ -3,6 +3,8 @@
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
+#include <filesystem>
+
 #include "tests/faults/circumstances.h"
 #include "tests/host/show_files.h"
 #include "tests/support/limit.h"
@@ -25,15 +27,22 @@ class RefusedMemory : public testing::TestWithParam<bool> {
   }
   // `arguments` with the n-th allocation refused, n growing by third parts, until nothing is refused.
   void Squeeze(const std::vector<std::string>& arguments) {
+    int refusals = 0;
     for (int n = 1; n < 10'000; n += 1 + n / 3) {
       const auto refusing = Refusing({{"ORBEL_REFUSE_MEMORY", std::to_string(n)},
                                       {"ORBEL_REFUSE_MEMORY_FOR_GOOD", GetParam() ? "1" : "0"}});
+      std::filesystem::remove(files_.Beside("out.wav"));
       const Ended run = Orbel(arguments);
       SCOPED_TRACE("allocation " + std::to_string(n));
       if (run.status == 0) continue;
+      ++refusals;
       ExpectEndedInWords(run);
+      EXPECT_EQ(run.status, 1);
+      EXPECT_FALSE(std::filesystem::exists(files_.Beside("out.wav")));
+      EXPECT_FALSE(std::filesystem::exists(files_.Beside("out.wav.part")));
       if (HasFailure()) return;
     }
+    EXPECT_GT(refusals, 5);
   }
   ShowFiles files_;
 };

@@ -110,6 +110,15 @@ TEST_F(LockOrder, AWaitMayHoldNothingButItsOwnLockOnce) {
   EXPECT_EQ(lock_order::GetBadWaits(), Names{"a wait that gives up \"A\" keeps \"B\""});
 }
 
+TEST_F(LockOrder, AWaitWithAMutexThatHasNoNameMayHoldNoneThatHas) {
+  pthread_mutex_t nameless = PTHREAD_MUTEX_INITIALIZER;
+  lock_order::WaitsWith(&nameless);
+  EXPECT_EQ(lock_order::GetBadWaits(), Names());
+  const exc::ScopeLock a(a_);
+  lock_order::WaitsWith(&nameless);
+  EXPECT_EQ(lock_order::GetBadWaits(), Names{"a wait that gives up no named lock keeps \"A\""});
+}
+
 TEST_F(LockOrder, AWaitThatGivesUpOneLevelOfTwoIsBad) {
   exc::Condition condition;
   const exc::ScopeLock once(a_);

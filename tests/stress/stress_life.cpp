@@ -177,7 +177,8 @@ LifeResult LiveOneLife(StressShow* show, const LifePlan& plan, Watchdog* watchdo
       Do(command, player, *show, random, plan.destroysFiles);
     }
     watchdog->Beat("playing one song whole");
-    if (!plan.destroysFiles && random() % 4 == 0) PlayOneSongWhole(player);
+    const bool playsWhole = plan.commands == 0 || random() % 4 == 0;
+    if (!plan.destroysFiles && playsWhole) PlayOneSongWhole(player);
   }
   watchdog->Beat("destroying the player");
   wrapper.reset();

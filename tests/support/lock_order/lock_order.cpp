@@ -44,6 +44,7 @@ struct Seen {
   std::array<std::array<std::atomic<bool>, kNames>, kNames> waitsHolding;  // [held][waited with]
   std::array<std::atomic<bool>, kNames> waitsHeldTwice;
   std::array<std::atomic<bool>, kNames> joinsHolding;
+  std::array<std::atomic<bool>, kNames> otherWaitsHolding;
   std::array<std::array<std::atomic<bool>, kNames>, kNames> expected;
   std::atomic<bool> expects;
 };
@@ -127,9 +128,16 @@ static void Register(const std::string& name) {
   Abort("more names than there is room for");
 }
 
+static void NoteAll(std::array<std::atomic<bool>, kNames>* badlyHeld) {
+  ForEachHeld([&](const Held& lock) {
+    const bool isNew = !(*badlyHeld)[static_cast<std::size_t>(lock.id)].exchange(true, kRelaxed);
+    if (isNew && seen.expects.load(kRelaxed)) WriteStack();
+  });
+}
+
 void WaitsWith(const pthread_mutex_t* mutex) {
   const Held* const own = Find(mutex);
-  if (own == nullptr) return;  // a lock of the standard library's
+  if (own == nullptr) return NoteAll(&seen.otherWaitsHolding);  // a mutex of the standard library's
   if (own->times > 1) seen.waitsHeldTwice[static_cast<std::size_t>(own->id)].store(true, kRelaxed);
   ForEachHeld([&](const Held& lock) {
     if (&lock == own) return;
@@ -141,10 +149,7 @@ void WaitsWith(const pthread_mutex_t* mutex) {
 }
 
 void Joins() {
-  ForEachHeld([](const Held& lock) {
-    const bool isNew = !seen.joinsHolding[static_cast<std::size_t>(lock.id)].exchange(true, kRelaxed);
-    if (isNew && seen.expects.load(kRelaxed)) WriteStack();
-  });
+  NoteAll(&seen.joinsHolding);
 }
 
 void OnJoin(void (*hook)(pthread_t thread, bool begins)) {
@@ -175,6 +180,7 @@ void Reset() {
     }
     seen.waitsHeldTwice[i].store(false, kRelaxed);
     seen.joinsHolding[i].store(false, kRelaxed);
+    seen.otherWaitsHolding[i].store(false, kRelaxed);
   }
   seen.expects.store(false, kRelaxed);
 }
@@ -208,6 +214,9 @@ std::vector<std::string> GetBadWaits() {
     }
     if (seen.joinsHolding[held_].load(kRelaxed)) {
       all.push_back("a thread is joined while \"" + NameOf(held_) + "\" is held");
+    }
+    if (seen.otherWaitsHolding[held_].load(kRelaxed)) {
+      all.push_back("a wait that gives up no named lock keeps \"" + NameOf(held_) + "\"");
     }
   }
   return all;

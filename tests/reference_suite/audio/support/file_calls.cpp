@@ -7,6 +7,8 @@
 
 #include <cerrno>
 #include <limits>
+#include <mutex>
+#include <utility>
 
 namespace file_calls {
 
@@ -18,12 +20,16 @@ long long failReadsFrom = kNever;
 long long failReadsTo = kNever;
 int interruptedReads = 0;
 int readCount = 0;
+std::function<void()> happens;
+long long happensBehind = kNever;
 bool pathsAreRegularFiles = false;
 
 void Reset() {
   failReadsFrom = kNever;
   failReadsTo = kNever;
   interruptedReads = 0;
+  happens = {};
+  happensBehind = kNever;
   pathsAreRegularFiles = false;
 }
 
@@ -37,6 +43,12 @@ ssize_t pread(int descriptor, void* bytes, size_t count, off_t offset) {
     --file_calls::interruptedReads;
     errno = EINTR;
     return -1;
+  }
+  {
+    static std::mutex mutex;
+    const std::lock_guard lock(mutex);
+    const bool isBehind = offset + static_cast<long long>(count) > file_calls::happensBehind;
+    if (file_calls::happens && isBehind) std::exchange(file_calls::happens, {})();
   }
   const long long from = file_calls::failReadsFrom;
   if (offset >= from && offset < file_calls::failReadsTo) {

@@ -1,0 +1,65 @@
+// Files that somebody changes while they are decoded.
+#include <gtest/gtest.h>
+#include <sndfile.h>
+
+#include <filesystem>
+
+#include "tests/reference_suite/audio/support/decoded.h"
+#include "tests/reference_suite/audio/support/file_calls.h"
+#include "tests/reference_suite/audio/support/sound_files.h"
+#include "tests/support/cout_capture.h"
+
+namespace {
+
+constexpr unsigned kFrames = 500'000;
+
+class ChangingFiles : public testing::TestWithParam<int> {
+ protected:
+  ChangingFiles() {
+    sound_files::Write(path_, GetParam(), 48000, 2, sound_files::Noise(kFrames, 2));
+    file_calls::happensBehind = static_cast<long long>(std::filesystem::file_size(path_)) / 2;
+  }
+  ~ChangingFiles() override { file_calls::Reset(); }
+
+  sound_files::TemporaryFolder folder_;
+  std::string path_ = folder_.Path("song");
+};
+
+// Whoever saves it anew by way of another file does no harm: what was opened is read to its end.
+TEST_P(ChangingFiles, ReplacedByAnotherItPlaysAsItWas) {
+  const auto before = Decode(path_);
+  file_calls::happens = [this] {
+    sound_files::WriteBytes(folder_.Path("new"), "no audio at all");
+    std::filesystem::rename(folder_.Path("new"), path_);
+  };
+  const test_support::CoutCapture console;
+  const auto content = Decode(path_);
+  EXPECT_FALSE(file_calls::happens) << "while it was read";
+  EXPECT_EQ(Samples(*content), Samples(*before));
+  EXPECT_EQ(console.Text(), "");
+}
+
+TEST_P(ChangingFiles, RemovedItPlaysAsItWas) {
+  file_calls::happens = [this] { std::filesystem::remove(path_); };
+  const test_support::CoutCapture console;
+  EXPECT_EQ(Decode(path_)->GetSampleCount(), kFrames);
+  EXPECT_EQ(console.Text(), "");
+}
+
+TEST_P(ChangingFiles, CutOffItPlaysWhatWasThereAndSaysHowMuch) {
+  file_calls::happens = [this] {
+    std::filesystem::resize_file(path_, std::filesystem::file_size(path_) / 2);
+  };
+  const test_support::CoutCapture console;
+  const auto content = Decode(path_);
+  EXPECT_GT(content->GetSampleCount(), kFrames / 4);
+  EXPECT_LT(content->GetSampleCount(), kFrames);
+  EXPECT_EQ(console.Text(), "WARNING: " + path_ + ": only " + std::to_string(content->GetSampleCount()) +
+                                " of 500000 frames could be decoded.\n");
+}
+
+INSTANTIATE_TEST_SUITE_P(Formats, ChangingFiles,
+                         testing::Values(SF_FORMAT_WAV | SF_FORMAT_PCM_16,
+                                         SF_FORMAT_FLAC | SF_FORMAT_PCM_16));
+
+}  // namespace
