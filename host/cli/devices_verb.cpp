@@ -18,9 +18,16 @@ std::string OrAny(unsigned number) {
   return number == 0 ? "any" : std::to_string(number);
 }
 
+// Why a device does not answer, without the advice to come here.
+std::string ProblemOf(const DeviceLine& line) {
+  const std::string advice = "; \"orbel devices\" lists them";
+  const std::size_t at = line.problem.find(advice);
+  return at == std::string::npos ? line.problem : std::string(line.problem).erase(at, advice.size());
+}
+
 nlohmann::ordered_json ToJson(const DeviceLine& line) {
   nlohmann::ordered_json device{{"output", line.output}, {"name", line.name}, {"answers", line.answers}};
-  if (!line.answers) device["problem"] = line.problem;
+  if (!line.answers) device["problem"] = ProblemOf(line);
   if (line.rateHz > 0.0) device["rate"] = line.rateHz;
   if (line.outputs > 0) device["outputs"] = line.outputs;
   if (line.periodFrames > 0) device["period"] = line.periodFrames;
@@ -44,7 +51,7 @@ int Run(const std::string& server, bool asJson) {
   }
   Results() << table.ToText("");
   for (const DeviceLine& line : devices) {
-    if (!line.answers) Results() << line.output << ": " << Shown(line.problem) << std::endl;
+    if (!line.answers) Results() << line.output << ": " << Shown(ProblemOf(line)) << std::endl;
   }
   Results() << WhyThisOutput(devices) << std::endl;
   return kDone;

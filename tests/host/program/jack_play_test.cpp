@@ -356,6 +356,8 @@ TEST(JackOutputs, DevicesListsTheServerAndSaysWhatWouldBeUsed) {
   const Ended gone = Orbel({"devices", "--device", "nobody_is_called_so"});
   EXPECT_THAT(gone.out, HasSubstr("jack: No JACK server \"nobody_is_called_so\" answers."));
   EXPECT_THAT(gone.out, HasSubstr("play would use null: no sound system answers."));
+  EXPECT_THAT(gone.out, HasSubstr("Start it, or choose another output.\n"))
+      << "who is here need not be sent here";
 }
 
 TEST(JackOutputs, AServerThatHangsIsWaitedForAMomentAndSaid) {
