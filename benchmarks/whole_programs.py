@@ -1,11 +1,12 @@
 #!/usr/bin/env python3
 """Times whole programs beside their peers, in turns within one run: medians and ratios.
 
-usage: whole_programs.py BUILD_FOLDER [--rounds N]
+usage: whole_programs.py BUILD_FOLDER [--rounds N] [--only-stretched]
 """
 import argparse
 import math
 import os
+import resource
 import shutil
 import statistics
 import struct
@@ -27,6 +28,14 @@ def run(command):
     if result.returncode != 0:
         sys.exit(f"{command}: status {result.returncode}\n{result.stderr.decode(errors='replace')}")
     return taken
+
+
+def cpu_seconds(command):
+    """Seconds of CPU, its own and the system's."""
+    before = resource.getrusage(resource.RUSAGE_CHILDREN)
+    run(command)
+    after = resource.getrusage(resource.RUSAGE_CHILDREN)
+    return after.ru_utime - before.ru_utime + after.ru_stime - before.ru_stime
 
 
 def delta(ticks):
@@ -112,6 +121,30 @@ def render(orbel, folder, rounds):
     return same
 
 
+def render_stretched(orbel, folder, rounds):
+    """At 1.1 times the tempo and 2 semitones higher, beside the library's own program with the same engine."""
+    song, out = f"{folder}/song.wav", f"{folder}/stretched.wav"
+    show = write_show(f"{folder}/stretched", 1, song)
+    with open(f"{show}/songs/1 Song.toml", "w") as file:
+        file.write('format = 1\n\n[[tempo]]\nat = "1"\nscale = 1.1\n\n[[transpose]]\nat = "1"\nsemitones = 2\n')
+    for quality, engine in (("faster", "-2"), ("finer", "-3")):
+        ours = [orbel, "render", show, "--stretch", quality, "-o", out]
+        theirs = ["rubberband", "-q", engine, "--no-threads", "--realtime", "-T", "1.1", "-p", "2", song, out]
+        taken = []
+        for _ in range(rounds):
+            pair = []
+            for command in (ours, theirs):
+                if os.path.exists(out):
+                    os.remove(out)
+                pair.append(cpu_seconds(command))
+            taken.append(pair)
+        ratio = statistics.median(a / b for a, b in taken)
+        print(f"\n{quality} engine, 1.1 times the tempo, 2 semitones higher: CPU of orbel render "
+              f"{statistics.median(a for a, _ in taken):.2f} s, of rubberband {statistics.median(b for _, b in taken):.2f} s, "
+              f"ratio {ratio:.2f}")
+    os.remove(out)
+
+
 def decode(build, folder, rounds):
     for kind in ("ogg", "flac", "wav"):
         song = f"{folder}/song.{kind}"
@@ -145,8 +178,9 @@ def main():
     parser = argparse.ArgumentParser(usage=__doc__)
     parser.add_argument("build")
     parser.add_argument("--rounds", type=int, default=11)
+    parser.add_argument("--only-stretched", action="store_true", help="nothing but rendering at another tempo and key")
     arguments = parser.parse_args()
-    missing = [name for name in ("sox", "ffmpeg", "sndfile-convert") if shutil.which(name) is None]
+    missing = [name for name in ("sox", "ffmpeg", "sndfile-convert", "rubberband") if shutil.which(name) is None]
     if missing:
         sys.exit(f"{', '.join(missing)} not found; benchmarks/install_peers.sh installs what is missing")
     orbel = os.path.abspath(f"{arguments.build}/host/orbel")
@@ -154,6 +188,9 @@ def main():
           f", {math.floor(os.cpu_count())} cores")
     with tempfile.TemporaryDirectory(prefix="orbel_benchmark_") as folder:
         write_songs(folder)
+        render_stretched(orbel, folder, min(arguments.rounds, 3))
+        if arguments.only_stretched:
+            return
         same = render(orbel, folder, arguments.rounds)
         decode(arguments.build, folder, arguments.rounds)
         opening(arguments.build, orbel, folder, arguments.rounds)

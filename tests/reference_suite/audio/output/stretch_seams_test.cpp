@@ -61,7 +61,7 @@ TEST_P(Seams, HaveTheLevelOfTheMusicAndNoStepThatIsNotItsOwn) {
     EXPECT_LE(LargestStep(run.heard, seam - 1'000, seam + 4'000), 1.2 * own) << tones.size() << " tones";
     const double bend = std::max(LargestBend(run.heard, seam - 9'600, seam - 1'000),
                                  LargestBend(run.heard, seam + 4'000, seam + 12'600));
-    EXPECT_LE(LargestBend(run.heard, seam - 1'000, seam + 4'000), 1.35 * bend) << tones.size() << " tones";
+    EXPECT_LE(LargestBend(run.heard, seam - 1'000, seam + 4'000), 1.2 * bend) << tones.size() << " tones";
   }
 }
 
