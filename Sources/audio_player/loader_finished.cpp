@@ -1,9 +1,11 @@
 #include <pthread.h>
 
+#include <memory>
 #include <utility>
 
 #include "Sources/audio_player/audio_player.h"
 #include "exc/flag/ex_scope_flag.h"
+#include "suite/audio/audio_sample_content.h"
 
 void AudioPlayer_FileLoaderFinished(FileLoaderData* fld) {
   auto& player = *static_cast<AudioPlayer*>(fld->UserData());
@@ -15,6 +17,8 @@ void AudioPlayer_FileLoaderFinished(FileLoaderData* fld) {
 // otherwise this operation when the load failed or is awaited. The record of a song that nobody waits for is
 // left alone.
 void AudioPlayer::FileLoaderFinished_(FileLoaderData* fld) {
+  // Before the lock, which is given up before content is freed.
+  std::unique_ptr<tesk_audio::AudioSampleContent> unrecorded;
   exc::ScopeLock lock(*this);
   const std::string song = fld->SongNumber();
   if (CheckFileLoaderExceptions(fld)) {
@@ -22,7 +26,9 @@ void AudioPlayer::FileLoaderFinished_(FileLoaderData* fld) {
     ReleaseRecord_(fld);
     return;
   }
-  decodedContents_[song] = fld->AudioContent();
+  unrecorded.reset(fld->AudioContent());
+  decodedContents_[song] = unrecorded.get();  // without memory for that, nobody would ever know of it
+  static_cast<void>(unrecorded.release());
   TakeLoaderOutOfMap_(song, fld);
   if (!waitForAudio_.GetIsSet() || waitForAudio_.GetString() != song) return;
 
