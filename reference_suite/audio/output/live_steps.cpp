@@ -1,5 +1,6 @@
 // One render step of LiveSampleOutput, and what follows the last frame.
 #include <exception>
+#include <utility>
 
 #include "exc/console/cout_buffer.h"
 #include "exc/lock/scope_lock.h"
@@ -177,11 +178,15 @@ void LiveSampleOutput::NotifyStopped_() {
   } catch (const std::exception& error) {
     TeskLogException(error.what(), kSourcePath, __LINE__);
   }
-  exc::ScopeLock lock(*this);
-  notifies_ = false;
-  if (startsAfterStop_) state_ = State::Running;
-  startsAfterStop_ = false;
-  changed_.WakeAll();
+  bool starts = false;
+  {
+    exc::ScopeLock lock(*this);
+    notifies_ = false;
+    starts = std::exchange(startsAfterStop_, false);
+    changed_.WakeAll();
+  }
+  // Through the player, which takes itself for stopped now.
+  if (starts) player_.Play();
 }
 
 }  // namespace tesk_audio

@@ -66,6 +66,7 @@ void LiveSampleOutput::Start() {
 
 void LiveSampleOutput::Pause() {
   exc::ScopeLock lock(*this);
+  startsAfterStop_ = false;
   if (state_ != State::Running) return;
   state_ = State::Paused;
   CloseFeed_(fadeFrames_);

@@ -194,7 +194,8 @@ TEST(LiveOutput, AfterAStopStartGoesOnWithTheNextFrame) {
   EXPECT_EQ(run.device->Heard(), Frames(0, 10'000));
 }
 
-TEST(LiveOutput, AStartBehindAStopWaitsForItsTurn) {
+// The stop has told the player that it stands: only the player's own start lets both agree again.
+TEST(LiveOutput, AStartBehindAStopWaitsForItsTurnAndGoesThroughThePlayer) {
   LiveRun run(Songs{{.frames = 10'000}});
   run.Start();
   while (run.device->Turn(1)[0] == 0.0F) {
@@ -204,7 +205,21 @@ TEST(LiveOutput, AStartBehindAStopWaitsForItsTurn) {
   EXPECT_EQ(run.player.Log(), "play\n");
   run.device->Spin(true);
   ASSERT_TRUE(Await([&] { return run.device->HeardCount() == 10'000; }));
-  ASSERT_TRUE(run.HasLogged("play\nstopped\nstopped\n")) << run.player.Log();
+  ASSERT_TRUE(run.HasLogged("play\nstopped\nplay\nstopped\n")) << run.player.Log();
+}
+
+TEST(LiveOutput, APauseBehindAStartBehindAStopLeavesItStopped) {
+  LiveRun run(Songs{{.frames = 10'000}});
+  run.Start();
+  while (run.device->Turn(1)[0] == 0.0F) {
+  }
+  run.output->Stop(false);
+  run.player.Play();
+  run.output->Pause();
+  run.device->Spin(true);
+  EXPECT_TRUE(run.output->Stop(true)) << "returns once the first stop is done";
+  EXPECT_EQ(run.player.Log(), "play\nstopped\n");
+  EXPECT_FALSE(run.output->GetOutputIsRunning());
 }
 
 TEST(LiveOutput, StopOnTheRenderThreadDoesNotWaitForTheRenderThread) {
