@@ -10,6 +10,7 @@
 #include <set>
 #include <stdexcept>
 #include <string>
+#include <utility>
 
 #include "Sources/audio_player/loaders_inside.h"
 #include "Sources/file_loader/content_deleter_thread.h"
@@ -255,6 +256,8 @@ class AudioPlayer : public Player, public tesk_audio::AudioPlayerOutputInterface
   // Makes the song current; true when its audio is in place. Throws NoAudioForSong, AudioFormatError.
   bool DoLoadSongAndGetIsFinished_(const std::string& song);
   Placement PutSongInPlace_(const std::string& song);
+  bool MayBeRead_(const tesk_audio::AudioSampleContent& content) EXC_HOLDS(this);
+  void NoteTaken_(const tesk_audio::AudioSampleContent& content) EXC_HOLDS(this);
   void SwitchOutputTo_(const tesk_audio::AudioSampleContent& content) EXC_HOLDS(this);
   // Before the first read of a song is planned: the converter has its rate, the shown tick is its start.
   void TakeOverRateAndStart_();
@@ -319,6 +322,8 @@ class AudioPlayer : public Player, public tesk_audio::AudioPlayerOutputInterface
   // The content that the output refused last. It is kept, but never read: its frames may be larger than those
   // that the output's buffers have room for.
   const tesk_audio::AudioSampleContent* refusedContent_ EXC_GUARDED_BY(this) = nullptr;
+  // Rate and channels of what the output took last.
+  std::pair<double, unsigned> playedFormat_ EXC_GUARDED_BY(this){};
 
   const std::shared_ptr<LoadersInside> loadersInside_ = std::make_shared<LoadersInside>();
   pthread_t deleterThread_{};

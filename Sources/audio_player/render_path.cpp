@@ -49,7 +49,7 @@ tesk_audio::AudioSampleContent* AudioPlayer::GetCurrentSongContent() {
   exc::ScopeLock lock(*this);
   try {
     tesk_audio::AudioSampleContent* const content = decodedContents_.at(GetCurrentSongNumber());
-    if (content == refusedContent_) throw SongNotLoaded("The output has refused the audio of this song.");
+    if (!MayBeRead_(*content)) throw SongNotLoaded("The output has refused the audio of this song.");
     return content;
   } catch (const std::out_of_range& error) {
     throw SongNotLoaded(error.what());

@@ -1,6 +1,7 @@
 #include "Sources/audio_player/audio_player.h"
 #include "exc/lock/call_unlocked.h"
 #include "exc/lock/scope_unlock.h"
+#include "suite/audio/audio_sample_content.h"
 #include "suite/audio/audio_sample_output.h"
 #include "suite/audio/create.h"
 #include "suite/core/gui_dispatcher.h"
@@ -44,7 +45,7 @@ AudioPlayer::Placement AudioPlayer::PutSongInPlace_(const std::string& song) {
   if (!decoded && !WaitUnlockedForLoader_()) return Placement::Failed;
   audioSampleOutput_.reset(tesk_audio::CreateAudioSampleOutput(*decodedContents_.at(song), *this));
   IsOutputInitialized_(true);
-  refusedContent_ = nullptr;
+  NoteTaken_(*decodedContents_.at(song));
   return Placement::Ready;
 }
 
@@ -61,7 +62,20 @@ void AudioPlayer::SwitchOutputTo_(const tesk_audio::AudioSampleContent& content)
     refusedContent_ = &content;
     throw AudioFormatError(errorText);
   }
+  NoteTaken_(content);
+}
+
+void AudioPlayer::NoteTaken_(const tesk_audio::AudioSampleContent& content) {
+  playedFormat_ = {content.GetSampleRateHz(), content.GetChannelCount()};
   refusedContent_ = nullptr;
+}
+
+// A song is current before the output is asked whether it takes its content, and stays current when it does
+// not. Frames of more channels would not fit into the buffers of an output that reads meanwhile.
+bool AudioPlayer::MayBeRead_(const tesk_audio::AudioSampleContent& content) {
+  if (&content == refusedContent_) return false;
+  const std::pair<double, unsigned> format{content.GetSampleRateHz(), content.GetChannelCount()};
+  return audioSampleOutput_ == nullptr || format == playedFormat_;
 }
 
 void AudioPlayer::TakeOverRateAndStart_() {

@@ -240,6 +240,26 @@ TEST_F(RenderPath, ContentThatTheOutputRefusedIsNeverRead) {
   EXPECT_EQ(AsOutputSees().ReadSamples(&count, buffer_.data()), 4);
 }
 
+// Current and decoded in advance, but the output, which goes on reading while it plays, has not been asked
+// yet.
+TEST_F(RenderPath, ContentOfAnotherFormatIsNotReadBeforeTheOutputHasTakenIt) {
+  const auto expectUnread = [this](const std::string& song) {
+    LoadReady("2");
+    GetPlayer().SetActiveSongNumber(song);
+    SampleCount count(4, 1.0L);
+    EXPECT_EQ(AsOutputSees().ReadSamples(&count, buffer_.data()), 0);
+    long long plainCount = 4;
+    EXPECT_EQ(AsOutputSees().ReadSamplesAt(0, &plainCount, buffer_.data()), 0);
+    EXPECT_EQ(buffer_[0], -1.0F);
+    GetPlayer().LoadSong(song);
+    EXPECT_EQ(GetPlayer().GetTotalSampleCount(), 1000.0) << "now the output has taken it";
+  };
+  fakes::decoder::SetContent(Path("1"), 1000, 44100.0, 16);
+  fakes::decoder::SetContent(Path("3"), 1000, 48000.0, 1);
+  expectUnread("1");
+  expectUnread("3");
+}
+
 TEST_F(RenderPath, ElapsedAndTotalSecondsAreAtTheOutputsRate) {
   LoadReady("1");
   Output().SetSampleRateHz(500.0);
