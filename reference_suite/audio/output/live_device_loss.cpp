@@ -14,6 +14,7 @@ bool LiveSampleOutput::OnDeviceLost() {
     state_ = State::Paused;
     renderWakes_.WakeAll();
   } else {
+    startsAfterStop_ = false;
     RequestStop_(0);
   }
   // Also when a fade-out is under way: nobody hears it, and it would pass over frames.

@@ -116,6 +116,7 @@ class LiveSampleOutput final : public AudioSampleOutput,
   void FinishEnding_();
   void StopAtCaesura_();
   void NotifyStopped_();
+  void StartAgain_();
 
   // ---- live_meters.cpp
   void MeterPeaks_(const float* frames, std::size_t count);

@@ -181,12 +181,23 @@ void LiveSampleOutput::NotifyStopped_() {
   bool starts = false;
   {
     exc::ScopeLock lock(*this);
-    notifies_ = false;
-    starts = std::exchange(startsAfterStop_, false);
-    changed_.WakeAll();
+    starts = startsAfterStop_;
   }
   // Through the player, which takes itself for stopped now.
-  if (starts) player_.Play();
+  if (starts) StartAgain_();
+  exc::ScopeLock lock(*this);
+  // Whoever has asked for a stop or a pause meanwhile has called it off.
+  if (starts && !std::exchange(startsAfterStop_, false)) RequestStop_(0);
+  notifies_ = false;
+  changed_.WakeAll();
+}
+
+void LiveSampleOutput::StartAgain_() {
+  try {
+    player_.Play();
+  } catch (const std::exception& error) {
+    TeskLogException(error.what(), kSourcePath, __LINE__);
+  }
 }
 
 }  // namespace tesk_audio

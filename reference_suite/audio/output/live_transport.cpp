@@ -80,6 +80,7 @@ bool LiveSampleOutput::Stop(bool wait) {
 bool LiveSampleOutput::StopAndWait_(bool wait, std::size_t fadeFrames) {
   exc::ScopeLock lock(*this);
   if (exits_) return true;
+  startsAfterStop_ = false;
   if (state_ != State::Stopped) RequestStop_(fadeFrames);
   if (!wait || OnRenderThread_()) return true;
   long long deadline = MonotonicNow() + kPatience;
@@ -95,7 +96,6 @@ bool LiveSampleOutput::StopAndWait_(bool wait, std::size_t fadeFrames) {
 void LiveSampleOutput::RequestStop_(std::size_t fadeFrames) {
   stopRequested_ = true;
   stopFadeFrames_ = fadeFrames;
-  startsAfterStop_ = false;
   renderWakes_.WakeAll();
 }
 
