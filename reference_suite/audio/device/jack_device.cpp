@@ -1,6 +1,7 @@
 #include "reference_suite/audio/device/jack_device.h"
 
 #include <algorithm>
+#include <cerrno>
 #include <cmath>
 #include <system_error>
 
@@ -102,7 +103,11 @@ void* JackDevice::KeeperBody_(void* self) {
 void JackDevice::KeepLinks_() {
   while (!stops_) {
     SleepFor(kLookNanoseconds);
-    if (!stops_ && !failed_) LookAfterLinks_();
+    try {
+      if (!stops_ && !failed_) LookAfterLinks_();
+    } catch (const std::exception&) {
+      // No memory for the names: the next look may find some.
+    }
   }
 }
 
@@ -125,7 +130,10 @@ void JackDevice::LookAfterLinks_() {
   outputs_ = static_cast<unsigned>(physical.size());
   for (const auto& [channel, input] :
        links_->Observe(GetLinks_(), client_->GetInputs(), physical, Seconds())) {
-    if (channel < channels_) ::jack_connect(client_->Get(), ::jack_port_name(ports_[channel]), input.c_str());
+    if (channel >= channels_) continue;
+    const int result = ::jack_connect(client_->Get(), ::jack_port_name(ports_[channel]), input.c_str());
+    // A program may have registered its ports and not be ready yet: tried again at the next look.
+    if (result != 0 && result != EEXIST) links_->Renew(input);
   }
 }
 

@@ -1,5 +1,7 @@
 #include "reference_suite/audio/output/meter_news.h"
 
+#include <exception>
+
 #include "exc/lock/scope_lock.h"
 #include "reference_suite/audio/output/live_sample_output.h"
 #include "suite/core/callback_dispatcher.h"
@@ -35,8 +37,12 @@ void* MeterNews::ThreadBody_(void* self) {
 
 void MeterNews::Run_() {
   while (WaitForNext_()) {
-    OutputMeters meters = output_.ReadMeters();
-    notify::callbackDispatcher.Notify(notify::names::audio_meters, &meters);
+    try {
+      OutputMeters meters = output_.ReadMeters();
+      notify::callbackDispatcher.Notify(notify::names::audio_meters, &meters);
+    } catch (const std::exception&) {
+      // No memory for them: the next ones come in a tenth of a second.
+    }
   }
 }
 
