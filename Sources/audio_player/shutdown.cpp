@@ -26,6 +26,7 @@ AudioPlayer::~AudioPlayer() {
   {
     exc::ScopeLock lock(*this);
     waitForAudio_.Cancel();
+    isEnding_ = true;
   }
   EndLoaders_();
 

@@ -5,6 +5,7 @@
 #include "suite/audio/audio_sample_output.h"
 #include "suite/audio/create.h"
 #include "suite/core/gui_dispatcher.h"
+#include "suite/player_core/errors.h"
 
 bool AudioPlayer::DoLoadSongAndGetIsFinished_(const std::string& song) {
   {
@@ -30,6 +31,9 @@ bool AudioPlayer::DoLoadSongAndGetIsFinished_(const std::string& song) {
 
 AudioPlayer::Placement AudioPlayer::PutSongInPlace_(const std::string& song) {
   exc::ScopeLock lock(*this);
+  // A song that runs on into the next while its player is destroyed finds no output, and must not make
+  // another.
+  if (isEnding_) throw EndOfShow("The player is being destroyed.");
   const bool decoded = decodedContents_.count(song) != 0;
   if (decoded) {
     waitForAudio_.Cancel();
@@ -71,11 +75,13 @@ void AudioPlayer::NoteTaken_(const tesk_audio::AudioSampleContent& content) {
 }
 
 // A song is current before the output is asked whether it takes its content, and stays current when it does
-// not. Frames of more channels would not fit into the buffers of an output that reads meanwhile.
+// not. Frames of more channels would not fit into the buffers of an output that reads meanwhile, even after
+// it has been taken out to be deleted.
 bool AudioPlayer::MayBeRead_(const tesk_audio::AudioSampleContent& content) {
   if (&content == refusedContent_) return false;
   const std::pair<double, unsigned> format{content.GetSampleRateHz(), content.GetChannelCount()};
-  return audioSampleOutput_ == nullptr || format == playedFormat_;
+  const bool nothingTakenYet = playedFormat_.second == 0;
+  return nothingTakenYet || format == playedFormat_;
 }
 
 void AudioPlayer::TakeOverRateAndStart_() {

@@ -260,6 +260,17 @@ TEST_F(RenderPath, ContentOfAnotherFormatIsNotReadBeforeTheOutputHasTakenIt) {
   expectUnread("3");
 }
 
+// An output that has been taken out reads on until it is gone.
+TEST_F(RenderPath, ContentOfAnotherFormatIsNotReadByAnOutputThatIsBeingDeleted) {
+  fakes::decoder::SetContent(Path("2"), 1000, 44100.0, 16);
+  LoadReady("1");
+  GetPlayer().SetActiveSongNumber("2");
+  GetPlayer().Shutdown();
+  SampleCount count(4, 1.0L);
+  EXPECT_EQ(AsOutputSees().ReadSamples(&count, buffer_.data()), 0);
+  EXPECT_EQ(buffer_[0], -1.0F);
+}
+
 TEST_F(RenderPath, ElapsedAndTotalSecondsAreAtTheOutputsRate) {
   LoadReady("1");
   Output().SetSampleRateHz(500.0);

@@ -9,6 +9,7 @@
 #include <utility>
 
 #include "exc/assertion/ex_assertion_error.h"
+#include "suite/player_core/errors.h"
 #include "tests/audio_player/player_test.h"
 #include "tests/fakes/fake_decoder.h"
 #include "tests/fakes/journal.h"
@@ -219,6 +220,26 @@ TEST_F(ShuttingDown, ALoaderThatEndsDuringDestructionStartsNothing) {
   destroying.join();
   EXPECT_EQ(Told(), (Journal{"gui.Pause", "output.Delete", "gui.Pause", "gui.Delete"}));
   EXPECT_EQ(test_support::StaircaseContent::alive, 0);
+}
+
+// The output's own thread is still in an attacca when the player has let go of it.
+TEST_F(ShuttingDown, AnAttaccaDuringDestructionMakesNoOtherOutput) {
+  LoadReady("1");
+  AudioPlayer& player = GetPlayer();
+  int created = 0;
+  test_support::cranked::OnCreate([&] { ++created; });
+  bool ends = false;
+  Output().OnCall([&](const std::string& call) {
+    if (call != "Delete") return;
+    try {
+      player.LoadNextSongAttacca();
+    } catch (const EndOfShow& error) {
+      ends = std::string(error.what()) == "The player is being destroyed.";
+    }
+  });
+  DestroyPlayer();
+  EXPECT_TRUE(ends);
+  EXPECT_EQ(created, 0);
 }
 
 // The deleter first: what it is in the middle of freeing nobody else has.
