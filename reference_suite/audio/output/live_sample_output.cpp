@@ -82,7 +82,9 @@ void LiveSampleOutput::NoteWhatWasTaken_() {
 std::size_t LiveSampleOutput::GetWantedFill_() const {
   // Another device, or the same server after a change, can have another period.
   const std::size_t most = std::min(device_->GetPeriodFrames(), kMostPeriodFrames) + quantum_;
-  if (aheadFrames_ >= most || feed_.IsWaitedFor()) return std::max(aheadFrames_, most);
+  // The first period after a start is taken at once.
+  const bool isTakenAtOnce = feed_.IsClosed() || feed_.IsWaitedFor();
+  if (aheadFrames_ >= most || isTakenAtOnce) return std::max(aheadFrames_, most);
   const double sounding = static_cast<double>(clock_() - takenAt_) * 1e-9 * device_->GetRateHz();
   return std::min(most, aheadFrames_ + static_cast<std::size_t>(std::max(0.0, sounding)));
 }
