@@ -29,7 +29,7 @@ void LiveSampleOutput::StepWhileRunning_() {
 StepOutcome LiveSampleOutput::StepIntoRing_(StepGate& gate) {
   try {
     const StepResult result = step_.Run(gate);
-    // What was rendered before the seek gives way to what was rendered after it.
+    // What was rendered before the seek gives way to what was rendered after it, and has begun already.
     if (result.moved) DropRing_();
     if (result.outcome == StepOutcome::Frames) {
       elapsed_.Add(result.deviceFrames, result.frames);
@@ -52,7 +52,6 @@ StepOutcome LiveSampleOutput::StepIntoRing_(StepGate& gate) {
 void LiveSampleOutput::DropRing_() {
   const std::uint64_t position = ring_.GetWritePosition();
   elapsed_.CountAll();
-  step_.Reset();
   contentStart_ = position;
   feed_.DropBefore(position);
 }
@@ -103,6 +102,7 @@ bool LiveSampleOutput::LookForMove_() {
     exc::ScopeLock lock(stepLock_);
     if (!switched_ && !step_.PositionHasMoved()) return false;
     switched_ = false;
+    step_.Reset();
     DropRing_();
     ForgetEnding_();
     exc::ScopeLock state(*this);
