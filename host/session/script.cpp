@@ -166,7 +166,8 @@ std::vector<ScriptLine> ReadScriptFile(const std::string& path) {
   std::error_code error;
   const std::filesystem::file_status status = std::filesystem::status(path, error);
   // A folder would read as an empty script; a pipe or a device might never end, or never begin.
-  if (std::filesystem::exists(status) && !std::filesystem::is_regular_file(status)) {
+  const bool isNothing = std::filesystem::canonical(path, error) == "/dev/null";
+  if (std::filesystem::exists(status) && !std::filesystem::is_regular_file(status) && !isNothing) {
     throw Failure(Shown(path) + ": is a folder, a pipe or a device; give the path of a script");
   }
   std::ifstream in(path);

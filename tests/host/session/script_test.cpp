@@ -114,6 +114,7 @@ TEST(Script, WhatIsNoFileIsNoScript) {
     }
   }
   ::unlink(pipe.c_str());
+  EXPECT_TRUE(ReadScriptFile("/dev/null").empty()) << "which is how an empty file is written in a hurry";
 }
 
 }  // namespace
