@@ -80,7 +80,7 @@ BENCHMARK_DEFINE_F(Reads, PlanReadAdvance)(benchmark::State& state) {
   std::vector<float> frames(static_cast<std::size_t>(request) * 2);
   for (auto _ : state) {
     const auto start = Clock::now();
-    tesk_audio::SampleCount count;
+    tesk_audio::SampleCount count(0, 1.0L);
     {
       exc::ScopeLock lock(player.GetReadSamplesLock());
       count = player.GetNextReadSampleCount(tesk_audio::SampleCount(request, 1.0L));
