@@ -319,9 +319,6 @@ class AudioPlayer : public Player, public tesk_audio::AudioPlayerOutputInterface
   exc::Condition loaderLeftMap_;       // a loader is done: broadcast with the player lock held
 
   std::unique_ptr<tesk_audio::AudioSampleOutput> audioSampleOutput_ EXC_GUARDED_BY(this);
-  // The content that the output refused last. It is kept, but never read: its frames may be larger than those
-  // that the output's buffers have room for.
-  const tesk_audio::AudioSampleContent* refusedContent_ EXC_GUARDED_BY(this) = nullptr;
   bool isEnding_ EXC_GUARDED_BY(this) = false;  // being destroyed: no output is made any more
   // Rate and channels of what the output took last.
   std::pair<double, unsigned> playedFormat_ EXC_GUARDED_BY(this){};

@@ -62,23 +62,18 @@ bool AudioPlayer::WaitUnlockedForLoader_() {
 
 void AudioPlayer::SwitchOutputTo_(const tesk_audio::AudioSampleContent& content) {
   std::string errorText;
-  if (!audioSampleOutput_->SwitchContent(content, &errorText)) {
-    refusedContent_ = &content;
-    throw AudioFormatError(errorText);
-  }
+  if (!audioSampleOutput_->SwitchContent(content, &errorText)) throw AudioFormatError(errorText);
   NoteTaken_(content);
 }
 
 void AudioPlayer::NoteTaken_(const tesk_audio::AudioSampleContent& content) {
   playedFormat_ = {content.GetSampleRateHz(), content.GetChannelCount()};
-  refusedContent_ = nullptr;
 }
 
 // A song is current before the output is asked whether it takes its content, and stays current when it does
 // not. Frames of more channels would not fit into the buffers of an output that reads meanwhile, even after
 // it has been taken out to be deleted.
 bool AudioPlayer::MayBeRead_(const tesk_audio::AudioSampleContent& content) {
-  if (&content == refusedContent_) return false;
   const std::pair<double, unsigned> format{content.GetSampleRateHz(), content.GetChannelCount()};
   const bool nothingTakenYet = playedFormat_.second == 0;
   return nothingTakenYet || format == playedFormat_;
