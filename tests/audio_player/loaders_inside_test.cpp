@@ -12,6 +12,27 @@
 
 namespace {
 
+// Waits until nobody is inside, on a thread of its own.
+class Waiting {
+ public:
+  explicit Waiting(std::shared_ptr<LoadersInside> place)
+      : thread_([this, place = std::move(place)] {
+          id_ = test_support::ThisThread();
+          place->WaitUntilNone();
+          returned_ = true;
+        }) {
+    while (id_ == 0) std::this_thread::yield();
+  }
+  bool Sleeps() const { return test_support::WaitUntilItSleeps(id_); }
+  bool HasReturned() const { return returned_; }
+  void Join() { thread_.join(); }
+
+ private:
+  std::atomic<pid_t> id_{0};
+  std::atomic<bool> returned_{false};
+  std::thread thread_;
+};
+
 TEST(LoadersInside, NobodyIsWaitedForWhenNobodyIsInside) {
   LoadersInside place;
   place.WaitUntilNone();
@@ -21,37 +42,23 @@ TEST(LoadersInside, EveryVisitIsWaitedFor) {
   const auto place = std::make_shared<LoadersInside>();
   std::optional<LoadersInside::Visit> first(std::in_place, place);
   std::optional<LoadersInside::Visit> second(std::in_place, place);
-  std::atomic<pid_t> id{0};
-  std::atomic<bool> returned{false};
-  std::thread waiting([&] {
-    id = test_support::ThisThread();
-    place->WaitUntilNone();
-    returned = true;
-  });
-  while (id == 0) std::this_thread::yield();
-  EXPECT_TRUE(test_support::WaitUntilItSleeps(id));
+  Waiting waiting(place);
+  EXPECT_TRUE(waiting.Sleeps());
   first.reset();
-  EXPECT_TRUE(test_support::WaitUntilItSleeps(id));
-  EXPECT_FALSE(returned);
+  EXPECT_TRUE(waiting.Sleeps());
+  EXPECT_FALSE(waiting.HasReturned());
   second.reset();
-  waiting.join();
+  waiting.Join();
 }
 
 TEST(LoadersInside, OneVisitIsWaitedFor) {
   const auto place = std::make_shared<LoadersInside>();
   std::optional<LoadersInside::Visit> visit(std::in_place, place);
-  std::atomic<pid_t> id{0};
-  std::atomic<bool> returned{false};
-  std::thread waiting([&] {
-    id = test_support::ThisThread();
-    place->WaitUntilNone();
-    returned = true;
-  });
-  while (id == 0) std::this_thread::yield();
-  EXPECT_TRUE(test_support::WaitUntilItSleeps(id));
-  EXPECT_FALSE(returned);
+  Waiting waiting(place);
+  EXPECT_TRUE(waiting.Sleeps());
+  EXPECT_FALSE(waiting.HasReturned());
   visit.reset();
-  waiting.join();
+  waiting.Join();
 }
 
 // It outlives the player that made it.
