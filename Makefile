@@ -120,20 +120,21 @@ stress: packages
 	@$(STEP) "build" cmake --build --preset debug --target session_memory_test
 	@$(STEP) "every single allocation refused" env ORBEL_EVERY_ALLOCATION=1 build/debug/tests/faults/session_memory_test
 
+.PHONY: jack-test
+jack-test: packages
+	@$(STEP) "configure" cmake --preset debug --log-level=WARNING
+	@$(STEP) "build" cmake --build --preset debug --target orbel_jack_test
+
 # Twenty times each: killed, ended, and hung.
 .PHONY: restarts
 restarts: export ORBEL_RESTARTS ?= 60
-restarts: packages
-	@$(STEP) "configure" cmake --preset debug --log-level=WARNING
-	@$(STEP) "build" cmake --build --preset debug --target orbel_jack_test
+restarts: jack-test
 	@build/debug/tests/host/orbel_jack_test --gtest_filter='*BehindEveryRestart*'
 
 # A minute in real time, with what is lost beside the machine's own lateness.
 .PHONY: minute
 minute: export ORBEL_LIVE_SECONDS ?= 60
-minute: packages
-	@$(STEP) "configure" cmake --preset debug --log-level=WARNING
-	@$(STEP) "build" cmake --build --preset debug --target orbel_jack_test
+minute: jack-test
 	@build/debug/tests/host/orbel_jack_test --gtest_filter='JackInRealTime*'
 
 soak: export ORBEL_SOAK_MINUTES ?= 480
