@@ -98,6 +98,11 @@ class AudioPlayer : public Player, public tesk_audio::AudioPlayerOutputInterface
   void SetAttaccaState(const std::string& songNumber, unsigned char state) override;
   bool CurrentSongIsAttacca() override;
 
+  // ---- preloading.cpp -------------------------------------------------------------------------------
+  // Whether a loader has the song in hand: until it is done, playing the song has to wait. Takes the player
+  // lock. ANY
+  bool IsBeingDecoded(const std::string& song);
+
   // ---- shutdown.cpp: HOST ------------------------------------------------------------------------
   // Deletes the output. Only while stopped: throws exc::ExAssertionError and changes nothing otherwise.
   void Shutdown() override;

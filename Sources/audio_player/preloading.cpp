@@ -60,6 +60,11 @@ void AudioPlayer::StartMissingLoaders_(const std::set<std::string>& wanted) {
   }
 }
 
+bool AudioPlayer::IsBeingDecoded(const std::string& song) {
+  exc::ScopeLock lock(*this);
+  return fileLoaders_.count(song) != 0;
+}
+
 void AudioPlayer::CleanUpExtraFileLoaderThreads_(std::set<std::string> songsToKeep) {
   std::vector<std::string> songs;
   {

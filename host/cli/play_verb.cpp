@@ -14,6 +14,9 @@ nlohmann::ordered_json ToJson(const PlayReport& report) {
   const Meters& meters = report.meters;
   return {{"song", report.status.song},
           {"position", report.status.position},
+          {"tempo", report.status.tempo},
+          {"tempoScale", report.status.tempoScale},
+          {"transposition", report.status.transposition},
           {"state", report.status.state},
           {"device", meters.device},
           {"recovering", meters.recovering},
@@ -56,9 +59,10 @@ void AddPlay(CLI::App& app, const Faces& faces, Action* action) {
   verb->footer(
       std::string(
           "Keys: space go; p play or pause; s stop; a once more (safety); n, b next and previous song;\n"
-          "left, right to the place before and after; q quit. Without a terminal nobody can press a\n"
-          "key: vamps are left and caesuras waited out by themselves, and song follows song to the\n"
-          "end of the show.\n\n") +
+          "left, right to the place before and after; up, down a hundredth faster or slower; +, - a\n"
+          "semitone higher or lower; 0 tempo and key as written; q quit. Without a terminal nobody can\n"
+          "press a key: vamps are left and caesuras waited out by themselves, and song follows song to\n"
+          "the end of the show.\n\n") +
       kExitStatuses);
   verb->callback([=] { *action = [=] { return Run(faces, *options, *asJson); }; });
 }

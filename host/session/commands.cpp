@@ -1,3 +1,5 @@
+#include <algorithm>
+#include <cmath>
 #include <stdexcept>
 #include <utility>
 
@@ -10,6 +12,11 @@
 #include "suite/player_core/errors.h"
 
 namespace orbel::host {
+namespace {
+
+constexpr double kTempoStep = 0.01;
+
+}  // namespace
 
 std::string Session::Do(const Command& command) {
   switch (command.kind) {
@@ -44,8 +51,34 @@ std::string Session::Do(const Command& command) {
     case CommandKind::Transpose:
       player_->SetTransposition(static_cast<int>(command.number));
       return "";
+    case CommandKind::Faster:
+      return SetTempoScale_(player_->GetTransients().GetTempoScale() + kTempoStep);
+    case CommandKind::Slower:
+      return SetTempoScale_(player_->GetTransients().GetTempoScale() - kTempoStep);
+    case CommandKind::Higher:
+      return SetTransposition_(player_->GetTransients().GetTransposition() + 1);
+    case CommandKind::Lower:
+      return SetTransposition_(player_->GetTransients().GetTransposition() - 1);
+    case CommandKind::AsWritten:
+      player_->SetTempoScale(1.0);
+      player_->SetTransposition(0);
+      return "tempo and key as written";
   }
   return "";
+}
+
+// A whole number of steps, so that as many steps back are exactly the tempo that was recorded.
+std::string Session::SetTempoScale_(double scale) {
+  const double stepped = std::round(scale / kTempoStep) * kTempoStep;
+  const double allowed = std::clamp(stepped, kSlowestTempo, kFastestTempo);
+  player_->SetTempoScale(allowed);
+  return "tempo " + ShortNumber(allowed);
+}
+
+std::string Session::SetTransposition_(int semitones) {
+  const int allowed = std::clamp(semitones, -kMostSemitones, kMostSemitones);
+  player_->SetTransposition(allowed);
+  return "transpose " + std::to_string(allowed);
 }
 
 std::string Session::Go_() {
@@ -73,6 +106,7 @@ std::string Session::Go_() {
 void Session::Play_() {
   if (ended_) player_->StopAndReset();
   waiting_ = ended_ = false;
+  if (IsLoading()) SayThatItIsLoading_(GetSongNumber());
   player_->Play();
   if (IsPlaying() || !LoadHasFailed_()) return;
   Recover_(GetSongNumber());
@@ -101,7 +135,7 @@ std::string Session::StepSong_(bool forward) {
     if (!NextSongStopped()) return "this is the last song; back at its start";
   } else {
     const SilentOutput silent;
-    ChangeSong_([this] { player_->PreviousSong(); });
+    ChangeSong_(SongFromHere_(-1), [this] { player_->PreviousSong(); });
     if (!SettleStopped_()) Recover_(GetSongNumber());
   }
   if (wasPlaying) Play_();
@@ -111,7 +145,7 @@ std::string Session::StepSong_(bool forward) {
 bool Session::NextSongStopped() {
   bool wasLast = false;
   const SilentOutput silent;
-  ChangeSong_([&] { wasLast = player_->NextSong(); });
+  ChangeSong_(SongFromHere_(1), [&] { wasLast = player_->NextSong(); });
   if (wasLast) {
     waiting_ = ended_ = false;
     return false;
@@ -131,7 +165,7 @@ void Session::LoadStopped(const std::string& song) {
   if (leftOut_.contains(song)) throw Failure(WhyLeftOut_(song));
   if (!folder_.HasAudio(song)) throw Failure("song " + Shown(song) + " cannot be played: it has no audio");
   const SilentOutput silent;
-  ChangeSong_([&] { player_->LoadSong(song); });
+  ChangeSong_(song, [&] { player_->LoadSong(song); });
   if (SettleStopped_()) return;
   Recover_(song);
   if (GetSongNumber() != song) throw Failure(tesk_midi::ToString(problems_.back()));
@@ -139,7 +173,8 @@ void Session::LoadStopped(const std::string& song) {
 
 // A change for which the system refuses a thread or memory stops half way, the new song current but not
 // loaded: a fresh player goes on at that song.
-void Session::ChangeSong_(const std::function<void()>& change) {
+void Session::ChangeSong_(const std::string& target, const std::function<void()>& change) {
+  SayWhatIsWaitedForOnTheWayTo_(target);
   try {
     change();
   } catch (const std::exception& error) {
@@ -159,6 +194,7 @@ void Session::ChangeSong_(const std::function<void()>& change) {
 // first.
 bool Session::SettleStopped_() {
   waiting_ = ended_ = false;
+  if (IsLoading()) SayThatItIsLoading_(GetSongNumber());
   player_->Play();
   if (!IsPlaying()) return false;
   player_->StopAndReset();
@@ -186,7 +222,7 @@ void Session::BeginAnew_(const std::string& song) {
   bool reached = false;
   for (const std::string& number : folder_.GetData().GetRunningOrder()) {
     reached = reached || number == song;
-    if (!reached || !folder_.HasAudio(number) || leftOut_.contains(number)) continue;
+    if (!reached || !CanBePlayed_(number)) continue;
     if (GetSongNumber() != number) player_->LoadSong(number);
     if (!SettleStopped_()) player_->ThrowIfThreadExceptions();
     return;

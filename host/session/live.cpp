@@ -30,7 +30,7 @@ Live::Live(const PlayOptions& options, bool attended)
     : sound_(ChooseSound(options)),
       writesFile_(sound_.output == "file"),
       soundIsWanted_(options.output != "auto" && options.output != "null"),
-      session_(options.showPath, options.song, OutputKind::Live, sound_),
+      session_(options.showPath, options.song, OutputKind::Live, sound_, options.say),
       directions_(ReadDirections(options.scriptPath, options.vampPasses, options.caesuraSilence)),
       conductor_(session_, directions_),
       attended_(attended) {
@@ -52,6 +52,7 @@ std::vector<std::string> Live::Poll(double now) {
   TakeEvents_();
   TakeDeviceUpdates_();
   TakeMeters_();
+  SayWhatIsWaitedFor_();
   Look_(now);
   if (!attended_ || directions_.script) ActAlone_(now);
   return TakeMessages_();
@@ -79,6 +80,13 @@ void Live::TakeEvents_() {
       messages_.push_back("a song could not be loaded; it is left out when you go on");
     }
   }
+}
+
+// The song before has run straight on into one that is not decoded yet.
+void Live::SayWhatIsWaitedFor_() {
+  const std::string song = session_.IsPlaying() && session_.IsLoading() ? session_.GetSongNumber() : "";
+  if (!song.empty() && song != loadingToldOf_) messages_.push_back(LoadingText(song));
+  loadingToldOf_ = song;
 }
 
 // What has become of the position since the last look. A jump that a listener did not tell of shows as a step

@@ -26,12 +26,17 @@ struct PlayOptions {
 struct StageStatus {
   std::string song;  // number and name
   std::string position;
-  double tempo = 120.0;  // quarter notes per minute
-  // "playing", "paused", "waiting at a caesura", "stopped", "ended"; "recovering" for playing while nobody
-  // hears anything because the audio device has failed.
+  double tempo = 120.0;  // that sounds, in quarter notes per minute
+  // "playing", "paused", "waiting at a caesura", "stopped", "ended"; while it plays and nobody hears anything
+  // "loading" for a song that is still being decoded, and "recovering" when the audio device has failed.
   std::string state;
-  std::string next;   // the next cue, for instance "13.1 vamp back to 9.1"
-  std::string sound;  // peak, ring, load and dropouts; empty before there is an output
+  std::string next;  // the next cue, for instance "13.1 vamp back to 9.1"
+  // Peak of each channel, ring, latency, load of the render step (median, 99.9th percentile, longest, in
+  // percent of the time that it has), dropouts; empty before there is an output.
+  std::string sound;
+  // In force; tempo has the scale in it already.
+  double tempoScale = 1.0;
+  int transposition = 0;  // semitones
 };
 
 // How a performance stood when it ended.
@@ -72,6 +77,7 @@ class Live {
   void TakeDeviceUpdates_();
   void DealWithLoss_(const notify::DeviceUpdate& update);
   void SayWhereItPlays_();
+  void SayWhatIsWaitedFor_();
   void TakeMeters_();
   void AskForMeters_();
   void NoteMeters_(Meters meters);
@@ -100,6 +106,7 @@ class Live {
   bool hasSounded_ = false;  // a device that sounds has been there
   int deviceLosses_ = 0;
   double polledAt_ = 0.0;
+  std::string loadingToldOf_;  // the song that an attacca was said to wait for
   bool hasPlayed_ = false;
   bool over_ = false;
   ExitStatus statusAtEnd_ = kDone;

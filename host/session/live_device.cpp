@@ -7,6 +7,18 @@
 #include "host/session/shown_text.h"
 
 namespace orbel::host {
+namespace {
+
+std::string Whole(double value) {
+  return ShortNumber(std::round(value));
+}
+
+// Of full scale; nothing is quieter than -99.
+std::string Decibels(float peak) {
+  return Whole(peak > 0.0F ? std::max(-99.0, 20.0 * std::log10(static_cast<double>(peak))) : -99.0);
+}
+
+}  // namespace
 
 void Live::SayWhereItPlays_() {
   Meters meters;
@@ -93,12 +105,12 @@ void Live::NoteMeters_(Meters meters) {
 
 std::string Live::SoundText_() const {
   if (!hasMeters_) return "";
-  const float peak = highest_.empty() ? 0.0F : *std::max_element(meters_.peaks.begin(), meters_.peaks.end());
-  const double decibels = peak > 0.0F ? std::max(-99.0, 20.0 * std::log10(static_cast<double>(peak))) : -99.0;
-  return "peak " + ShortNumber(std::round(decibels)) + " dB   ring " +
-         ShortNumber(std::round(meters_.ringMs)) + " ms   load " +
-         ShortNumber(std::round(meters_.load999 * 100.0)) + " %   underruns " +
-         std::to_string(meters_.underrunFrames) + "   xruns " + std::to_string(meters_.xruns);
+  std::string text = "peak";
+  for (const float peak : meters_.peaks) text += " " + Decibels(peak);
+  return text + " dB   ring " + Whole(meters_.ringMs) + " ms   latency " + Whole(meters_.latencyMs) +
+         " ms   load " + Whole(meters_.loadMedian * 100.0) + " " + Whole(meters_.load999 * 100.0) + " " +
+         Whole(meters_.loadLongest * 100.0) + " %   underruns " + std::to_string(meters_.underrunFrames) +
+         "   xruns " + std::to_string(meters_.xruns);
 }
 
 PlayReport Live::GetReport() {

@@ -24,7 +24,7 @@ std::string JumpName(int kind) {
 }
 
 std::string StateName(const Session& session) {
-  if (session.IsPlaying()) return "playing";
+  if (session.IsPlaying()) return session.IsLoading() ? "loading" : "playing";
   if (session.IsWaiting()) return "waiting at a caesura";
   if (session.IsPaused()) return "paused";
   return session.HasEnded() ? "ended" : "stopped";
@@ -43,6 +43,8 @@ StageStatus Live::GetStatus() {
   for (const TL::Tempo& tempo : song.GetTimeline().GetTempos()) {
     if (tempo.abs_time() <= tick) status.tempo = 6e7 / tempo.GetMicrosecondsPerQuarter();
   }
+  session_.GetTempoAndKey(&status.tempoScale, &status.transposition);
+  status.tempo *= status.tempoScale;
   status.state = StateName(session_);
   if (deviceIsLost_ && session_.IsPlaying()) status.state = "recovering";
   status.next = NextCue_();

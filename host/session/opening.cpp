@@ -39,13 +39,13 @@ std::optional<std::string> WhyUndecodable(const std::string& path, double rateHz
 
 }  // namespace
 
-Session::Session(const std::string& showPath, const std::string& song, OutputKind kind, OutputChoice choice)
-    : folder_(showPath), kind_(kind), choice_(choice) {
+Session::Session(const std::string& showPath, const std::string& song, OutputKind kind, OutputChoice choice,
+                 Say say)
+    : folder_(showPath), kind_(kind), choice_(choice), say_(std::move(say)) {
   ChooseFormat_(song);
   BuildWithoutBrokenSongs_();
   for (const std::string& number : folder_.GetData().GetRunningOrder()) {
-    const bool wanted =
-        song.empty() ? folder_.HasAudio(number) && !leftOut_.contains(number) : number == song;
+    const bool wanted = song.empty() ? CanBePlayed_(number) : number == song;
     if (!wanted) continue;
     if (GetSongNumber() != number) LoadStopped(number);
     events_.Clear();

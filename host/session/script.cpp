@@ -23,7 +23,7 @@ struct Word {
   Operand operand;
 };
 
-constexpr std::array<Word, 12> kWords{{
+constexpr std::array<Word, 17> kWords{{
     {"go", CommandKind::Go, Operand::None},
     {"again", CommandKind::Again, Operand::None},
     {"next", CommandKind::Next, Operand::None},
@@ -36,11 +36,16 @@ constexpr std::array<Word, 12> kWords{{
     {"seek", CommandKind::Seek, Operand::Position},
     {"tempo", CommandKind::Tempo, Operand::Scale},
     {"transpose", CommandKind::Transpose, Operand::Semitones},
+    {"faster", CommandKind::Faster, Operand::None},
+    {"slower", CommandKind::Slower, Operand::None},
+    {"higher", CommandKind::Higher, Operand::None},
+    {"lower", CommandKind::Lower, Operand::None},
+    {"as-written", CommandKind::AsWritten, Operand::None},
 }};
 
 constexpr char kCommands[] =
-    "go, again, next, previous, pause, play, stop, left, right, seek POSITION, tempo SCALE or transpose "
-    "SEMITONES";
+    "go, again, next, previous, pause, play, stop, left, right, seek POSITION, tempo SCALE, transpose "
+    "SEMITONES, faster, slower, higher, lower or as-written";
 
 // The words of one line, taken from the left; every complaint names the line.
 class LineReader {
@@ -127,8 +132,9 @@ class LineReader {
     Command command;
     command.kind = word.kind;
     if (word.operand == Operand::Scale)
-      command.number = ReadNumber_(0.25, 4.0, "a tempo scale from 0.25 to 4");
-    if (word.operand == Operand::Semitones) command.number = ReadNumber_(-24, 24, "semitones from -24 to 24");
+      command.number = ReadNumber_(kSlowestTempo, kFastestTempo, "a tempo scale from 0.25 to 4");
+    if (word.operand == Operand::Semitones)
+      command.number = ReadNumber_(-kMostSemitones, kMostSemitones, "semitones from -24 to 24");
     if (word.operand == Operand::Position) command.position = Next_("a position, for instance 9.1");
     return command;
   }

@@ -20,7 +20,17 @@ enum class CommandKind {
   Seek,       // to `position`
   Tempo,      // tempo scale `number`
   Transpose,  // `number` semitones
+  Faster,     // by a hundredth of the recorded tempo
+  Slower,
+  Higher,  // by a semitone
+  Lower,
+  AsWritten,  // neither another tempo nor another key than the song's own
 };
+
+// What a tempo scale and a transposition may be.
+constexpr double kSlowestTempo = 0.25;
+constexpr double kFastestTempo = 4.0;
+constexpr int kMostSemitones = 24;
 
 struct Command {
   CommandKind kind = CommandKind::Go;

@@ -21,6 +21,9 @@ namespace orbel::host {
 
 class SongClock;
 
+// What the operator reads while a song is waited for.
+std::string LoadingText(const std::string& song);
+
 enum class OutputKind { Live, Offline };
 
 // One open show, and the one table of commands for every face of the program.
@@ -32,7 +35,9 @@ class Session {
  public:
   // Opens the show and stands at the start of `song` (empty: the first that can be played). Throws Failure,
   // tesk_midi::ShowError.
-  Session(const std::string& showPath, const std::string& song, OutputKind kind, OutputChoice choice);
+  // `say` is told at once of what is waited for; it may be empty.
+  Session(const std::string& showPath, const std::string& song, OutputKind kind, OutputChoice choice,
+          Say say = {});
   ~Session();
   Session(const Session&) = delete;
   Session& operator=(const Session&) = delete;
@@ -49,6 +54,8 @@ class Session {
   // ---- state -----------------------------------------------------------------------------------
   bool IsPlaying() const;
   bool IsPaused() const;
+  // The current song is still being decoded: nothing of it can be heard yet.
+  bool IsLoading() const;
   // The song has come to its end, and nobody has done anything since.
   bool HasEnded() const { return ended_; }
   // Playback stands at a caesura.
@@ -65,6 +72,8 @@ class Session {
   // Ticks to the next caesura; negative when there is none ahead.
   long long GetCaesuraCountdown() const;
   bool RunsAttacca() const;
+  // In force at the control position: the change log's and the performer's together.
+  void GetTempoAndKey(double* scale, int* semitones) const;
   // Frames heard since playing began, or went on after a caesura.
   long long GetElapsedFrames() const;
   notify::PositionUpdate GetHeardPosition() const { return events_.GetPosition(); }
@@ -98,16 +107,28 @@ class Session {
   void Play_();
   void Stop_();
   void Seek_(const std::string& position);
+  std::string SetTempoScale_(double scale);
+  std::string SetTransposition_(int semitones);
   std::string StepSong_(bool forward);
   bool SettleStopped_();
   void Recover_(const std::string& song);
   void BeginAnew_(const std::string& song);
   std::string WhyLeftOut_(const std::string& song) const;
-  void ChangeSong_(const std::function<void()>& change);
+  void ChangeSong_(const std::string& target, const std::function<void()>& change);
+
+  // ---- waits.cpp -------------------------------------------------------------------------------
+  bool CanBePlayed_(const std::string& song) const;
+  // Every song that can be played, in running order.
+  std::vector<std::string> PlayableSongs_() const;
+  // The playable song that many places behind the current one; the current one where there is none.
+  std::string SongFromHere_(int places) const;
+  void SayWhatIsWaitedForOnTheWayTo_(const std::string& song) const;
+  void SayThatItIsLoading_(const std::string& song) const;
 
   ShowFolder folder_;
   const OutputKind kind_;
   OutputChoice choice_;
+  const Say say_;
   std::set<std::string> leftOut_;
   std::vector<tesk_midi::Problem> problems_;
   StageEvents events_;

@@ -1,5 +1,6 @@
 #include "host/session/stage_events.h"
 
+#include <algorithm>
 #include <utility>
 
 #include "suite/core/callback_dispatcher.h"
@@ -19,8 +20,7 @@ StageEvents::StageEvents() {
     deviceUpdates_.push_back(*static_cast<const notify::DeviceUpdate*>(update));
   });
   notify::callbackDispatcher.Add(this, notify::names::audio_meters, [this](void* update) {
-    const std::lock_guard lock(mutex_);
-    meters_ = *static_cast<const notify::MetersUpdate*>(update);
+    PutMeters_(*static_cast<const notify::MetersUpdate*>(update));
   });
 }
 
@@ -60,6 +60,13 @@ notify::PositionUpdate StageEvents::GetPosition() const {
 void StageEvents::Put_(StageEvent event) {
   const std::lock_guard lock(mutex_);
   events_.push_back(std::move(event));
+}
+
+void StageEvents::PutMeters_(notify::MetersUpdate meters) {
+  const std::lock_guard lock(mutex_);
+  const std::size_t channels = meters_ ? std::min(meters_->peaks.size(), meters.peaks.size()) : 0;
+  for (std::size_t i = 0; i < channels; ++i) meters.peaks[i] = std::max(meters.peaks[i], meters_->peaks[i]);
+  meters_ = std::move(meters);
 }
 
 void StageEvents::OnPlayerException() {

@@ -37,7 +37,8 @@ class StageEvents : private notify::GuiListener {
   void Clear();
   // What has become of the audio device, oldest first. Clear leaves it.
   std::vector<notify::DeviceUpdate> TakeDeviceUpdates();
-  // How the output was doing last, once; nothing when that was taken already.
+  // How the output was doing last, once; nothing when that was taken already. The peaks are those since it
+  // was taken before.
   std::optional<notify::MetersUpdate> TakeMeters();
   // Where the listener was last; the default before the first update.
   notify::PositionUpdate GetPosition() const;
@@ -49,6 +50,7 @@ class StageEvents : private notify::GuiListener {
   void OnCaesura(const std::string& songNumber, unsigned tickIndex) override;
   void OnLoopPass(const notify::LoopUpdate& update) override;
   void Put_(StageEvent event);
+  void PutMeters_(notify::MetersUpdate meters);
 
   mutable std::mutex mutex_;  // guards what is below; innermost, nothing is called with it held
   std::deque<StageEvent> events_;

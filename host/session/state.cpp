@@ -61,6 +61,12 @@ bool Session::RunsAttacca() const {
   return player_->CurrentSongIsAttacca();
 }
 
+void Session::GetTempoAndKey(double* scale, int* semitones) const {
+  long double exact = 1.0L;
+  player_->GetDspFactorsAtCurrentTickIndex(&exact, semitones);
+  *scale = static_cast<double>(exact);
+}
+
 void Session::ThrowLoaderError() {
   player_->ThrowIfThreadExceptions();
 }

@@ -21,6 +21,12 @@ Key KeyOf(char byte) {
       return Of(CommandKind::Next);
     case 'b':
       return Of(CommandKind::Previous);
+    case '+':
+      return Of(CommandKind::Higher);
+    case '-':
+      return Of(CommandKind::Lower);
+    case '0':
+      return Of(CommandKind::AsWritten);
     case 'p':
       return {Key::Kind::PlayOrPause, CommandKind::Play};
     case 'q':
@@ -53,6 +59,8 @@ std::optional<Key> KeyReader::NextSequence_() {
   const char letter = bytes_[last];
   const bool plain = last == 2;
   bytes_.erase(0, last + 1);
+  if (plain && letter == 'A') return Of(CommandKind::Faster);
+  if (plain && letter == 'B') return Of(CommandKind::Slower);
   if (plain && letter == 'C') return Of(CommandKind::Right);
   if (plain && letter == 'D') return Of(CommandKind::Left);
   return Key{};

@@ -14,9 +14,9 @@ struct Key {
   CommandKind command = CommandKind::Go;
 };
 
-// Takes bytes as a terminal sends them and gives keys: space go, p, s, a, n, b, q, and the arrows, which
-// arrive as three bytes, possibly in pieces. A sequence that is none of these is passed over whole. Threads
-// one at a time.
+// Takes bytes as a terminal sends them and gives keys: space go, p, s, a, n, b, q, +, -, 0, and the arrows,
+// which arrive as three bytes, possibly in pieces. A sequence that is none of these is passed over whole.
+// Threads one at a time.
 class KeyReader {
  public:
   void Feed(const std::string& bytes) { bytes_ += bytes; }

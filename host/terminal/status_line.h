@@ -7,7 +7,11 @@
 
 namespace orbel::host::terminal {
 
-// "1 Overture   bar 12.3   120 bpm   playing   next: 13.1 vamp back to 9.1", cut to `columns` characters.
+// "1 Overture   bar 12.3   120 bpm   playing   next: 13.1 vamp back to 9.1", and what the sound is up to when
+// that is known; cut to `columns` characters.
 std::string StatusLine(const StageStatus& status, std::size_t columns);
+
+// The first `count` characters, never half of one.
+std::string FirstCharacters(const std::string& text, std::size_t count);
 
 }  // namespace orbel::host::terminal

@@ -1,7 +1,6 @@
 #include "host/terminal/terminal_face.h"
 
 #include <poll.h>
-#include <sys/ioctl.h>
 #include <unistd.h>
 
 #include <chrono>
@@ -12,54 +11,15 @@
 #include "host/session/interrupts.h"
 #include "host/session/memory_lock.h"
 #include "host/session/shown_text.h"
+#include "host/terminal/display.h"
 #include "host/terminal/keys.h"
 #include "host/terminal/raw_mode.h"
-#include "host/terminal/status_line.h"
 
 namespace orbel::host::terminal {
 namespace {
 
 // Often enough that a key is felt at once and a bar line is never missed.
 constexpr int kPollMilliseconds = 10;
-
-std::size_t TerminalColumns() {
-  winsize size{};
-  if (::ioctl(STDERR_FILENO, TIOCGWINSZ, &size) != 0 || size.ws_col < 2) return 79;
-  return size.ws_col - 1U;  // the last column would wrap on some terminals
-}
-
-// Where the operator reads: a line that is written over on a terminal, lines under each other elsewhere.
-class Display {
- public:
-  explicit Display(bool onTerminal) : onTerminal_(onTerminal) {}
-
-  void Message(const std::string& text) {
-    if (TerminalHasHungUp()) return;
-    std::cerr << (onTerminal_ ? "\r\x1b[K" : "") << text << std::endl;
-    shown_.clear();
-  }
-
-  void Status(const StageStatus& status) {
-    if (TerminalHasHungUp()) return;
-    if (onTerminal_) {
-      const std::string line = StatusLine(status, TerminalColumns());
-      if (line != shown_) std::cerr << "\r\x1b[K" << line << std::flush;
-      shown_ = line;
-      return;
-    }
-    const std::string change = status.song + status.state;
-    if (change != shown_) std::cerr << StatusLine(status, std::string::npos) << std::endl;
-    shown_ = change;
-  }
-
-  void End() {
-    if (onTerminal_ && !TerminalHasHungUp()) std::cerr << std::endl;
-  }
-
- private:
-  bool onTerminal_;
-  std::string shown_;
-};
 
 // One performance, from opening to quitting.
 class Performance {
@@ -159,7 +119,8 @@ class Performance {
 int Play(const PlayOptions& options, PlayReport* report) {
   const bool attended = ::isatty(STDIN_FILENO) == 1;
   if (attended) {
-    std::cerr << "space go   p play/pause   s stop   a once more   n b songs   left right places   q quit"
+    std::cerr << "space go   p play/pause   s stop   a once more   n b songs   left right places   up down "
+                 "tempo   + - key   0 as written   q quit"
               << std::endl;
   } else if (options.scriptPath.empty()) {
     std::cerr << "No terminal, so nobody at the keys: a vamp is played " << options.vampPasses

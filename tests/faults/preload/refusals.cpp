@@ -6,6 +6,8 @@
 //   ORBEL_REFUSE_MEMORY=N           the N-th allocation of C++ after the show was first looked at
 //   ORBEL_REFUSE_MEMORY_FOR_GOOD=1  and every one behind it
 //   ORBEL_REFUSE_READ=TEXT:BYTES    reading fails behind BYTES bytes of a file whose name contains TEXT
+//   ORBEL_HOLD_READ=TEXT:BYTES      reading waits there
+//   ORBEL_HOLD_UNTIL=PATH           until this exists, or for a minute
 //   ORBEL_SLOW_READ=US              every read takes as many microseconds longer
 //   ORBEL_JUMPY_CLOCK=1             the time of day jumps to and fro by hours
 #include <dlfcn.h>
@@ -43,8 +45,36 @@ long refusedThread = 0;
 long refusedAllocation = 0;
 bool refusesThreadsForGood = false;
 bool refusesForGood = false;
-const char* refusedFile = nullptr;  // up to its ':'
-long refusedOffset = 0;
+
+// From some place on in every file whose name contains some text.
+class PlaceInFiles {
+ public:
+  // "TEXT:BYTES"; nowhere without it.
+  void Take(const char* description) {
+    if (description == nullptr) return;
+    const char* const colon = strrchr(description, ':');
+    snprintf(text_, sizeof text_, "%.*s", static_cast<int>(colon - description), description);
+    offset_ = atol(colon + 1);
+  }
+  // Whether what ends at `end` in that file lies behind the place.
+  bool IsBefore(int file, long long end) const {
+    if (text_[0] == '\0' || end <= offset_) return false;
+    char link[64];
+    char name[4096];
+    snprintf(link, sizeof link, "/proc/self/fd/%d", file);
+    const ssize_t length = readlink(link, name, sizeof name - 1);
+    if (length <= 0) return false;
+    name[length] = '\0';
+    return strstr(name, text_) != nullptr;
+  }
+
+ private:
+  char text_[256] = {};
+  long offset_ = 0;
+};
+
+PlaceInFiles refusedRead;
+PlaceInFiles heldRead;
 useconds_t slowRead = 0;
 bool clockJumps = false;
 
@@ -53,8 +83,8 @@ __attribute__((constructor)) void ReadEnvironment() {
   refusesThreadsForGood = Number("ORBEL_REFUSE_THREAD_FOR_GOOD") != 0;
   refusedAllocation = Number("ORBEL_REFUSE_MEMORY");
   refusesForGood = Number("ORBEL_REFUSE_MEMORY_FOR_GOOD") != 0;
-  refusedFile = getenv("ORBEL_REFUSE_READ");
-  if (refusedFile != nullptr) refusedOffset = atol(strrchr(refusedFile, ':') + 1);
+  refusedRead.Take(getenv("ORBEL_REFUSE_READ"));
+  heldRead.Take(getenv("ORBEL_HOLD_READ"));
   slowRead = static_cast<useconds_t>(Number("ORBEL_SLOW_READ"));
   clockJumps = Number("ORBEL_JUMPY_CLOCK") != 0;
 }
@@ -65,18 +95,19 @@ bool IsRefused() {
   return count == refusedAllocation || (refusesForGood && count > refusedAllocation);
 }
 
+void WaitWhileHeld(int file, long long end) {
+  const char* const until = getenv("ORBEL_HOLD_UNTIL");
+  if (until == nullptr || !heldRead.IsBefore(file, end)) return;
+  for (int look = 0; look < 6000 && access(until, F_OK) != 0; ++look) usleep(10'000);
+}
+
+// True when this read fails; what happens before any read happens in here.
 bool IsRefused(int file, long long end) {
-  if (refusedFile == nullptr || end <= refusedOffset) return false;
-  char link[64];
-  char name[4096];
-  snprintf(link, sizeof link, "/proc/self/fd/%d", file);
-  const ssize_t length = readlink(link, name, sizeof name - 1);
-  if (length <= 0) return false;
-  name[length] = '\0';
-  char wanted[256];
-  snprintf(wanted, sizeof wanted, "%.*s", static_cast<int>(strrchr(refusedFile, ':') - refusedFile),
-           refusedFile);
-  return strstr(name, wanted) != nullptr;
+  if (slowRead > 0) usleep(slowRead);
+  WaitWhileHeld(file, end);
+  if (!refusedRead.IsBefore(file, end)) return false;
+  errno = EIO;
+  return true;
 }
 
 long Jump() {
@@ -118,21 +149,13 @@ int stat(const char* path, struct stat* status) {
 
 ssize_t read(int file, void* buffer, std::size_t count) {
   static const auto real = Real<decltype(&read)>("read");
-  if (slowRead > 0) usleep(slowRead);
-  if (IsRefused(file, lseek(file, 0, SEEK_CUR) + static_cast<long long>(count))) {
-    errno = EIO;
-    return -1;
-  }
+  if (IsRefused(file, lseek(file, 0, SEEK_CUR) + static_cast<long long>(count))) return -1;
   return real(file, buffer, count);
 }
 
 ssize_t pread(int file, void* buffer, std::size_t count, off_t offset) {
   static const auto real = Real<decltype(&pread)>("pread");
-  if (slowRead > 0) usleep(slowRead);
-  if (IsRefused(file, offset + static_cast<long long>(count))) {
-    errno = EIO;
-    return -1;
-  }
+  if (IsRefused(file, offset + static_cast<long long>(count))) return -1;
   return real(file, buffer, count, offset);
 }
 

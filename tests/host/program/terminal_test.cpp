@@ -12,7 +12,8 @@ TEST(Terminal, NothingPlaysBeforeGoAndTheKeysDriveTheShow) {
   files.AddSong("2", "Polka", 60);
   OrbelInATerminal orbel({"play", files.Show(), "--output", "null"});
   EXPECT_TRUE(
-      orbel.Shows("space go   p play/pause   s stop   a once more   n b songs   left right places   q quit"));
+      orbel.Shows("space go   p play/pause   s stop   a once more   n b songs   left right places   up down "
+                  "tempo   + - key   0 as written   q quit"));
   EXPECT_TRUE(orbel.Shows("1 Waltz   bar 1.1   240 bpm   stopped   next: 40.1 vamp back to 2.1"));
   orbel.Type(" ");
   EXPECT_TRUE(orbel.Shows("bar 2.1   240 bpm   playing   next: 40.1 vamp back to 2.1"));
@@ -36,6 +37,41 @@ TEST(Terminal, NothingPlaysBeforeGoAndTheKeysDriveTheShow) {
   orbel.Type("q");
   EXPECT_EQ(orbel.WaitForEnd(), 0);
   EXPECT_TRUE(orbel.IsAsBefore());
+}
+
+TEST(Terminal, TempoAndKeyAreTheKeysToo) {
+  ShowFiles files;
+  files.AddSong("1", "Waltz", 60);
+  OrbelInATerminal orbel({"play", files.Show(), "--output", "null"});
+  EXPECT_TRUE(orbel.Shows("bar 1.1   240 bpm   stopped"));
+  orbel.Type("\x1b[A\x1b[A");
+  EXPECT_TRUE(orbel.Shows("tempo 1.02"));
+  EXPECT_TRUE(orbel.Shows("bar 1.1   244.8 bpm (x1.02)   stopped"));
+  orbel.Type("\x1b[B\x1b[B\x1b[B");
+  EXPECT_TRUE(orbel.Shows("tempo 0.99"));
+  EXPECT_TRUE(orbel.Shows("237.6 bpm (x0.99)   stopped"));
+  orbel.Type("--+");
+  EXPECT_TRUE(orbel.Shows("transpose -1"));
+  EXPECT_TRUE(orbel.Shows("237.6 bpm (x0.99) -1 semitone   stopped"));
+  orbel.Type("p");
+  EXPECT_TRUE(orbel.Shows("bar 2.1   237.6 bpm (x0.99) -1 semitone   playing"));
+  orbel.Type("0");
+  EXPECT_TRUE(orbel.Shows("tempo and key as written"));
+  EXPECT_TRUE(orbel.Shows("240 bpm   playing"));
+  orbel.Type("qq");
+  EXPECT_EQ(orbel.WaitForEnd(), 0);
+}
+
+TEST(Terminal, TheSoundHasALineOfItsOwn) {
+  ShowFiles files;
+  files.AddSong("1", "Waltz", 60);
+  OrbelInATerminal orbel({"play", files.Show(), "--output", "null"});
+  EXPECT_TRUE(orbel.Shows("stopped   next: 61.1 end\r\n\r\x1b[Kpeak "));
+  EXPECT_TRUE(orbel.Shows(" dB   ring "));
+  EXPECT_TRUE(orbel.Shows(" ms   latency 0 ms   load "));
+  EXPECT_TRUE(orbel.Shows(" %   underruns 0   xruns 0\x1b[A\r"));
+  orbel.Type("q");
+  EXPECT_EQ(orbel.WaitForEnd(), 0);
 }
 
 TEST(Terminal, ACaesuraWaitsForGo) {

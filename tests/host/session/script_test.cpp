@@ -29,7 +29,7 @@ std::string Complaint(const std::string& text) {
 
 constexpr char kCommands[] =
     "expected a command: go, again, next, previous, pause, play, stop, left, right, seek POSITION, tempo "
-    "SCALE or transpose SEMITONES";
+    "SCALE, transpose SEMITONES, faster, slower, higher, lower or as-written";
 
 TEST(Script, ReadsEveryKindOfMoment) {
   const auto lines = Read(

@@ -27,11 +27,12 @@ std::string Keys(const std::string& bytes) {
 
 TEST(Keys, EveryKeyHasItsCommand) {
   EXPECT_EQ(Keys(" psnbaq"), "go play-or-pause stop next previous again quit");
+  EXPECT_EQ(Keys("+-0"), "higher lower as-written");
 }
 
 TEST(Keys, ArrowsArriveAsThreeBytesInEitherMode) {
-  EXPECT_EQ(Keys("\x1b[D\x1b[C"), "left right");
-  EXPECT_EQ(Keys("\x1bOD\x1bOC"), "left right");
+  EXPECT_EQ(Keys("\x1b[D\x1b[C\x1b[A\x1b[B"), "left right faster slower");
+  EXPECT_EQ(Keys("\x1bOD\x1bOC\x1bOA\x1bOB"), "left right faster slower");
 }
 
 TEST(Keys, AnArrowMayArriveInPieces) {
@@ -42,7 +43,7 @@ TEST(Keys, AnArrowMayArriveInPieces) {
 }
 
 TEST(Keys, OtherSequencesArePassedOverWhole) {
-  EXPECT_EQ(Keys("\x1b[A\x1b[15~\x1b[1;5C "), "unknown unknown unknown go") << "none of their bytes is a key";
+  EXPECT_EQ(Keys("\x1b[H\x1b[15~\x1b[1;5C "), "unknown unknown unknown go") << "none of their bytes is a key";
   EXPECT_EQ(Keys("\x1b n"), "unknown go next") << "escape alone";
   EXPECT_EQ(Keys("x\x01\xff"), "unknown unknown unknown");
 }

@@ -12,6 +12,18 @@ TEST(StatusLine, SaysSongPlaceTempoStateAndWhatComesNext) {
             "1 Ouvertüre   bar 12.3   132 bpm   playing   next: 13.1 vamp back to 9.1");
 }
 
+TEST(StatusLine, SaysByHowMuchTempoAndKeyAreNotAsWritten) {
+  StageStatus status = kStatus;
+  status.tempo = 145.2;
+  status.tempoScale = 1.1;
+  status.transposition = -1;
+  EXPECT_EQ(StatusLine(status, 40), "1 Ouvertüre   bar 12.3   145.2 bpm (x1.1");
+  status.tempoScale = 1.0;
+  EXPECT_EQ(StatusLine(status, 51), "1 Ouvertüre   bar 12.3   145.2 bpm -1 semitone   pl");
+  status.transposition = 2;
+  EXPECT_EQ(StatusLine(status, 51), "1 Ouvertüre   bar 12.3   145.2 bpm +2 semitones   p");
+}
+
 TEST(StatusLine, EndsWithWhatTheSoundIsUpToWhenThereIsSomethingToSay) {
   StageStatus status = kStatus;
   status.sound = "silent: JACK is gone";

@@ -1,0 +1,51 @@
+// What the performer has to wait for: songs that are still being decoded.
+#include <algorithm>
+#include <cstdlib>
+
+#include "Sources/audio_player/audio_player.h"
+#include "host/session/session.h"
+#include "host/session/shown_text.h"
+
+namespace orbel::host {
+
+bool Session::IsLoading() const {
+  return player_->IsBeingDecoded(GetSongNumber());
+}
+
+bool Session::CanBePlayed_(const std::string& song) const {
+  return folder_.HasAudio(song) && !leftOut_.contains(song);
+}
+
+std::vector<std::string> Session::PlayableSongs_() const {
+  std::vector<std::string> songs = folder_.GetData().GetRunningOrder();
+  std::erase_if(songs, [this](const std::string& song) { return !CanBePlayed_(song); });
+  return songs;
+}
+
+std::string Session::SongFromHere_(int places) const {
+  const std::vector<std::string> songs = PlayableSongs_();
+  const auto here = std::find(songs.begin(), songs.end(), GetSongNumber());
+  const auto wanted = here - songs.begin() + places;
+  return wanted < 0 || wanted >= std::ssize(songs) ? GetSongNumber()
+                                                   : songs[static_cast<std::size_t>(wanted)];
+}
+
+// A loader is never broken off: whoever goes away from the songs beside the current one waits until those
+// that were being decoded there are done.
+void Session::SayWhatIsWaitedForOnTheWayTo_(const std::string& song) const {
+  const std::vector<std::string> songs = PlayableSongs_();
+  const auto target = std::find(songs.begin(), songs.end(), song);
+  for (auto other = songs.begin(); other != songs.end(); ++other) {
+    if (std::abs(other - target) > 1 && player_->IsBeingDecoded(*other)) SayThatItIsLoading_(*other);
+  }
+}
+
+void Session::SayThatItIsLoading_(const std::string& song) const {
+  if (say_) say_(LoadingText(song));
+}
+
+std::string LoadingText(const std::string& song) {
+  return "song " + Shown(song) + " is still loading: waiting for it";
+}
+
+}  // namespace orbel::host

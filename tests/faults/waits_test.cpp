@@ -1,0 +1,76 @@
+// Songs that the performer comes to before they are decoded.
+#include <gtest/gtest.h>
+
+#include <fstream>
+
+#include "tests/faults/circumstances.h"
+#include "tests/host/show_files.h"
+#include "tests/host/terminal_program.h"
+
+namespace faults {
+namespace {
+
+using host_tests::OrbelInATerminal;
+using host_tests::ShowFiles;
+
+class Waits : public testing::Test {
+ protected:
+  // What comes behind the first tenth of a megabyte of that song's audio is held back from now on.
+  Environment Holding(const std::string& song) const {
+    return Refusing({{"ORBEL_HOLD_READ", song + ":100000"}, {"ORBEL_HOLD_UNTIL", gate_}});
+  }
+  void LetGo() const { std::ofstream(gate_) << "go"; }
+
+  ShowFiles files_;
+  const std::string gate_ = files_.Beside("gate");
+};
+
+TEST_F(Waits, ASongThatIsSteppedToIsNamedWhileItIsWaitedFor) {
+  files_.AddSong("1", "Waltz", 60);
+  files_.AddSong("2", "Polka", 60);
+  files_.AddSong("3", "Galop", 60);
+  const Environment holding = Holding("Galop");
+  OrbelInATerminal orbel({"play", files_.Show(), "--output", "null"});
+  ASSERT_TRUE(orbel.Shows("1 Waltz   bar 1.1   240 bpm   stopped"));
+  orbel.Type("nn");
+  EXPECT_TRUE(orbel.Shows("song 3 is still loading: waiting for it"));
+  LetGo();
+  EXPECT_TRUE(orbel.Shows("3 Galop   bar 1.1   240 bpm   stopped"));
+  orbel.Type("q");
+  EXPECT_EQ(orbel.WaitForEnd(), 0);
+}
+
+TEST_F(Waits, ASongThatIsLeftBehindIsNamedWhileItsLoaderIsWaitedFor) {
+  files_.AddSong("1", "Waltz", 2);
+  files_.AddSong("2", "Polka", 2);
+  files_.AddSong("3", "Galop", 60);
+  const Environment holding = Holding("Galop");
+  OrbelInATerminal orbel({"play", files_.Show(), "--output", "null"});
+  ASSERT_TRUE(orbel.Shows("1 Waltz   bar 1.1   240 bpm   stopped"));
+  orbel.Type("n");
+  ASSERT_TRUE(orbel.Shows("2 Polka   bar 1.1   240 bpm   stopped"));
+  orbel.Type("b");
+  EXPECT_TRUE(orbel.Shows("song 3 is still loading: waiting for it"));
+  LetGo();
+  EXPECT_TRUE(orbel.Shows("1 Waltz   bar 1.1   240 bpm   stopped"));
+  orbel.Type("q");
+  EXPECT_EQ(orbel.WaitForEnd(), 0);
+}
+
+TEST_F(Waits, AnAttaccaIntoASongThatIsNotDecodedIsNotCalledPlaying) {
+  files_.AddSong("1", "Waltz", 1, "attacca = true\n");
+  files_.AddSong("2", "Polka", 60);
+  const Environment holding = Holding("Polka");
+  OrbelInATerminal orbel({"play", files_.Show(), "--output", "null"});
+  ASSERT_TRUE(orbel.Shows("1 Waltz   bar 1.1   240 bpm   stopped"));
+  orbel.Type(" ");
+  EXPECT_TRUE(orbel.Shows("song 2 is still loading: waiting for it"));
+  EXPECT_TRUE(orbel.Shows("2 Polka   bar 1.1   240 bpm   loading"));
+  LetGo();
+  EXPECT_TRUE(orbel.Shows("2 Polka   bar 2.1   240 bpm   playing"));
+  orbel.Type("qq");
+  EXPECT_EQ(orbel.WaitForEnd(), 0);
+}
+
+}  // namespace
+}  // namespace faults
