@@ -43,7 +43,7 @@ std::vector<std::string> Live::Start() {
   conductor_.OnSong();
   SayWhereItPlays_();
   TakeDeviceUpdates_();
-  if (!attended_) session_.Do({CommandKind::Play, 0.0, ""});
+  if (!attended_ && !isHeld_) session_.Do({CommandKind::Play, 0.0, ""});
   return TakeMessages_();
 }
 
@@ -54,7 +54,8 @@ std::vector<std::string> Live::Poll(double now) {
   TakeMeters_();
   SayWhatIsWaitedFor_();
   Look_(now);
-  if (!attended_ || directions_.script) ActAlone_(now);
+  isHeld_ = isHeld_ && !session_.IsPlaying();
+  if (!isHeld_ && ActsAlone_()) ActAlone_(now);
   return TakeMessages_();
 }
 

@@ -76,12 +76,15 @@ class Live {
   void TakeEvents_();
   void TakeDeviceUpdates_();
   void DealWithLoss_(const notify::DeviceUpdate& update);
+  void Hold_(const std::string& what);
+  std::string HowToGoOn_() const;
   void SayWhereItPlays_();
   void SayWhatIsWaitedFor_();
   void TakeMeters_();
   void AskForMeters_();
   void NoteMeters_(Meters meters);
   std::string SoundText_() const;
+  bool ActsAlone_() const { return !attended_ || directions_.script.has_value(); }
   void ActAlone_(double now);
   void GoOnAfterSong_();
   void EndWith_(ExitStatus status, const std::string& message);
@@ -103,6 +106,7 @@ class Live {
   bool hasMeters_ = false;
   std::vector<float> highest_;  // peaks of the whole performance
   bool deviceIsLost_ = false;
+  bool isHeld_ = false;      // by the loss of the device, until somebody plays again
   bool hasSounded_ = false;  // a device that sounds has been there
   int deviceLosses_ = 0;
   double polledAt_ = 0.0;

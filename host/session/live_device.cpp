@@ -58,7 +58,8 @@ void Live::TakeDeviceUpdates_() {
     } else {
       deviceIsLost_ = false;
       hasSounded_ = true;
-      messages_.push_back("sound again: " + Shown(update.device));
+      messages_.push_back("sound again: " + Shown(update.device) +
+                          (isHeld_ ? "; playback is held until " + HowToGoOn_() : ""));
     }
   }
 }
@@ -72,13 +73,26 @@ void Live::DealWithLoss_(const notify::DeviceUpdate& update) {
     over_ = true;
     statusAtEnd_ = kDeviceGone;
     messages_.push_back(what + " Playback ends, as --on-device-loss asks.");
-  } else if (sound_.onDeviceLoss == "hold" && plays) {
-    session_.Do({CommandKind::Pause, 0.0, ""});
-    messages_.push_back(what + " Playback is held; a device is looked for every second.");
+  } else if (sound_.onDeviceLoss == "hold" && (plays || (hasSounded_ && ActsAlone_()))) {
+    Hold_(what);
   } else {
     messages_.push_back(what + (plays ? " The show runs on unheard" : " Everything else works") +
                         "; a device is looked for every second.");
   }
+}
+
+// Neither a script nor whatever acts where nobody sits at the keys goes on then: the show would run away
+// unheard, or begin again in a moment that nobody has chosen.
+void Live::Hold_(const std::string& what) {
+  if (session_.IsPlaying()) session_.Do({CommandKind::Pause, 0.0, ""});
+  isHeld_ = true;
+  standsSince_.reset();
+  messages_.push_back(what + " Playback is held until " + HowToGoOn_() +
+                      "; a device is looked for every second.");
+}
+
+std::string Live::HowToGoOn_() const {
+  return attended_ ? "you press p" : "somebody plays, which takes a terminal; Ctrl-C ends it";
 }
 
 // The output tells ten times a second; before it has, and at the end, it is asked.

@@ -324,13 +324,49 @@ TEST(JackLoss, PolicyEndEndsAndPolicyHoldHolds) {
     ASSERT_TRUE(orbel.Shows("playing"));
     server.End(SIGKILL);
     if (policy == "hold") {
-      ASSERT_TRUE(orbel.Shows("Playback is held"));
+      ASSERT_TRUE(orbel.Shows("Playback is held until you press p; a device is looked for every second."));
       ASSERT_TRUE(orbel.Shows("paused"));
-      orbel.Type("q");
+      orbel.Type("p");
+      ASSERT_TRUE(orbel.Shows("recovering")) << "what the performer decides is done";
+      orbel.Type("qq");
     } else {
       ASSERT_TRUE(orbel.Shows("Playback ends, as --on-device-loss asks."));
     }
     EXPECT_EQ(orbel.WaitForEnd(), 6) << policy;
+  }
+}
+
+// What acts in the place of a performer would go on at once; a script that says play all the time is no
+// performer either.
+TEST(JackLoss, HeldPlaybackIsNotStartedAgainByAnybodyButAPerformer) {
+  ShowFiles files;
+  files.AddSong("1", "Waltz", 300);
+  std::string script;
+  for (int tenth = 1; tenth < 1'000; ++tenth) {
+    script += "time " + std::to_string(tenth / 10) + "." + std::to_string(tenth % 10) + " play\n";
+  }
+  files.Write("../script.txt", script);
+  const std::string name = JackServer::NewName();
+  for (const bool scripted : {false, true}) {
+    auto server = std::make_unique<JackServer>(JackServer::Shape{}, name);
+    std::vector<std::string> words{"play", files.Show(), "--output",         "jack", "--device",
+                                   name,   "--json",     "--on-device-loss", "hold"};
+    if (scripted) words.insert(words.end(), {"--script", files.Beside("script.txt")});
+    RunningOrbel orbel(words);
+    ASSERT_TRUE(orbel.Says("Playing to JACK server"));
+    server->End(SIGKILL);
+    ASSERT_TRUE(
+        orbel.Says("Playback is held until somebody plays, which takes a terminal; Ctrl-C ends it; a "
+                   "device is looked for every second."));
+    server = std::make_unique<JackServer>(JackServer::Shape{}, name);
+    ASSERT_TRUE(orbel.Says("sound again"));
+    // One is enough where nothing plays.
+    orbel.Signal(SIGINT);
+    orbel.Signal(SIGINT);
+    const Ended run = orbel.WaitForEnd();
+    EXPECT_EQ(run.status, 0) << run.messages;
+    EXPECT_THAT(run.out, HasSubstr("\"state\": \"paused\"")) << (scripted ? "with a script" : "");
+    EXPECT_THAT(run.messages, HasSubstr("; playback is held until somebody plays"));
   }
 }
 
