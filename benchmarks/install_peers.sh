@@ -1,10 +1,10 @@
 #!/usr/bin/env bash
 # Installs the Debian packages that the benchmarks compare with and that nothing else needs: ffmpeg, sox,
-# sndfile-convert, rubberband, libsmf. Does nothing, and asks for no rights, when all are there.
+# sndfile-convert, rubberband, libsmf, mpv. Does nothing, and asks for no rights, when all are there.
 set -euo pipefail
 
 missing=()
-for package in ffmpeg sox sndfile-programs rubberband-cli libsmf-dev; do
+for package in ffmpeg sox sndfile-programs rubberband-cli libsmf-dev mpv; do
   status=$(dpkg-query -W -f '${db:Status-Status}' "$package" 2>/dev/null || true)
   [ "$status" = installed ] || missing+=("$package")
 done
