@@ -43,10 +43,14 @@ void AddSoundOptions(CLI::App& verb, PlayOptions& options) {
   verb.add_option("--stretch", sound.stretch, "Other tempos and keys: faster, or finer in pitch and level")
       ->check(CLI::IsMember({"faster", "finer"}))
       ->capture_default_str();
-  verb.add_option("--crossfade", sound.crossfadeMs, "Milliseconds at jumps; 0 splices bit-exactly")
+  verb.add_option("--crossfade", sound.crossfadeMs,
+                  "Milliseconds at jumps; 0 splices bit-exactly what is played as recorded.\n"
+                  "At other tempos and in other keys from 5 to 10, whatever is given")
       ->check(Between(0.0, 1000.0))
       ->capture_default_str();
-  verb.add_option("--fade", sound.fadeMs, "Milliseconds on start, pause and stop")
+  verb.add_option("--fade", sound.fadeMs,
+                  "Milliseconds on start, pause and stop;\n"
+                  "out no longer than what has been rendered ahead")
       ->check(Between(0.0, 1000.0))
       ->capture_default_str();
 }

@@ -81,7 +81,9 @@ void AddRender(CLI::App& app, Action* action) {
       ->capture_default_str();
   verb->add_option("--script", options->scriptPath, "Commands to act on, one a line");
   verb->add_option("--trace", options->tracePath, "A CSV file with one row a read");
-  verb->add_option("--crossfade", options->crossfadeMs, "Milliseconds at jumps; 0 splices bit-exactly")
+  verb->add_option("--crossfade", options->crossfadeMs,
+                   "Milliseconds at jumps; 0 splices bit-exactly what is played as recorded.\n"
+                   "At other tempos and in other keys from 5 to 10, whatever is given")
       ->check(Between(0.0, 1000.0))
       ->capture_default_str();
   verb->add_option("--stretch", options->stretch,

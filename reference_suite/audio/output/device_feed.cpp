@@ -75,8 +75,9 @@ void DeviceFeed::ObeyDrop_() {
     return;
   }
   drop_ = position;
-  if (!dropping_ && !closing_) fade_.StartOut(fadeFrames_);
+  const bool begins = !dropping_ && !closing_;
   dropping_ = true;
+  if (begins) FadeOut_(fadeFrames_);
   if (!fade_.IsUnderWay()) FinishFade_();
 }
 
@@ -91,11 +92,16 @@ void DeviceFeed::ObeyCommand_(std::uint64_t command) {
     if (!dropping_) fade_.StartIn(fadeFrames);
   } else if (open_) {
     closing_ = true;
-    fade_.StartOut(fadeFrames);
+    FadeOut_(fadeFrames);
     if (!fade_.IsUnderWay()) FinishFade_();
   } else {
     closedBy_ = obeyed_;
   }
+}
+
+// Nothing more may come: the fade ends with the last frame that is there, rather than being cut off by it.
+void DeviceFeed::FadeOut_(std::size_t fadeFrames) {
+  fade_.StartOut(fadeFrames, Playable_(fadeFrames));
 }
 
 std::size_t DeviceFeed::Playable_(std::size_t limit) const {

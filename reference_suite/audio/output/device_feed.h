@@ -26,7 +26,8 @@ class DeviceFeed : public DeviceCallback {
   // ---- commands
   // Fades in, unless the next frame is the first after a refill.
   void Open();
-  // Fades out over that many frames of the ring; what follows them stays for the next opening.
+  // Fades out over that many frames of the ring, or as many as it holds; what follows them stays for the next
+  // opening.
   void Close(std::size_t fadeFrames);
   // Frames before `position` are heard no more, but for a fade-out when they are being heard now.
   void DropBefore(std::uint64_t position);
@@ -63,6 +64,7 @@ class DeviceFeed : public DeviceCallback {
   std::size_t ProcessSome_(float* out, std::size_t frames);
   // Frames of the ring that may be heard now, at most `limit`.
   std::size_t Playable_(std::size_t limit) const;
+  void FadeOut_(std::size_t fadeFrames);
   void FinishFade_();
   void Close_();
   void PublishAudible_();

@@ -10,10 +10,10 @@ void Fade::Set(bool audible) {
   left_ = 0;
 }
 
-void Fade::Start_(double target, std::size_t frames) {
+void Fade::Start_(double target, std::size_t frames, std::size_t most) {
   const double way = std::fabs(target - gain_);
   target_ = target;
-  left_ = static_cast<std::size_t>(std::lround(way * static_cast<double>(frames)));
+  left_ = std::min(most, static_cast<std::size_t>(std::lround(way * static_cast<double>(frames))));
   if (left_ == 0) gain_ = target;
   step_ = left_ == 0 ? 0.0 : (target - gain_) / static_cast<double>(left_);
 }

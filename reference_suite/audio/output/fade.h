@@ -13,8 +13,9 @@ class Fade {
   explicit Fade(unsigned channels) : channels_(channels) {}
 
   // From silence, or from where a fade-out has come to, up to full level; a whole fade takes `frames`.
-  void StartIn(std::size_t frames) { Start_(1.0, frames); }
-  void StartOut(std::size_t frames) { Start_(0.0, frames); }
+  void StartIn(std::size_t frames) { Start_(1.0, frames, frames); }
+  // At most `most` frames of it: where no more are to be had, it is steeper.
+  void StartOut(std::size_t frames, std::size_t most) { Start_(0.0, frames, most); }
   // Without a fade, from the next frame on.
   void Set(bool audible);
 
@@ -25,7 +26,7 @@ class Fade {
   void Apply(float* frames, std::size_t count);
 
  private:
-  void Start_(double target, std::size_t frames);
+  void Start_(double target, std::size_t frames, std::size_t most);
 
   unsigned channels_;
   double gain_ = 1.0;

@@ -23,7 +23,7 @@ RenderStep::RenderStep(AudioPlayerOutputInterface& player, unsigned channels, do
       channels_(channels),
       quantum_(QuantumAt(rateHz)),
       frames_(quantum_ * channels),
-      crossFade_(channels, FramesOf(crossfadeMs, rateHz), StretchPath::SeamFrames(rateHz)),
+      crossFade_(channels, FramesOf(crossfadeMs, rateHz), StretchPath::MostSeamFrames(rateHz)),
       path_(player, crossFade_, quality, rateHz, channels, quantum_) {}
 
 void RenderStep::Reset() {
@@ -52,6 +52,8 @@ StepResult RenderStep::Run(StepGate& gate) {
   // in the position alone.
   const bool announced = player_.GetJumpIsNext();
   const long long target = announced ? player_.GetJumpTargetSampleIndex() : kUnknown;
+  // The plan may forget a caesura that the jump leads away from.
+  long long stop = announced ? player_.GetNextCaesuraSampleIndex(before) : kUnknown;
   long long count = Plan_();
   result.sampleIndex = player_.GetSampleIndex();
   result.jumped = result.sampleIndex != before ||
@@ -61,6 +63,7 @@ StepResult RenderStep::Run(StepGate& gate) {
     result.sampleIndex = player_.GetSampleIndex();
     result.jumpFrom = before;
     result.jumpTo = result.sampleIndex;
+    if (!announced) stop = player_.GetNextCaesuraSampleIndex(before);
   }
   if (count <= 0) {
     const bool caesura = player_.GetNextCaesuraSampleIndex(result.sampleIndex) == result.sampleIndex;
@@ -71,7 +74,7 @@ StepResult RenderStep::Run(StepGate& gate) {
     return result;
   }
   result.factors = AskFactors_();
-  path_.Turn({result.sampleIndex, before, std::exchange(isNextSong_, false)}, result.factors);
+  path_.Turn({result.sampleIndex, before, std::exchange(isNextSong_, false), stop}, result.factors);
   Read_(count);
   result.deviceFrames = path_.Render(result.sampleIndex, frames_.data(), static_cast<std::size_t>(count));
   result.outcome = StepOutcome::Frames;

@@ -50,7 +50,7 @@ struct StepResult {
 //            otherwise what the stretcher does when it begins and when a factor changes.
 class RenderStep {
  public:
-  // `crossfadeMs` 0 makes jumps bit-exact splices.
+  // `crossfadeMs` 0 makes jumps bit-exact splices where nothing is stretched.
   RenderStep(AudioPlayerOutputInterface& player, unsigned channels, double rateHz, double crossfadeMs,
              StretchQuality quality = StretchQuality::Faster);
 

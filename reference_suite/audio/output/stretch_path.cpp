@@ -2,6 +2,8 @@
 
 #include <algorithm>
 #include <cmath>
+#include <numbers>
+#include <utility>
 
 #include "reference_suite/audio/stretch/seam_match.h"
 
@@ -11,10 +13,16 @@ namespace {
 
 constexpr double kSlowest = 0.25;
 constexpr double kSeamSeconds = 0.005;
+// A jump's, when a longer cross-fade is wished for: a chunk or two to be made at once.
+constexpr double kMostSeamSeconds = 0.010;
 constexpr double kReachSeconds = 0.0025;
 constexpr double kNearSeconds = 0.001;
 // Two sounds that weaken each other more than this are not laid on top of each other.
 constexpr double kOpposed = -0.3;
+// How many times as long as a recorded sound is late its way back takes at least.
+constexpr std::size_t kGentle = 8;
+// Frames behind a place between two that have a say there.
+constexpr long long kBetween = 2;
 
 std::size_t FramesIn(double seconds, double rateHz) {
   return static_cast<std::size_t>(std::lround(seconds * rateHz));
@@ -22,8 +30,8 @@ std::size_t FramesIn(double seconds, double rateHz) {
 
 }  // namespace
 
-std::size_t StretchPath::SeamFrames(double rateHz) {
-  return FramesIn(kSeamSeconds, rateHz);
+std::size_t StretchPath::MostSeamFrames(double rateHz) {
+  return FramesIn(kMostSeamSeconds, rateHz);
 }
 
 StretchPath::StretchPath(AudioPlayerOutputInterface& player, CrossFade& fade, StretchQuality quality,
@@ -31,12 +39,13 @@ StretchPath::StretchPath(AudioPlayerOutputInterface& player, CrossFade& fade, St
     : player_(player),
       fade_(fade),
       channels_(channels),
-      seam_(SeamFrames(rateHz)),
+      seam_(FramesIn(kSeamSeconds, rateHz)),
+      mostSeam_(MostSeamFrames(rateHz)),
       reach_(FramesIn(kReachSeconds, rateHz)),
       near_(FramesIn(kNearSeconds, rateHz)),
       stream_(CreateStretchEngine(quality, rateHz, channels), *this, rateHz, channels),
-      late_(*this, rateHz, channels, std::max({mostFrames, seam_, fade.GetLength()}), reach_),
-      incoming_((std::max(seam_, fade.GetLength()) + 2 * reach_) * channels),
+      late_(*this, rateHz, channels, std::max({mostFrames, mostSeam_, fade.GetLength()}), reach_),
+      incoming_((std::max(mostSeam_, fade.GetLength()) + 2 * reach_) * channels),
       out_((static_cast<std::size_t>(std::ceil(static_cast<double>(mostFrames) / kSlowest)) + 1) * channels) {
 }
 
@@ -51,11 +60,17 @@ void StretchPath::ReadAt(long long index, float* frames, std::size_t count) {
   std::fill_n(frames, count * channels_, 0.0F);
   const auto silent =
       static_cast<std::size_t>(std::clamp<long long>(-index, 0, static_cast<long long>(count)));
-  auto wanted = static_cast<long long>(count - silent);
-  if (wanted > 0) player_.ReadSamplesAt(std::max(index, 0LL), &wanted, frames + silent * channels_);
+  const long long before = std::max(index, 0LL);
+  long long wanted = std::min(static_cast<long long>(count - silent), stop_ - before);
+  if (wanted > 0) player_.ReadSamplesAt(before, &wanted, frames + silent * channels_);
 }
 
 void StretchPath::Turn(const Place& place, const StretchFactors& wanted) {
+  if (stream_.IsActive() || !wanted.AreRecorded() || late_.IsActive()) {
+    // Asked for first: a stream that begins reads ahead at once.
+    const long long caesura = player_.GetNextCaesuraSampleIndex(place.index);
+    stop_ = caesura > place.index ? caesura : StretchedStream::kNever;
+  }
   if (stream_.IsActive() ? GoesOn_(place, wanted) : wanted.AreRecorded()) {
     if (place.index != place.before) JumpAsRecorded_(place);
   } else if (wanted.AreRecorded()) {
@@ -63,10 +78,8 @@ void StretchPath::Turn(const Place& place, const StretchFactors& wanted) {
   } else {
     BeginStream_(place, {std::max(wanted.scale, kSlowest), wanted.semitones});
   }
-  if (!stream_.IsActive()) return;
-  // What waits behind a caesura must not be heard before it, not even as the shadow of an attack.
-  const long long caesura = player_.GetNextCaesuraSampleIndex(place.index);
-  if (caesura > place.index) stream_.SetEnd(caesura);
+  // Not even the shadow of an attack behind it is heard before it.
+  if (stream_.IsActive()) stream_.SetEnd(stop_);
 }
 
 // Whether the stream that plays is the one to play on.
@@ -79,7 +92,8 @@ bool StretchPath::GoesOn_(const Place& place, const StretchFactors& wanted) {
 
 std::size_t StretchPath::SeamLength_(const Place& place) const {
   if (!isSounding_) return 0;
-  return place.index != place.before ? fade_.GetLength() : seam_;
+  // Stretched sound has no splice that is none: it would click where a jump of recorded frames does not.
+  return place.index != place.before ? std::clamp(fade_.GetLength(), seam_, mostSeam_) : seam_;
 }
 
 void StretchPath::TakeOutgoing_(const Place& place, std::size_t length) {
@@ -88,9 +102,38 @@ void StretchPath::TakeOutgoing_(const Place& place, std::size_t length) {
     stream_.Render(fade_.Outgoing(), length);
     return;
   }
+  TakeRecorded_(place, length);
+}
+
+void StretchPath::TakeRecorded_(const Place& place, std::size_t length) {
+  const bool jumps = place.index != place.before;
+  const long long jumpedFrom = place.stop < 0 ? StretchedStream::kNever : place.stop;
+  const long long behind = jumps ? jumpedFrom : stop_;
+  const long long ahead = std::exchange(stop_, behind);
   ReadAt(place.before, fade_.Outgoing(), length);
   late_.Apply(place.before, fade_.Outgoing(), length);
   late_.Cancel();
+  const auto known = static_cast<std::size_t>(
+      std::clamp<long long>(behind - place.before, 0, static_cast<long long>(length)));
+  if (known < length) TurnBackAtStop_(behind, known, length);
+  stop_ = ahead;
+}
+
+// Where a jump leaves from just before a caesura, nothing is left to fade out: the last frames before it
+// stand in, backwards, and at first upside down too, so that the sound goes on without a kink.
+void StretchPath::TurnBackAtStop_(long long stop, std::size_t from, std::size_t length) {
+  const std::size_t missing = length - from;
+  ReadAt(stop - 1 - static_cast<long long>(missing), incoming_.data(), missing + 1);
+  const float* last = incoming_.data() + missing * channels_;
+  float* out = fade_.Outgoing() + from * channels_;
+  for (std::size_t i = 0; i < missing; ++i) {
+    const double way = std::min(1.0, static_cast<double>(i) / static_cast<double>(reach_));
+    const auto turn = static_cast<float>(1.0 + std::cos(std::numbers::pi * way));
+    const float* mirrored = last - (i + 1) * channels_;
+    for (unsigned channel = 0; channel < channels_; ++channel) {
+      *out++ = mirrored[channel] + turn * (last[channel] - mirrored[channel]);
+    }
+  }
 }
 
 // Where nothing that came before leads over to it, the first moment is heard as it was recorded: an attack on
@@ -114,7 +157,7 @@ void StretchPath::BeginStream_(const Place& place, const StretchFactors& wanted)
   const bool begins = ending == 0 || place.isNextSong;
   if (begins) TakeBeginning_(place.index, length, ending == 0);
   late_.Cancel();
-  stream_.Start(place.index, wanted, reach_);
+  stream_.Start(place.index, wanted, reach_, stop_);
   const std::size_t reach = begins || place.index != place.before ? near_ : reach_;
   stream_.Skip(reach_ - reach);
   const SeamMatch match =
@@ -143,9 +186,12 @@ void StretchPath::LeaveStream_(const Place& place) {
   ReadAt(place.index - static_cast<long long>(reach_), incoming_.data(), length + 2 * reach_);
   const float* here = incoming_.data() + reach_ * channels_;
   SeamMatch match{reach_, Correlation(fade_.Outgoing(), here, length * channels_)};
-  if (match.correlation < kOpposed && place.index == place.before) {
+  const auto room = static_cast<std::size_t>(std::max(0LL, stop_ - place.index - kBetween));
+  // With a caesura at hand there is no time to come back gently.
+  const bool mayGiveWay = place.index == place.before && room >= kGentle * reach_;
+  if (match.correlation < kOpposed && mayGiveWay) {
     match = FindSeam(fade_.Outgoing(), incoming_.data(), length, channels_, reach_, reach_);
-    late_.Begin(static_cast<double>(reach_) - static_cast<double>(match.lag));
+    late_.Begin(static_cast<double>(reach_) - static_cast<double>(match.lag), room);
   }
   fade_.Begin(length, match.correlation);
 }

@@ -13,7 +13,8 @@ namespace tesk_audio {
 // Turns the frames of reads into the frames of the device: as they are at tempo scale 1 and transposition 0,
 // with nothing of the stretcher on their way; stretched otherwise. The frame that is due is the frame that
 // comes out, so that a read's device frames stand for exactly its song frames. Where sounds meet that do not
-// go on from one another, they cross-fade where they fit together best.
+// go on from one another, they cross-fade where they fit together best. Of what stands behind a caesura
+// nothing is heard before playback has come there.
 //
 // Units      `index`, `count`: frames of song audio, unscaled. What Render gives: frames of the device.
 // Threads    one at a time.
@@ -25,8 +26,9 @@ class StretchPath : private FrameSource {
   StretchPath(AudioPlayerOutputInterface& player, CrossFade& fade, StretchQuality quality, double rateHz,
               unsigned channels, std::size_t mostFrames);
 
-  // The longest cross-fade between sounds of one song.
-  static std::size_t SeamFrames(double rateHz);
+  // The longest cross-fade with stretched sound. Its last frames have to be there before the stretcher can
+  // begin anew, so that they are made at once: a long one would keep the render thread from its time.
+  static std::size_t MostSeamFrames(double rateHz);
   // The most device frames that a read can become.
   std::size_t GetMostFrames() const { return out_.size() / channels_; }
 
@@ -35,6 +37,7 @@ class StretchPath : private FrameSource {
     long long index = 0;      // first frame of the read
     long long before = 0;     // the frame that would have come next, the same unless a jump was taken
     bool isNextSong = false;  // which the one before runs into
+    long long stop = -1;      // after a jump: the caesura that lies at or behind `before`; -1: none
   };
   // Before the read: leads over to it. Throws what the player throws.
   void Turn(const Place& place, const StretchFactors& wanted);
@@ -50,6 +53,8 @@ class StretchPath : private FrameSource {
   bool GoesOn_(const Place& place, const StretchFactors& wanted);
   std::size_t SeamLength_(const Place& place) const;
   void TakeOutgoing_(const Place& place, std::size_t length);
+  void TakeRecorded_(const Place& place, std::size_t length);
+  void TurnBackAtStop_(long long stop, std::size_t from, std::size_t length);
   void TakeBeginning_(long long index, std::size_t length, bool isAlone);
   void BeginStream_(const Place& place, const StretchFactors& wanted);
   void JumpAsRecorded_(const Place& place);
@@ -59,6 +64,7 @@ class StretchPath : private FrameSource {
   CrossFade& fade_;
   unsigned channels_;
   std::size_t seam_;
+  std::size_t mostSeam_;
   std::size_t reach_;  // how far beside its place a sound may begin so that it fits
   std::size_t near_;   // and how far it may where attacks matter
   StretchedStream stream_;
@@ -66,8 +72,9 @@ class StretchPath : private FrameSource {
   std::vector<float> incoming_;  // frames to compare
   std::vector<float> out_;
   float* frames_ = nullptr;
-  double due_ = 0.0;         // device frames that rounding has kept back
-  bool isSounding_ = false;  // there is something before
+  long long stop_ = StretchedStream::kNever;  // the next caesura: what stands behind it is silent to us
+  double due_ = 0.0;                          // device frames that rounding has kept back
+  bool isSounding_ = false;                   // there is something before
 };
 
 }  // namespace tesk_audio

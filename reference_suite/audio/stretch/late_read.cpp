@@ -29,13 +29,15 @@ LateRead::LateRead(FrameSource& source, double rateHz, unsigned channels, std::s
                    std::size_t mostDelay)
     : source_(source),
       channels_(channels),
-      length_(static_cast<std::size_t>(std::lround(kWayBackSeconds * rateHz))),
+      most_(static_cast<std::size_t>(std::lround(kWayBackSeconds * rateHz))),
+      length_(most_),
       margin_(mostDelay + 3),
       around_((mostFrames + 2 * margin_) * channels),
       position_(length_) {}
 
-void LateRead::Begin(double delay) {
+void LateRead::Begin(double delay, std::size_t room) {
   delay_ = delay;
+  length_ = std::min(most_, room);
   position_ = delay == 0.0 ? length_ : 0;
 }
 

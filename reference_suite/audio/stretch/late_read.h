@@ -19,8 +19,9 @@ class LateRead {
   LateRead(FrameSource& source, double rateHz, unsigned channels, std::size_t mostFrames,
            std::size_t mostDelay);
 
-  // From the next frame on; negative: early.
-  void Begin(double delay);
+  // From the next frame on; negative: early. Back within `room` frames, where that is less than a quarter of
+  // a second: what stands behind them is not to be heard early.
+  void Begin(double delay, std::size_t room);
   void Cancel() { position_ = length_; }
   bool IsActive() const { return position_ < length_; }
   // In place of the frames from `index` on. Leaves alone what comes after the way back.
@@ -31,7 +32,8 @@ class LateRead {
 
   FrameSource& source_;
   unsigned channels_;
-  std::size_t length_;
+  std::size_t most_;    // frames that the way back takes
+  std::size_t length_;  // and takes this time
   std::size_t margin_;  // frames read before and after
   std::vector<float> around_;
   double delay_ = 0.0;

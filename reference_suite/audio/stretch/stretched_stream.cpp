@@ -33,7 +33,7 @@ StretchedStream::StretchedStream(std::unique_ptr<StretchEngine> engine, FrameSou
       in_(StretchEngine::kMostFrames * channels),
       out_(kRoom * channels) {}
 
-void StretchedStream::Start(long long index, const StretchFactors& factors, std::size_t lead) {
+void StretchedStream::Start(long long index, const StretchFactors& factors, std::size_t lead, long long end) {
   engine_->Begin(factors);
   factors_ = factors;
   active_ = true;
@@ -41,7 +41,8 @@ void StretchedStream::Start(long long index, const StretchFactors& factors, std:
   const double runUp =
       (static_cast<double>(lead) + std::max(0.0, -attack) + engine_->GetRunUp()) * factors.scale;
   origin_ = static_cast<double>(index) - std::ceil(runUp + engine_->GetHalfIn() * engine_->GetStep());
-  end_ = silentFrom_ = kNever;
+  end_ = end;
+  silentFrom_ = kNever;
   fed_ = made_ = error_ = 0.0;
   corrects_ = isBased_ = false;
   head_ = ready_ = 0;

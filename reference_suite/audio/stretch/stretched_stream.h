@@ -21,12 +21,15 @@ namespace tesk_audio {
 // Render     Start and a change of ratio may allocate, inside the engine; nothing else does.
 class StretchedStream {
  public:
+  static constexpr long long kNever = std::numeric_limits<long long>::max() / 2;
+
   // `source` outlives it.
   StretchedStream(std::unique_ptr<StretchEngine> engine, FrameSource& source, double rateHz,
                   unsigned channels);
 
-  // From now on the frame of song frame `index` comes out after `lead` frames that belong before it.
-  void Start(long long index, const StretchFactors& factors, std::size_t lead);
+  // From now on the frame of song frame `index` comes out after `lead` frames that belong before it. To the
+  // stream, the song is silent from `end` on: it reads ahead at once.
+  void Start(long long index, const StretchFactors& factors, std::size_t lead, long long end = kNever);
   void Stop() { active_ = false; }
   bool IsActive() const { return active_; }
   const StretchFactors& GetFactors() const { return factors_; }
@@ -34,7 +37,7 @@ class StretchedStream {
   // Another tempo scale from song frame `index` on, which is the next to be asked for. False, and nothing
   // changed, when what was read ahead already would put attacks too far beside their places: begin anew.
   bool ChangeScale(long long index, double scale);
-  // To the stream, the song is silent from `index` on.
+  // Another end; kNever: none.
   void SetEnd(long long index) { end_ = index; }
   void SetEndHere() { end_ = static_cast<long long>(PlaceOf_(fed_)); }
   // Whether it has taken silence for the song at `index`, so that it does not know how the song goes on.
@@ -52,8 +55,6 @@ class StretchedStream {
   double GetError() const { return error_; }
 
  private:
-  static constexpr long long kNever = std::numeric_limits<long long>::max() / 2;
-
   void DoChunk_();
   void Feed_(std::size_t count);
   void Collect_();

@@ -95,6 +95,29 @@ TEST_F(Feed, ClosingFadesOutOverTheNextFrames) {
   EXPECT_EQ(ring_.GetReadPosition(), 8U);
 }
 
+TEST_F(Feed, AFadeLongerThanWhatIsThereEndsWithTheLastFrame) {
+  Write(8);
+  feed_.SetRefill(0);
+  feed_.Open();
+  Turn(4);
+  feed_.Close(1000);
+  EXPECT_EQ(Turn(2), (Frames{5 * 0.75F, 6 * 0.5F}));
+  EXPECT_EQ(Turn(4), (Frames{7 * 0.25F, 0, 0, 0}));
+  EXPECT_TRUE(feed_.IsClosed());
+  EXPECT_EQ(feed_.GetUnderrunFrames(), 0);
+}
+
+TEST_F(Feed, AFadeLongerThanWhatIsLeftBeforeTheEndEndsThere) {
+  Write(20);
+  feed_.SetRefill(0);
+  feed_.EndAt(8);
+  feed_.Open();
+  Turn(4);
+  feed_.Close(1000);
+  EXPECT_EQ(Turn(6), (Frames{5 * 0.75F, 6 * 0.5F, 7 * 0.25F, 0, 0, 0}));
+  EXPECT_TRUE(feed_.IsClosed());
+}
+
 TEST_F(Feed, AFadeGoesOnOverPeriods) {
   Write(20);
   feed_.SetRefill(0);
@@ -215,14 +238,14 @@ TEST_F(Feed, WithoutFadesADropIsASplice) {
   EXPECT_EQ(Turn(4), From(21, 4));
 }
 
-TEST_F(Feed, AFadeOutOfWhatIsDroppedNeverRunsIntoWhatComesInstead) {
+TEST_F(Feed, AFadeOutOfWhatIsDroppedEndsWithItAndNeverRunsIntoWhatComesInstead) {
   Write(6);
   faded_.SetRefill(0);
   faded_.Open();
   Turn(4, &faded_);
   faded_.DropBefore(6);
   Write(10);
-  EXPECT_EQ(Turn(6, &faded_), (Frames{5 * 0.75F, 6 * 0.5F, 7 * 0.25F, 8 * 0.5F, 9 * 0.75F, 10}));
+  EXPECT_EQ(Turn(6, &faded_), (Frames{5 * 0.5F, 0, 7 * 0.25F, 8 * 0.5F, 9 * 0.75F, 10}));
 }
 
 TEST_F(Feed, ClosedWhileItDropsItPassesOverTheRestAndStaysClosed) {

@@ -27,7 +27,7 @@ TEST(Fade, GoesInAndOutInAStraightLine) {
   std::vector<float> frames = Ones(6);
   fade.Apply(frames.data(), 6);
   EXPECT_EQ(frames, (std::vector<float>{0.25F, 0.5F, 0.75F, 1.0F, 1.0F, 1.0F}));
-  fade.StartOut(4);
+  fade.StartOut(4, 4);
   EXPECT_EQ(fade.GetLeft(), 4U);
   frames = Ones(6);
   fade.Apply(frames.data(), 6);
@@ -37,7 +37,7 @@ TEST(Fade, GoesInAndOutInAStraightLine) {
 
 TEST(Fade, TurnsRoundWhereItHasComeTo) {
   tesk_audio::Fade fade(1);
-  fade.StartOut(4);
+  fade.StartOut(4, 4);
   std::vector<float> frames = Ones(1);
   fade.Apply(frames.data(), 1);
   fade.StartIn(4);
@@ -49,13 +49,22 @@ TEST(Fade, TurnsRoundWhereItHasComeTo) {
 
 TEST(Fade, OfNoLengthActsAtOnce) {
   tesk_audio::Fade fade(1);
-  fade.StartOut(0);
+  fade.StartOut(0, 0);
   EXPECT_FALSE(fade.IsUnderWay());
   EXPECT_TRUE(fade.IsSilent());
   fade.StartIn(0);
   std::vector<float> frames = Ones(3);
   fade.Apply(frames.data(), 3);
   EXPECT_EQ(frames, Ones(3));
+}
+
+TEST(Fade, OutIsSteeperWhereFewerFramesAreToBeHad) {
+  tesk_audio::Fade fade(1);
+  fade.StartOut(1000, 4);
+  EXPECT_EQ(fade.GetLeft(), 4U);
+  std::vector<float> frames = Ones(4);
+  fade.Apply(frames.data(), 4);
+  EXPECT_EQ(frames, (std::vector<float>{0.75F, 0.5F, 0.25F, 0.0F}));
 }
 
 TEST(Fade, IsTheSameInAnyParts) {

@@ -73,6 +73,8 @@ INSTANTIATE_TEST_SUITE_P(EnteringChangingAndLeaving, Seams,
                                                           Change{0.8, 0, 1.3, 0}, Change{1.0, -3, 1.0, 3}),
                                           testing::Values(StretchQuality::Faster, StretchQuality::Finer)));
 
+class SeamsOfEngines : public testing::TestWithParam<StretchQuality> {};
+
 TEST(StretchBypass, EverySampleIsAsRecordedBeforeAndAQuarterOfASecondAfter) {
   for (const StretchQuality quality : {StretchQuality::Faster, StretchQuality::Finer}) {
     AudibleRun run(Songs{{.frames = 100'000, .scales = {{30'000, 1.25L}, {50'000, 1.0L}}}}, 5.0, 0.0, 48000.0,
@@ -141,6 +143,122 @@ TEST(StretchAtACaesura, NothingOfWhatFollowsIsHeardBeforeIt) {
   EXPECT_EQ(run.heard.size(), 75'000U);
   EXPECT_GT(Level(run.heard, 37'500, 480), 0.3) << "and after it at once";
 }
+
+// Ways to come to the caesura at `kStop`, or past it with a jump, with little before it.
+struct Approach {
+  const char* name;
+  ScriptedPlayer::Song song;
+  double crossfadeMs = 5.0;
+};
+
+constexpr long long kStop = 8'000;
+
+std::vector<Approach> Approaches(long long distance) {
+  const long long at = kStop - distance;
+  return {
+      {"enters", {.scales = {{at, 0.8}}}},
+      {"changes key", {.scales = {{0, 0.8}}, .transpositions = {{at, -3}}}},
+      {"changes tempo", {.scales = {{0, 0.8}, {at, 1.9}}}},
+      {"leaves", {.scales = {{0, 1.0}, {at, 1.0}}, .transpositions = {{0, 5}, {at, 0}}}},
+      {"jumps there stretched", {.jumps = {{4'000, {at}}}, .scales = {{0, 1.3}}}},
+      {"jumps away stretched", {.jumps = {{at, {3'000}}}, .scales = {{0, 0.8}}}, 1000.0},
+      {"jumps away as recorded", {.jumps = {{at, {3'000}}}}},
+      {"jumps away as recorded, unannounced", {.jumps = {{at, {3'000}}}, .announcesJumps = false}},
+      {"jumps away in a long cross-fade", {.jumps = {{at, {3'000}}}}, 300.0},
+      {"jumps away and enters", {.jumps = {{at, {3'000}}}, .scales = {{4'000, 1.0}, {3'000, 0.7}}}},
+  };
+}
+
+// The same song twice, another sound behind the caesura: up to it, nothing tells one from the other.
+TEST_P(SeamsOfEngines, NothingFromBehindACaesuraIsHeardBeforeIt) {
+  constexpr std::size_t kFrames = 16'000;
+  const auto one = Tones({330.0, 495.0}, 0.3, kFrames);
+  auto other = std::make_shared<std::vector<float>>(*one);
+  for (std::size_t i = kStop; i < kFrames; ++i) (*other)[i] = i % 3 == 0 ? 0.9F : -0.7F;
+  for (const long long distance : {0LL, 1LL, 170LL, 500LL, 3'000LL}) {
+    for (const Approach& approach : Approaches(distance)) {
+      const auto heard = [&](const std::shared_ptr<const std::vector<float>>& sound) {
+        ScriptedPlayer::Song song = approach.song;
+        song.frames = kFrames;
+        song.caesuras = {kStop};
+        song.sound = sound;
+        AudibleRun run(Songs{song}, approach.crossfadeMs, 0.0, 48000.0, 1, GetParam());
+        run.Play();
+        EXPECT_TRUE(run.player.Waits());
+        return run.heard;
+      };
+      const std::vector<float> expected = heard(one);
+      EXPECT_GT(expected.size(), 3'000U);
+      EXPECT_TRUE(expected == heard(other)) << approach.name << ", " << distance << " frames before it";
+    }
+  }
+}
+
+// Recorded sound that has given way to the stretched one before it is back in its place at the caesura, and
+// goes on up to it.
+TEST_P(SeamsOfEngines, LeavingCloseBeforeACaesuraGoesOnUpToItWithoutAStep) {
+  constexpr std::size_t kFrames = 16'000;
+  for (const double hertz : {440.0, 1000.0}) {
+    const auto sound = Tones({hertz}, 0.5, kFrames);
+    for (const long long distance : {300LL, 1'000LL, 1'013LL, 1'029LL, 2'000LL, 2'017LL}) {
+      AudibleRun run(Songs{{.frames = kFrames,
+                            .caesuras = {kStop},
+                            .scales = {{0, 0.8}, {kStop - distance, 1.0}},
+                            .sound = sound}},
+                     5.0, 0.0, 48000.0, 1, GetParam());
+      run.Play();
+      const double own = LargestStep(run.heard, 4'000, 8'000);
+      EXPECT_LE(LargestStep(run.heard, 8'000, run.heard.size()), 1.3 * own) << hertz << " Hz, " << distance;
+      EXPECT_EQ(run.heard.back(), (*sound)[kStop - 1]) << hertz << " Hz, " << distance;
+    }
+  }
+}
+
+// From a jump as recorded, at the caesura or close before it, into a sound that goes on.
+TEST(JumpAwayFromACaesura, HasNoStepAndNoBendThatIsNotTheMusics) {
+  constexpr std::size_t kFrames = 60'000;
+  // The jump is one of whole waves.
+  const auto sound = Tones({400.0}, 0.5, kFrames);
+  for (const long long distance : {0LL, 1LL, 30LL, 170LL, 239LL}) {
+    const long long at = kStop - distance;
+    AudibleRun run(
+        Songs{{.frames = kFrames, .caesuras = {kStop}, .jumps = {{at, {at - 3'000}}}, .sound = sound}}, 5.0);
+    run.Play();
+    const auto jump = static_cast<std::size_t>(at);
+    EXPECT_LE(LargestStep(run.heard, jump - 100, jump + 1'000), 1.5 * LargestStep(run.heard, 2'000, 4'000))
+        << distance;
+    EXPECT_LE(LargestBend(run.heard, jump - 100, jump + 1'000), 0.006) << distance;
+  }
+}
+
+// A song of two tones that jumps, stretched, from one into the middle of a wave of the other.
+std::vector<float> HeardOfAJump(double crossfadeMs, StretchQuality quality) {
+  AudibleRun run(Songs{{.frames = 60'000,
+                        .jumps = {{30'000, {10'011}}},
+                        .scales = {{0, 1.1}},
+                        .sound = Tones({440.0, 661.0}, 0.25, 60'000)}},
+                 crossfadeMs, 0.0, 48000.0, 1, quality);
+  run.Play();
+  return run.heard;
+}
+
+TEST_P(SeamsOfEngines, AStretchedJumpIsASeamOfFiveMillisecondsWhateverLessIsSaid) {
+  const std::vector<float> heard = HeardOfAJump(0.0, GetParam());
+  EXPECT_EQ(heard, HeardOfAJump(5.0, GetParam()));
+  EXPECT_EQ(heard, HeardOfAJump(2.0, GetParam()));
+  const auto jump = static_cast<std::size_t>(30'000 / 1.1);
+  EXPECT_LE(LargestStep(heard, jump - 200, jump + 1'000), 1.2 * LargestStep(heard, 5'000, 20'000));
+  EXPECT_LE(LargestBend(heard, jump - 200, jump + 1'000), 3.0 * LargestBend(heard, 5'000, 20'000));
+}
+
+TEST_P(SeamsOfEngines, AStretchedJumpIsASeamOfTenMillisecondsWhateverMoreIsSaid) {
+  const std::vector<float> heard = HeardOfAJump(10.0, GetParam());
+  EXPECT_EQ(heard, HeardOfAJump(1000.0, GetParam()));
+  EXPECT_NE(heard, HeardOfAJump(9.0, GetParam()));
+}
+
+INSTANTIATE_TEST_SUITE_P(Qualities, SeamsOfEngines,
+                         testing::Values(StretchQuality::Faster, StretchQuality::Finer));
 
 TEST(StretchAtAttacca, TheNextSongBeginsAtItsFirstFrameAndTheOneBeforeRingsOut) {
   AudibleRun run(
