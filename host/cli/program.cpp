@@ -11,6 +11,7 @@
 #include <string_view>
 
 #include "host/cli/verbs.h"
+#include "host/session/at_work.h"
 #include "host/session/console_lines.h"
 #include "host/session/failure.h"
 #include "host/session/interrupts.h"
@@ -70,15 +71,20 @@ int Carry(const Action& action) {
   return kFailed;
 }
 
-// Written as it stands: there is no memory to put words together.
-int SayOutOfMemory() {
-  constexpr std::string_view kWords =
-      "orbel: out of memory; close other programs, or shorten the recordings\n";
-  for (std::size_t done = 0; done < kWords.size();) {
-    const ssize_t written = ::write(STDERR_FILENO, kWords.data() + done, kWords.size() - done);
-    if (written <= 0) break;
-    done += static_cast<std::size_t>(written);
+void WriteToStandardError(std::string_view words) {
+  while (!words.empty()) {
+    const ssize_t written = ::write(STDERR_FILENO, words.data(), words.size());
+    if (written <= 0) return;
+    words.remove_prefix(static_cast<std::size_t>(written));
   }
+}
+
+// Written piece by piece: there is no memory to put words together.
+int SayOutOfMemory() {
+  WriteToStandardError("orbel: ");
+  WriteToStandardError(AtWork());
+  WriteToStandardError(AtWork().empty() ? "" : ": ");
+  WriteToStandardError("out of memory; close other programs, or shorten the recordings\n");
   return kFailed;
 }
 

@@ -2,6 +2,7 @@
 
 #include <algorithm>
 
+#include "host/session/at_work.h"
 #include "host/session/failure.h"
 #include "host/session/script.h"
 #include "host/session/session.h"
@@ -30,6 +31,9 @@ Conductor::Conductor(Session& session, Directions directions)
       leaver_(directions_.vampPasses) {}
 
 void Conductor::OnSong() {
+  const std::string number = session_.GetSongNumber();
+  const ShowFolder& folder = session_.GetFolder();
+  NoteSong(number, folder.HasAudio(number) ? "data/" + folder.GetAudioFiles().at(number) : "");
   idlePasses_.clear();
   leaver_.OnSong();
   const tesk_midi::SongData& song = session_.GetSong();

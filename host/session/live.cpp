@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <utility>
 
+#include "host/session/at_work.h"
 #include "host/session/known_positions.h"
 #include "host/session/output_choice.h"
 #include "host/session/overwriting.h"
@@ -14,6 +15,7 @@ namespace orbel::host {
 namespace {
 
 OutputChoice ChooseSound(const PlayOptions& options) {
+  NoteShow(options.showPath);
   if (options.output == "file") {
     RenderOptions written;
     written.showPath = options.showPath;

@@ -5,6 +5,7 @@
 #include <memory>
 #include <utility>
 
+#include "host/session/at_work.h"
 #include "host/session/conductor.h"
 #include "host/session/failure.h"
 #include "host/session/interrupts.h"
@@ -217,6 +218,7 @@ void Renderer::Report_() {
 }  // namespace
 
 void Render(const RenderOptions& options, const RenderListener& listener) {
+  NoteShow(options.showPath);
   RequireNothingIsOverwritten(options);
   Renderer renderer(options, listener.progress);
   const RenderResult result = renderer.Run();

@@ -3,6 +3,7 @@
 #include <filesystem>
 
 #include "exc/text/split_string.h"
+#include "host/session/at_work.h"
 #include "host/session/failure.h"
 #include "host/session/shown_text.h"
 #include "suite/audio/errors.h"
@@ -15,6 +16,7 @@ namespace {
 constexpr double kUsualRateHz = 44100.0;
 
 tesk_midi::LoadedShow Load(const std::string& path) {
+  NoteShow(path);
   std::error_code error;
   if (!std::filesystem::is_directory(path, error)) {
     throw Failure(Shown(path) + ": is not a show folder; give the folder that holds songs/ and data/");
@@ -63,6 +65,7 @@ std::string ShowFolder::CueFile(const std::string& song) const {
 }
 
 tesk_audio::AudioFileInfo ShowFolder::Probe(const std::string& song) const {
+  const AtSong atSong(song, "data/" + audioFiles_.at(song));
   return tesk_audio::ProbeAudioFile(AudioPath(song));
 }
 

@@ -28,6 +28,7 @@ class RefusedMemory : public testing::TestWithParam<bool> {
   // `arguments` with the n-th allocation refused, n growing by third parts, until nothing is refused.
   void Squeeze(const std::vector<std::string>& arguments) {
     int refusals = 0;
+    int namedASong = 0;
     for (int n = 1; n < 10'000; n += 1 + n / 3) {
       const auto refusing = Refusing({{"ORBEL_REFUSE_MEMORY", std::to_string(n)},
                                       {"ORBEL_REFUSE_MEMORY_FOR_GOOD", GetParam() ? "1" : "0"}});
@@ -38,11 +39,16 @@ class RefusedMemory : public testing::TestWithParam<bool> {
       ++refusals;
       ExpectEndedInWords(run);
       EXPECT_EQ(run.status, 1);
+      const bool namesSong = run.messages.find("1 Waltz.") != std::string::npos ||
+                             run.messages.find("2 Polka.") != std::string::npos;
+      namedASong += namesSong ? 1 : 0;
+      EXPECT_TRUE(namesSong || run.messages.find(files_.Show()) != std::string::npos) << run.messages;
       EXPECT_FALSE(std::filesystem::exists(files_.Beside("out.wav")));
       EXPECT_FALSE(std::filesystem::exists(files_.Beside("out.wav.part")));
       if (HasFailure()) return;
     }
     EXPECT_GT(refusals, 5);
+    EXPECT_GT(namedASong, GetParam() ? 0 : refusals / 4);
   }
   ShowFiles files_;
 };

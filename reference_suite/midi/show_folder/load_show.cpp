@@ -69,12 +69,15 @@ ShowToml LoadShowToml(const std::string& showPath, FileProblems* problems) {
 // Gathers a show song by song, and at the end gives it or throws.
 class ShowLoader {
  public:
-  void LoadSongs(const std::string& showPath) {
-    const std::vector<SongFiles> songs = FindSongFiles(ListSongs(showPath), &problems_.refusing);
-    for (const SongFiles& files : songs) {
-      numbers_.insert(files.number);
-      if (auto song = LoadSong(showPath, files, &problems_)) Take_(std::move(*song));
+  // `current`: the song being loaded when an exception ends this.
+  void LoadSongs(const std::string& showPath, SongFiles* current) {
+    std::vector<SongFiles> songs = FindSongFiles(ListSongs(showPath), &problems_.refusing);
+    for (SongFiles& files : songs) {
+      std::swap(*current, files);
+      numbers_.insert(current->number);
+      if (auto song = LoadSong(showPath, *current, &problems_)) Take_(std::move(*song));
     }
+    *current = {};
     if (songs.empty()) {
       FileProblems("songs", "", &problems_.refusing)
           .Error("there is no song; put each song's MIDI file there as \"NUMBER NAME.mid\".");
@@ -119,14 +122,19 @@ class ShowLoader {
 
 LoadedShow LoadShow(const std::string& showPath) {
   RequireFolder(showPath);
+  SongFiles current;
   try {
     ShowLoader loader;
-    loader.LoadSongs(showPath);
+    loader.LoadSongs(showPath, &current);
     loader.SetOrder(showPath);
     return loader.Finish();
   } catch (const std::bad_alloc&) {
     // What was loaded so far is gone by now, so that there is room for these words.
-    RefuseAtOnce("", "there is not enough memory to load the show; end other programs and open it again.");
+    const std::string cure = "; end other programs and open it again.";
+    if (current.midi.empty())
+      RefuseAtOnce("", "there is not enough memory to load " + Quoted(showPath) + cure);
+    RefuseAtOnce("songs/" + current.midi, "there is not enough memory for song " + ShownText(current.number) +
+                                              " of " + Quoted(showPath) + cure);
   }
 }
 

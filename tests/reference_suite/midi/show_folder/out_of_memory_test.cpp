@@ -16,8 +16,11 @@ namespace {
 
 using test_support::RefusedAllocations;
 
-const char kNotEnough[] =
-    "there is not enough memory to load the show; end other programs and open it again.";
+// What is told while a song is loaded, and before and behind that.
+std::string NotEnough(const tesk_midi::Problem& problem, const std::string& show) {
+  const std::string what = problem.file == "songs/3 Waltz.mid" ? "for song 3 of" : "to load";
+  return "there is not enough memory " + what + " \"" + show + "\"; end other programs and open it again.";
+}
 
 class OutOfMemory : public testing::TestWithParam<bool> {
  protected:
@@ -40,7 +43,9 @@ class OutOfMemory : public testing::TestWithParam<bool> {
       refused.End();
     } catch (const tesk_midi::ShowError& error) {
       refused.End();
-      result = error.GetProblems().at(0).message == kNotEnough ? "in words" : error.what();
+      const tesk_midi::Problem& problem = error.GetProblems().at(0);
+      (problem.file.empty() ? toldOfTheShow_ : toldOfTheSong_) = true;
+      result = problem.message == NotEnough(problem, name) ? "in words" : error.what();
     } catch (const std::bad_alloc&) {
       refused.End();
       result = "bad_alloc";
@@ -49,6 +54,8 @@ class OutOfMemory : public testing::TestWithParam<bool> {
   }
 
   made_show::ShowOnDisk show_;
+  bool toldOfTheShow_ = false;
+  bool toldOfTheSong_ = false;
 };
 
 // One failure is told in words; when nothing can be allocated any more, not even words can.
@@ -61,6 +68,8 @@ TEST_P(OutOfMemory, AtEveryAllocationEndsInAnException) {
     ASSERT_LT(allocation, 100'000);
   }
   EXPECT_GT(allocation, 50);
+  EXPECT_TRUE(toldOfTheShow_ || GetParam());
+  EXPECT_TRUE(toldOfTheSong_ || GetParam());
 }
 
 INSTANTIATE_TEST_SUITE_P(OnceAndFromThenOn, OutOfMemory, testing::Bool());
