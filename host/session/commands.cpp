@@ -166,9 +166,8 @@ void Session::LoadStopped(const std::string& song) {
   if (!folder_.HasAudio(song)) throw Failure("song " + Shown(song) + " cannot be played: it has no audio");
   const SilentOutput silent;
   ChangeSong_(song, [&] { player_->LoadSong(song); });
-  if (SettleStopped_()) return;
-  Recover_(song);
-  if (GetSongNumber() != song) throw Failure(tesk_midi::ToString(problems_.back()));
+  if (!SettleStopped_()) Recover_(song);
+  if (GetSongNumber() != song) throw Failure(WhyLeftOut_(song));
 }
 
 // A change for which the system refuses a thread or memory stops half way, the new song current but not
@@ -181,6 +180,7 @@ void Session::ChangeSong_(const std::string& target, const std::function<void()>
     if (!IsRefusalOfTheMoment(error)) throw;
     tesk_midi::Problem problem;
     problem.songNumber = GetSongNumber();
+    problem.file = "data/" + folder_.GetAudioFiles().at(problem.songNumber);
     problem.message =
         "Song " + problem.songNumber + ": " + WhatWasRefused(error) + ". It is loaded once more.";
     problem.isWarning = true;
@@ -212,13 +212,31 @@ void Session::Recover_(const std::string& song) {
 // words.
 void Session::BeginAnew_(const std::string& song) {
   const SilentOutput silent;
-  try {
-    BuildWithoutBrokenSongs_();
-  } catch (const PlayerLost&) {
-    throw;
-  } catch (const std::exception& error) {
-    throw PlayerLost(Shown(folder_.GetPath()) + ": the show cannot go on: " + error.what());
+  for (int attemptsLeft = 2;; --attemptsLeft) {
+    try {
+      BuildWithoutBrokenSongs_();
+    } catch (const PlayerLost&) {
+      throw;
+    } catch (const std::exception& error) {
+      throw PlayerLost(Shown(folder_.GetPath()) + ": the show cannot go on: " + error.what());
+    }
+    try {
+      return StandAtOrBehind_(song);
+    } catch (const std::exception& error) {
+      if (!IsRefusalOfTheMoment(error)) throw;
+      if (attemptsLeft > 0) continue;
+      const auto attempt = [&] {
+        BuildOnce_();
+        StandAtOrBehind_(song);
+      };
+      if (IsRefusalOfAThread(error) && DoWithoutOneSong_(song, attempt)) return;
+      throw PlayerLost(Shown(folder_.GetPath()) + ": the show cannot go on: " + WhatWasRefused(error));
+    }
   }
+}
+
+// At the start of `song`, or of the one after it that can be played.
+void Session::StandAtOrBehind_(const std::string& song) {
   bool reached = false;
   for (const std::string& number : folder_.GetData().GetRunningOrder()) {
     reached = reached || number == song;

@@ -24,6 +24,10 @@ bool IsRefusalOfTheMoment(const std::exception& error) {
          dynamic_cast<const std::system_error*>(&error) != nullptr;
 }
 
+bool IsRefusalOfAThread(const std::exception& error) {
+  return IsRefusalOfTheMoment(error) && !IsMemory(error);
+}
+
 std::string WhatWasRefused(const std::exception& error) {
   if (IsMemory(error)) return "there is not enough memory";
   return WithoutFullStop(error.what());

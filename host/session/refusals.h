@@ -9,6 +9,9 @@ namespace orbel::host {
 // Threads    ANY.
 bool IsRefusalOfTheMoment(const std::exception& error);
 
+// Whether that was a thread, and not memory.
+bool IsRefusalOfAThread(const std::exception& error);
+
 // What it was, as an operator reads it.
 std::string WhatWasRefused(const std::exception& error);
 

@@ -99,6 +99,8 @@ class Session {
   void BuildOnce_();
   void BuildWithoutBrokenSongs_();
   void LeaveOut_(const std::string& song, const std::string& why);
+  bool DoWithoutOneSong_(const std::string& current, const std::function<void()>& attempt);
+  std::vector<std::string> SongsDecodedWith_(const std::string& current) const;
   bool LoadHasFailed_() const;
   bool LeaveOutBrokenSongs_();
 
@@ -113,6 +115,7 @@ class Session {
   bool SettleStopped_();
   void Recover_(const std::string& song);
   void BeginAnew_(const std::string& song);
+  void StandAtOrBehind_(const std::string& song);
   std::string WhyLeftOut_(const std::string& song) const;
   void ChangeSong_(const std::string& target, const std::function<void()>& change);
 

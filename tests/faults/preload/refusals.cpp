@@ -3,6 +3,7 @@
 //
 //   ORBEL_REFUSE_THREAD=N           the N-th thread is refused, from 1
 //   ORBEL_REFUSE_THREAD_FOR_GOOD=1  and every one behind it
+//   ORBEL_REFUSE_LOADER=NUMBER      every thread that would decode the song of this number
 //   ORBEL_REFUSE_MEMORY=N           the N-th allocation of C++ after the show was first looked at
 //   ORBEL_REFUSE_MEMORY_FOR_GOOD=1  and every one behind it
 //   ORBEL_REFUSE_READ=TEXT:BYTES    reading fails behind BYTES bytes of a file whose name contains TEXT
@@ -10,8 +11,10 @@
 //   ORBEL_HOLD_UNTIL=PATH           until this exists, or for a minute
 //   ORBEL_SLOW_READ=US              every read takes as many microseconds longer
 //   ORBEL_JUMPY_CLOCK=1             the time of day jumps to and fro by hours
+//   ORBEL_COUNT_REFUSALS=FILE       one byte is appended to this file for every thread that was refused
 #include <dlfcn.h>
 #include <errno.h>
+#include <fcntl.h>
 #include <pthread.h>
 #include <stdio.h>
 #include <stdlib.h>
@@ -24,6 +27,8 @@
 #include <atomic>
 #include <cstddef>
 #include <new>
+
+#include "Sources/file_loader/file_loader_data.h"
 
 namespace {
 
@@ -44,6 +49,8 @@ std::atomic<unsigned> clockLooks{0};
 long refusedThread = 0;
 long refusedAllocation = 0;
 bool refusesThreadsForGood = false;
+const char* refusedLoader = nullptr;
+const char* refusalsFile = nullptr;
 bool refusesForGood = false;
 
 // From some place on in every file whose name contains some text.
@@ -81,6 +88,8 @@ bool clockJumps = false;
 __attribute__((constructor)) void ReadEnvironment() {
   refusedThread = Number("ORBEL_REFUSE_THREAD");
   refusesThreadsForGood = Number("ORBEL_REFUSE_THREAD_FOR_GOOD") != 0;
+  refusedLoader = getenv("ORBEL_REFUSE_LOADER");
+  refusalsFile = getenv("ORBEL_COUNT_REFUSALS");
   refusedAllocation = Number("ORBEL_REFUSE_MEMORY");
   refusesForGood = Number("ORBEL_REFUSE_MEMORY_FOR_GOOD") != 0;
   refusedRead.Take(getenv("ORBEL_REFUSE_READ"));
@@ -110,6 +119,22 @@ bool IsRefused(int file, long long end) {
   return true;
 }
 
+bool IsRefusedLoader(void* (*body)(void*), const void* argument) {
+  if (refusedLoader == nullptr) return false;
+  Dl_info found{};
+  if (dladdr(reinterpret_cast<const void*>(body), &found) == 0 || found.dli_sname == nullptr) return false;
+  if (strcmp(found.dli_sname, "FileLoaderThread") != 0) return false;
+  return static_cast<const FileLoaderData*>(argument)->SongNumber() == refusedLoader;
+}
+
+// For the test to read, whatever becomes of the program.
+void CountRefusal() {
+  if (refusalsFile == nullptr) return;
+  const int file = open(refusalsFile, O_WRONLY | O_CREAT | O_APPEND, 0600);
+  if (file < 0 || write(file, ".", 1) != 1) abort();
+  close(file);
+}
+
 long Jump() {
   static constexpr long kHour = 3600;
   return (static_cast<long>(++clockLooks * 7U % 11U) - 5) * kHour;
@@ -137,7 +162,11 @@ int pthread_create(pthread_t* thread, const pthread_attr_t* attributes, void* (*
                    void* argument) {
   static const auto real = Real<decltype(&pthread_create)>("pthread_create");
   const long count = ++threads;
-  if (count == refusedThread || (refusesThreadsForGood && count > refusedThread)) return EAGAIN;
+  if (count == refusedThread || (refusesThreadsForGood && count > refusedThread) ||
+      IsRefusedLoader(body, argument)) {
+    CountRefusal();
+    return EAGAIN;
+  }
   return real(thread, attributes, body, argument);
 }
 
