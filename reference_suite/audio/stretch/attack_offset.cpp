@@ -17,6 +17,8 @@ constexpr std::array<double, 17> kFiner{0.3, 0.2,  0.3,  0.6,   0.75, 1.1,   1.1
                                         0.0, -1.3, -3.0, -4.95, -7.1, -10.3, -13.5, -19.2};
 // What the faster engine adds where the song is read more densely, which leaves out the highest frequencies.
 constexpr double kDenserByAnOctave = 0.55;
+// What the faster engine adds after a beginning where it shortens by an octave; nothing at all by two.
+constexpr double kShorterAtFirst = -1.3;
 constexpr double kFramesPerMillisecond = 48.0;
 
 // The value at `place` of a curve of straight lines; beyond its ends it goes on as it ended.
@@ -36,6 +38,13 @@ double MeasuredAttackOffset(StretchQuality quality, double stretch, double step)
   if (quality == StretchQuality::Finer) return Along(kFiner, place) * kFramesPerMillisecond / 2048.0;
   const double denser = -kDenserByAnOctave * std::log2(step);
   return (Along(kFaster, place) + denser) * kFramesPerMillisecond / 1024.0;
+}
+
+double MeasuredAttackOffsetAtFirst(StretchQuality quality, double stretch) {
+  if (quality == StretchQuality::Finer) return 0.0;
+  const double octaves = -std::log2(stretch);
+  const double share = std::clamp(1.0 - std::fabs(octaves - 1.0), 0.0, 1.0);
+  return share * kShorterAtFirst * kFramesPerMillisecond / 1024.0;
 }
 
 }  // namespace tesk_audio

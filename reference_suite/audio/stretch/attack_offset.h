@@ -11,5 +11,7 @@ namespace tesk_audio {
 // negative: too early.
 // `step`: song frames from one frame that goes in to the next.
 double MeasuredAttackOffset(StretchQuality quality, double stretch, double step);
+// What comes to it in the first twentieth of a second or so after a beginning.
+double MeasuredAttackOffsetAtFirst(StretchQuality quality, double stretch);
 
 }  // namespace tesk_audio

@@ -100,6 +100,10 @@ double RubberBandEngine::GetRunUp() const {
   return stretcher_ == faster_.get() ? 2.0 * halfWindow_ : 0.5 * halfWindow_;
 }
 
+double RubberBandEngine::GetAttackOffsetAtFirst(double scale) const {
+  return MeasuredAttackOffsetAtFirst(QualityFor_(scale), step_ * raised_ / scale) * halfWindow_ / raised_;
+}
+
 double RubberBandEngine::GetAttackOffset(double scale) const {
   return MeasuredAttackOffset(QualityFor_(scale), step_ * raised_ / scale, step_) * halfWindow_ / raised_;
 }

@@ -35,6 +35,7 @@ class RubberBandEngine : public StretchEngine {
   double GetHalfOut() const override { return halfWindow_ / raised_; }
   double GetRunUp() const override;
   double GetAttackOffset(double scale) const override;
+  double GetAttackOffsetAtFirst(double scale) const override;
 
  private:
   using Stretcher = RubberBand::RubberBandStretcher;

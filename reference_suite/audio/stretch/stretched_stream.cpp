@@ -37,7 +37,9 @@ void StretchedStream::Start(long long index, const StretchFactors& factors, std:
   engine_->Begin(factors);
   factors_ = factors;
   active_ = true;
-  const double attack = engine_->GetAttackOffset(factors.scale);
+  // The part that passes is not declared: what it moved is made up for little by little.
+  const double attack =
+      engine_->GetAttackOffset(factors.scale) + engine_->GetAttackOffsetAtFirst(factors.scale);
   const double runUp =
       (static_cast<double>(lead) + std::max(0.0, -attack) + engine_->GetRunUp()) * factors.scale;
   origin_ = static_cast<double>(index) - std::ceil(runUp + engine_->GetHalfIn() * engine_->GetStep());
