@@ -5,6 +5,7 @@
 
 #include "Sources/audio_player/audio_player.h"
 #include "host/session/failure.h"
+#include "host/session/long_wait.h"
 #include "host/session/refusals.h"
 #include "host/session/session.h"
 #include "host/session/shown_text.h"
@@ -106,10 +107,14 @@ std::string Session::Go_() {
 void Session::Play_() {
   if (ended_) player_->StopAndReset();
   waiting_ = ended_ = false;
-  if (IsLoading()) SayThatItIsLoading_(GetSongNumber());
-  player_->Play();
+  PlayWhenLoaded_();
   if (IsPlaying() || !LoadHasFailed_()) return;
   Recover_(GetSongNumber());
+  player_->Play();
+}
+
+void Session::PlayWhenLoaded_() {
+  const LongWait wait(say_, WhatIsWaitedForHere_());
   player_->Play();
 }
 
@@ -173,8 +178,8 @@ void Session::LoadStopped(const std::string& song) {
 // A change for which the system refuses a thread or memory stops half way, the new song current but not
 // loaded: a fresh player goes on at that song.
 void Session::ChangeSong_(const std::string& target, const std::function<void()>& change) {
-  SayWhatIsWaitedForOnTheWayTo_(target);
   try {
+    const LongWait wait(say_, WhatIsWaitedForOnTheWayTo_(target));
     change();
   } catch (const std::exception& error) {
     if (!IsRefusalOfTheMoment(error)) throw;
@@ -194,8 +199,7 @@ void Session::ChangeSong_(const std::string& target, const std::function<void()>
 // first.
 bool Session::SettleStopped_() {
   waiting_ = ended_ = false;
-  if (IsLoading()) SayThatItIsLoading_(GetSongNumber());
-  player_->Play();
+  PlayWhenLoaded_();
   if (!IsPlaying()) return false;
   player_->StopAndReset();
   return true;

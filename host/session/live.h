@@ -17,7 +17,7 @@ struct PlayOptions {
   std::string scriptPath;
   OutputChoice sound;
   std::string output = "auto";  // "jack", "desktop", "null", "file" or, what answers of these, "auto"
-  Say say;                      // is told at once of what is waited for; may be empty
+  Say say;                      // is told of what is waited for, on any thread; may be empty
   int vampPasses = 1;           // when nobody sits at the keys: how often a vamp is played in all
   double caesuraSilence = 0.0;  // and how long a caesura waits, in seconds
 };

@@ -7,6 +7,7 @@
 #include "Sources/audio_player/audio_player.h"
 #include "host/session/at_work.h"
 #include "host/session/failure.h"
+#include "host/session/long_wait.h"
 #include "host/session/refusals.h"
 #include "host/session/session.h"
 #include "host/session/shown_text.h"
@@ -44,7 +45,11 @@ Session::Session(const std::string& showPath, const std::string& song, OutputKin
                  Say say)
     : folder_(showPath), kind_(kind), choice_(choice), say_(std::move(say)) {
   ChooseFormat_(song);
-  BuildWithoutBrokenSongs_();
+  {
+    const std::vector<std::string> songs = PlayableSongs_();
+    const LongWait wait(say_, songs.empty() ? "" : LoadingText(songs.front()));
+    BuildWithoutBrokenSongs_();
+  }
   for (const std::string& number : folder_.GetData().GetRunningOrder()) {
     const bool wanted = song.empty() ? CanBePlayed_(number) : number == song;
     if (!wanted) continue;

@@ -35,7 +35,7 @@ class Session {
  public:
   // Opens the show and stands at the start of `song` (empty: the first that can be played). Throws Failure,
   // tesk_midi::ShowError.
-  // `say` is told at once of what is waited for; it may be empty.
+  // `say` is told of what is waited for longer than a moment, on any thread; it may be empty.
   Session(const std::string& showPath, const std::string& song, OutputKind kind, OutputChoice choice,
           Say say = {});
   ~Session();
@@ -107,6 +107,7 @@ class Session {
   // ---- commands.cpp ----------------------------------------------------------------------------
   std::string Go_();
   void Play_();
+  void PlayWhenLoaded_();
   void Stop_();
   void Seek_(const std::string& position);
   std::string SetTempoScale_(double scale);
@@ -125,8 +126,9 @@ class Session {
   std::vector<std::string> PlayableSongs_() const;
   // The playable song that many places behind the current one; the current one where there is none.
   std::string SongFromHere_(int places) const;
-  void SayWhatIsWaitedForOnTheWayTo_(const std::string& song) const;
-  void SayThatItIsLoading_(const std::string& song) const;
+  // What a change of song, and playing the current one, wait for; empty when for nothing.
+  std::string WhatIsWaitedForOnTheWayTo_(const std::string& song) const;
+  std::string WhatIsWaitedForHere_() const;
 
   ShowFolder folder_;
   const OutputKind kind_;

@@ -32,16 +32,17 @@ std::string Session::SongFromHere_(int places) const {
 
 // A loader is never broken off: whoever goes away from the songs beside the current one waits until those
 // that were being decoded there are done.
-void Session::SayWhatIsWaitedForOnTheWayTo_(const std::string& song) const {
+std::string Session::WhatIsWaitedForOnTheWayTo_(const std::string& song) const {
   const std::vector<std::string> songs = PlayableSongs_();
   const auto target = std::find(songs.begin(), songs.end(), song);
   for (auto other = songs.begin(); other != songs.end(); ++other) {
-    if (std::abs(other - target) > 1 && player_->IsBeingDecoded(*other)) SayThatItIsLoading_(*other);
+    if (std::abs(other - target) > 1 && player_->IsBeingDecoded(*other)) return LoadingText(*other);
   }
+  return "";
 }
 
-void Session::SayThatItIsLoading_(const std::string& song) const {
-  if (say_) say_(LoadingText(song));
+std::string Session::WhatIsWaitedForHere_() const {
+  return IsLoading() ? LoadingText(GetSongNumber()) : "";
 }
 
 std::string LoadingText(const std::string& song) {

@@ -40,6 +40,17 @@ TEST_F(Waits, ASongThatIsSteppedToIsNamedWhileItIsWaitedFor) {
   EXPECT_EQ(orbel.WaitForEnd(), 0);
 }
 
+TEST_F(Waits, TheFirstSongIsNamedWhileTheShowIsOpened) {
+  files_.AddSong("1", "Waltz", 60);
+  const Environment holding = Holding("Waltz");
+  OrbelInATerminal orbel({"play", files_.Show(), "--output", "null"});
+  EXPECT_TRUE(orbel.Shows("song 1 is still loading: waiting for it"));
+  LetGo();
+  EXPECT_TRUE(orbel.Shows("1 Waltz   bar 1.1   240 bpm   stopped"));
+  orbel.Type("q");
+  EXPECT_EQ(orbel.WaitForEnd(), 0);
+}
+
 TEST_F(Waits, ASongThatIsLeftBehindIsNamedWhileItsLoaderIsWaitedFor) {
   files_.AddSong("1", "Waltz", 2);
   files_.AddSong("2", "Polka", 2);
