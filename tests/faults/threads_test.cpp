@@ -17,8 +17,9 @@ using host_tests::Orbel;
 using host_tests::ShowFiles;
 using testing::HasSubstr;
 
-// Position updates, deleting, loading the first song and its neighbour, the output.
-constexpr int kThreadsOfAPlayer = 8;
+// What tells of a long wait, position updates, deleting, loading the first song and its neighbour, the
+// output.
+constexpr int kThreadsOfAPlayer = 9;
 // It makes its own frames and ends before another song would be loaded.
 constexpr int kThreadsOfARender = 4;
 
