@@ -46,8 +46,8 @@ Session::Session(const std::string& showPath, const std::string& song, OutputKin
     : folder_(showPath), kind_(kind), choice_(choice), say_(std::move(say)) {
   ChooseFormat_(song);
   {
-    const std::vector<std::string> songs = PlayableSongs_();
-    const LongWait wait(say_, songs.empty() ? "" : LoadingText(songs.front()));
+    const std::vector<std::string> songs = SongsDecodedWith_("");
+    const LongWait wait(say_, songs.empty() ? "" : LoadingText(songs.back()));
     BuildWithoutBrokenSongs_();
   }
   for (const std::string& number : folder_.GetData().GetRunningOrder()) {
