@@ -11,6 +11,8 @@ struct DeviceUpdate {
   // What takes the sound now; when it is recovering, what did.
   std::string device;
   std::string reason;  // of the failure, for people
+  // Why nobody can hear the device although it runs, and what to do; empty: somebody can.
+  std::string unheard = {};
 };
 
 }  // namespace notify

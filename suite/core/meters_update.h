@@ -11,6 +11,7 @@ struct MetersUpdate {
   unsigned outputs = 0;       // physical ones of the device; 0: as many as there are channels
   unsigned periodFrames = 0;  // that the device takes at a time
   bool recovering = false;    // a clock without sound stands in for a device that has failed
+  std::string unheard;        // why nobody can hear the device although it runs, and what to do; or empty
   std::vector<float> peaks;   // per channel since they were read last; 1 is full scale
   double ringMs = 0.0;        // rendered and still to be heard
   double latencyMs = 0.0;     // from the device taking a frame to the loudspeaker

@@ -5,6 +5,7 @@
 #include <algorithm>
 #include <chrono>
 #include <thread>
+#include <utility>
 
 namespace test_support {
 
@@ -42,6 +43,7 @@ JackRecorder::~JackRecorder() {
 }
 
 void JackRecorder::Process_(jack_nframes_t frames) {
+  const auto now = std::chrono::steady_clock::now();
   if (restart_.exchange(false)) count_ = 0;
   std::vector<const float*>& in = inputs_;
   for (std::size_t port = 0; port < ports_.size(); ++port) {
@@ -50,11 +52,24 @@ void JackRecorder::Process_(jack_nframes_t frames) {
   std::size_t count = count_;
   for (std::size_t i = 0; i < frames && count < room_; ++i) {
     const bool silent = in[0][i] == 0.0F;
+    if (silent && count > 0) ++lastSilence_;
+    if (!silent) silence_ += std::exchange(lastSilence_, 0);
     if (silent && (count == 0 || kept_[0][count - 1] == 0.0F)) continue;
     for (std::size_t port = 0; port < ports_.size(); ++port) kept_[port][count] = in[port][i];
     ++count;
   }
+  ++changes_;
   count_ = count;
+  newestAt_ = std::chrono::duration<double>(now.time_since_epoch()).count();
+  ++changes_;
+}
+
+JackRecorder::Newest JackRecorder::GetNewest() const {
+  for (;;) {
+    const unsigned changes = changes_;
+    const Newest newest{count_, newestAt_};
+    if (changes % 2 == 0 && changes == changes_) return newest;
+  }
 }
 
 std::vector<float> JackRecorder::GetFrames(unsigned port) const {

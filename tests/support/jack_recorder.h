@@ -25,6 +25,14 @@ class JackRecorder {
   std::vector<float> GetFrames(unsigned port = 0) const;
   std::size_t GetCount() const { return count_; }
   bool IsFull() const { return count_ == room_; }
+  // How many frames there are, and when the period of the last came, in seconds of the monotonic clock.
+  struct Newest {
+    std::size_t count = 0;
+    double seconds = 0.0;
+  };
+  Newest GetNewest() const;
+  // Frames of all silences between the first and the last sound.
+  long long GetSilence() const { return silence_; }
   // From now on the next frame that is not silent is the first.
   void Restart() { restart_ = true; }
 
@@ -42,6 +50,10 @@ class JackRecorder {
   std::size_t room_;
   std::vector<std::unique_ptr<float[]>> kept_;  // memory that is not touched before it is needed
   std::atomic<std::size_t> count_{0};
+  std::atomic<unsigned> changes_{0};  // odd while count_ and newestAt_ change
+  std::atomic<double> newestAt_{0.0};
+  std::atomic<long long> silence_{0};
+  long long lastSilence_ = 0;  // the process thread's: behind the last sound
   std::atomic<bool> restart_{false};
   std::atomic<bool> freewheels_{false};
   std::vector<jack_port_t*> ports_;

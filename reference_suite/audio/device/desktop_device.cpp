@@ -6,9 +6,9 @@
 #include <cmath>
 #include <cstdlib>
 #include <numeric>
-#include <system_error>
 
 #include "reference_suite/audio/device/device_clock.h"
+#include "reference_suite/audio/device/start_thread.h"
 #include "suite/audio/errors.h"
 #include "suite/utility/thread_names.h"
 
@@ -138,11 +138,11 @@ void DesktopDevice::Start(DeviceCallback& callback) {
     throw TESKAudioError("The output \"" + std::string(device_->name) +
                          "\" does not start: " + ::soundio_strerror(error) + ". Choose another output.");
   }
-  const int result = ::pthread_create(&news_, nullptr, &DesktopDevice::NewsBody_, this);
-  if (result != 0) {
+  try {
+    news_ = StartThread(&DesktopDevice::NewsBody_, this, "The desktop output");
+  } catch (...) {
     stream_.reset();
-    throw TESKAudioError("The desktop output cannot start its thread: " +
-                         std::generic_category().message(result) + ". Close other programs.");
+    throw;
   }
   runs_ = true;
 }

@@ -15,8 +15,9 @@ class DeviceCallback {
   // Fills `frames` interleaved frames. Called on the device's own thread, which may be a real-time one: takes
   // no lock, allocates nothing, calls nobody.
   virtual void Process(float* out, std::size_t frames) noexcept = 0;
-  // Whether Process would find every frame that it needs. A device that runs without a clock waits for that
-  // instead of hearing silence. On the device's thread; takes no lock.
+  // Whether Process would find every frame that it needs; so many are made ready then as soon as can be. A
+  // device that runs without a clock waits for that instead of hearing silence. On the device's thread; takes
+  // no lock.
   virtual bool IsReady(std::size_t /*frames*/) const noexcept { return true; }
   // Somebody waits for what Process does next, whether or not it is time for it. On the device's thread.
   virtual bool IsAwaited() const noexcept { return false; }
@@ -54,6 +55,10 @@ class Device {
   virtual unsigned GetOutputCount() const { return 0; }
   // Times that the sound system itself reported a dropout.
   virtual long long GetXrunCount() const { return 0; }
+  // Frames of silence, in all, that it gave in the place of what there was to hear.
+  virtual long long GetSilentFrames() const { return 0; }
+  // Why nobody can hear it although it runs, and what to do; empty: somebody can. May change while it runs.
+  virtual std::string WhyUnheard() const { return ""; }
   // It has said that it takes no more frames, and why. Many a device dies without a word.
   virtual bool HasFailed() const { return false; }
   virtual std::string GetFailure() const { return ""; }

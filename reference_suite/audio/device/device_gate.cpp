@@ -1,6 +1,7 @@
 #include "reference_suite/audio/device/device_gate.h"
 
 #include <algorithm>
+#include <cmath>
 
 #include "reference_suite/audio/device/device_clock.h"
 #include "reference_suite/audio/output/timed_condition.h"
@@ -13,14 +14,24 @@ namespace {
 constexpr double kFastestPace = 1.05;
 constexpr double kBurstSeconds = 0.1;
 constexpr double kBurstCalls = 8.0;
-// More than that is a machine that slept, not a device that was late.
-constexpr double kMostPassedOverSeconds = 1.0;
+// More than that is a machine that slept, not a device that was late: an idle sound server asks every two
+// seconds.
+constexpr double kMostPassedOverSeconds = 3.0;
 constexpr long long kLookNanoseconds = 50'000;
+
+long long Nanoseconds(double frames, double rateHz) {
+  return static_cast<long long>(frames / rateHz * 1e9);
+}
 
 }  // namespace
 
 DeviceGate::DeviceGate(DeviceCallback& target, unsigned channels, double rateHz, const Device* device)
-    : target_(target), channels_(channels), rateHz_(rateHz), device_(device), fade_(channels) {}
+    : target_(target),
+      channels_(channels),
+      rateHz_(rateHz),
+      device_(device),
+      timeline_(rateHz),
+      fade_(channels) {}
 
 void DeviceGate::Open(std::size_t fadeFrames, long long dueSince) {
   if (fadeFrames > 0) {
@@ -41,10 +52,11 @@ void DeviceGate::Process(float* out, std::size_t frames) noexcept {
   const long long now = MonotonicNow();
   // In this order: whoever closes waits for `inside_`, and whoever comes in after that finds it closed.
   inside_ = true;
-  if (open_ && MayPass_(frames, now)) {
-    if (dueSince_ != 0 && device_ != nullptr) PassOver_(out, frames, now);
+  NoteStart_(frames, now);
+  if (open_ && MayPass_(frames, now) && HasCaughtUp_(out, frames)) {
     target_.Process(out, frames);
     fade_.Apply(out, frames);
+    if (device_ != nullptr) dueTime_ = startsAt_ + Nanoseconds(static_cast<double>(frames), rateHz_);
   } else {
     std::fill_n(out, frames * channels_, 0.0F);
   }
@@ -53,13 +65,34 @@ void DeviceGate::Process(float* out, std::size_t frames) noexcept {
   asked_ += static_cast<long long>(frames);
 }
 
-void DeviceGate::PassOver_(float* out, std::size_t frames, long long now) {
-  const double late = static_cast<double>(now - dueSince_) * 1e-9;
-  dueSince_ = 0;
-  auto left = static_cast<long long>(std::clamp(late, 0.0, kMostPassedOverSeconds) * rateHz_);
-  for (; left > 0; left -= static_cast<long long>(frames)) {
-    target_.Process(out, std::min(frames, static_cast<std::size_t>(left)));
+// Also while the gate is closed: when it opens the device's pace is known.
+void DeviceGate::NoteStart_(std::size_t frames, long long now) {
+  const bool freewheels = device_ != nullptr && device_->IsFreewheeling();
+  if (freewheels) timeline_.Forget();
+  startsAt_ = timeline_.Note(now, frames);
+}
+
+// No more at a time than is there: what is passed over before it is rendered would be heard later than it is
+// due, and everything behind it.
+bool DeviceGate::HasCaughtUp_(float* out, std::size_t frames) {
+  if (dueSince_ == 0 || device_ == nullptr) return true;
+  const double late = static_cast<double>(startsAt_ - dueSince_) * 1e-9;
+  auto left = static_cast<std::size_t>(std::lround(std::clamp(late, 0.0, kMostPassedOverSeconds) * rateHz_));
+  while (left > 0) {
+    const std::size_t count = std::min(frames, left);
+    if (!target_.IsReady(count)) break;
+    target_.Process(out, count);
+    dueSince_ += Nanoseconds(static_cast<double>(count), rateHz_);
+    dueTime_ = dueSince_;
+    left -= count;
   }
+  if (late > kMostPassedOverSeconds || (left == 0 && target_.IsReady(frames))) {
+    dueSince_ = 0;
+    return true;
+  }
+  // By the next call this one is due as well.
+  static_cast<void>(target_.IsReady(left + 2 * frames));
+  return false;
 }
 
 bool DeviceGate::MayPass_(std::size_t frames, long long now) {
@@ -67,12 +100,11 @@ bool DeviceGate::MayPass_(std::size_t frames, long long now) {
   if (device_ == nullptr) {
     // A clock takes frames when their time has passed; it may be late, and make up for it.
     clockFrames_ += wanted;
-    dueTime_ = dueSince_ + static_cast<long long>(clockFrames_ / rateHz_ * 1e9);
+    dueTime_ = dueSince_ + Nanoseconds(clockFrames_, rateHz_);
     return true;
   }
   if (device_->IsFreewheeling()) {
     credit_ = -1.0;
-    dueTime_ = now + static_cast<long long>(wanted / rateHz_ * 1e9);
     return true;
   }
   const double most = std::max(mostCredit_, kBurstSeconds * rateHz_ + kBurstCalls * wanted);
@@ -81,9 +113,11 @@ bool DeviceGate::MayPass_(std::size_t frames, long long now) {
       credit_ < 0.0 ? most : std::min(most, credit_ + most - mostCredit_ + passed * rateHz_ * kFastestPace);
   mostCredit_ = most;
   creditTime_ = now;
-  if (credit_ < wanted) return false;
+  if (credit_ < wanted) {
+    silent_ += static_cast<long long>(frames);
+    return false;
+  }
   credit_ -= wanted;
-  dueTime_ = now + static_cast<long long>((most - credit_) / rateHz_ * 1e9);
   return true;
 }
 

@@ -4,6 +4,7 @@
 #include <cstddef>
 
 #include "reference_suite/audio/device/device.h"
+#include "reference_suite/audio/device/device_timeline.h"
 #include "reference_suite/audio/output/fade.h"
 
 namespace tesk_audio {
@@ -22,7 +23,8 @@ class DeviceGate : public DeviceCallback {
   DeviceGate(DeviceCallback& target, unsigned channels, double rateHz, const Device* device);
 
   // Passes calls on from now on, after a fade-in. `dueSince`: when the next frame is due; 0: with the first
-  // call. A device passes over in its first call what was due before; a clock takes it for itself.
+  // call. What was due before is passed over unheard, as fast as it is rendered: a device hears silence until
+  // then, a clock takes it for itself.
   void Open(std::size_t fadeFrames, long long dueSince);
   // Returns when no call is being passed on and none will be.
   void Close();
@@ -33,13 +35,16 @@ class DeviceGate : public DeviceCallback {
   long long GetFramesAsked() const { return asked_; }
   // When the frame after the last that was passed on is due.
   long long GetDueTime() const { return dueTime_; }
+  // Frames of silence that a device heard because it took them faster than time passes.
+  long long GetSilentFrames() const { return silent_; }
 
   void Process(float* out, std::size_t frames) noexcept override;
   bool IsReady(std::size_t frames) const noexcept override;
 
  private:
-  void PassOver_(float* out, std::size_t frames, long long now);
+  void NoteStart_(std::size_t frames, long long now);
   bool MayPass_(std::size_t frames, long long now);
+  bool HasCaughtUp_(float* out, std::size_t frames);
 
   DeviceCallback& target_;
   const unsigned channels_;
@@ -50,7 +55,10 @@ class DeviceGate : public DeviceCallback {
   mutable std::atomic<long long> lastCall_{0};
   std::atomic<long long> asked_{0};
   std::atomic<long long> dueTime_{0};
+  std::atomic<long long> silent_{0};
 
+  DeviceTimeline timeline_;  // the device's thread's, as startsAt_
+  long long startsAt_ = 0;   // when the first frame of the call is due to leave the device
   // Set before the gate is opened, then the device's thread only.
   Fade fade_;
   long long dueSince_ = 0;

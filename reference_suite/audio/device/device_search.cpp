@@ -3,12 +3,11 @@
 #include <pthread.h>
 
 #include <atomic>
-#include <system_error>
 
 #include "reference_suite/audio/device/device_clock.h"
 #include "reference_suite/audio/device/rate_bridge.h"
+#include "reference_suite/audio/device/start_thread.h"
 #include "reference_suite/audio/output/timed_condition.h"
-#include "suite/audio/errors.h"
 #include "suite/utility/thread_names.h"
 
 namespace tesk_audio {
@@ -18,14 +17,6 @@ namespace {
 constexpr long long kMillisecond = 1'000'000;
 constexpr int kLooksBetweenTries = 50;
 constexpr long long kLook = 20 * kMillisecond;
-
-// The argument belongs to the thread.
-int StartDetached(void* (*body)(void*), void* argument) {
-  pthread_t thread{};
-  const int result = ::pthread_create(&thread, nullptr, body, argument);
-  if (result == 0) ::pthread_detach(thread);
-  return result;
-}
 
 struct Closing {
   RunningDevice running;
@@ -82,11 +73,8 @@ struct DeviceSearch::State {
 DeviceSearch::DeviceSearch(Wanted wanted) : state_(std::make_shared<State>()) {
   state_->wanted = std::move(wanted);
   auto argument = std::make_unique<std::shared_ptr<State>>(state_);
-  const int result = StartDetached(&DeviceSearch::ThreadBody_, argument.get());
-  if (result != 0) {
-    throw TESKAudioError("The search for an audio device cannot start its thread: " +
-                         std::generic_category().message(result) + ". Close other programs.");
-  }
+  // The argument belongs to the thread.
+  ::pthread_detach(StartThread(&DeviceSearch::ThreadBody_, argument.get(), "The search for an audio device"));
   static_cast<void>(argument.release());
 }
 
@@ -120,14 +108,21 @@ std::string DeviceSearch::GetError() const {
   return state_->error;
 }
 
-void CloseDevice(RunningDevice running, long long patience) {
-  const auto closing = std::make_shared<Closing>();
-  closing->running = std::move(running);
-  auto argument = std::make_unique<std::shared_ptr<Closing>>(closing);
-  const int result = StartDetached(&CloseBody, argument.get());
-  // Without a thread it is left open for ever, which is better than to wait for it here.
-  static_cast<void>(argument.release());
-  if (result != 0) return;
+void CloseDevice(RunningDevice running, long long patience) noexcept {
+  std::shared_ptr<Closing> closing;
+  try {
+    closing = std::make_shared<Closing>();
+    auto argument = std::make_unique<std::shared_ptr<Closing>>(closing);
+    closing->running = std::move(running);
+    ::pthread_detach(StartThread(&CloseBody, argument.get(), "The closing of an audio device"));
+    static_cast<void>(argument.release());
+  } catch (const std::exception&) {
+    // Without a thread or memory it is left open for ever, which is better than to wait for it here.
+    RunningDevice& left = closing != nullptr && running.device == nullptr ? closing->running : running;
+    static_cast<void>(left.device.release());
+    static_cast<void>(left.gate.release());
+    return;
+  }
   const long long deadline = MonotonicNow() + patience;
   while (!closing->done && MonotonicNow() < deadline) SleepFor(kMillisecond);
 }

@@ -53,6 +53,6 @@ class DeviceSearch {
 
 // Stops and deletes a device on a thread of its own, which may block for ever. Returns when that is done, at
 // the latest after `patience` nanoseconds.
-void CloseDevice(RunningDevice running, long long patience);
+void CloseDevice(RunningDevice running, long long patience) noexcept;
 
 }  // namespace tesk_audio

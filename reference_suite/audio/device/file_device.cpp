@@ -1,9 +1,9 @@
 #include "reference_suite/audio/device/file_device.h"
 
 #include <cmath>
-#include <system_error>
 
 #include "reference_suite/audio/device/device_clock.h"
+#include "reference_suite/audio/device/start_thread.h"
 #include "reference_suite/audio/output/timed_condition.h"
 #include "reference_suite/audio/text/shown_path.h"
 #include "suite/audio/errors.h"
@@ -50,11 +50,7 @@ void FileDevice::Start(DeviceCallback& callback) {
   if (runs_) return;
   callback_ = &callback;
   stops_ = false;
-  const int result = ::pthread_create(&thread_, nullptr, &FileDevice::ThreadBody_, this);
-  if (result != 0) {
-    throw TESKAudioError("The file output cannot start its thread: " +
-                         std::generic_category().message(result) + ". Close other programs.");
-  }
+  thread_ = StartThread(&FileDevice::ThreadBody_, this, "The file output");
   runs_ = true;
 }
 

@@ -18,8 +18,9 @@ struct Messages {
   std::deque<std::string> lines;
 };
 
+// Never taken down: a client that hangs may be closed, and libjack talk about it, when the program has ended.
 Messages& TheMessages() {
-  static Messages messages;
+  static Messages& messages = *new Messages;
   return messages;
 }
 

@@ -3,9 +3,9 @@
 #include <algorithm>
 #include <cerrno>
 #include <cmath>
-#include <system_error>
 
 #include "reference_suite/audio/device/device_clock.h"
+#include "reference_suite/audio/device/start_thread.h"
 #include "reference_suite/audio/output/timed_condition.h"
 #include "suite/audio/errors.h"
 #include "suite/utility/thread_names.h"
@@ -15,8 +15,9 @@ namespace tesk_audio {
 namespace {
 
 // Frames that are fetched from the callback at a time; longer periods are fetched in several goes.
-constexpr std::size_t kSliceFrames = 1024;
+constexpr std::size_t kSliceFrames = kMostPeriodFrames;
 constexpr long long kLookNanoseconds = 50'000'000;
+constexpr double kUnheardSeconds = 0.3;
 
 double Seconds() {
   return static_cast<double>(MonotonicNow()) * 1e-9;
@@ -75,11 +76,11 @@ void JackDevice::Start(DeviceCallback& callback) {
   }
   links_->Reopen();
   LookAfterLinks_();
-  const int result = ::pthread_create(&keeper_, nullptr, &JackDevice::KeeperBody_, this);
-  if (result != 0) {
+  try {
+    keeper_ = StartThread(&JackDevice::KeeperBody_, this, "The JACK output");
+  } catch (...) {
     ::jack_deactivate(client_->Get());
-    throw TESKAudioError("The JACK output cannot start its thread: " +
-                         std::generic_category().message(result) + ". Close other programs.");
+    throw;
   }
   runs_ = true;
 }
@@ -135,6 +136,38 @@ void JackDevice::LookAfterLinks_() {
     // A program may have registered its ports and not be ready yet: tried again at the next look.
     if (result != 0 && result != EEXIST) links_->Renew(input);
   }
+  NoteWhetherHeard_();
+}
+
+// A server that goes down takes the links away a moment before: that is told in other words.
+void JackDevice::NoteWhetherHeard_() {
+  const bool isHeard = !GetLinks_().empty();
+  if (isHeard) heardUntil_ = Seconds();
+  std::string unheard = isHeard || Seconds() < heardUntil_ + kUnheardSeconds ? "" : AdviceWhenUnheard_();
+  const std::lock_guard lock(mutex_);
+  unheard_.swap(unheard);
+}
+
+std::string JackDevice::AdviceWhenUnheard_() const {
+  const std::string what = "The JACK server \"" + client_->GetServer() +
+                           "\" has our ports connected to nothing, so nobody hears it";
+  if (links_->HasPatterns()) {
+    return what + ": no port matches --connect. Start the program that is meant, or connect " +
+           client_->GetName() + ":out_1 and so on by hand.";
+  }
+  if (outputs_ == 0) {
+    return what +
+           ": it has no physical outputs. Choose a program to play to with --connect, or start the server "
+           "with the sound card.";
+  }
+  return what + ". Connect " + client_->GetName() +
+         ":out_1 and so on by hand, or choose with --channels or "
+         "--connect.";
+}
+
+std::string JackDevice::WhyUnheard() const {
+  const std::lock_guard lock(mutex_);
+  return unheard_;
 }
 
 std::set<JackLink> JackDevice::GetLinks_() const {

@@ -39,6 +39,7 @@ class JackDevice : public Device {
   std::string GetDescription() const override;
   unsigned GetOutputCount() const override { return outputs_; }
   long long GetXrunCount() const override { return xruns_; }
+  std::string WhyUnheard() const override;
   bool HasFailed() const override { return failed_; }
   std::string GetFailure() const override;
   bool IsFreewheeling() const override { return freewheels_; }
@@ -57,6 +58,7 @@ class JackDevice : public Device {
   void UpdateLatency_();
   void Fail_(const char* reason);
   void NotePort_(jack_port_id_t port);
+  void NoteRate_(jack_nframes_t rateHz);
 
   // ---- jack_device.cpp
   void RegisterPorts_();
@@ -65,6 +67,8 @@ class JackDevice : public Device {
   void LookAfterLinks_();
   void RenewPorts_();
   std::set<JackLink> GetLinks_() const;
+  void NoteWhetherHeard_();
+  std::string AdviceWhenUnheard_() const;
 
   std::unique_ptr<JackClient> client_;
   const unsigned channels_;
@@ -86,8 +90,12 @@ class JackDevice : public Device {
   std::atomic<bool> stops_{false};  // for the keeper, and for a process thread that waits
 
   mutable std::mutex mutex_;
-  std::string failure_;  // both guarded by it
+  std::string failure_;  // all guarded by it
+  std::string unheard_;
   std::vector<jack_port_id_t> newPorts_;
+
+  // The keeper's, once it runs.
+  double heardUntil_ = 0.0;  // seconds
 
   pthread_t keeper_{};
   bool runs_ = false;  // active, and the keeper exists

@@ -90,7 +90,9 @@ void JackLinks::AddWished_(const std::vector<std::string>& inputs, const std::ve
     const std::vector<unsigned> outputs = OutputsOf(wishes_);
     for (std::size_t i = 0; i < outputs.size(); ++i) {
       if (outputs[i] < 1 || outputs[i] > physical.size()) continue;
-      AddLink_({static_cast<unsigned>(i % wishes_.channels), physical[outputs[i] - 1]});
+      // Where one has gone the others move up: a number means what it meant first.
+      const std::string& name = chosen_.try_emplace(outputs[i], physical[outputs[i] - 1]).first->second;
+      AddLink_({static_cast<unsigned>(i % wishes_.channels), name});
     }
     return;
   }

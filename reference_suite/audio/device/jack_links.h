@@ -15,8 +15,9 @@ using JackLink = std::pair<unsigned, std::string>;
 // Where the operator wants our ports to be heard.
 struct JackWishes {
   unsigned channels = 2;
-  // Physical outputs, from 1: the first hears channel 1, and so on, round and round when there are more of
-  // them than channels. Empty: in their order, and the first two for a single channel.
+  // Physical outputs, from 1, as the server counts them when each is first seen: the first hears channel 1,
+  // and so on, round and round when there are more of them than channels. Empty: in their order, and the
+  // first two for a single channel.
   std::vector<unsigned> outputs = {};
   // Regular expressions for whole port names; the ports that match one hear the channels in their order.
   // Empty: the physical outputs are taken.
@@ -45,6 +46,7 @@ class JackLinks {
                              const std::vector<std::string>& physical, double seconds);
 
   std::set<JackLink> GetRemembered() const;
+  bool HasPatterns() const { return !wishes_.patterns.empty(); }
 
  private:
   void AddWished_(const std::vector<std::string>& inputs, const std::vector<std::string>& physical);
@@ -52,8 +54,9 @@ class JackLinks {
   void ForgetLost_(const std::set<JackLink>& connected, const std::set<std::string>& present, double seconds);
 
   const JackWishes wishes_;
-  mutable std::mutex mutex_;    // guards everything below
-  std::set<JackLink> granted_;  // made from the wishes once; whoever takes one away means it
+  mutable std::mutex mutex_;                // guards everything below
+  std::map<unsigned, std::string> chosen_;  // of the outputs wished for by number: what they were called
+  std::set<JackLink> granted_;              // made from the wishes once; whoever takes one away means it
   std::set<JackLink> remembered_;
   std::set<std::string> known_;      // ports that were there at the last look
   std::map<JackLink, double> lost_;  // since when

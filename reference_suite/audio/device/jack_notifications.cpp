@@ -1,5 +1,6 @@
 // What the JACK server tells JackDevice. Nothing here calls the server back.
 #include <algorithm>
+#include <string>
 
 #include "reference_suite/audio/device/jack_device.h"
 
@@ -40,6 +41,13 @@ void JackDevice::SetCallbacks_() {
         return 0;
       },
       this);
+  ::jack_set_sample_rate_callback(
+      client,
+      [](jack_nframes_t rateHz, void* self) {
+        DeviceOf(self).NoteRate_(rateHz);
+        return 0;
+      },
+      this);
   ::jack_set_latency_callback(
       client,
       [](jack_latency_callback_mode_t mode, void* self) {
@@ -57,6 +65,13 @@ void JackDevice::UpdateLatency_() {
     latency = std::max(latency, range.max);
   }
   latency_ = latency;
+}
+
+// A server may go on at another rate without a break. What is made for the old one would have the wrong
+// pitch.
+void JackDevice::NoteRate_(jack_nframes_t rateHz) {
+  if (static_cast<double>(rateHz) == rateHz_) return;
+  Fail_(("its rate has changed to " + std::to_string(rateHz) + " Hz").c_str());
 }
 
 void JackDevice::NotePort_(jack_port_id_t port) {

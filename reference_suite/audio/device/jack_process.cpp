@@ -25,6 +25,11 @@ void JackDevice::Process_(jack_nframes_t frames) noexcept {
   for (unsigned channel = 0; channel < channels_; ++channel) {
     buffers_[channel] = static_cast<float*>(::jack_port_get_buffer(ports_[channel], frames));
   }
+  // Of another rate, for instance: nothing more is to be heard from here.
+  if (failed_) {
+    for (float* const buffer : buffers_) std::fill_n(buffer, frames, 0.0F);
+    return;
+  }
   for (std::size_t done = 0; done < frames;) {
     const std::size_t count = std::min<std::size_t>(slice, frames - done);
     if (freewheels_) WaitUntilReady_(count);

@@ -3,11 +3,10 @@
 #include <algorithm>
 #include <cmath>
 #include <string>
-#include <system_error>
 
 #include "reference_suite/audio/device/device_clock.h"
+#include "reference_suite/audio/device/start_thread.h"
 #include "reference_suite/audio/output/timed_condition.h"
-#include "suite/audio/errors.h"
 #include "suite/utility/thread_names.h"
 
 namespace tesk_audio {
@@ -43,11 +42,7 @@ void NullDevice::Start(DeviceCallback& callback) {
   if (runs_) return;
   callback_ = &callback;
   shouldRun_ = true;
-  const int result = ::pthread_create(&thread_, nullptr, &NullDevice::ThreadBody_, this);
-  if (result != 0) {
-    throw TESKAudioError("The null audio device cannot start its thread: " +
-                         std::generic_category().message(result) + ". Close other programs.");
-  }
+  thread_ = StartThread(&NullDevice::ThreadBody_, this, "The null audio device");
   runs_ = true;
 }
 

@@ -4,9 +4,9 @@
 
 #include <algorithm>
 #include <cmath>
-#include <system_error>
 
 #include "reference_suite/audio/device/device_clock.h"
+#include "reference_suite/audio/device/start_thread.h"
 #include "suite/audio/errors.h"
 #include "suite/utility/thread_names.h"
 
@@ -48,8 +48,13 @@ std::size_t RateBridge::GetWanted_() const {
 }
 
 unsigned RateBridge::GetLatencyFrames() const {
-  const double held = device_->GetLatencyFrames() + static_cast<double>(ring_.GetAvailable());
+  const double held = device_->GetLatencyFrames() + static_cast<double>(ring_.GetAvailable()) + delay_;
   return static_cast<unsigned>(std::lround(held * rateHz_ / device_->GetRateHz()));
+}
+
+long long RateBridge::GetSilentFrames() const {
+  return device_->GetSilentFrames() +
+         std::llround(static_cast<double>(silent_) * rateHz_ / device_->GetRateHz());
 }
 
 std::string RateBridge::GetDescription() const {
@@ -60,12 +65,13 @@ void RateBridge::Start(DeviceCallback& callback) {
   if (runs_) return;
   callback_ = &callback;
   stops_ = false;
+  hasBegun_ = false;
   device_->Start(*this);
-  const int result = ::pthread_create(&thread_, nullptr, &RateBridge::ThreadBody_, this);
-  if (result != 0) {
+  try {
+    thread_ = StartRealTimeThread(&RateBridge::ThreadBody_, this, "The conversion for the audio device");
+  } catch (...) {
     device_->Stop();
-    throw TESKAudioError("The conversion for the audio device cannot start its thread: " +
-                         std::generic_category().message(result) + ". Close other programs.");
+    throw;
   }
   runs_ = true;
 }
@@ -87,12 +93,13 @@ void* RateBridge::ThreadBody_(void* self) {
 void RateBridge::Run_() {
   while (!stops_) {
     while (!stops_ && ring_.GetAvailable() < GetWanted_()) Fill_();
+    hasBegun_ = true;
     SleepFor(kMillisecond);
   }
 }
 
 void RateBridge::Fill_() {
-  if (IsFreewheeling() && !callback_->IsReady(kBlock)) {
+  if (HasTime_() && !callback_->IsReady(kBlock)) {
     SleepFor(kMillisecond / 20);
     return;
   }
@@ -102,12 +109,20 @@ void RateBridge::Fill_() {
   const std::size_t room = converted_.size() / device_->GetChannelCount();
   soxr_process(converter_, taken_.data(), kBlock, &used, converted_.data(), room, &made);
   ring_.Write(converted_.data(), made);
+  delay_ = std::max(0.0, soxr_delay(converter_));
+}
+
+// To wait for frames that are not there yet, instead of passing silence on before the device needs anything.
+bool RateBridge::HasTime_() const {
+  return IsFreewheeling() || ring_.GetAvailable() >= device_->GetPeriodFrames();
 }
 
 void RateBridge::Process(float* out, std::size_t frames) noexcept {
   const std::size_t count = std::min(frames, ring_.GetAvailable());
   ring_.Read(out, count);
   std::fill_n(out + count * device_->GetChannelCount(), (frames - count) * device_->GetChannelCount(), 0.0F);
+  // Before it has been filled for the first time nothing is missing yet.
+  if (hasBegun_) silent_ += static_cast<long long>(frames - count);
 }
 
 bool RateBridge::IsReady(std::size_t frames) const noexcept {

@@ -18,7 +18,9 @@ namespace tesk_audio {
 // a little ready. For a device that has come back at another rate in the middle of a show.
 //
 // Units      what callers see are frames of the rate given, but for the period, which is the device's.
-// Threads    Process on the device's thread; the callback is asked on the thread of this object.
+// Threads    Process on the device's thread; the callback is asked on the thread of this object, a real-time
+// one where
+//            the system grants it.
 // Render     Process takes no lock and allocates nothing.
 class RateBridge : public Device, private DeviceCallback {
  public:
@@ -34,6 +36,8 @@ class RateBridge : public Device, private DeviceCallback {
   std::string GetDescription() const override;
   unsigned GetOutputCount() const override { return device_->GetOutputCount(); }
   long long GetXrunCount() const override { return device_->GetXrunCount(); }
+  long long GetSilentFrames() const override;
+  std::string WhyUnheard() const override { return device_->WhyUnheard(); }
   bool HasFailed() const override { return device_->HasFailed(); }
   std::string GetFailure() const override { return device_->GetFailure(); }
   double GetPatienceSeconds() const override { return device_->GetPatienceSeconds(); }
@@ -47,6 +51,7 @@ class RateBridge : public Device, private DeviceCallback {
   static void* ThreadBody_(void* self);
   void Run_();
   void Fill_();
+  bool HasTime_() const;
   std::size_t GetWanted_() const;
 
   std::unique_ptr<Device> device_;
@@ -59,6 +64,9 @@ class RateBridge : public Device, private DeviceCallback {
   pthread_t thread_{};
   bool runs_ = false;
   std::atomic<bool> stops_{false};
+  std::atomic<double> delay_{0.0};  // frames of the device's rate that the converter holds
+  std::atomic<bool> hasBegun_{false};
+  std::atomic<long long> silent_{0};  // frames of the device's rate
 };
 
 }  // namespace tesk_audio

@@ -1,11 +1,10 @@
 #include "reference_suite/audio/device/resilient_device.h"
 
-#include <algorithm>
-#include <system_error>
+#include <utility>
 
 #include "reference_suite/audio/device/device_clock.h"
+#include "reference_suite/audio/device/start_thread.h"
 #include "reference_suite/audio/output/timed_condition.h"
-#include "suite/audio/errors.h"
 #include "suite/utility/thread_names.h"
 
 namespace tesk_audio {
@@ -33,6 +32,11 @@ std::string ResilientDevice::GetDescription() const {
   return description_;
 }
 
+std::string ResilientDevice::WhyUnheard() const {
+  const std::lock_guard lock(mutex_);
+  return unheard_;
+}
+
 void ResilientDevice::Start(DeviceCallback& callback) {
   if (runs_) return;
   callback_ = &callback;
@@ -49,11 +53,7 @@ void ResilientDevice::Start(DeviceCallback& callback) {
 }
 
 void ResilientDevice::BeginWatching_() {
-  const int result = ::pthread_create(&thread_, nullptr, &ResilientDevice::ThreadBody_, this);
-  if (result != 0) {
-    throw TESKAudioError("The watch over the audio device cannot start its thread: " +
-                         std::generic_category().message(result) + ". Close other programs.");
-  }
+  thread_ = StartThread(&ResilientDevice::ThreadBody_, this, "The watch over the audio device");
   runs_ = true;
 }
 
@@ -66,12 +66,13 @@ void ResilientDevice::WaitForFirst_() {
       found.gate->Open(0, 0);
       running_ = std::move(found);
       Publish_();
+      if (!WhyUnheard().empty()) Tell_(false, "");
       return;
     }
     SleepFor(kMillisecond);
   }
   recovering_ = true;
-  StandIn_(0);
+  StandIn_();
   Publish_();
   const std::string error = search_->GetError();
   Tell_(true, error.empty() ? "The audio device does not answer." : error);
@@ -112,12 +113,14 @@ void ResilientDevice::Run_() {
 }
 
 void ResilientDevice::Look_() {
+  const std::string unheard = WhyUnheard();
   if (running_.device != nullptr) {
     LookAtDevice_();
   } else {
     LookForDevice_();
   }
   Publish_();
+  if (!recovering_ && WhyUnheard() != unheard) Tell_(false, "");
 }
 
 void ResilientDevice::LookAtDevice_() {
@@ -140,30 +143,39 @@ void ResilientDevice::LookAtDevice_() {
   }
 }
 
+// Whatever is refused on the way (memory, a thread): the device is let go of once, and what is due is
+// remembered for a clock that can only be had later.
 void ResilientDevice::Lose_(const std::string& reason) {
   recovering_ = true;
-  Tell_(true, reason);
+  try {
+    Tell_(true, reason);
+  } catch (const std::exception&) {
+    // No memory for the words: that it is recovering is known all the same.
+  }
   running_.gate->Close();
   const long long due = running_.gate->GetDueTime();
-  xrunsBefore_ += running_.device->GetXrunCount();
+  PublishCounts_(running_);
+  xrunsBefore_ = xruns_;
+  silentBefore_ = silent_;
   const bool goesOn = lossListener_ == nullptr || lossListener_->OnDeviceLost();
-  CloseDevice(std::move(running_), 0);
-  running_ = {};
-  StandIn_(goesOn ? due : 0);
+  standInDue_ = goesOn ? due : 0;
+  CloseDevice(std::exchange(running_, {}), 0);
+  StandIn_();
 }
 
-void ResilientDevice::StandIn_(long long dueSince) {
-  const long long due = dueSince == 0 ? MonotonicNow() : dueSince;
+void ResilientDevice::StandIn_() {
+  const long long due = standInDue_ == 0 ? MonotonicNow() : standInDue_;
   RunningDevice clock;
   clock.gate = std::make_unique<DeviceGate>(*callback_, shape_.channels, shape_.rateHz, nullptr);
   clock.device = std::make_unique<NullDevice>(shape_.rateHz, shape_.channels, shape_.periodFrames, due);
   clock.gate->Open(0, due);
   clock.device->Start(*clock.gate);
   standIn_ = std::move(clock);
+  standInDue_ = 0;
 }
 
 void ResilientDevice::LookForDevice_() {
-  if (standIn_.device == nullptr) StandIn_(0);
+  if (standIn_.device == nullptr) StandIn_();
   if (candidate_.device == nullptr) {
     if (search_ == nullptr) BeginSearch_();
     candidate_ = search_->Take();
@@ -186,33 +198,40 @@ void ResilientDevice::BeginSearch_() {
 }
 
 void ResilientDevice::ChangeOver_(RunningDevice found) {
+  // Before it takes its first frames: so many are to be ready.
+  period_ = found.device->GetPeriodFrames();
   standIn_.gate->Close();
-  const long long due = standIn_.gate->GetDueTime();
+  found.gate->Open(static_cast<std::size_t>(kFadeInSeconds * shape_.rateHz), standIn_.gate->GetDueTime());
+  watch_ = {};
+  running_ = std::move(found);
   standIn_.device->Stop();
   standIn_ = {};
-  watch_ = {};
-  found.gate->Open(static_cast<std::size_t>(kFadeInSeconds * shape_.rateHz), due);
-  running_ = std::move(found);
   recovering_ = false;
   Publish_();
   Tell_(false, "");
 }
 
 void ResilientDevice::Publish_() {
-  const Device* const device =
-      running_.device != nullptr ? running_.device.get() : static_cast<Device*>(standIn_.device.get());
-  if (device == nullptr) return;
-  period_ = device->GetPeriodFrames();
-  latency_ = device->GetLatencyFrames();
-  outputs_ = device->GetOutputCount();
-  if (running_.device != nullptr) xruns_ = xrunsBefore_ + device->GetXrunCount();
-  std::string description = device->GetDescription();
+  const RunningDevice& current = running_.device != nullptr ? running_ : standIn_;
+  if (current.device == nullptr) return;
+  period_ = current.device->GetPeriodFrames();
+  latency_ = current.device->GetLatencyFrames();
+  outputs_ = current.device->GetOutputCount();
+  PublishCounts_(current);
+  std::string description = current.device->GetDescription();
+  std::string unheard = current.device->WhyUnheard();
   const std::lock_guard lock(mutex_);
   description_.swap(description);
+  unheard_.swap(unheard);
+}
+
+void ResilientDevice::PublishCounts_(const RunningDevice& running) {
+  xruns_ = xrunsBefore_ + running.device->GetXrunCount();
+  silent_ = silentBefore_ + running.device->GetSilentFrames() + running.gate->GetSilentFrames();
 }
 
 void ResilientDevice::Tell_(bool recovering, const std::string& reason) {
-  if (tell_) tell_({recovering, GetDescription(), reason});
+  if (tell_) tell_({recovering, GetDescription(), reason, recovering ? "" : WhyUnheard()});
 }
 
 }  // namespace tesk_audio

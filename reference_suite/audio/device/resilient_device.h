@@ -31,7 +31,8 @@ class ResilientDevice : public Device {
     unsigned channels = 2;
     unsigned periodFrames = 256;  // of the clock without sound
   };
-  // Called on the watching thread at every change, and inside Start when there is no device at once.
+  // Called on the watching thread at every change, and inside Start when there is no device at once, or one
+  // that nobody can hear.
   using Tell = std::function<void(const notify::DeviceUpdate&)>;
 
   ResilientDevice(const Shape& shape, DeviceSource source, Tell tell);
@@ -46,6 +47,8 @@ class ResilientDevice : public Device {
   std::string GetDescription() const override;
   unsigned GetOutputCount() const override { return outputs_; }
   long long GetXrunCount() const override { return xruns_; }
+  long long GetSilentFrames() const override { return silent_; }
+  std::string WhyUnheard() const override;
   void SetLossListener(DeviceLossListener* listener) override { lossListener_ = listener; }
   bool IsRecovering() const override { return recovering_; }
 
@@ -64,9 +67,10 @@ class ResilientDevice : public Device {
   void BeginWatching_();
   void CloseAll_();
   void Lose_(const std::string& reason);
-  void StandIn_(long long dueSince);
+  void StandIn_();
   void ChangeOver_(RunningDevice found);
   void Publish_();
+  void PublishCounts_(const RunningDevice& running);
   void Tell_(bool recovering, const std::string& reason);
 
   const Shape shape_;
@@ -82,16 +86,20 @@ class ResilientDevice : public Device {
   std::unique_ptr<DeviceSearch> search_;
   DeviceWatch watch_;
   long long candidateSince_ = 0;
-  long long xrunsBefore_ = 0;  // of devices that are gone
+  long long standInDue_ = 0;   // since when frames are due that a clock is to take; 0: from its start on
+  long long xrunsBefore_ = 0;  // both of devices that are gone
+  long long silentBefore_ = 0;
 
   std::atomic<unsigned> period_;
   std::atomic<unsigned> latency_{0};
   std::atomic<unsigned> outputs_{0};
   std::atomic<long long> xruns_{0};
+  std::atomic<long long> silent_{0};
   std::atomic<bool> recovering_{false};
   std::atomic<bool> stops_{false};
   mutable std::mutex mutex_;
-  std::string description_;  // guarded by it
+  std::string description_;  // both guarded by it
+  std::string unheard_;
   pthread_t thread_{};
   bool runs_ = false;
 };

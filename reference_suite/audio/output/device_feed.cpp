@@ -44,7 +44,7 @@ bool DeviceFeed::IsClosed() const {
 void DeviceFeed::Process(float* out, std::size_t frames) noexcept {
   // The command first: what was dropped before it was given is then surely seen.
   const std::uint64_t command = command_;
-  waitedFor_ = false;
+  waitedFrames_ = 0;
   ObeyDrop_();
   ObeyCommand_(command);
   for (std::size_t done = 0; done < frames;) {
@@ -56,11 +56,13 @@ void DeviceFeed::Process(float* out, std::size_t frames) noexcept {
 // While it is closed or closing, or a command waits to be obeyed, what is missing is not meant to be heard.
 // Frames that are to be dropped do not count.
 bool DeviceFeed::IsReady(std::size_t frames) const noexcept {
+  waitedFrames_ = 0;
   if (!open_ || closing_ || IsCommanded_()) return true;
   const std::uint64_t from = std::max<std::uint64_t>(ring_.GetReadPosition(), dropBefore_);
   const std::uint64_t to = ring_.GetWritePosition();
-  waitedFor_ = to < from + frames && to < end_;
-  return !waitedFor_;
+  const bool lacks = to < from + frames && to < end_;
+  if (lacks) waitedFrames_ = frames;
+  return !lacks;
 }
 
 bool DeviceFeed::IsCommanded_() const {

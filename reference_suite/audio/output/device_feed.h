@@ -46,8 +46,8 @@ class DeviceFeed : public DeviceCallback {
   std::uint64_t GetAudiblePosition() const { return audible_; }
   // Frames of silence because the ring ran short.
   long long GetUnderrunFrames() const { return underrunFrames_; }
-  // A device without a clock asks for more frames than there are, and waits.
-  bool IsWaitedFor() const { return waitedFor_; }
+  // Who asks for more frames than there are, and waits for so many; 0: nobody waits.
+  std::size_t GetWaitedFrames() const { return waitedFrames_; }
 
   void Process(float* out, std::size_t frames) noexcept override;
   bool IsReady(std::size_t frames) const noexcept override;
@@ -82,7 +82,7 @@ class DeviceFeed : public DeviceCallback {
   std::atomic<unsigned> latency_{0};
   std::atomic<std::uint64_t> audible_{0};
   std::atomic<long long> underrunFrames_{0};
-  mutable std::atomic<bool> waitedFor_{false};
+  mutable std::atomic<std::size_t> waitedFrames_{0};
 
   // The device's thread only.
   bool open_ = false;

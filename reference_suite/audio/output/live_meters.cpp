@@ -23,13 +23,14 @@ OutputMeters LiveSampleOutput::ReadMeters() {
   meters.outputs = device_->GetOutputCount();
   meters.periodFrames = device_->GetPeriodFrames();
   meters.recovering = device_->IsRecovering();
+  meters.unheard = device_->WhyUnheard();
   for (auto& peak : peaks_) meters.peaks.push_back(peak.exchange(0.0F));
   meters.ringMs = static_cast<double>(GetRingFill_()) * millisecondsPerFrame;
   meters.latencyMs = device_->GetLatencyFrames() * millisecondsPerFrame;
   meters.loadMedian = load_.GetQuantile(0.5);
   meters.load999 = load_.GetQuantile(0.999);
   meters.loadLongest = load_.GetLongest();
-  meters.underrunFrames = GetUnderrunFrames();
+  meters.underrunFrames = GetUnderrunFrames() + device_->GetSilentFrames();
   meters.xruns = device_->GetXrunCount();
   return meters;
 }

@@ -1,16 +1,10 @@
 // The render thread of LiveSampleOutput: what it does next, and when it sleeps.
-#include <sched.h>
-
 #include <algorithm>
-#include <cerrno>
 #include <exception>
-#include <string>
-#include <system_error>
 
-#include "exc/console/cout_buffer.h"
 #include "exc/lock/scope_lock.h"
+#include "reference_suite/audio/device/start_thread.h"
 #include "reference_suite/audio/output/live_sample_output.h"
-#include "suite/audio/errors.h"
 #include "suite/core/tesk_log_exception.h"
 #include "suite/utility/thread_names.h"
 
@@ -18,38 +12,12 @@ namespace tesk_audio {
 
 namespace {
 
-// Above everything ordinary, below the sound system's own threads.
-constexpr int kPriority = 60;
 constexpr long long kMillisecond = 1'000'000;
-
-int CreateRealTimeThread(pthread_t* thread, void* (*body)(void*), void* argument) {
-  pthread_attr_t attributes;
-  pthread_attr_init(&attributes);
-  sched_param parameters{};
-  parameters.sched_priority = kPriority;
-  pthread_attr_setinheritsched(&attributes, PTHREAD_EXPLICIT_SCHED);
-  pthread_attr_setschedpolicy(&attributes, SCHED_FIFO);
-  pthread_attr_setschedparam(&attributes, &parameters);
-  const int result = ::pthread_create(thread, &attributes, body, argument);
-  pthread_attr_destroy(&attributes);
-  return result;
-}
 
 }  // namespace
 
 void LiveSampleOutput::StartThread_() {
-  int result = CreateRealTimeThread(&thread_, &LiveSampleOutput::ThreadBody_, this);
-  if (result == EPERM) {
-    exc::CoutBuffer()
-        << "NOTICE: the system grants the audio output no real-time priority; sound may drop out "
-           "when other programs are busy."
-        << exc::EndlT();
-    result = ::pthread_create(&thread_, nullptr, &LiveSampleOutput::ThreadBody_, this);
-  }
-  if (result != 0) {
-    throw TESKAudioError("The audio output cannot start its thread: " +
-                         std::generic_category().message(result) + ". Close other programs.");
-  }
+  thread_ = StartRealTimeThread(&LiveSampleOutput::ThreadBody_, this, "The audio output");
   threadRuns_ = true;
 }
 

@@ -82,9 +82,10 @@ void LiveSampleOutput::NoteWhatWasTaken_() {
 std::size_t LiveSampleOutput::GetWantedFill_() const {
   // Another device, or the same server after a change, can have another period.
   const std::size_t most = std::min(device_->GetPeriodFrames(), kMostPeriodFrames) + quantum_;
+  const std::size_t waited = std::min<std::size_t>(feed_.GetWaitedFrames(), 2 * kMostPeriodFrames);
   // The first period after a start is taken at once.
-  const bool isTakenAtOnce = feed_.IsClosed() || feed_.IsWaitedFor();
-  if (aheadFrames_ >= most || isTakenAtOnce) return std::max(aheadFrames_, most);
+  const bool isTakenAtOnce = feed_.IsClosed() || waited > 0;
+  if (aheadFrames_ >= most || isTakenAtOnce) return std::max({aheadFrames_, most, waited});
   const double sounding = static_cast<double>(clock_() - takenAt_) * 1e-9 * device_->GetRateHz();
   return std::min(most, aheadFrames_ + static_cast<std::size_t>(std::max(0.0, sounding)));
 }

@@ -713,7 +713,8 @@ TEST(LiveOutput, WithoutTheRightToRealTimeItPlaysAndSaysSo) {
   refused.reset();
   EXPECT_EQ(console.Text(),
             "NOTICE: the system grants the audio output no real-time priority; sound may drop out when other "
-            "programs are busy.\n");
+            "programs are busy. For a stage machine put \"@audio - rtprio 95\" into "
+            "/etc/security/limits.d/audio.conf, add yourself to the group audio, and log in again.\n");
   run.device->Spin(true);
   run.Start();
   ASSERT_TRUE(run.HasStopped());

@@ -1,0 +1,22 @@
+#pragma once
+
+#include <pthread.h>
+
+#include <string>
+
+namespace tesk_audio {
+
+// Starts threads of devices and outputs: real-time ones where the system grants it, and in the same words for
+// all when it has none to give.
+//
+// Threads    ANY.
+
+// Throws TESKAudioError: "`who` cannot start its thread: ...".
+pthread_t StartThread(void* (*body)(void*), void* argument, const std::string& who);
+
+// First come, first served among real-time threads, at up to 60 of them: above everything ordinary, below the
+// sound system's own. An ordinary thread when the system does not grant that, and once a line on the console
+// that says what to do about it. Throws as above.
+pthread_t StartRealTimeThread(void* (*body)(void*), void* argument, const std::string& who);
+
+}  // namespace tesk_audio

@@ -1,0 +1,160 @@
+// What a device hears through its gate when it takes over from a clock, period by period.
+#include "reference_suite/audio/device/device_gate.h"
+
+#include <gtest/gtest.h>
+
+#include <algorithm>
+#include <chrono>
+#include <vector>
+
+#include "reference_suite/audio/output/timed_condition.h"
+#include "tests/reference_suite/audio/support/test_device.h"
+
+namespace {
+
+using tesk_audio::DeviceGate;
+using tesk_audio::MonotonicNow;
+
+constexpr double kRate = 48'000.0;
+constexpr std::size_t kPeriod = 1024;
+constexpr long long kMillisecond = 1'000'000;
+
+// Frame n is n + 1. Has as many frames as have been rendered, of which it makes more when it is asked for
+// them.
+class Rendered : public tesk_audio::DeviceCallback {
+ public:
+  void Process(float* out, std::size_t frames) noexcept override {
+    short_ += std::max(0LL, taken_ + static_cast<long long>(frames) - rendered_);
+    for (std::size_t i = 0; i < frames; ++i) out[i] = static_cast<float>(++taken_);
+  }
+  bool IsReady(std::size_t frames) const noexcept override {
+    const long long wanted = taken_ + static_cast<long long>(frames);
+    if (wanted > rendered_) wanted_ = wanted;
+    return wanted <= rendered_;
+  }
+  // What a render thread does between two periods.
+  void Render() { rendered_ = std::max(rendered_, wanted_); }
+
+  long long rendered_ = 0;
+  long long taken_ = 0;
+  long long short_ = 0;  // frames that were asked for before they were there
+  mutable long long wanted_ = 0;
+};
+
+class Gate : public testing::Test {
+ protected:
+  Gate() : gate_(rendered_, 1, kRate, &device_) {}
+
+  std::vector<float> Turn(std::size_t frames = kPeriod) {
+    std::vector<float> heard(frames, -1.0F);
+    gate_.Process(heard.data(), frames);
+    return heard;
+  }
+  // Turns until something is heard; returns its first frame, from 0. What was due when lies between the two
+  // times.
+  long long FirstHeard(long long dueSince) {
+    for (int turn = 0; turn < 100; ++turn) {
+      earliest_ = FramesBetween(dueSince, MonotonicNow());
+      const std::vector<float> heard = Turn();
+      latest_ = FramesBetween(dueSince, MonotonicNow());
+      if (heard[0] != 0.0F) return static_cast<long long>(heard[0]) - 1;
+      ++silentPeriods_;
+      EXPECT_EQ(std::count(heard.begin(), heard.end(), 0.0F), static_cast<long long>(kPeriod));
+      rendered_.Render();
+    }
+    return -1;
+  }
+  static long long FramesBetween(long long start, long long end) {
+    return static_cast<long long>(static_cast<double>(end - start) * 1e-9 * kRate);
+  }
+
+  Rendered rendered_;
+  TestDevice device_{kRate, 1, kPeriod};
+  DeviceGate gate_;
+  long long earliest_ = 0;
+  long long latest_ = 0;
+  int silentPeriods_ = 0;
+};
+
+TEST_F(Gate, WhatWasDueBeforeIsPassedOverAndNoFrameBeforeItIsRendered) {
+  rendered_.rendered_ = 700;
+  const long long due = MonotonicNow() - 28 * kMillisecond;
+  gate_.Open(0, due);
+  const long long first = FirstHeard(due);
+  EXPECT_EQ(rendered_.short_, 0) << "a frame that is missing now is heard too late for ever";
+  // The periods of silence take no time here, but for the device they do.
+  const long long silence = silentPeriods_ * static_cast<long long>(kPeriod);
+  EXPECT_GE(first, earliest_);
+  EXPECT_LE(first, latest_ + silence + 1);
+  EXPECT_GE(first, 28 * 48 - 1);
+  EXPECT_GE(silentPeriods_, 1);
+  EXPECT_LE(silentPeriods_, 2) << "what the next period needs is asked for before";
+  EXPECT_EQ(Turn()[0], static_cast<float>(first + 1 + static_cast<long long>(kPeriod)))
+      << "and then on, one by one";
+}
+
+TEST_F(Gate, WhenEverythingIsThereItIsHeardAtOnce) {
+  rendered_.rendered_ = 100'000;
+  const long long due = MonotonicNow() - 28 * kMillisecond;
+  gate_.Open(0, due);
+  const long long first = FirstHeard(due);
+  EXPECT_EQ(silentPeriods_, 0);
+  EXPECT_GE(first, earliest_ - 1);
+  EXPECT_LE(first, latest_ + 1);
+}
+
+TEST_F(Gate, LostAgainBeforeAnythingIsHeardNothingIsLostTwice) {
+  const long long due = MonotonicNow() - 28 * kMillisecond;
+  gate_.Open(0, due);
+  Turn();
+  EXPECT_EQ(gate_.GetDueTime(), due) << "a clock takes it from there";
+  rendered_.rendered_ = 1'030;
+  Turn();
+  EXPECT_EQ(rendered_.taken_, 1'024);
+  EXPECT_NEAR(static_cast<double>(gate_.GetDueTime() - due), 1'024 / kRate * 1e9, 2.0);
+}
+
+TEST(DeviceTimeline, ACallThatComesLateTellsOnlyThatItCameLate) {
+  tesk_audio::DeviceTimeline timeline(kRate);
+  const long long late[] = {0, 300'000, 2'000'000, 100'000, 5'000'000, 0, 700'000};
+  long long due = 7'000 * kMillisecond;
+  for (const long long each : late) {
+    EXPECT_NEAR(static_cast<double>(timeline.Note(due + each, 480)), static_cast<double>(due), 2.0);
+    due += 10 * kMillisecond;
+  }
+}
+
+TEST(DeviceTimeline, ADeviceThatWasHeldUpAndGoesOnLaterIsBelievedInTheEnd) {
+  tesk_audio::DeviceTimeline timeline(kRate);
+  long long due = 7'000 * kMillisecond;
+  for (int call = 0; call < 100; ++call, due += 10 * kMillisecond) timeline.Note(due, 480);
+  due += 25 * kMillisecond;
+  int doubting = 0;
+  while (timeline.Note(due, 480) < due - 10 && doubting < 100) {
+    ++doubting;
+    due += 10 * kMillisecond;
+  }
+  EXPECT_GE(doubting, 16);
+  EXPECT_LE(doubting, 32);
+}
+
+TEST_F(Gate, ALongIdleSoundServerTakesOverWhereTheShowIs) {
+  rendered_.rendered_ = 200'000;
+  const long long due = MonotonicNow() - 2'000 * kMillisecond;
+  gate_.Open(0, due);
+  EXPECT_GE(FirstHeard(due), earliest_ - 1);
+}
+
+TEST_F(Gate, SilenceForADeviceThatIsTooFastIsCounted) {
+  rendered_.rendered_ = 10'000'000;
+  gate_.Open(0, 0);
+  long long silent = 0;
+  for (int turn = 0; turn < 1'000; ++turn) {
+    const std::vector<float> heard = Turn();
+    silent += std::count(heard.begin(), heard.end(), 0.0F);
+  }
+  EXPECT_GT(silent, 0);
+  EXPECT_EQ(gate_.GetSilentFrames(), silent);
+}
+
+}  // namespace

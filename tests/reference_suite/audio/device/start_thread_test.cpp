@@ -1,0 +1,139 @@
+// What the system grants to threads of devices, and what is done where it grants less.
+#include "reference_suite/audio/device/start_thread.h"
+
+#include <dlfcn.h>
+#include <gtest/gtest.h>
+#include <sched.h>
+#include <sys/resource.h>
+
+#include <atomic>
+#include <cerrno>
+#include <utility>
+
+#include "suite/audio/errors.h"
+#include "tests/support/cout_capture.h"
+#include "tests/support/no_threads.h"
+#include "tests/support/throws_with_text.h"
+
+namespace {
+
+constexpr int kAll = 1'000;
+
+std::atomic<int> highestThere{0};     // 0: as the system says
+std::atomic<int> mostTaken{kAll};     // priorities above are refused
+std::atomic<rlim_t> limitTold{kAll};  // kAll: as the system says
+
+template <typename Function>
+Function* TheSystems(const char* name) {
+  return reinterpret_cast<Function*>(::dlsym(RTLD_NEXT, name));
+}
+
+}  // namespace
+
+extern "C" {
+
+int sched_get_priority_max(int policy) noexcept {
+  return highestThere != 0 ? highestThere.load() : TheSystems<int(int)>("sched_get_priority_max")(policy);
+}
+
+int pthread_attr_setschedparam(pthread_attr_t* attributes, const sched_param* parameters) noexcept {
+  if (parameters->sched_priority > mostTaken) return EINVAL;
+  return TheSystems<int(pthread_attr_t*, const sched_param*)>("pthread_attr_setschedparam")(attributes,
+                                                                                            parameters);
+}
+
+int getrlimit(__rlimit_resource_t resource, rlimit* limit) noexcept {
+  const int result = TheSystems<int(__rlimit_resource_t, rlimit*)>("getrlimit")(resource, limit);
+  if (resource == RLIMIT_RTPRIO && limitTold != kAll) limit->rlim_cur = limitTold;
+  return result;
+}
+
+}  // extern "C"
+
+namespace {
+
+struct Scheduling {
+  int policy = -1;
+  int priority = -1;
+};
+
+void* LookAtMyself(void* found) {
+  sched_param parameters{};
+  auto& scheduling = *static_cast<Scheduling*>(found);
+  ::pthread_getschedparam(::pthread_self(), &scheduling.policy, &parameters);
+  scheduling.priority = parameters.sched_priority;
+  return nullptr;
+}
+
+Scheduling OfARealTimeThread() {
+  Scheduling found;
+  ::pthread_join(tesk_audio::StartRealTimeThread(&LookAtMyself, &found, "The test"), nullptr);
+  return found;
+}
+
+// Whether the system lets this process do what a stage machine does.
+bool MaySchedule(int priority) {
+  sched_param parameters{};
+  parameters.sched_priority = priority;
+  const bool may = ::sched_setscheduler(0, SCHED_FIFO, &parameters) == 0;
+  parameters.sched_priority = 0;
+  ::sched_setscheduler(0, SCHED_OTHER, &parameters);
+  return may;
+}
+
+constexpr char kNotice[] =
+    "NOTICE: the system grants the audio output no real-time priority; sound may drop out when other "
+    "programs are "
+    "busy. For a stage machine put \"@audio - rtprio 95\" into /etc/security/limits.d/audio.conf, add "
+    "yourself to "
+    "the group audio, and log in again.\n";
+
+TEST(StartThread, ARealTimeThreadHasThePrioritySixty) {
+  if (!MaySchedule(60)) GTEST_SKIP() << "the system grants no real time here";
+  const Scheduling found = OfARealTimeThread();
+  EXPECT_EQ(found.policy, SCHED_FIFO);
+  EXPECT_EQ(found.priority, 60);
+}
+
+TEST(StartThread, WhereSixtyIsMoreThanTheSystemKnowsItHasTheHighestThatThereIs) {
+  if (!MaySchedule(40)) GTEST_SKIP() << "the system grants no real time here";
+  highestThere = 40;
+  const Scheduling found = OfARealTimeThread();
+  highestThere = 0;
+  EXPECT_EQ(found.policy, SCHED_FIFO);
+  EXPECT_EQ(found.priority, 40);
+}
+
+TEST(StartThread, WithinALimitItHasWhatTheLimitGrants) {
+  if (!MaySchedule(20)) GTEST_SKIP() << "the system grants no real time here";
+  limitTold = 20;
+  mostTaken = 20;
+  const Scheduling found = OfARealTimeThread();
+  mostTaken = kAll;
+  limitTold = kAll;
+  EXPECT_EQ(found.policy, SCHED_FIFO);
+  EXPECT_EQ(found.priority, 20);
+}
+
+TEST(StartThread, WhateverTheRefusalItIsAnOrdinaryThreadAndThatIsSaidOnceWithARemedy) {
+  const test_support::CoutCapture console;
+  mostTaken = 0;
+  EXPECT_EQ(OfARealTimeThread().policy, SCHED_OTHER);
+  EXPECT_EQ(OfARealTimeThread().policy, SCHED_OTHER);
+  mostTaken = kAll;
+  // In the life of the process, and so when the test is repeated.
+  static bool isSaid = false;
+  EXPECT_EQ(console.Text(), std::exchange(isSaid, true) ? "" : kNotice);
+}
+
+TEST(StartThread, WithoutAnyThreadToBeHadTheTextNamesWhoWantedIt) {
+  const test_support::NoThreads none;
+  Scheduling found;
+  for (const auto start : {&tesk_audio::StartThread, &tesk_audio::StartRealTimeThread}) {
+    EXPECT_TRUE(test_support::ThrowsWithText<tesk_audio::TESKAudioError>(
+        [&] { start(&LookAtMyself, &found, "The test"); },
+        "The test cannot start its thread: Resource temporarily unavailable. Close other programs."));
+  }
+}
+
+}  // namespace
