@@ -133,25 +133,41 @@ TEST(CallbackDispatcher, AThrowingFunctionLeavesNothingInFlight) {
 }
 
 TEST(CallbackDispatcher, ManyThreadsNotifyAddAndRemove) {
+  constexpr int kOwnNotifications = 3;
   CallbackDispatcher dispatcher;
+  std::atomic<int> throughout{0};
+  dispatcher.Add(&throughout, "event", [&](void*) { ++throughout; });
   std::atomic<bool> stop{false};
+  std::atomic<int> notifications{0};
   std::vector<std::thread> notifiers;
   for (int i = 0; i < 2; ++i) {
     notifiers.emplace_back([&] {
-      while (!stop) dispatcher.Notify("event", nullptr);
+      while (!stop) {
+        dispatcher.Notify("event", nullptr);
+        ++notifications;
+      }
     });
   }
-  for (int i = 0; i < 200; ++i) {
+  int ownNotifications = 0;
+  for (int i = 0; i < 100; ++i) {
     // Destroyed after Remove: an address sanitizer sees a call that comes later.
-    auto counter = std::make_unique<std::atomic<int>>(0);
-    dispatcher.Add(counter.get(), "event", [c = counter.get()](void*) { ++*c; });
-    if (i % 2 == 0) {
-      while (*counter == 0) std::this_thread::yield();
-    }
-    dispatcher.Remove(counter.get());
+    auto passing = std::make_unique<std::atomic<int>>(0);
+    const int before = throughout;
+    dispatcher.Add(passing.get(), "event", [c = passing.get()](void*) { ++*c; });
+    for (int k = 0; k < kOwnNotifications; ++k) dispatcher.Notify("event", nullptr);
+    ownNotifications += kOwnNotifications;
+    dispatcher.Remove(passing.get());
+    const int heard = *passing;
+    EXPECT_GE(heard, kOwnNotifications) << "all of them while it was there";
+    // One on its way when the counting began may have called the other already: one a notifier.
+    EXPECT_LE(heard, throughout - before + 2) << "each once";
+    const int later = notifications + 4;
+    while (notifications < later) std::this_thread::yield();
+    EXPECT_EQ(*passing, heard) << "and none behind its removal";
   }
   stop = true;
   for (std::thread& thread : notifiers) thread.join();
+  EXPECT_EQ(throughout, notifications + ownNotifications);
 }
 
 TEST(CallbackDispatcher, TheProcessHasOne) {

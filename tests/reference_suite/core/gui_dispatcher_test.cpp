@@ -180,34 +180,48 @@ TEST(GuiDispatcher, WhatAListenerThrowsIsLoggedAndTheOthersAreCalled) {
       << lines[1];
 }
 
+// Counts how often playback started.
+class Counter : public GuiListener {
+ public:
+  void OnPlaybackStarted() override { ++calls; }
+  std::atomic<int> calls{0};
+};
+
 TEST(GuiDispatcher, ListenersComeAndGoWhileOthersSend) {
+  constexpr int kOwnSends = 3;
   GuiDispatcher dispatcher;
+  Counter throughout;
+  dispatcher.AddListener(&throughout);
   std::atomic<bool> stop{false};
+  std::atomic<int> sends{0};
   std::vector<std::thread> senders;
   for (int i = 0; i < 2; ++i) {
     senders.emplace_back([&] {
-      while (!stop) dispatcher.SendPlaybackStarted();
+      while (!stop) {
+        dispatcher.SendPlaybackStarted();
+        ++sends;
+      }
     });
   }
+  int ownSends = 0;
   for (int i = 0; i < 200; ++i) {
-    std::atomic<int> calls{0};
-    class Counter : public GuiListener {
-     public:
-      explicit Counter(std::atomic<int>& calls) : calls_(calls) {}
-      void OnPlaybackStarted() override { ++calls_; }
-
-     private:
-      std::atomic<int>& calls_;
-    };
-    auto counter = std::make_unique<Counter>(calls);
-    dispatcher.AddListener(counter.get());
-    if (i % 2 == 0) {
-      while (calls == 0) std::this_thread::yield();
-    }
-    dispatcher.RemoveListener(counter.get());
+    Counter passing;
+    const int before = throughout.calls;
+    dispatcher.AddListener(&passing);
+    for (int k = 0; k < kOwnSends; ++k) dispatcher.SendPlaybackStarted();
+    ownSends += kOwnSends;
+    dispatcher.RemoveListener(&passing);
+    const int heard = passing.calls;
+    EXPECT_GE(heard, kOwnSends) << "all that was sent while it listened";
+    // A message on its way when the counting began may have reached the other listener already: one a sender.
+    EXPECT_LE(heard, throughout.calls - before + 2) << "each message once";
+    const int later = sends + 4;
+    while (sends < later) std::this_thread::yield();
+    EXPECT_EQ(passing.calls, heard) << "and nothing behind its removal";
   }
   stop = true;
   for (std::thread& sender : senders) sender.join();
+  EXPECT_EQ(throughout.calls, sends + ownSends);
 }
 
 TEST(GuiDispatcher, TheProcessHasOne) {

@@ -356,27 +356,48 @@ TEST_F(Generator, AQueryThatThrowsToTheCallerLeavesNoUpdateInProgress) {
 }
 
 TEST_F(Generator, EverybodyMayUseItAtOnce) {
+  constexpr unsigned kRounds = 100;
+  constexpr unsigned kFirstAnswer = 1000;  // above every tick that is sought
+  static thread_local unsigned asked = 0;
   query = [this](unsigned* tick) {
-    *tick = static_cast<unsigned>(++queries);
+    ++asked;
+    *tick = kFirstAnswer + static_cast<unsigned>(queries++);
     return true;
   };
+  const PositionListener listener;
   update.StartUpdateGenerator();
   update.Unpause();
+  std::atomic<unsigned> askedByUpdates{0};
   std::vector<std::thread> threads;
   for (int i = 0; i < 3; ++i) {
     threads.emplace_back([&, i] {
-      for (int k = 0; k < 100; ++k) {
+      for (unsigned k = 0; k < kRounds; ++k) {
         if (i == 0) update.UpdateOnce();
-        if (i == 1) update.ResetAndSeekToTickIndex(static_cast<unsigned>(k));
+        if (i == 1) update.ResetAndSeekToTickIndex(k);
         if (i == 2) update.SetSong(k % 2 == 0 ? nullptr : &stage.control.GetCurrentSongData());
         update.Pause();
         update.GetTickIndex();
         update.Unpause();
       }
+      askedByUpdates += asked;
     });
   }
   for (std::thread& thread : threads) thread.join();
   update.Pause();
+  EXPECT_EQ(askedByUpdates, kRounds) << "each update asks once, and nothing else does";
+
+  const Ticks sent = listener.GetTicks();
+  ASSERT_FALSE(sent.empty());
+  const auto answers = kFirstAnswer + static_cast<unsigned>(queries);
+  for (const unsigned tick : sent) {
+    EXPECT_TRUE(tick < kRounds || (tick >= kFirstAnswer && tick < answers)) << tick << " is nobody's";
+  }
+  EXPECT_EQ(sent.back(), update.GetTickIndex()) << "whoever came last, what is shown was sent last";
+  for (int i = 0; i < 100; ++i) std::this_thread::yield();
+  EXPECT_EQ(kFirstAnswer + static_cast<unsigned>(queries), answers) << "nobody asks while paused";
+  EXPECT_EQ(listener.GetTicks().size(), sent.size());
+  update.UpdateOnce();
+  EXPECT_EQ(update.GetTickIndex(), answers);
 }
 
 }  // namespace
