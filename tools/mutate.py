@@ -1,15 +1,18 @@
 #!/usr/bin/env python3
 """Breaks the engine in one place after the other, and counts how often a test notices.
 
-usage: mutate.py [--build DIR] [--seed N] [--count N] [--minutes N] [--jobs N] [--again LOG] [FOLDER...]
+usage: mutate.py [--build DIR] [--seed N] [--count N] [--minutes N] [--jobs N] [--again LOG] [--since COMMIT]
+                 [--check] [FOLDER...]
 
 A mutation is one small change of one line: a relation, an operator, a constant, a negation, a statement left
 out. Each is compiled alone, linked in front of the library that holds the original, and tried by the tests of
 its folder. One that compiles to the same code changes nothing and does not count. Without --count every
 mutation there is runs, in an order drawn by --seed; --minutes ends the run early with what has been tried;
---again tries nothing but what an earlier run, whose output is in LOG, saw survive.
+--again tries nothing but what an earlier run, whose output is in LOG, saw survive, and --since nothing but
+lines that have changed since a commit.
 
-Survivors that are explained stand in tools/mutation_survivors.txt. Ends with status 1 when less than 90 % of
+Survivors that are explained stand in tools/mutation_survivors.txt; one that no longer stands in the code ends
+the run, and --check looks for nothing else. Ends with status 1 when less than 90 % of
 all that was tried is noticed, or when a survivor is not explained.
 """
 import argparse
@@ -18,11 +21,12 @@ import os
 import pathlib
 import random
 import re
+import subprocess
 import sys
 import time
 
 from mutation_trial import Build
-from mutations import all_mutations, explained_survivors
+from mutations import ROOT, all_mutations, explained_survivors
 
 GOAL = 90.0
 # The tests of a folder, the ones that notice most first.
@@ -63,6 +67,21 @@ def survivors_of(log):
     return set(re.findall(r"^survived: (.*) \| line \d+$", pathlib.Path(log).read_text(), re.MULTILINE))
 
 
+def lines_changed_since(commit, folders):
+    """(file, number from 1) of every line there is now that was not there then."""
+    diff = subprocess.run(["git", "diff", "-U0", commit, "--", *folders], cwd=ROOT, check=True, capture_output=True,
+                          text=True).stdout
+    lines, file = set(), ""
+    for row in diff.splitlines():
+        if row.startswith("+++ "):
+            file = row.removeprefix("+++ b/")
+        hunk = re.match(r"@@ -\S+ \+(\d+)(?:,(\d+))? @@", row)
+        if hunk:
+            first, count = int(hunk[1]), int(hunk[2] or 1)
+            lines.update((file, number) for number in range(first, first + count))
+    return lines
+
+
 def main():
     parser = argparse.ArgumentParser(description=__doc__, formatter_class=argparse.RawDescriptionHelpFormatter)
     parser.add_argument("--build", default="build/mutate", help="a configured Ninja build with compile commands")
@@ -71,6 +90,8 @@ def main():
     parser.add_argument("--minutes", type=float, default=0, help="0: as long as it takes")
     parser.add_argument("--jobs", type=int, default=os.cpu_count(), help="compilers at a time")
     parser.add_argument("--again", metavar="LOG")
+    parser.add_argument("--since", metavar="COMMIT", help="only lines that have changed since then")
+    parser.add_argument("--check", action="store_true", help="only see that what is explained still stands in the code")
     parser.add_argument("folders", nargs="*", default=list(TESTS), metavar="FOLDER")
     options = parser.parse_args()
     unknown = [folder for folder in options.folders if folder not in TESTS]
@@ -78,10 +99,16 @@ def main():
         sys.exit(f"no tests are known for {', '.join(unknown)}; there are {', '.join(TESTS)}")
 
     explained = explained_survivors()
+    if options.check:
+        return print(f"{len(explained)} survivors are explained, and all of them stand in the code")
     mutations = list(all_mutations(options.folders))
     if options.again:
         survivors = survivors_of(options.again)
         mutations = [mutation for mutation in mutations if mutation.name in survivors]
+    if options.since:
+        lines = lines_changed_since(options.since, options.folders)
+        mutations = [mutation for mutation in mutations if (str(mutation.source), mutation.number + 1) in lines]
+        print(f"{len(mutations)} mutations of lines changed since {options.since}", flush=True)
     random.Random(options.seed).shuffle(mutations)
     if options.count:
         mutations = mutations[:options.count]
