@@ -2,6 +2,7 @@
 
 #include <concepts>
 #include <ios>
+#include <locale>
 #include <sstream>
 #include <string>
 #include <type_traits>
@@ -19,8 +20,8 @@ concept Number = std::is_arithmetic_v<T>;
 template <typename Target>
 class OutBuffer : public std::ostringstream {
  public:
-  // The target outlives the buffer.
-  explicit OutBuffer(Target& target) : target_(target) {}
+  // The target outlives the buffer. Numbers are written alike whatever locale the process has.
+  explicit OutBuffer(Target& target) : target_(target) { imbue(std::locale::classic()); }
   // Ends the program when the target throws.
   ~OutBuffer() override { flush(); }
   OutBuffer(const OutBuffer&) = delete;

@@ -62,7 +62,9 @@ void AddPlay(CLI::App& app, const Faces& faces, Action* action) {
           "left, right to the place before and after; up, down a hundredth faster or slower; +, - a\n"
           "semitone higher or lower; 0 tempo and key as written; q quit. Without a terminal nobody can\n"
           "press a key: vamps are left and caesuras waited out by themselves, and song follows song to\n"
-          "the end of the show.\n\n") +
+          "the end of the show.\n"
+          "A song that is still loading is named and waited for; keys pressed meanwhile are obeyed "
+          "then.\n\n") +
       kExitStatuses);
   verb->callback([=] { *action = [=] { return Run(faces, *options, *asJson); }; });
 }

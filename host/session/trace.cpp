@@ -4,6 +4,7 @@
 #include <cstdio>
 #include <cstring>
 #include <filesystem>
+#include <locale>
 #include <system_error>
 
 #include "host/session/failure.h"
@@ -43,6 +44,7 @@ Trace::Trace(const std::string& path)
       finalPath_(path.empty() ? "" : LinkTarget(path)),
       partPath_(path.empty() || TakesRowsAtOnce(path) ? "" : finalPath_ + ".part") {
   if (path_.empty()) return;
+  out_.imbue(std::locale::classic());  // whatever a host with windows has chosen
   out_.open(partPath_.empty() ? path_ : partPath_, std::ios::binary | std::ios::trunc);
   out_ << "output_frame,song,sample,frames,tick,next_tick,scale,transposition,event\n";
   Check_();

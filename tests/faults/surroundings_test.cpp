@@ -4,11 +4,15 @@
 #include <gtest/gtest.h>
 
 #include <chrono>
+#include <cstdlib>
 #include <filesystem>
+#include <fstream>
+#include <map>
 
 #include "tests/faults/circumstances.h"
 #include "tests/host/show_files.h"
 #include "tests/support/limit.h"
+#include "tests/support/wait_until.h"
 
 namespace faults {
 namespace {
@@ -27,6 +31,26 @@ class Surroundings : public testing::Test {
     files_.AddSong("1", "Waltz", 1, "[[caesura]]\nat = \"1.2\"\n[[tempo]]\nat = \"1\"\nscale = 1.0\n");
     files_.AddSong("2", "Polka", 1);
   }
+  // What reads and writes numbers: 1,000 and more, and some with fractions.
+  std::vector<std::vector<std::string>> NumbersIn() {
+    files_.AddSong("3", "Galop", 40, "[[tempo]]\nat = \"2\"\nscale = 0.95\n");
+    std::ofstream(files_.Beside("script")) << "time 2.5 tempo 1.25\ntime 30.75 stop\n";
+    const std::string show = files_.Show();
+    return {{"info", show, "--json"},
+            {"info", show},
+            {"where", show, "3", "35.2", "tick:60001", "time:0:31.25", "--json"},
+            {"where", show, "3", "35.2", "sample:250001"},
+            {"check", show},
+            {"render", show, "--song", "3", "-o", files_.Beside("out.wav"), "--trace",
+             files_.Beside("trace.csv"), "--script", files_.Beside("script")}};
+  }
+  // Made here, because few machines have it.
+  void MakeGermanLocale() const {
+    std::filesystem::create_directory(files_.Beside("locales"));
+    const std::string command = "localedef -i de_DE -f UTF-8 '" + files_.Beside("locales/de_DE.UTF-8") + "'";
+    ASSERT_EQ(std::system(command.c_str()), 0) << command;
+  }
+
   ShowFiles files_;
 };
 
@@ -54,14 +78,36 @@ TEST_F(Surroundings, ATerminalOfNoKnownKindIsNoTerminal) {
 }
 
 TEST_F(Surroundings, LocalesReadAndWriteNumbersAlike) {
-  const std::vector<std::string> arguments{"info", files_.Show(), "--json"};
-  const Ended plain = Orbel(arguments);
-  ASSERT_EQ(plain.status, 0);
-  for (const char* name : {"C", "C.UTF-8", "de_DE.UTF-8", "no_SUCH"}) {
-    const Environment elsewhere(Environment::Variables{{"LC_ALL", name}, {"LANG", name}});
+  for (const auto& arguments : NumbersIn()) {
+    const Ended plain = Orbel(arguments);
+    EXPECT_EQ(plain.status, 0) << plain.messages;
+    for (const char* name : {"C", "C.UTF-8", "no_SUCH"}) {
+      const Environment elsewhere(Environment::Variables{{"LC_ALL", name}, {"LANG", name}});
+      const Ended run = Orbel(arguments);
+      EXPECT_EQ(run.status, plain.status) << name;
+      EXPECT_EQ(run.out, plain.out) << name;
+      EXPECT_EQ(run.messages, plain.messages) << name;
+    }
+  }
+}
+
+// In a process in which numbers have a comma, a host's with windows, say.
+TEST_F(Surroundings, GermanNumbersAreReadAndWrittenAlike) {
+  MakeGermanLocale();
+  for (const auto& arguments : NumbersIn()) {
+    const Ended plain = Orbel(arguments);
+    const std::string plainTrace = ReadText(files_.Beside("trace.csv"));
+    const std::string plainSamples = ReadText(files_.Beside("out.wav"));
+    const auto german = Refusing({{"LOCPATH", files_.Beside("locales")},
+                                  {"LC_ALL", "de_DE.UTF-8"},
+                                  {"ORBEL_USE_LOCALE", files_.Beside("proof")}});
     const Ended run = Orbel(arguments);
-    EXPECT_EQ(run.status, 0) << name;
-    EXPECT_EQ(run.out, plain.out) << name;
+    ASSERT_EQ(ReadText(files_.Beside("proof")), "1,5") << "so that something is tested";
+    EXPECT_EQ(run.status, 0) << run.messages;
+    EXPECT_EQ(run.out, plain.out);
+    EXPECT_EQ(run.messages, plain.messages);
+    EXPECT_EQ(ReadText(files_.Beside("trace.csv")), plainTrace);
+    EXPECT_TRUE(ReadText(files_.Beside("out.wav")) == plainSamples);
   }
 }
 
@@ -73,6 +119,43 @@ TEST_F(Surroundings, TheSameShowPlayedTwiceDisturbsNobody) {
   const Ended second = Orbel({"play", files_.Show()});
   EXPECT_EQ(second.status, 0) << second.messages;
   EXPECT_EQ(playing.WaitForEnd().status, 0);
+}
+
+// Every file of a folder: what is in it and when it was last changed.
+std::map<std::string, std::pair<std::string, std::filesystem::file_time_type>> Everything(
+    const std::string& folder) {
+  std::map<std::string, std::pair<std::string, std::filesystem::file_time_type>> files;
+  for (const auto& entry : std::filesystem::recursive_directory_iterator(folder)) {
+    files[entry.path().string()] = {entry.is_regular_file() ? ReadText(entry.path().string()) : "folder",
+                                    entry.last_write_time()};
+  }
+  return files;
+}
+
+TEST_F(Surroundings, TwoThatHaveTheSameShowOpenBothWriteEverySampleAndNothingIntoIt) {
+  files_.AddSong("3", "Galop", 40);
+  const auto render = [&](const std::string& name) {
+    return std::vector<std::string>{"render", files_.Show(), "--song", "3", "-o", files_.Beside(name)};
+  };
+  ASSERT_EQ(Orbel(render("alone.wav")).status, 0);
+  const std::string expected = ReadText(files_.Beside("alone.wav"));
+  const auto before = Everything(files_.Show());
+  const auto holding = Refusing({{"ORBEL_HOLD_READ", "3 Galop.obd:100000"},
+                                 {"ORBEL_HOLD_UNTIL", files_.Beside("gate")},
+                                 {"ORBEL_COUNT_HELD", files_.Beside("held")}});
+  RunningOrbel first(render("first.wav"));
+  RunningOrbel second(render("second.wav"));
+  EXPECT_TRUE(test_support::WaitUntil([&] { return ReadText(files_.Beside("held")).size() >= 2; },
+                                      std::chrono::minutes(1)))
+      << "both are in the middle of the same file";
+  std::ofstream(files_.Beside("gate")) << "go";
+  for (RunningOrbel* running : {&first, &second}) {
+    const Ended run = running->WaitForEnd();
+    EXPECT_EQ(run.status, 0) << run.messages;
+  }
+  EXPECT_TRUE(ReadText(files_.Beside("first.wav")) == expected);
+  EXPECT_TRUE(ReadText(files_.Beside("second.wav")) == expected);
+  EXPECT_TRUE(Everything(files_.Show()) == before);
 }
 
 TEST_F(Surroundings, TwoRendersIntoOneFileLeaveAWholeOne) {

@@ -1,4 +1,5 @@
 // Songs that the performer comes to before they are decoded.
+#include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
 #include <fstream>
@@ -10,7 +11,9 @@
 namespace faults {
 namespace {
 
+using host_tests::Ended;
 using host_tests::OrbelInATerminal;
+using host_tests::RunningOrbel;
 using host_tests::ShowFiles;
 
 class Waits : public testing::Test {
@@ -66,6 +69,34 @@ TEST_F(Waits, ASongThatIsLeftBehindIsNamedWhileItsLoaderIsWaitedFor) {
   EXPECT_TRUE(orbel.Shows("1 Waltz   bar 1.1   240 bpm   stopped"));
   orbel.Type("q");
   EXPECT_EQ(orbel.WaitForEnd(), 0);
+}
+
+TEST_F(Waits, GoIsObeyedWhenTheSongIsThere) {
+  files_.AddSong("1", "Waltz", 60);
+  files_.AddSong("2", "Polka", 60);
+  const Environment holding = Holding("Polka");
+  OrbelInATerminal orbel({"play", files_.Show(), "--output", "null"});
+  ASSERT_TRUE(orbel.Shows("1 Waltz   bar 1.1   240 bpm   stopped"));
+  orbel.Type("n");
+  EXPECT_TRUE(orbel.Shows("song 2 is still loading: waiting for it"));
+  orbel.Type(" ");
+  LetGo();
+  EXPECT_TRUE(orbel.Shows("2 Polka   bar 2.1   240 bpm   playing"));
+  orbel.Type("qq");
+  EXPECT_EQ(orbel.WaitForEnd(), 0);
+}
+
+TEST_F(Waits, AScriptThatComesToASongTooEarlySaysSoAndGoesOn) {
+  files_.AddSong("1", "Waltz", 60);
+  files_.AddSong("2", "Polka", 60);
+  std::ofstream(files_.Beside("script")) << "time 0.2 next\nat 1.3 stop\n";
+  const Environment holding = Holding("Polka");
+  RunningOrbel running({"play", files_.Show(), "--output", "null", "--script", files_.Beside("script")});
+  EXPECT_TRUE(running.Says("song 2 is still loading: waiting for it"));
+  LetGo();
+  const Ended run = running.WaitForEnd();
+  EXPECT_EQ(run.status, 0) << run.messages;
+  EXPECT_THAT(run.messages, testing::HasSubstr("2 Polka   bar 1.1   240 bpm   playing"));
 }
 
 TEST_F(Waits, AnAttaccaIntoASongThatIsNotDecodedIsNotCalledPlaying) {

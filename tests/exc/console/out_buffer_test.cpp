@@ -4,6 +4,8 @@
 
 #include <ios>
 #include <limits>
+#include <locale>
+#include <sstream>
 #include <stdexcept>
 #include <string>
 #include <vector>
@@ -26,6 +28,14 @@ struct SpyTarget {
 using Buffer = exc::OutBuffer<SpyTarget>;
 using Calls = std::vector<std::string>;
 
+// Writes 12,5 and 1.000.
+class GermanNumbers : public std::numpunct<char> {
+ protected:
+  char do_decimal_point() const override { return ','; }
+  char do_thousands_sep() const override { return '.'; }
+  std::string do_grouping() const override { return "\3"; }
+};
+
 }  // namespace
 
 TEST(OutBuffer, WritesItsTextInOnePieceAndFlushesWhenDestroyed) {
@@ -36,6 +46,17 @@ TEST(OutBuffer, WritesItsTextInOnePieceAndFlushesWhenDestroyed) {
     EXPECT_EQ(target.calls, Calls{});
   }
   EXPECT_EQ(target.calls, (Calls{"song 12: 7\n", "(flush)"}));
+}
+
+TEST(OutBuffer, NumbersAreWrittenAlikeInEveryLocale) {
+  const std::locale before = std::locale::global(std::locale(std::locale(), new GermanNumbers));
+  SpyTarget target;
+  Buffer(target) << 1'234'567LL << " " << 12.5;
+  std::ostringstream german;
+  german << 1'234'567LL << " " << 12.5;
+  std::locale::global(before);
+  EXPECT_EQ(german.str(), "1.234.567 12,5") << "so that something is tested";
+  EXPECT_EQ(target.calls.front(), "1234567 12.5");
 }
 
 TEST(OutBuffer, CommitWritesTheTextAndKeepsIt) {

@@ -11,7 +11,10 @@
 //   ORBEL_HOLD_UNTIL=PATH           until this exists, or for a minute
 //   ORBEL_SLOW_READ=US              every read takes as many microseconds longer
 //   ORBEL_JUMPY_CLOCK=1             the time of day jumps to and fro by hours
+//   ORBEL_USE_LOCALE=FILE           the program takes the locale of its environment, for C and for C++, and
+//                                   "%.1f" of one and a half is written to this file
 //   ORBEL_COUNT_REFUSALS=FILE       one byte is appended to this file for every thread that was refused
+//   ORBEL_COUNT_HELD=FILE           and to this one for every program that has begun to wait in a read
 #include <dlfcn.h>
 #include <errno.h>
 #include <fcntl.h>
@@ -26,6 +29,7 @@
 
 #include <atomic>
 #include <cstddef>
+#include <locale>
 #include <new>
 
 #include "Sources/file_loader/file_loader_data.h"
@@ -85,7 +89,16 @@ PlaceInFiles heldRead;
 useconds_t slowRead = 0;
 bool clockJumps = false;
 
+// As a program with windows would that has the library inside.
+void UseLocaleOfEnvironment(const char* proof) {
+  std::locale::global(std::locale(""));
+  FILE* const file = fopen(proof, "w");
+  if (file == nullptr || fprintf(file, "%.1f", 1.5) < 0 || fclose(file) != 0) abort();
+}
+
 __attribute__((constructor)) void ReadEnvironment() {
+  const char* const localeProof = getenv("ORBEL_USE_LOCALE");
+  if (localeProof != nullptr) UseLocaleOfEnvironment(localeProof);
   refusedThread = Number("ORBEL_REFUSE_THREAD");
   refusesThreadsForGood = Number("ORBEL_REFUSE_THREAD_FOR_GOOD") != 0;
   refusedLoader = getenv("ORBEL_REFUSE_LOADER");
@@ -104,9 +117,19 @@ bool IsRefused() {
   return count == refusedAllocation || (refusesForGood && count > refusedAllocation);
 }
 
+// For the test to read, whatever becomes of the program.
+void CountInto(const char* path) {
+  if (path == nullptr) return;
+  const int file = open(path, O_WRONLY | O_CREAT | O_APPEND, 0600);
+  if (file < 0 || write(file, ".", 1) != 1) abort();
+  close(file);
+}
+
 void WaitWhileHeld(int file, long long end) {
   const char* const until = getenv("ORBEL_HOLD_UNTIL");
   if (until == nullptr || !heldRead.IsBefore(file, end)) return;
+  static std::atomic<bool> isTold{false};
+  if (!isTold.exchange(true)) CountInto(getenv("ORBEL_COUNT_HELD"));
   for (int look = 0; look < 6000 && access(until, F_OK) != 0; ++look) usleep(10'000);
 }
 
@@ -125,14 +148,6 @@ bool IsRefusedLoader(void* (*body)(void*), const void* argument) {
   if (dladdr(reinterpret_cast<const void*>(body), &found) == 0 || found.dli_sname == nullptr) return false;
   if (strcmp(found.dli_sname, "FileLoaderThread") != 0) return false;
   return static_cast<const FileLoaderData*>(argument)->SongNumber() == refusedLoader;
-}
-
-// For the test to read, whatever becomes of the program.
-void CountRefusal() {
-  if (refusalsFile == nullptr) return;
-  const int file = open(refusalsFile, O_WRONLY | O_CREAT | O_APPEND, 0600);
-  if (file < 0 || write(file, ".", 1) != 1) abort();
-  close(file);
 }
 
 long Jump() {
@@ -164,7 +179,7 @@ int pthread_create(pthread_t* thread, const pthread_attr_t* attributes, void* (*
   const long count = ++threads;
   if (count == refusedThread || (refusesThreadsForGood && count > refusedThread) ||
       IsRefusedLoader(body, argument)) {
-    CountRefusal();
+    CountInto(refusalsFile);
     return EAGAIN;
   }
   return real(thread, attributes, body, argument);
