@@ -104,6 +104,7 @@ bench: packages
 	@$(STEP) "build the benchmarks" cmake --build --preset bench --target benchmarks
 	@for each in build/bench/benchmarks/*_benchmark; do $$each || exit; done
 	@build/bench/benchmarks/command_to_sound
+	@benchmarks/lookup_ratios.py build/bench
 	@benchmarks/whole_programs.py build/bench
 
 # The long forms of tests that the suite runs in short.

@@ -63,6 +63,9 @@ BENCHMARK_DEFINE_F(SmfLibrary, SecondsToTicksAtRandom)(benchmark::State& state) 
     benchmark::DoNotOptimize(Tick_(lastSeconds_ * ticks_[at++ % 4096] / (lastTick_ + 1.0)));
   }
 }
+BENCHMARK_DEFINE_F(SmfLibrary, SecondsToTicksInTheMiddle)(benchmark::State& state) {
+  for (auto _ : state) benchmark::DoNotOptimize(Tick_(lastSeconds_ / 2));
+}
 BENCHMARK_DEFINE_F(SmfLibrary, SecondsToTicksNearTheEnd)(benchmark::State& state) {
   for (auto _ : state) benchmark::DoNotOptimize(Tick_(lastSeconds_ - 100.0 / kRate));
 }
@@ -70,13 +73,18 @@ BENCHMARK_DEFINE_F(SmfLibrary, TicksToSecondsAtRandom)(benchmark::State& state) 
   std::size_t at = 0;
   for (auto _ : state) benchmark::DoNotOptimize(Seconds_(ticks_[at++ % 4096]));
 }
+BENCHMARK_DEFINE_F(SmfLibrary, TicksToSecondsInTheMiddle)(benchmark::State& state) {
+  for (auto _ : state) benchmark::DoNotOptimize(Seconds_(lastTick_ / 2));
+}
 BENCHMARK_DEFINE_F(SmfLibrary, TicksToSecondsNearTheEnd)(benchmark::State& state) {
   for (auto _ : state) benchmark::DoNotOptimize(Seconds_(lastTick_ - 3));
 }
 
 BENCHMARK_REGISTER_F(SmfLibrary, SecondsToTicksAtRandom)->RangeMultiplier(10)->Range(1, 10'000);
+BENCHMARK_REGISTER_F(SmfLibrary, SecondsToTicksInTheMiddle)->RangeMultiplier(10)->Range(1, 10'000);
 BENCHMARK_REGISTER_F(SmfLibrary, SecondsToTicksNearTheEnd)->RangeMultiplier(10)->Range(1, 10'000);
 BENCHMARK_REGISTER_F(SmfLibrary, TicksToSecondsAtRandom)->RangeMultiplier(10)->Range(1, 10'000);
+BENCHMARK_REGISTER_F(SmfLibrary, TicksToSecondsInTheMiddle)->RangeMultiplier(10)->Range(1, 10'000);
 BENCHMARK_REGISTER_F(SmfLibrary, TicksToSecondsNearTheEnd)->RangeMultiplier(10)->Range(1, 10'000);
 
 }  // namespace
