@@ -81,6 +81,7 @@ void Session::ChooseFormat_(const std::string& song) {
   std::vector<std::string> order = folder_.GetData().GetRunningOrder();
   std::stable_partition(order.begin(), order.end(),
                         [&](const std::string& number) { return number == wanted; });
+  folder_.ProbeAll();
   for (const std::string& number : order) {
     if (!folder_.HasAudio(number)) continue;
     try {

@@ -64,6 +64,12 @@ std::string ShowFolder::CueFile(const std::string& song) const {
   return "songs/" + song + ".toml";
 }
 
+void ShowFolder::ProbeAll() const {
+  std::vector<std::string> paths;
+  for (const auto& [song, file] : audioFiles_) paths.push_back(AudioPath(song));
+  tesk_audio::ProbeAudioFiles(paths);
+}
+
 tesk_audio::AudioFileInfo ShowFolder::Probe(const std::string& song) const {
   const AtSong atSong(song, "data/" + audioFiles_.at(song));
   return tesk_audio::ProbeAudioFile(AudioPath(song));

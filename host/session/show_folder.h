@@ -34,6 +34,8 @@ class ShowFolder {
   // The file in which a song's cues stand, relative to the show folder.
   std::string CueFile(const std::string& song) const;
 
+  // All of them, so that each is known when it is asked for. What is wrong with one is told to who asks.
+  void ProbeAll() const;
   // Header and end of a song's audio file. Throws tesk_audio::TESKAudioError.
   tesk_audio::AudioFileInfo Probe(const std::string& song) const;
   // The rate of a song's audio; 44,100 when it has none that can be read.

@@ -59,18 +59,33 @@ std::string FindFault(const std::string& path) {
   }
 }
 
+std::string PathOf(const std::string& showPath, const std::string& file) {
+  return exc::path::Join(showPath, "data", file);
+}
+
+void LookAtAll(const std::string& showPath, const std::vector<std::string>& order, const FilesBySong& files) {
+  std::vector<std::string> paths;
+  for (const std::string& number : order) {
+    const auto file = files.find(number);
+    if (file != files.end()) paths.push_back(PathOf(showPath, file->second));
+  }
+  tesk_audio::ProbeAudioFiles(paths);
+}
+
 }  // namespace
 
 std::vector<tesk_midi::Problem> SurveyAudioFiles(const std::string& showPath, tesk_midi::ShowData& show) {
   std::vector<tesk_midi::Problem> problems;
   const FilesBySong files = ListAudioFiles(showPath, &problems);
-  for (const std::string& number : show.GetRunningOrder()) {
+  const std::vector<std::string> order = show.GetRunningOrder();
+  LookAtAll(showPath, order, files);
+  for (const std::string& number : order) {
     const auto file = files.find(number);
     if (file == files.end()) {
       show.SetHasNoAudio(number);
       continue;
     }
-    const std::string fault = FindFault(exc::path::Join(showPath, "data", file->second));
+    const std::string fault = FindFault(PathOf(showPath, file->second));
     if (fault.empty()) continue;
     show.LeaveOut(number);
     problems.push_back(

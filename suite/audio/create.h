@@ -1,6 +1,7 @@
 #pragma once
 
 #include <string>
+#include <vector>
 
 namespace tesk_audio {
 
@@ -28,5 +29,10 @@ struct AudioFileInfo {
   std::string format;  // "Ogg Vorbis", "WAV", "FLAC", ...
 };
 AudioFileInfo ProbeAudioFile(const std::string& path);
+
+// Opens many, on several cores at once, so that ProbeAudioFile knows them; few, or all on a single core, are
+// left for whoever asks for them, and so is what is wrong with a file. Threads: ANY; those that it starts
+// have ended when it returns.
+void ProbeAudioFiles(const std::vector<std::string>& paths);
 
 }  // namespace tesk_audio
