@@ -46,6 +46,8 @@ class Session {
   // Returns what the performer should read; empty when there is nothing to say. Throws Failure for a position
   // that does not exist.
   std::string Do(const Command& command);
+
+  // ---- songs.cpp -------------------------------------------------------------------------------
   // Makes a song current and stands at its start, silent, whatever was going on. Throws Failure.
   void LoadStopped(const std::string& song);
   // False at the end of the show, where the current song is back at its start.
@@ -112,6 +114,8 @@ class Session {
   void Seek_(const std::string& position);
   std::string SetTempoScale_(double scale);
   std::string SetTransposition_(int semitones);
+
+  // ---- songs.cpp -------------------------------------------------------------------------------
   std::string StepSong_(bool forward);
   bool SettleStopped_();
   void Recover_(const std::string& song);

@@ -1,0 +1,131 @@
+// From song to song, and a fresh player where one cannot go on.
+#include <exception>
+
+#include "Sources/audio_player/audio_player.h"
+#include "host/session/failure.h"
+#include "host/session/long_wait.h"
+#include "host/session/refusals.h"
+#include "host/session/session.h"
+#include "host/session/shown_text.h"
+
+namespace orbel::host {
+
+std::string Session::StepSong_(bool forward) {
+  const bool wasPlaying = IsPlaying();
+  std::string message;
+  if (forward) {
+    if (!NextSongStopped()) return "this is the last song; back at its start";
+  } else {
+    const SilentOutput silent;
+    ChangeSong_(SongFromHere_(-1), [this] { player_->PreviousSong(); });
+    if (!SettleStopped_()) Recover_(GetSongNumber());
+  }
+  if (wasPlaying) Play_();
+  return message;
+}
+
+bool Session::NextSongStopped() {
+  bool wasLast = false;
+  const SilentOutput silent;
+  ChangeSong_(SongFromHere_(1), [&] { wasLast = player_->NextSong(); });
+  if (wasLast) {
+    waiting_ = ended_ = false;
+    return false;
+  }
+  if (!SettleStopped_()) Recover_(GetSongNumber());
+  return true;
+}
+
+std::string Session::WhyLeftOut_(const std::string& song) const {
+  for (const tesk_midi::Problem& problem : problems_) {
+    if (problem.songNumber == song && !problem.isWarning) return Shown(tesk_midi::ToString(problem));
+  }
+  return "song " + Shown(song) + " cannot be played: its audio cannot be used";
+}
+
+void Session::LoadStopped(const std::string& song) {
+  if (leftOut_.contains(song)) throw Failure(WhyLeftOut_(song));
+  if (!folder_.HasAudio(song)) throw Failure("song " + Shown(song) + " cannot be played: it has no audio");
+  const SilentOutput silent;
+  ChangeSong_(song, [&] { player_->LoadSong(song); });
+  if (!SettleStopped_()) Recover_(song);
+  if (GetSongNumber() != song) throw Failure(WhyLeftOut_(song));
+}
+
+// A change for which the system refuses a thread or memory stops half way, the new song current but not
+// loaded: a fresh player goes on at that song.
+void Session::ChangeSong_(const std::string& target, const std::function<void()>& change) {
+  try {
+    const LongWait wait(say_, WhatIsWaitedForOnTheWayTo_(target));
+    change();
+  } catch (const std::exception& error) {
+    if (!IsRefusalOfTheMoment(error)) throw;
+    tesk_midi::Problem problem;
+    problem.songNumber = GetSongNumber();
+    problem.file = "data/" + folder_.GetAudioFiles().at(problem.songNumber);
+    problem.message =
+        "Song " + problem.songNumber + ": " + WhatWasRefused(error) + ". It is loaded once more.";
+    problem.isWarning = true;
+    problems_.push_back(problem);
+    BeginAnew_(problem.songNumber);
+  }
+}
+
+// A song that is not decoded yet plays as soon as it is, on its loader's thread. Asking to play waits for
+// that loader; stopping and resetting then leaves the song silent at its start, whichever of the two came
+// first.
+bool Session::SettleStopped_() {
+  waiting_ = ended_ = false;
+  PlayWhenLoaded_();
+  if (!IsPlaying()) return false;
+  player_->StopAndReset();
+  return true;
+}
+
+// A fresh player without the songs that cannot be decoded, at the start of `song`, or of the song after it
+// when it is one of them.
+void Session::Recover_(const std::string& song) {
+  if (!LeaveOutBrokenSongs_()) player_->ThrowIfThreadExceptions();
+  BeginAnew_(song);
+}
+
+// The player before is gone by then: whatever keeps another one from being made ends the performance in
+// words.
+void Session::BeginAnew_(const std::string& song) {
+  const SilentOutput silent;
+  for (int attemptsLeft = 2;; --attemptsLeft) {
+    try {
+      BuildWithoutBrokenSongs_();
+    } catch (const PlayerLost&) {
+      throw;
+    } catch (const std::exception& error) {
+      throw PlayerLost(Shown(folder_.GetPath()) + ": the show cannot go on: " + error.what());
+    }
+    try {
+      return StandAtOrBehind_(song);
+    } catch (const std::exception& error) {
+      if (!IsRefusalOfTheMoment(error)) throw;
+      if (attemptsLeft > 0) continue;
+      const auto attempt = [&] {
+        BuildOnce_();
+        StandAtOrBehind_(song);
+      };
+      if (IsRefusalOfAThread(error) && DoWithoutOneSong_(song, attempt)) return;
+      throw PlayerLost(Shown(folder_.GetPath()) + ": the show cannot go on: " + WhatWasRefused(error));
+    }
+  }
+}
+
+// At the start of `song`, or of the one after it that can be played.
+void Session::StandAtOrBehind_(const std::string& song) {
+  bool reached = false;
+  for (const std::string& number : folder_.GetData().GetRunningOrder()) {
+    reached = reached || number == song;
+    if (!reached || !CanBePlayed_(number)) continue;
+    if (GetSongNumber() != number) player_->LoadSong(number);
+    if (!SettleStopped_()) player_->ThrowIfThreadExceptions();
+    return;
+  }
+}
+
+}  // namespace orbel::host
