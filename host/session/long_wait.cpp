@@ -1,7 +1,7 @@
 #include "host/session/long_wait.h"
 
 #include <chrono>
-#include <system_error>
+#include <exception>
 #include <utility>
 
 namespace orbel::host {
@@ -15,8 +15,8 @@ LongWait::LongWait(const Say& say, std::string text) : say_(say), text_(std::mov
   if (!say_ || text_.empty()) return;
   try {
     thread_ = std::thread([this] { SayWhenItIsLong_(); });
-  } catch (const std::system_error&) {
-    say_(text_);  // too early rather than never
+  } catch (const std::exception&) {
+    Say_();  // too early rather than never
   }
 }
 
@@ -31,7 +31,15 @@ LongWait::~LongWait() {
 
 void LongWait::SayWhenItIsLong_() {
   std::unique_lock lock(mutex_);
-  if (!ended_.wait_for(lock, kNoticeable, [this] { return hasEnded_; })) say_(text_);
+  if (!ended_.wait_for(lock, kNoticeable, [this] { return hasEnded_; })) Say_();
+}
+
+void LongWait::Say_() noexcept {
+  try {
+    say_(text_);
+  } catch (const std::exception&) {
+    // Without memory for the words the wait goes on without them.
+  }
 }
 
 }  // namespace orbel::host

@@ -22,6 +22,7 @@ class LongWait {
 
  private:
   void SayWhenItIsLong_();
+  void Say_() noexcept;
 
   const Say& say_;
   const std::string text_;
