@@ -20,6 +20,7 @@ nlohmann::ordered_json ToJson(const PlayReport& report) {
           {"state", report.status.state},
           {"device", meters.device},
           {"recovering", meters.recovering},
+          {"unheard", meters.unheard},
           {"deviceLosses", report.deviceLosses},
           {"peaks", meters.peaks},
           {"ringMs", meters.ringMs},

@@ -28,7 +28,8 @@ struct StageStatus {
   std::string position;
   double tempo = 120.0;  // that sounds, in quarter notes per minute
   // "playing", "paused", "waiting at a caesura", "stopped", "ended"; while it plays and nobody hears anything
-  // "loading" for a song that is still being decoded, and "recovering" when the audio device has failed.
+  // "loading" for a song that is still being decoded, "recovering" when the audio device has failed, and
+  // "unheard" when it leads nowhere.
   std::string state;
   std::string next;  // the next cue, for instance "13.1 vamp back to 9.1"
   // Peak of each channel, ring, latency, load of the render step (median, 99.9th percentile, longest, in
@@ -76,6 +77,7 @@ class Live {
   void TakeEvents_();
   void TakeDeviceUpdates_();
   void DealWithLoss_(const notify::DeviceUpdate& update);
+  void DealWithDevice_(const notify::DeviceUpdate& update);
   void Hold_(const std::string& what);
   std::string HowToGoOn_() const;
   void SayWhereItPlays_();
@@ -106,6 +108,7 @@ class Live {
   bool hasMeters_ = false;
   std::vector<float> highest_;  // peaks of the whole performance
   bool deviceIsLost_ = false;
+  std::string unheard_;      // why nobody hears the device that there is
   bool isHeld_ = false;      // by the loss of the device, until somebody plays again
   bool hasSounded_ = false;  // a device that sounds has been there
   int deviceLosses_ = 0;

@@ -24,15 +24,20 @@ void Live::SayWhereItPlays_() {
   Meters meters;
   if (!ReadMeters(&meters) || meters.recovering) return;
   hasSounded_ = sound_.output != "null";
-  messages_.push_back((writesFile_ ? "Playing into " : "Playing to ") + Shown(meters.device) + ".");
+  unheard_ = meters.unheard;
+  if (unheard_.empty()) {
+    messages_.push_back((writesFile_ ? "Playing into " : "Playing to ") + Shown(meters.device) + ".");
+  } else {
+    messages_.push_back("Connected to " + Shown(meters.device) + ".");
+    messages_.push_back(Shown(unheard_));
+  }
   const std::size_t highest = sound_.outputs.empty()
                                   ? meters.peaks.size()
                                   : *std::max_element(sound_.outputs.begin(), sound_.outputs.end());
   if (sound_.connect.empty() && meters.outputs > 0 && highest > meters.outputs) {
-    messages_.push_back(
-        "The show wants output " + std::to_string(highest) + " and the device has " +
-        std::to_string(meters.outputs) +
-        ": what there is is used. Connect more outputs, or choose with --channels or --connect.");
+    messages_.push_back("The show wants output " + std::to_string(highest) + " and the device has " +
+                        std::to_string(meters.outputs) + (unheard_.empty() ? ": what there is is used" : "") +
+                        ". Connect more outputs, or choose with --channels or --connect.");
   }
 }
 
@@ -56,16 +61,27 @@ void Live::TakeDeviceUpdates_() {
     if (update.recovering) {
       DealWithLoss_(update);
     } else {
-      deviceIsLost_ = false;
-      hasSounded_ = true;
-      messages_.push_back("sound again: " + Shown(update.device) +
-                          (isHeld_ ? "; playback is held until " + HowToGoOn_() : ""));
+      DealWithDevice_(update);
     }
+  }
+}
+
+// It is there, though perhaps nobody hears it.
+void Live::DealWithDevice_(const notify::DeviceUpdate& update) {
+  const std::string before = std::exchange(unheard_, update.unheard);
+  const bool wasLost = std::exchange(deviceIsLost_, false);
+  hasSounded_ = true;
+  if (unheard_.empty() && (wasLost || !before.empty())) {
+    messages_.push_back("sound again: " + Shown(update.device) +
+                        (isHeld_ ? "; playback is held until " + HowToGoOn_() : ""));
+  } else if (wasLost || unheard_ != before) {
+    messages_.push_back((wasLost ? "the audio device is back. " : "") + Shown(unheard_));
   }
 }
 
 void Live::DealWithLoss_(const notify::DeviceUpdate& update) {
   deviceIsLost_ = true;
+  unheard_.clear();
   ++deviceLosses_;
   const std::string what = "no audio: null device. " + Shown(update.reason);
   const bool plays = session_.IsPlaying();

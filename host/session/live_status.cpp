@@ -46,6 +46,7 @@ StageStatus Live::GetStatus() {
   session_.GetTempoAndKey(&status.tempoScale, &status.transposition);
   status.tempo *= status.tempoScale;
   status.state = StateName(session_);
+  if (!unheard_.empty() && session_.IsPlaying()) status.state = "unheard";
   if (deviceIsLost_ && session_.IsPlaying()) status.state = "recovering";
   status.next = NextCue_();
   status.sound = SoundText_();

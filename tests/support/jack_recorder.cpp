@@ -104,6 +104,10 @@ void JackRecorder::Disconnect(const std::string& source, unsigned port) {
   ::jack_disconnect(client_, source.c_str(), ::jack_port_name(ports_.at(port)));
 }
 
+void JackRecorder::DisconnectPorts(const std::string& source, const std::string& target) {
+  ::jack_disconnect(client_, source.c_str(), target.c_str());
+}
+
 bool JackRecorder::HasPort(const std::string& name) const {
   return ::jack_port_by_name(client_, name.c_str()) != nullptr;
 }

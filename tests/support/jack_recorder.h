@@ -42,6 +42,8 @@ class JackRecorder {
   std::vector<std::string> GetSources(unsigned port = 0) const;
   void Disconnect(const std::string& source, unsigned port = 0);
   void Connect(const std::string& source, unsigned port = 0);
+  // Of others.
+  void DisconnectPorts(const std::string& source, const std::string& target);
   bool HasPort(const std::string& name) const;
 
  private:

@@ -2,8 +2,11 @@
 
 #include <exception>
 
+#include "exc/console/cout_buffer.h"
 #include "exc/lock/scope_lock.h"
+#include "reference_suite/audio/device/start_thread.h"
 #include "reference_suite/audio/output/live_sample_output.h"
+#include "suite/audio/errors.h"
 #include "suite/core/callback_dispatcher.h"
 #include "suite/core/notification_names.h"
 #include "suite/utility/thread_names.h"
@@ -17,7 +20,12 @@ constexpr long long kInterval = 100'000'000;
 }  // namespace
 
 MeterNews::MeterNews(LiveSampleOutput& output) : exc::Lockable("MeterNews"), output_(output) {
-  runs_ = ::pthread_create(&thread_, nullptr, &MeterNews::ThreadBody_, this) == 0;
+  try {
+    thread_ = StartThread(&MeterNews::ThreadBody_, this, "The meter of the audio output");
+    runs_ = true;
+  } catch (const TESKAudioError& error) {
+    exc::CoutBuffer() << "NOTICE: " << error.what() << exc::EndlT();
+  }
 }
 
 MeterNews::~MeterNews() {

@@ -9,7 +9,8 @@ namespace tesk_audio {
 
 class LiveSampleOutput;
 
-// Tells listeners ten times a second how a live output is doing. Without a thread to be had nobody is told.
+// Tells listeners ten times a second how a live output is doing. Without a thread to be had nobody is told,
+// and the console says so.
 //
 // Threads    its own, on which listeners are called, without a lock.
 class MeterNews : private exc::Lockable {

@@ -377,17 +377,59 @@ TEST(JackLoss, HeldPlaybackIsNotStartedAgainByAnybodyButAPerformer) {
   }
 }
 
+TEST(JackOutputs, WhileNobodyHearsItItIsSaidAndNothingSaysThatItPlays) {
+  ShowFiles files;
+  files.AddSong("1", "Waltz", 300);
+  JackServer server;
+  const std::string unheard =
+      "The JACK server \"" + server.GetName() +
+      "\" has our ports connected to nothing, so nobody hears it: no port matches --connect.";
+  {
+    OrbelInATerminal orbel({"play", files.Show(), "--output", "jack", "--device", server.GetName(),
+                            "--connect", "recorder:in_1"});
+    ASSERT_TRUE(orbel.Shows(unheard));
+    orbel.Type("p");
+    ASSERT_TRUE(orbel.Shows("unheard"));
+    EXPECT_THAT(orbel.GetScreen(), testing::Not(HasSubstr("laying")));
+    {
+      const JackRecorder recorder(server.GetName(), 1'000'000);
+      ASSERT_TRUE(orbel.Shows("sound again: JACK server"));
+      ASSERT_TRUE(orbel.Shows("playing"));
+    }
+    ASSERT_TRUE(orbel.Shows(unheard));
+    ASSERT_TRUE(orbel.Shows("unheard"));
+    orbel.Type("qq");
+    EXPECT_EQ(orbel.WaitForEnd(), 0);
+  }
+  RunningOrbel run({"play", files.Show(), "--output", "jack", "--device", server.GetName(), "--connect",
+                    "recorder:in_1", "--json"});
+  ASSERT_TRUE(run.Says(unheard));
+  run.Signal(SIGINT);
+  ASSERT_TRUE(run.Says("Ctrl-C once more ends it"));
+  run.Signal(SIGINT);
+  const Ended ended = run.WaitForEnd();
+  EXPECT_THAT(ended.out, HasSubstr("\"state\": \"unheard\""));
+  EXPECT_THAT(ended.out, HasSubstr("\"unheard\": \"The JACK server"));
+}
+
 TEST(JackOutputs, FewerThanTheShowWantsAreSaidAtTheStart) {
   ShowFiles files;
   files.AddSong("1", "Waltz", 1);
   JackServer server({.rateHz = kRate, .periodFrames = 256, .outputs = 1});
   const Ended run =
-      Orbel({"play", files.Show(), "--output", "jack", "--device", server.GetName(), "--channels", "2"});
+      Orbel({"play", files.Show(), "--output", "jack", "--device", server.GetName(), "--channels", "1,2"});
   EXPECT_EQ(run.status, 0);
   EXPECT_THAT(run.messages,
               HasSubstr("Playing to JACK server \"" + server.GetName() + "\", 48000 Hz, 256 frames"));
   EXPECT_THAT(run.messages,
-              HasSubstr("The show wants output 2 and the device has 1: what there is is used."));
+              HasSubstr("The show wants output 2 and the device has 1: what there is is used. Connect more"));
+  const Ended unheard =
+      Orbel({"play", files.Show(), "--output", "jack", "--device", server.GetName(), "--channels", "2"});
+  EXPECT_THAT(unheard.messages, HasSubstr("our ports connected to nothing, so nobody hears it. Connect "
+                                          "orbel:out_1 and so on by hand, or choose with --channels"));
+  EXPECT_THAT(unheard.messages,
+              HasSubstr("The show wants output 2 and the device has 1. Connect more outputs"));
+  EXPECT_THAT(unheard.messages, testing::Not(HasSubstr("Playing to")));
 }
 
 TEST(JackOutputs, DevicesListsTheServerAndSaysWhatWouldBeUsed) {

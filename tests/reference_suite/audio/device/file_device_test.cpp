@@ -15,6 +15,8 @@
 
 #include "suite/audio/errors.h"
 #include "tests/reference_suite/audio/support/await.h"
+#include "tests/support/no_threads.h"
+#include "tests/support/throws_with_text.h"
 
 namespace {
 
@@ -89,6 +91,14 @@ TEST_F(FileDeviceTest, TakesWhatItIsToldInWholePeriodsAndKeepsTheRestForLater) {
   for (std::size_t i = 0; i < frames.size(); ++i) {
     ASSERT_EQ(frames[i], static_cast<float>(i + 1) / 1000.0F);
   }
+}
+
+TEST_F(FileDeviceTest, AThreadThatCannotBeStartedIsTold) {
+  FileDevice device(path_, 48'000.0, 1);
+  const test_support::NoThreads none;
+  EXPECT_TRUE(test_support::ThrowsWithText<tesk_audio::TESKAudioError>(
+      [&] { device.Start(callback_); },
+      "The file output cannot start its thread: Resource temporarily unavailable. Close other programs."));
 }
 
 TEST_F(FileDeviceTest, TakesAPeriodUntoldWhenSomebodyWaitsForIt) {

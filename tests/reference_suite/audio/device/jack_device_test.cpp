@@ -2,17 +2,49 @@
 // waits for every client.
 #include "reference_suite/audio/device/jack_device.h"
 
+#include <dlfcn.h>
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 #include <signal.h>
+#include <unistd.h>
 
 #include <atomic>
+#include <cstdlib>
+#include <utility>
 
 #include "suite/audio/errors.h"
 #include "tests/reference_suite/audio/support/await.h"
 #include "tests/support/jack_recorder.h"
 #include "tests/support/jack_server.h"
 #include "tests/support/throws_with_text.h"
+
+namespace {
+
+// What the library was given last, so that a test can say what a server would.
+std::pair<JackSampleRateCallback, void*> rateCallback;
+void (*messageFunction)(const char*) = nullptr;
+
+template <typename Function>
+Function* TheLibrarys(const char* name) {
+  return reinterpret_cast<Function*>(::dlsym(RTLD_NEXT, name));
+}
+
+}  // namespace
+
+extern "C" {
+
+int jack_set_sample_rate_callback(jack_client_t* client, JackSampleRateCallback callback, void* argument) {
+  rateCallback = {callback, argument};
+  return TheLibrarys<int(jack_client_t*, JackSampleRateCallback, void*)>("jack_set_sample_rate_callback")(
+      client, callback, argument);
+}
+
+void jack_set_error_function(void (*function)(const char*)) {
+  messageFunction = function;
+  TheLibrarys<void(void (*)(const char*))>("jack_set_error_function")(function);
+}
+
+}  // extern "C"
 
 namespace {
 
@@ -144,6 +176,77 @@ TEST(JackDevice, AServerThatIsKilledIsTold) {
   device.Stop();
 }
 
+// No server of ours does that; others go on at another rate without a break.
+TEST(JackDevice, AServerThatGoesOnAtAnotherRateIsLeft) {
+  JackServer server({.rateHz = 48000});
+  JackRecorder recorder(server.GetName(), 10'000'000);
+  Counter counter(1);
+  JackDevice device(server.GetName(), 1, LinksTo({"recorder:in_1"}));
+  device.Start(counter);
+  counter.goes = true;
+  ASSERT_TRUE(Await([&] { return recorder.GetCount() > 10; }));
+  rateCallback.first(48'000, rateCallback.second);
+  EXPECT_FALSE(device.HasFailed()) << "some tell the rate that there is, too";
+  rateCallback.first(44'100, rateCallback.second);
+  EXPECT_TRUE(device.HasFailed());
+  EXPECT_EQ(device.GetFailure(), "its rate has changed to 44100 Hz");
+  ASSERT_TRUE(Await([&] { return recorder.GetFrames().back() == 0.0F; })) << "never at the wrong pitch";
+  EXPECT_EQ(static_cast<long long>(recorder.GetFrames()[recorder.GetCount() - 2]), counter.count)
+      << "nothing more is taken";
+  device.Stop();
+}
+
+std::string ConnectedToNothing(const JackServer& server) {
+  return "The JACK server \"" + server.GetName() +
+         "\" has our ports connected to nothing, so nobody hears it";
+}
+
+TEST(JackDevice, WhenNothingHearsItItSaysSoUntilSomethingDoes) {
+  JackServer server;
+  Counter counter(1);
+  JackDevice device(server.GetName(), 1, LinksTo({"recorder:in_1"}));
+  EXPECT_EQ(device.WhyUnheard(), "");
+  device.Start(counter);
+  const std::string unmatched = ConnectedToNothing(server) +
+                                ": no port matches --connect. Start the program that is meant, or connect "
+                                "orbel:out_1 and so on by hand.";
+  EXPECT_EQ(device.WhyUnheard(), unmatched);
+  {
+    const JackRecorder recorder(server.GetName(), 1);
+    EXPECT_TRUE(Await([&] { return device.WhyUnheard().empty(); }));
+  }
+  EXPECT_TRUE(Await([&] { return device.WhyUnheard() == unmatched; }));
+  device.Stop();
+}
+
+TEST(JackDevice, WithNothingToConnectToItSaysWhatToDo) {
+  JackServer server({.outputs = 0});
+  Counter counter(1);
+  JackDevice device(server.GetName(), 1, LinksTo({}));
+  device.Start(counter);
+  EXPECT_EQ(device.WhyUnheard(),
+            ConnectedToNothing(server) +
+                ": it has no physical outputs. Choose a program to play to with --connect, "
+                "or start the server with the sound card.");
+  device.Stop();
+}
+
+TEST(JackDevice, DisconnectedByHandItSaysWhatToDo) {
+  JackServer server({.outputs = 2});
+  JackRecorder other(server.GetName(), 1);
+  Counter counter(1);
+  JackDevice device(server.GetName(), 1,
+                    std::make_shared<JackLinks>(tesk_audio::JackWishes{.channels = 1, .outputs = {1}}));
+  device.Start(counter);
+  EXPECT_EQ(device.WhyUnheard(), "");
+  other.DisconnectPorts("orbel:out_1", "system:playback_1");
+  EXPECT_TRUE(Await([&] { return !device.WhyUnheard().empty(); }));
+  EXPECT_EQ(device.WhyUnheard(),
+            ConnectedToNothing(server) +
+                ". Connect orbel:out_1 and so on by hand, or choose with --channels or --connect.");
+  device.Stop();
+}
+
 TEST(JackDevice, BehindARestartTheSamePortsAreConnectedAgain) {
   const std::string name = JackServer::NewName();
   const auto links = LinksTo({"recorder:in_1"});
@@ -182,6 +285,21 @@ TEST(JackDevice, NothingThatTheLibraryPrintsReachesTheTerminal) {
   EXPECT_THROW(JackDevice("nobody_is_called_so", 2, LinksTo({})), tesk_audio::TESKAudioError);
   EXPECT_EQ(testing::internal::GetCapturedStderr() + testing::internal::GetCapturedStdout(), "");
   EXPECT_THAT(tesk_audio::TakeJackMessages(), testing::Not(testing::IsEmpty()));
+}
+
+// A client that hangs is closed by a thread that nobody waits for.
+TEST(JackDeviceDeathTest, WhatTheLibrarySaysWhenTheProgramHasEndedFindsItsPlace) {
+  const auto runOut = [] {
+    // Before anything of ours is made, and so after everything of ours is taken down.
+    std::atexit([] {
+      messageFunction("too late");
+      const std::vector<std::string> messages = tesk_audio::TakeJackMessages();
+      ::_exit(messages.size() > 1 && messages.back() == "too late" ? 7 : 8);
+    });
+    EXPECT_THROW(JackDevice("nobody_is_called_so", 2, LinksTo({})), tesk_audio::TESKAudioError);
+    std::exit(0);
+  };
+  EXPECT_EXIT(runOut(), testing::ExitedWithCode(7), "");
 }
 
 }  // namespace

@@ -34,6 +34,20 @@ TEST(JackLinks, OutputsAreTakenAsAskedAndThoseThatAreMissingArePassedOver) {
             (Links{{0, "system:playback_3"}, {1, "system:playback_2"}, {0, "system:playback_1"}}));
 }
 
+TEST(JackLinks, WhereAnotherIsUnpluggedAnOutputStaysTheOneThatItWas) {
+  JackLinks links({.channels = 1, .outputs = {1, 3}});
+  const Links stage{{0, "stage:out_1"}, {0, "stage:out_3"}};
+  const Names all{"stage:out_1",   "stage:out_2",   "stage:out_3",
+                  "monitor:out_1", "monitor:out_2", "monitor:out_3"};
+  EXPECT_EQ(links.Observe({}, all, all, 0.0), stage);
+  links.Observe(stage, all, all, 0.1);
+  const Names left{"monitor:out_1", "monitor:out_2", "monitor:out_3"};
+  EXPECT_EQ(links.Observe({}, left, left, 0.2), Links{}) << "nobody is to hear it from the wrong place";
+  links.Reopen();
+  EXPECT_EQ(links.Observe({}, left, left, 5.0), Links{});
+  EXPECT_EQ(links.Observe({}, all, all, 6.0), stage) << "plugged in again";
+}
+
 TEST(JackLinks, PatternsMatchWholeNamesAndReplaceThePhysicalOutputs) {
   JackLinks links({.channels = 2, .patterns = {"mixer:in_.", "tape:in_1"}});
   const Names inputs{"system:playback_1", "mixer:in_1", "mixer:in_2",

@@ -43,7 +43,19 @@ class MortalDevice : public NullDevice {
   bool HasFailed() const override { return failed; }
   std::string GetFailure() const override { return "it was killed"; }
   std::string GetDescription() const override { return "mortal device"; }
+  std::string WhyUnheard() const override {
+    const std::lock_guard lock(mutex_);
+    return unheard_;
+  }
+  void SetUnheard(const std::string& why) {
+    const std::lock_guard lock(mutex_);
+    unheard_ = why;
+  }
   std::atomic<bool> failed{false};
+
+ private:
+  mutable std::mutex mutex_;
+  std::string unheard_;
 };
 
 // Hands out what the test has put in; then there is no device.
@@ -203,6 +215,57 @@ TEST(ResilientDevice, WhenTheWatchIsRefusedItsThreadTheDeviceAsksNobodyAnyMore) 
   const int calls = device.calls;
   EXPECT_TRUE(Await([&] { return device.calls > calls + 3; }));
   EXPECT_EQ(counter.count, asked);
+}
+
+TEST(ResilientDevice, AClockThatIsRefusedItsThreadTakesLaterWhatHasBeenDueSince) {
+  Shop shop;
+  Told told;
+  Counter counter;
+  MortalDevice* const device = shop.Put();
+  std::unique_ptr<test_support::NoThreads> none;
+  const Clock clock;
+  ResilientDevice resilient(kMono, shop.Source(), [&, tell = told.Tell()](const DeviceUpdate& update) {
+    if (update.recovering) none = std::make_unique<test_support::NoThreads>();
+    tell(update);
+  });
+  resilient.Start(counter);
+  const double start = clock.Seconds();
+  ASSERT_TRUE(Await([&] { return counter.count > 4'000; }));
+  device->failed = true;
+  ASSERT_TRUE(told.Is(1));
+  const double lost = clock.Seconds();
+  while (clock.Seconds() < lost + 0.6) std::this_thread::sleep_for(std::chrono::milliseconds(10));
+  const long long asked = counter.count;
+  none.reset();
+  ASSERT_TRUE(Await([&] { return counter.count > asked; }));
+  EXPECT_TRUE(resilient.IsRecovering());
+  EXPECT_EQ(told.Get().size(), 1U) << "lost once";
+  EXPECT_TRUE(KeepsTime(counter, clock, start)) << "the show is where the stage is";
+}
+
+TEST(ResilientDevice, ADeviceThatNobodyHearsIsToldAndToldAgainWhenSomebodyDoes) {
+  Shop shop;
+  Told told;
+  Counter counter;
+  MortalDevice* const device = shop.Put();
+  device->SetUnheard("Nobody hears it.");
+  ResilientDevice resilient(kMono, shop.Source(), told.Tell());
+  resilient.Start(counter);
+  ASSERT_EQ(told.Get().size(), 1U);
+  EXPECT_FALSE(told.Get()[0].recovering);
+  EXPECT_EQ(told.Get()[0].unheard, "Nobody hears it.");
+  EXPECT_EQ(resilient.WhyUnheard(), "Nobody hears it.");
+  device->SetUnheard("");
+  ASSERT_TRUE(told.Is(2));
+  EXPECT_EQ(told.Get()[1].unheard, "");
+  EXPECT_EQ(told.Get()[1].device, "mortal device");
+  device->SetUnheard("Nobody any more.");
+  ASSERT_TRUE(told.Is(3));
+  EXPECT_EQ(told.Get()[2].unheard, "Nobody any more.");
+  device->failed = true;
+  ASSERT_TRUE(told.Is(4));
+  EXPECT_TRUE(told.Get()[3].recovering);
+  EXPECT_EQ(told.Get()[3].unheard, "");
 }
 
 TEST(ResilientDevice, ADeviceThatTakesFramesTooFastMovesTheShowByAMomentAtMost) {

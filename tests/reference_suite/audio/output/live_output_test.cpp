@@ -700,6 +700,22 @@ TEST(LiveOutput, AThreadThatCannotBeStartedIsTold) {
       "The audio output cannot start its thread: Resource temporarily unavailable. Close other programs."));
 }
 
+TEST(LiveOutput, WithoutAThreadForTheMeterItPlaysAndSaysSo) {
+  const test_support::CoutCapture console;
+  LiveRun run(Songs{{.frames = 3'000}});
+  {
+    const test_support::NoThreads none;
+    run.output->TellMeters();
+  }
+  EXPECT_EQ(console.Text(),
+            "NOTICE: The meter of the audio output cannot start its thread: Resource temporarily "
+            "unavailable. Close "
+            "other programs.\n");
+  run.device->Spin(true);
+  run.Start();
+  ASSERT_TRUE(run.HasStopped());
+}
+
 // The system grants real-time priority to root, and to others within a limit.
 struct NoRealTime {
   test_support::Limit limit{RLIMIT_RTPRIO, 0};
