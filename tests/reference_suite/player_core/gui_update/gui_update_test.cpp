@@ -273,6 +273,8 @@ TEST_F(HeldQuery, AnAnswerOlderThanWhatIsShownIsDropped) {
   ASSERT_TRUE(WaitUntil([&] { return isInside.load(); }));
   update.ResetAndSeekToTickIndex(500);
   std::thread pausing([&] { update.Pause(); });
+  // Another turn would ask anew, and its answer is no older.
+  EXPECT_TRUE(WaitUntil([&] { return update.IsPaused(); }));
   mayGo = true;
   pausing.join();
   EXPECT_EQ(update.GetTickIndex(), 500U);
