@@ -37,7 +37,7 @@ class SlowBuffer : public std::streambuf {
   std::streamsize xsputn(const char* piece, std::streamsize size) override {
     for (std::streamsize i = 0; i < size; ++i) {
       text += piece[i];
-      if (i % 2 == 1) std::this_thread::yield();
+      if (i % 20 == 10) std::this_thread::yield();
     }
     return size;
   }
