@@ -28,7 +28,7 @@ class CountingBuffer : public std::streambuf {
   }
 };
 
-// Takes two bytes at a time and lets other threads run in between.
+// Lets other threads run in the middle of what it takes.
 class SlowBuffer : public std::streambuf {
  public:
   std::string text;
