@@ -27,6 +27,7 @@ class RunningOrbel {
   RunningOrbel& operator=(const RunningOrbel&) = delete;
 
   void Signal(int signal) const;
+  pid_t GetProcess() const { return process_; }
   // Whether standard error has this text by now; waits up to a minute for it.
   bool Says(const std::string& text) const;
   Ended WaitForEnd();

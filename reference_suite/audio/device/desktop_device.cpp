@@ -6,9 +6,11 @@
 #include <cmath>
 #include <cstdlib>
 #include <numeric>
+#include <utility>
 
 #include "reference_suite/audio/device/device_clock.h"
 #include "reference_suite/audio/device/start_thread.h"
+#include "reference_suite/audio/output/timed_condition.h"
 #include "suite/audio/errors.h"
 #include "suite/utility/thread_names.h"
 
@@ -16,8 +18,11 @@ namespace tesk_audio {
 
 namespace {
 
-constexpr std::size_t kSliceFrames = 1024;
+constexpr std::size_t kSliceFrames = kMostPeriodFrames;
 constexpr long long kNewsNanoseconds = 50'000'000;
+constexpr unsigned kRound = 32;
+// Clocks differ: what it seems to hold because its own is faster is forgotten.
+constexpr double kForgetting = 0.999;
 
 // Asking a sound system that does not run could start it, or print on the terminal.
 bool PulseAudioRuns() {
@@ -63,30 +68,40 @@ std::string Missing(const std::string& name) {
   return "There is no output \"" + name + "\" on this desktop; \"orbel devices\" lists what there is.";
 }
 
+std::string Gone(const std::string& name) {
+  return "The output \"" + name + "\" is not there any more. Plug it in again, or choose another output.";
+}
+
 constexpr char kNoDesktop[] =
     "Neither PulseAudio nor ALSA answers. Log in to a desktop with sound, plug a sound card in, or choose "
     "another output.";
 
 }  // namespace
 
-DesktopDevice::DesktopDevice(const OutputSettings& settings, double rateHz, unsigned channels)
+DesktopDevice::DesktopDevice(const OutputSettings& settings, double rateHz, unsigned channels,
+                             std::shared_ptr<Chosen> chosen)
     : channels_(channels),
-      periodFrames_(settings.periodFrames),
+      wishedFrames_(settings.periodFrames),
+      chosen_(std::move(chosen)),
       outputs_(settings.outputs),
       soundio_(Connect()),
-      frames_(kSliceFrames * channels) {
+      frames_(kSliceFrames * channels),
+      period_(settings.periodFrames) {
   if (soundio_ == nullptr) throw TESKAudioError(kNoDesktop);
   soundio_->userdata = this;
   soundio_->on_backend_disconnect = [](SoundIo* soundio, int) {
     static_cast<DesktopDevice*>(soundio->userdata)->failed_ = true;
   };
-  device_.reset(FindOutput(soundio_.get(), settings.deviceName));
-  if (device_ == nullptr) throw TESKAudioError(Missing(settings.deviceName));
+  device_.reset(FindOutput(soundio_.get(), chosen_->id.empty() ? settings.deviceName : chosen_->id));
+  if (device_ == nullptr) {
+    throw TESKAudioError(chosen_->id.empty() ? Missing(settings.deviceName) : Gone(chosen_->name));
+  }
   if (outputs_.empty()) {
     outputs_.resize(std::max(2U, channels));
     std::iota(outputs_.begin(), outputs_.end(), 1U);
   }
   OpenStream_(rateHz);
+  *chosen_ = {device_->id, device_->name};
 }
 
 DesktopDevice::~DesktopDevice() {
@@ -104,7 +119,7 @@ void DesktopDevice::OpenStream_(double wantedHz) {
   const SoundIoChannelLayout* const layout =
       ::soundio_channel_layout_get_default(static_cast<int>(std::max(2U, highest)));
   if (layout != nullptr && ::soundio_device_supports_layout(device_.get(), layout)) stream_->layout = *layout;
-  stream_->software_latency = 2.0 * periodFrames_ / stream_->sample_rate;
+  stream_->software_latency = 2.0 * wishedFrames_ / stream_->sample_rate;
   stream_->write_callback = [](SoundIoOutStream* stream, int, int most) {
     static_cast<DesktopDevice*>(stream->userdata)->Write_(most);
   };
@@ -166,22 +181,52 @@ void* DesktopDevice::NewsBody_(void* self) {
 }
 
 void DesktopDevice::Write_(int mostFrames) {
-  for (int left = mostFrames; left > 0;) {
-    SoundIoChannelArea* areas = nullptr;
-    int count = std::min(left, static_cast<int>(kSliceFrames));
-    if (::soundio_outstream_begin_write(stream_.get(), &areas, &count) != 0) {
-      failed_ = true;
-      return;
-    }
-    if (count <= 0) return;
-    Fill_(areas, count);
-    if (::soundio_outstream_end_write(stream_.get()) != 0) return;
-    left -= count;
+  int left = mostFrames;
+  while (left > 0 && WriteSome_(&left)) {
   }
+  NotePace_(static_cast<unsigned>(std::max(0, mostFrames - left)));
   double seconds = 0.0;
   if (::soundio_outstream_get_latency(stream_.get(), &seconds) == 0) {
     latency_ = static_cast<unsigned>(std::lround(std::max(0.0, seconds) * stream_->sample_rate));
   }
+}
+
+// False when no more is taken now: a stream that has run dry goes on, any other error is its end.
+bool DesktopDevice::WriteSome_(int* left) {
+  SoundIoChannelArea* areas = nullptr;
+  int count = std::min(*left, static_cast<int>(kSliceFrames));
+  int error = ::soundio_outstream_begin_write(stream_.get(), &areas, &count);
+  if (error == 0) {
+    if (count <= 0) return false;
+    Fill_(areas, count);
+    *left -= count;
+    error = ::soundio_outstream_end_write(stream_.get());
+  }
+  if (error == SoundIoErrorUnderflow) {
+    ++xruns_;
+  } else if (error != 0) {
+    failed_ = true;
+  }
+  return error == 0;
+}
+
+// A buffer that is filled up, at the start or after it has run dry, is no period: in its pace a device takes
+// what has passed since it took something last.
+void DesktopDevice::NotePace_(unsigned taken) {
+  const long long now = MonotonicNow();
+  const double passed = lastWrite_ == 0 ? 0.0 : static_cast<double>(now - lastWrite_) * 1e-9;
+  lastWrite_ = now;
+  const double rate = stream_->sample_rate;
+  held_ = std::min(kMostHeldSeconds, std::max(0.0, held_ - passed) * kForgetting + taken / rate);
+  const auto due = static_cast<unsigned>(std::min(2.0 * kMostHeldSeconds, passed) * rate);
+  if (calls_ == kRound) {
+    mostBefore_ = most_;
+    most_ = calls_ = 0;
+    hasPace_ = hasPace_ || mostBefore_ > 0;
+  }
+  ++calls_;
+  most_ = std::max(most_, std::min(taken, wishedFrames_ + due));
+  period_ = std::max(most_, mostBefore_);
 }
 
 void DesktopDevice::Fill_(SoundIoChannelArea* areas, int frames) {

@@ -19,22 +19,31 @@ namespace tesk_audio {
 // Render     the callback's frames are spread over the outputs; nothing is allocated.
 class DesktopDevice : public Device {
  public:
+  // The output that was opened first.
+  struct Chosen {
+    std::string id;  // empty: none yet
+    std::string name;
+  };
   // The output called so, or the usual one when the name is empty; at the rate wanted, or the nearest that it
-  // has. Throws TESKAudioError.
-  DesktopDevice(const OutputSettings& settings, double rateHz, unsigned channels);
+  // has. Where one has been chosen, that one and no other: when it is unplugged the desktop's usual one is
+  // another, in which nobody expects the show. Throws TESKAudioError.
+  DesktopDevice(const OutputSettings& settings, double rateHz, unsigned channels,
+                std::shared_ptr<Chosen> chosen);
   ~DesktopDevice() override;
   DesktopDevice(const DesktopDevice&) = delete;
   DesktopDevice& operator=(const DesktopDevice&) = delete;
 
   double GetRateHz() const override { return rateHz_; }
   unsigned GetChannelCount() const override { return channels_; }
-  unsigned GetPeriodFrames() const override { return periodFrames_; }
+  // What it has taken at a time of late; at first what it was asked to.
+  unsigned GetPeriodFrames() const override { return period_; }
   unsigned GetLatencyFrames() const override { return latency_; }
   std::string GetDescription() const override;
   unsigned GetOutputCount() const override { return outputCount_; }
   long long GetXrunCount() const override { return xruns_; }
-  // A sound server that was idle takes up to two seconds at a time at first.
-  double GetPatienceSeconds() const override { return 2.5; }
+  // A sound server that was idle asks for a little first, then for nothing during up to two seconds, or takes
+  // as much at once.
+  double GetPatienceSeconds() const override { return 0.5 + (hasPace_ ? held_.load() : kMostHeldSeconds); }
   bool HasFailed() const override { return failed_; }
   std::string GetFailure() const override { return "the sound system has ended the stream"; }
   void Start(DeviceCallback& callback) override;
@@ -47,13 +56,18 @@ class DesktopDevice : public Device {
     void operator()(SoundIoOutStream* stream) const { ::soundio_outstream_destroy(stream); }
   };
 
+  static constexpr double kMostHeldSeconds = 2.0;
+
   void OpenStream_(double wantedHz);
   void Write_(int mostFrames);
+  bool WriteSome_(int* left);
   void Fill_(SoundIoChannelArea* areas, int frames);
+  void NotePace_(unsigned taken);
   static void* NewsBody_(void* self);
 
   const unsigned channels_;
-  const unsigned periodFrames_;
+  const unsigned wishedFrames_;  // a period
+  const std::shared_ptr<Chosen> chosen_;
   double rateHz_ = 0.0;
   unsigned outputCount_ = 0;
   std::vector<unsigned> outputs_;  // from 1
@@ -61,10 +75,18 @@ class DesktopDevice : public Device {
   std::unique_ptr<SoundIoDevice, Closer> device_;
   DeviceCallback* callback_ = nullptr;
   std::vector<float> frames_;
+  std::atomic<unsigned> period_;
+  std::atomic<double> held_{0.0};     // seconds that it has taken before their time
+  std::atomic<bool> hasPace_{false};  // it has asked often enough
   std::atomic<unsigned> latency_{0};
   std::atomic<long long> xruns_{0};
   std::atomic<bool> failed_{false};
   std::atomic<bool> stops_{false};
+  // The sound system's thread's.
+  long long lastWrite_ = 0;  // 0: none yet
+  unsigned calls_ = 0;       // of the round
+  unsigned most_ = 0;        // frames at a time, in this round
+  unsigned mostBefore_ = 0;  // and in the one before
   // The last, since its thread uses the others. Only closing ends its calls: none once the device has been
   // stopped.
   std::unique_ptr<SoundIoOutStream, Closer> stream_;

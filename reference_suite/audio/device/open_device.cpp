@@ -16,8 +16,9 @@ DeviceSource MakeDeviceSource(const OutputSettings& settings, double rateHz, uns
     };
   }
   if (settings.device == DeviceKind::Desktop) {
+    const auto chosen = std::make_shared<DesktopDevice::Chosen>();
     return [=]() -> std::unique_ptr<Device> {
-      return std::make_unique<DesktopDevice>(settings, rateHz, channels);
+      return std::make_unique<DesktopDevice>(settings, rateHz, channels, chosen);
     };
   }
   if (settings.device == DeviceKind::File) {

@@ -56,9 +56,11 @@ class Started {
   Started(const Started&) = delete;
   Started& operator=(const Started&) = delete;
 
+  void Signal(int signal) const { ::kill(process_, signal); }
   void End(int signal) {
     if (process_ <= 0) return;
-    ::kill(process_, signal);
+    Signal(signal);
+    Signal(SIGCONT);
     ::waitpid(process_, nullptr, 0);
     process_ = -1;
   }
@@ -135,7 +137,7 @@ TEST_F(Desktop, TheSongArrivesFrameForFrame) {
     ASSERT_EQ(samples[i], samples[i + 1]) << "one channel sounds on both sides";
     if (samples[i] == 0.0F) continue;
     const double number = static_cast<double>(samples[i]) * 16777216.0 - 1.0;
-    ASSERT_EQ(number, std::floor(number)) << "nothing that the song does not hold";
+    ASSERT_EQ(number, std::floor(number)) << "nothing that the song does not hold\n" << run.messages;
     const auto frame = static_cast<long long>(number);
     inARow = frame == last + 1 ? inARow + 1 : 1;
     longest = std::max(longest, inARow);
@@ -161,6 +163,27 @@ TEST_F(Desktop, AnOutputThatIsNotThereIsSaid) {
   const Ended run = Orbel({"play", files.Show(), "--output", "desktop", "--device", "trumpet"});
   EXPECT_THAT(run.messages,
               HasSubstr("There is no output \"trumpet\" on this desktop; \"orbel devices\" lists"));
+}
+
+TEST_F(Desktop, WhileTheServerHangsTheShowRunsOnAndTheKeysAreObeyed) {
+  ShowFiles files;
+  files.AddSong("1", "Waltz", 300);
+  OrbelInATerminal orbel({"play", files.Show(), "--output", "desktop"});
+  ASSERT_TRUE(orbel.Shows("stopped"));
+  orbel.Type("p");
+  ASSERT_TRUE(orbel.Shows("playing"));
+  server_->Signal(SIGSTOP);
+  ASSERT_TRUE(orbel.Shows("no audio: null device"));
+  ASSERT_TRUE(orbel.Shows("recovering"));
+  orbel.Type("p");
+  ASSERT_TRUE(orbel.Shows("paused"));
+  orbel.Type("p");
+  ASSERT_TRUE(orbel.Shows("recovering"));
+  server_->Signal(SIGCONT);
+  ASSERT_TRUE(orbel.Shows("sound again"));
+  ASSERT_TRUE(orbel.Shows("playing"));
+  orbel.Type("qq");
+  EXPECT_EQ(orbel.WaitForEnd(), 0);
 }
 
 TEST_F(Desktop, WhenTheServerDiesTheShowRunsOnAndSoundsAgainWithTheNextOne) {

@@ -3,6 +3,8 @@
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 #include <signal.h>
+#include <sys/ptrace.h>
+#include <sys/wait.h>
 
 #include <algorithm>
 #include <array>
@@ -10,6 +12,7 @@
 #include <chrono>
 #include <cmath>
 #include <cstdlib>
+#include <filesystem>
 #include <thread>
 
 #include "tests/host/run_orbel.h"
@@ -277,8 +280,8 @@ TEST(JackLoss, BehindEveryRestartTheShowIsWhereTheStageIs) {
     } else {
       server = std::make_unique<JackServer>(shape, name);
     }
-    ASSERT_TRUE(orbel.Shows("sound again")) << "round " << round;
     JackRecorder recorder(name, 50'000'000);
+    ASSERT_TRUE(orbel.Shows("sound again")) << "round " << round;
     const double now = phase(recorder);
     // Bars of one second: a whole number of them apart.
     const double off = std::remainder(now - before, 1.0);
@@ -292,6 +295,154 @@ TEST(JackLoss, BehindEveryRestartTheShowIsWhereTheStageIs) {
   ASSERT_TRUE(orbel.Shows("waiting at a caesura")) << "behind vamp, repeat and cut";
   orbel.Type("q");
   EXPECT_EQ(orbel.WaitForEnd(), 0);
+}
+
+TEST(JackLoss, WhileTheServerHangsTheKeysAreObeyedToTheLast) {
+  ShowFiles files;
+  WriteShow(&files);
+  JackServer server;
+  OrbelInATerminal orbel({"play", files.Show(), "--output", "jack", "--device", server.GetName()});
+  ASSERT_TRUE(orbel.Shows("stopped"));
+  orbel.Type("p");
+  ASSERT_TRUE(orbel.Shows("playing"));
+  server.Signal(SIGSTOP);
+  ASSERT_TRUE(orbel.Shows("no audio: null device"));
+  ASSERT_TRUE(orbel.Shows("recovering"));
+  orbel.Type("p");
+  ASSERT_TRUE(orbel.Shows("paused"));
+  orbel.Type("p");
+  ASSERT_TRUE(orbel.Shows("recovering"));
+  orbel.Type("qq");
+  EXPECT_EQ(orbel.WaitForEnd(), 6) << "with the client still open, which nobody can close";
+}
+
+TEST(JackLoss, AServerThatComesBackAtAnotherRateAndPeriodPlaysAtTheSamePitchWhereTheShowIs) {
+  ShowFiles files;
+  files.AddSong("1", "Waltz", 300);
+  WriteWav(files.At("data/1 Waltz.obd"), FramesFromZero(300LL * kRate), kRate);
+  const std::string name = JackServer::NewName();
+  const auto number = [](float sample) { return static_cast<double>(sample) * 16777216.0 - 1.0; };
+  auto server = std::make_unique<JackServer>(JackServer::Shape{.rateHz = kRate, .periodFrames = 256}, name);
+  OrbelInATerminal orbel({"play", files.Show(), "--output", "jack", "--device", name, "--connect",
+                          "recorder:in_1", "--crossfade", "0", "--fade", "0"});
+  ASSERT_TRUE(orbel.Shows("stopped"));
+  // Of the show, less what the clock says.
+  const auto start = [&](const JackRecorder& recorder) {
+    const JackRecorder::Newest newest = recorder.GetNewest();
+    return number(recorder.GetFrames()[newest.count - 1]) / kRate - newest.seconds;
+  };
+  double before = 0.0;
+  {
+    const JackRecorder recorder(name, 10'000'000);
+    orbel.Type("p");
+    ASSERT_TRUE(Await([&] { return recorder.GetCount() > kRate; }));
+    before = start(recorder);
+  }
+  constexpr unsigned kOtherRate = 44'100;
+  server->End(SIGKILL);
+  ASSERT_TRUE(orbel.Shows("recovering"));
+  server = std::make_unique<JackServer>(JackServer::Shape{.rateHz = kOtherRate, .periodFrames = 1024}, name);
+  const JackRecorder recorder(name, 10'000'000);
+  ASSERT_TRUE(orbel.Shows("sound again: JACK server \"" + name +
+                          "\", 44100 Hz, 1024 frames a period, converted from 48000 Hz"))
+      << orbel.GetScreen();
+  ASSERT_TRUE(Await([&] { return recorder.GetCount() > kOtherRate; }));
+  EXPECT_LT(std::fabs(start(recorder) - before), 0.25);
+  const std::vector<float> frames = recorder.GetFrames();
+  // The numbers of the frames rise by one a frame, at whatever rate: a second later by a second of them.
+  std::vector<double> rises;
+  constexpr std::size_t kStep = 441;
+  for (std::size_t i = kOtherRate / 4; i + kStep < frames.size(); i += kStep) {
+    if (std::find(frames.begin() + static_cast<long>(i), frames.begin() + static_cast<long>(i + kStep),
+                  0.0F) != frames.begin() + static_cast<long>(i + kStep)) {
+      continue;  // a dropout on a busy machine
+    }
+    rises.push_back((number(frames[i + kStep]) - number(frames[i])) / kStep);
+  }
+  ASSERT_FALSE(rises.empty());
+  std::sort(rises.begin(), rises.end());
+  EXPECT_NEAR(rises[rises.size() / 2], 48'000.0 / 44'100.0, 0.001);
+  orbel.Type("qq");
+  EXPECT_EQ(orbel.WaitForEnd(), 0);
+}
+
+// Stands still while it lives: one thread of another process, by its name.
+class StoppedThread {
+ public:
+  StoppedThread(pid_t process, const std::string& name) {
+    const std::string tasks = "/proc/" + std::to_string(process) + "/task";
+    for (const auto& task : std::filesystem::directory_iterator(tasks)) {
+      if (ReadText((task.path() / "comm").string()) == name + "\n")
+        thread_ = std::stoi(task.path().filename());
+    }
+    if (thread_ == 0 || ::ptrace(PTRACE_SEIZE, thread_, nullptr, nullptr) != 0) {
+      thread_ = 0;
+      return;
+    }
+    ::ptrace(PTRACE_INTERRUPT, thread_, nullptr, nullptr);
+    ::waitpid(thread_, nullptr, __WALL);
+  }
+  ~StoppedThread() {
+    if (thread_ != 0) ::ptrace(PTRACE_DETACH, thread_, nullptr, nullptr);
+  }
+  StoppedThread(const StoppedThread&) = delete;
+  StoppedThread& operator=(const StoppedThread&) = delete;
+  bool Stands() const { return thread_ != 0; }
+
+ private:
+  pid_t thread_ = 0;
+};
+
+TEST(JackStarved, WhatIsNotRenderedInTimeIsSilenceThatIsCountedAndNothingIsSkipped) {
+  ShowFiles files;
+  files.AddSong("1", "Waltz", 300);
+  WriteWav(files.At("data/1 Waltz.obd"), FramesFromZero(300LL * kRate), kRate);
+  const JackServer server({.rateHz = kRate, .periodFrames = 256, .outputs = 2});
+  const JackRecorder recorder(server.GetName(), 10'000'000);
+  RunningOrbel orbel({"play", files.Show(), "--output", "jack", "--device", server.GetName(), "--connect",
+                      "recorder:in_1", "--crossfade", "0", "--fade", "0", "--json"});
+  ASSERT_TRUE(Await([&] { return recorder.GetCount() > kRate / 2; }));
+  {
+    const StoppedThread worker(orbel.GetProcess(), "AudioRender");
+    if (!worker.Stands()) GTEST_SKIP() << "the system lets nobody stop a thread here";
+    ASSERT_TRUE(Await([&] { return recorder.GetFrames().back() == 0.0F; })) << "the ring has run dry";
+  }
+  const std::size_t before = recorder.GetCount();
+  ASSERT_TRUE(Await([&] { return recorder.GetCount() > before + kRate / 2; }));
+  const std::vector<float> frames = recorder.GetFrames();
+  orbel.Signal(SIGINT);
+  ASSERT_TRUE(orbel.Says("once more ends it"));
+  orbel.Signal(SIGINT);
+  const Ended run = orbel.WaitForEnd();
+  const long long underruns = std::atoll(FieldOf(run.out, "underrunFrames").c_str());
+  const std::string xruns = FieldOf(run.out, "xruns");
+  std::printf("%lld frames of silence arrived, %lld frames of underrun; %s xruns\n", recorder.GetSilence(),
+              underruns, xruns.c_str());
+  EXPECT_GT(underruns, 0);
+  int silences = 0;
+  long long last = -1;
+  bool silence = false;
+  for (const float sample : frames) {
+    const long long number = NumberOf(sample);
+    silence = silence || number == -1;
+    if (number == -1) continue;
+    // A server that was held up itself takes frames that nobody records.
+    if (xruns == "0") {
+      ASSERT_EQ(number, last + 1);
+    }
+    ASSERT_GT(number, last) << "nothing comes twice";
+    silences += silence ? 1 : 0;
+    silence = false;
+    last = number;
+  }
+  EXPECT_GT(silences, 0);
+  if (xruns == "0") {
+    EXPECT_EQ(recorder.GetSilence(), underruns);
+  }
+  // Bars of a second: "2.3" is in the second second.
+  const std::string position = FieldOf(run.out, "position");
+  const double shown = std::atof(position.c_str() + 1) - 1.0;
+  EXPECT_NEAR(std::floor(shown), static_cast<double>(last) / kRate, 1.5) << position;
 }
 
 TEST(JackLoss, WithoutAServerItStartsAndSoundsWhenThereIsOne) {

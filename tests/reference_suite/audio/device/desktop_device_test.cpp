@@ -1,0 +1,253 @@
+// Against a sound system of the test's own, which takes the place of the library.
+#include "reference_suite/audio/device/desktop_device.h"
+
+#include <gtest/gtest.h>
+
+#include <cstdlib>
+#include <deque>
+#include <string>
+#include <vector>
+
+#include "reference_suite/audio/output/timed_condition.h"
+#include "suite/audio/errors.h"
+#include "tests/support/no_threads.h"
+#include "tests/support/throws_with_text.h"
+
+namespace {
+
+// What there is to play to, and what it answers.
+struct FakeSystem {
+  struct Output {
+    std::string name;
+    std::string id;
+    SoundIoDevice device{};
+  };
+  std::deque<Output> outputs;
+  int usual = 0;
+  int beginError = 0;
+  int endError = 0;
+  SoundIo soundio{};
+  SoundIoOutStream stream{};
+  SoundIoChannelLayout layout{};
+  std::vector<float> written;
+  SoundIoChannelArea areas[2]{};
+  std::string opened;
+
+  void Add(const std::string& name, const std::string& id) {
+    outputs.push_back({name, id, {}});
+    for (Output& output : outputs) {
+      output.device.name = output.name.data();
+      output.device.id = output.id.data();
+    }
+  }
+  // The system's thread asks for frames.
+  void Ask(int frames) { stream.write_callback(&stream, 0, frames); }
+};
+
+FakeSystem* theSystem = nullptr;
+
+}  // namespace
+
+extern "C" {
+
+SoundIo* soundio_create(void) {
+  return &theSystem->soundio;
+}
+void soundio_destroy(SoundIo*) {}
+int soundio_connect_backend(SoundIo* soundio, SoundIoBackend backend) {
+  soundio->current_backend = backend;
+  return 0;
+}
+const char* soundio_backend_name(SoundIoBackend) {
+  return "Fake";
+}
+const char* soundio_strerror(int) {
+  return "no";
+}
+void soundio_flush_events(SoundIo*) {}
+int soundio_output_device_count(SoundIo*) {
+  return static_cast<int>(theSystem->outputs.size());
+}
+int soundio_default_output_device_index(SoundIo*) {
+  return theSystem->usual;
+}
+SoundIoDevice* soundio_get_output_device(SoundIo*, int index) {
+  return &theSystem->outputs.at(static_cast<std::size_t>(index)).device;
+}
+void soundio_device_unref(SoundIoDevice*) {}
+int soundio_device_nearest_sample_rate(SoundIoDevice*, int rate) {
+  return rate;
+}
+bool soundio_device_supports_layout(SoundIoDevice*, const SoundIoChannelLayout*) {
+  return true;
+}
+const SoundIoChannelLayout* soundio_channel_layout_get_default(int channels) {
+  theSystem->layout.channel_count = channels;
+  return &theSystem->layout;
+}
+SoundIoOutStream* soundio_outstream_create(SoundIoDevice* device) {
+  theSystem->opened = device->id;
+  theSystem->stream = {};
+  return &theSystem->stream;
+}
+void soundio_outstream_destroy(SoundIoOutStream*) {}
+int soundio_outstream_open(SoundIoOutStream*) {
+  return 0;
+}
+int soundio_outstream_start(SoundIoOutStream*) {
+  return 0;
+}
+int soundio_outstream_begin_write(SoundIoOutStream*, SoundIoChannelArea** areas, int* frames) {
+  if (theSystem->beginError != 0) return theSystem->beginError;
+  theSystem->written.assign(2 * static_cast<std::size_t>(*frames), -1.0F);
+  for (std::size_t channel = 0; channel < 2; ++channel) {
+    theSystem->areas[channel].ptr = reinterpret_cast<char*>(theSystem->written.data() + channel);
+    theSystem->areas[channel].step = 2 * sizeof(float);
+  }
+  *areas = theSystem->areas;
+  return 0;
+}
+int soundio_outstream_end_write(SoundIoOutStream*) {
+  return theSystem->endError;
+}
+int soundio_outstream_get_latency(SoundIoOutStream*, double* seconds) {
+  *seconds = 0.02;
+  return 0;
+}
+
+}  // extern "C"
+
+namespace {
+
+using tesk_audio::DesktopDevice;
+using tesk_audio::OutputSettings;
+using tesk_audio::TESKAudioError;
+
+constexpr double kRate = 48'000.0;
+
+class Counter : public tesk_audio::DeviceCallback {
+ public:
+  void Process(float* out, std::size_t frames) noexcept override {
+    for (std::size_t i = 0; i < frames; ++i) out[i] = 0.5F;
+    count += static_cast<long long>(frames);
+  }
+  long long count = 0;
+};
+
+class Desktop : public testing::Test {
+ protected:
+  Desktop() {
+    ::setenv("PULSE_SERVER", "of the test", 1);
+    theSystem = &system_;
+    system_.Add("Built in", "pci");
+    system_.Add("Stage", "usb");
+    system_.usual = 1;
+  }
+
+  std::unique_ptr<DesktopDevice> Open(const std::string& name = "") {
+    OutputSettings settings;
+    settings.deviceName = name;
+    settings.periodFrames = 256;
+    return std::make_unique<DesktopDevice>(settings, kRate, 1, chosen_);
+  }
+
+  FakeSystem system_;
+  std::shared_ptr<DesktopDevice::Chosen> chosen_ = std::make_shared<DesktopDevice::Chosen>();
+  Counter counter_;
+};
+
+TEST_F(Desktop, TheOutputThatWasOpenedFirstIsOpenedAgainAndNoOther) {
+  Open();
+  EXPECT_EQ(system_.opened, "usb");
+  const FakeSystem::Output stage = system_.outputs.back();
+  system_.outputs.pop_back();
+  system_.usual = 0;
+  EXPECT_TRUE(test_support::ThrowsWithText<TESKAudioError>(
+      [&] { Open(); },
+      "The output \"Stage\" is not there any more. Plug it in again, or choose another output."));
+  EXPECT_EQ(system_.opened, "usb");
+  system_.outputs.clear();
+  system_.Add("Built in", "pci");
+  system_.Add("Other", "hdmi");
+  system_.Add(stage.name, stage.id);
+  Open();
+  EXPECT_EQ(system_.opened, "usb");
+}
+
+TEST_F(Desktop, AnOutputIsChosenByItsNameOrTheSystemsOwn) {
+  Open("Built in");
+  EXPECT_EQ(system_.opened, "pci");
+  chosen_->id.clear();
+  Open("usb");
+  EXPECT_EQ(system_.opened, "usb");
+  chosen_->id.clear();
+  EXPECT_TRUE(test_support::ThrowsWithText<TESKAudioError>(
+      [&] { Open("trumpet"); },
+      "There is no output \"trumpet\" on this desktop; \"orbel devices\" lists what there is."));
+}
+
+TEST_F(Desktop, AStreamThatHasRunDryGoesOnAndIsCounted) {
+  const auto device = Open();
+  device->Start(counter_);
+  system_.beginError = SoundIoErrorUnderflow;
+  system_.Ask(256);
+  EXPECT_EQ(counter_.count, 0);
+  system_.beginError = 0;
+  system_.endError = SoundIoErrorUnderflow;
+  system_.Ask(256);
+  EXPECT_EQ(counter_.count, 256);
+  EXPECT_EQ(device->GetXrunCount(), 2);
+  EXPECT_FALSE(device->HasFailed());
+}
+
+TEST_F(Desktop, EveryOtherErrorOfAStreamIsItsEnd) {
+  for (int* const error : {&system_.beginError, &system_.endError}) {
+    const auto device = Open();
+    device->Start(counter_);
+    system_.Ask(256);
+    EXPECT_FALSE(device->HasFailed());
+    *error = SoundIoErrorStreaming;
+    system_.Ask(256);
+    *error = 0;
+    EXPECT_TRUE(device->HasFailed());
+    EXPECT_EQ(device->GetFailure(), "the sound system has ended the stream");
+  }
+}
+
+TEST_F(Desktop, ItIsWaitedForAsLongAsWhatItHoldsLasts) {
+  const auto device = Open();
+  device->Start(counter_);
+  EXPECT_EQ(device->GetPatienceSeconds(), 2.5);
+  system_.Ask(48);
+  EXPECT_EQ(device->GetPatienceSeconds(), 2.5) << "a server that was idle may ask for little at first";
+  for (int i = 0; i < 32; ++i) system_.Ask(48);
+  EXPECT_NEAR(device->GetPatienceSeconds(), 0.5 + 0.033, 0.002) << "once its pace is known";
+  // As a server does that was idle.
+  system_.Ask(200'000);
+  EXPECT_EQ(device->GetPatienceSeconds(), 2.5);
+}
+
+TEST_F(Desktop, ThePeriodIsWhatItTakesAtATimeAndNotWhatFillsItsBuffer) {
+  const auto device = Open();
+  device->Start(counter_);
+  EXPECT_EQ(device->GetPeriodFrames(), 256U) << "as wished, before anything is known";
+  system_.Ask(96'000);
+  EXPECT_EQ(device->GetPeriodFrames(), 256U);
+  const auto due = tesk_audio::MonotonicNow() + 20'000'000;
+  while (tesk_audio::MonotonicNow() < due) {
+  }
+  system_.Ask(960);
+  EXPECT_EQ(device->GetPeriodFrames(), 960U) << "twenty milliseconds at least had passed";
+  for (int i = 0; i < 64; ++i) system_.Ask(100);
+  EXPECT_EQ(device->GetPeriodFrames(), 100U) << "of late";
+}
+
+TEST_F(Desktop, AThreadThatCannotBeStartedIsTold) {
+  const auto device = Open();
+  const test_support::NoThreads none;
+  EXPECT_TRUE(test_support::ThrowsWithText<TESKAudioError>(
+      [&] { device->Start(counter_); },
+      "The desktop output cannot start its thread: Resource temporarily unavailable. Close other programs."));
+}
+
+}  // namespace
