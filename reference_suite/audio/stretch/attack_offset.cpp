@@ -11,11 +11,12 @@ namespace {
 // At quarters of an octave from a stretch of 1/4 on, in milliseconds at 48 kHz, where half a window has 1,024
 // frames (faster) and 2,048 frames (finer). The faster engine is not used beyond a stretch of 2.
 constexpr int kFirst = -8;
-constexpr std::array<double, 13> kFaster{13.5, 12.5, 11.2, 10.6, 9.3,   7.7,  5.85,
-                                         3.6,  0.7,  -2.8, -7.0, -12.3, -18.9};
-constexpr std::array<double, 17> kFiner{0.3, 0.2,  0.3,  0.6,   0.75, 1.1,   1.15,  0.95, 0.6,
-                                        0.0, -1.3, -3.0, -4.95, -7.1, -10.3, -13.5, -19.2};
-// What the faster engine adds where the song is read more densely, which leaves out the highest frequencies.
+constexpr std::array<double, 13> kFaster{12.83, 11.83, 10.53, 9.93,  8.63,   7.03,  5.18,
+                                         2.93,  0.03,  -3.47, -7.67, -12.97, -19.57};
+constexpr std::array<double, 17> kFiner{-0.37, -0.47, -0.37, -0.07, 0.08,  0.43,   0.48,   0.28,  -0.07,
+                                        -0.67, -1.97, -3.67, -5.62, -7.77, -10.97, -14.17, -20.02};
+// What the faster engine adds where the song is read more densely, which leaves out the highest frequencies,
+// and takes away where it is read more sparsely.
 constexpr double kDenserByAnOctave = 0.55;
 // What the faster engine adds after a beginning where it shortens by an octave; nothing at all by two.
 constexpr double kShorterAtFirst = -1.3;

@@ -14,13 +14,24 @@ constexpr double kMostOfTheFaster = 2.0;
 constexpr double kLeastOfTheFiner = 0.34;
 // At higher rates the finer one puts attacks elsewhere, by kinds of sound.
 constexpr double kMostRateOfTheFiner = 50'000.0;
+// How much more sparsely the faster engine's song is read: what it takes for one attack after another lies 50
+// ms of what it is given apart. And what either may stretch by then. Beyond, the library transposes upwards
+// after it has stretched, which brings attacks nearer to their places again and takes half as long again.
+constexpr double kMostSparse = 1.13;
+constexpr double kMostOfSparse = 2.0;
+// Frames that its resampler keeps back.
+constexpr double kKeptBack = 32.0;
+// The faster engine takes other steps where it stretches than where it compresses, and loses the phases when
+// it goes over from one to the other.
+constexpr double kOneSide = 1e-7;
 // Below this time ratio the faster engine takes longer chunks.
 constexpr double kLeastOfAWindow = 0.15;
 
-std::unique_ptr<RubberBand::RubberBandStretcher> Make(int engine, double rateHz, unsigned channels) {
+std::unique_ptr<RubberBand::RubberBandStretcher> Make(int engine, int pitch, double rateHz,
+                                                      unsigned channels) {
   using Stretcher = RubberBand::RubberBandStretcher;
-  const int options = engine | Stretcher::OptionProcessRealTime | Stretcher::OptionThreadingNever |
-                      Stretcher::OptionPitchHighConsistency | Stretcher::OptionChannelsTogether;
+  const int options = engine | Stretcher::OptionProcessRealTime | Stretcher::OptionThreadingNever | pitch |
+                      Stretcher::OptionChannelsTogether;
   auto stretcher =
       std::make_unique<Stretcher>(static_cast<std::size_t>(std::lround(rateHz)), channels, options);
   stretcher->setDebugLevel(-1);  // it would write to the terminal
@@ -30,11 +41,16 @@ std::unique_ptr<RubberBand::RubberBandStretcher> Make(int engine, double rateHz,
 
 }  // namespace
 
+RubberBandEngine::Both RubberBandEngine::MakeBoth_(int engine, double rateHz, unsigned channels) {
+  return {Make(engine, Stretcher::OptionPitchHighSpeed, rateHz, channels),
+          Make(engine, Stretcher::OptionPitchHighConsistency, rateHz, channels)};
+}
+
 RubberBandEngine::RubberBandEngine(StretchQuality quality, double rateHz, unsigned channels)
-    : finer_(Make(Stretcher::OptionEngineFiner, rateHz, channels)),
-      faster_(Make(Stretcher::OptionEngineFaster, rateHz, channels)),
+    : finer_(MakeBoth_(Stretcher::OptionEngineFiner, rateHz, channels)),
+      faster_(MakeBoth_(Stretcher::OptionEngineFaster, rateHz, channels)),
       quality_(rateHz > kMostRateOfTheFiner ? StretchQuality::Faster : quality),
-      stretcher_(finer_.get()),
+      stretcher_(finer_.plain.get()),
       halfWindow_(static_cast<double>(stretcher_->getPreferredStartPad())),
       watch_(rateHz, channels),
       planes_(channels, std::vector<float>(kMostFrames)) {
@@ -42,29 +58,48 @@ RubberBandEngine::RubberBandEngine(StretchQuality quality, double rateHz, unsign
 }
 
 StretchQuality RubberBandEngine::QualityFor_(double scale) const {
-  const double stretch = step_ * raised_ / scale;
+  const double stretch = pitch_ / scale;
   if (stretch > kMostOfTheFaster) return StretchQuality::Finer;
   return stretch < kLeastOfTheFiner ? StretchQuality::Faster : quality_;
 }
 
 void RubberBandEngine::Begin(const StretchFactors& factors) {
-  const double pitch = std::exp2(factors.semitones / 12.0);
-  step_ = std::min(pitch, 1.0);
-  raised_ = std::max(pitch, 1.0);
+  pitch_ = std::exp2(factors.semitones / 12.0);
+  raised_ = RaisesAt_(factors.scale) ? pitch_ : 1.0;
+  step_ = pitch_ / raised_;
   scale_ = factors.scale;
-  const bool isFaster = QualityFor_(factors.scale) == StretchQuality::Faster;
-  stretcher_ = isFaster ? faster_.get() : finer_.get();
+  isFaster_ = QualityFor_(factors.scale) == StretchQuality::Faster;
+  const Both& both = isFaster_ ? faster_ : finer_;
+  stretcher_ = raised_ > 1.0 ? both.raising.get() : both.plain.get();
   stretcher_->reset();
+  stretcher_->setTransientsOption(Stretcher::OptionTransientsCrisp);
+  isCrisp_ = true;
   watch_.Forget();
   keeps_ = 0;
+  if (raised_ > 1.0) stretcher_->setPitchScale(raised_);
   SetScale(factors.scale);
-  stretcher_->setPitchScale(raised_);
   halfWindow_ = static_cast<double>(stretcher_->getPreferredStartPad());
 }
 
+bool RubberBandEngine::RaisesAt_(double scale) const {
+  if (pitch_ <= 1.0) return false;
+  const bool isTooSparse = pitch_ > kMostSparse && QualityFor_(scale) == StretchQuality::Faster;
+  return isTooSparse || pitch_ > static_cast<double>(kMostStep) || pitch_ / scale > kMostOfSparse;
+}
+
 bool RubberBandEngine::CanGoOnAt(double scale) const {
+  if (QualityFor_(scale) != QualityFor_(scale_) || RaisesAt_(scale) != RaisesAt_(scale_)) return false;
   const bool isOneWindow = step_ / std::max(scale, scale_) >= kLeastOfAWindow;
-  return isOneWindow && QualityFor_(scale) == QualityFor_(scale_);
+  const bool isOneSide = !isFaster_ || (scale <= pitch_) == (scale_ <= pitch_);
+  return isOneWindow && isOneSide;
+}
+
+void RubberBandEngine::SetScale(double scale) {
+  double stretch = pitch_ / scale;
+  if (isFaster_) {
+    stretch = scale_ <= pitch_ ? std::max(stretch, 1.0 + kOneSide) : std::min(stretch, 1.0 - kOneSide);
+  }
+  stretcher_->setTimeRatio(stretch / raised_);
 }
 
 void RubberBandEngine::KeepAttacks_(const float* frames, std::size_t count) {
@@ -77,7 +112,7 @@ void RubberBandEngine::KeepAttacks_(const float* frames, std::size_t count) {
 }
 
 void RubberBandEngine::Process(const float* frames, std::size_t count) {
-  if (stretcher_ == faster_.get()) KeepAttacks_(frames, count);
+  if (isFaster_) KeepAttacks_(frames, count);
   for (std::size_t i = 0; i < count; ++i) {
     for (float* head : heads_) head[i] = *frames++;
   }
@@ -97,15 +132,16 @@ std::size_t RubberBandEngine::Retrieve(float* frames, std::size_t room) {
 
 // The faster one begins with a chunk that it does not stretch and makes up for it bit by bit.
 double RubberBandEngine::GetRunUp() const {
-  return stretcher_ == faster_.get() ? 2.0 * halfWindow_ : 0.5 * halfWindow_;
+  return isFaster_ ? 2.0 * halfWindow_ : 0.5 * halfWindow_;
 }
 
 double RubberBandEngine::GetAttackOffsetAtFirst(double scale) const {
-  return MeasuredAttackOffsetAtFirst(QualityFor_(scale), step_ * raised_ / scale) * halfWindow_ / raised_;
+  return MeasuredAttackOffsetAtFirst(QualityFor_(scale), pitch_ / scale) * halfWindow_ / raised_;
 }
 
 double RubberBandEngine::GetAttackOffset(double scale) const {
-  return MeasuredAttackOffset(QualityFor_(scale), step_ * raised_ / scale, step_) * halfWindow_ / raised_;
+  const double offset = MeasuredAttackOffset(QualityFor_(scale), pitch_ / scale, step_) * halfWindow_;
+  return raised_ > 1.0 ? (offset + kKeptBack) / raised_ : offset;
 }
 
 }  // namespace tesk_audio

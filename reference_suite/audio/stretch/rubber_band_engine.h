@@ -11,11 +11,11 @@
 
 namespace tesk_audio {
 
-// Rubber Band's real-time engines. Upwards it transposes by itself; downwards the song is read more densely
-// and stretched less, so that chunks are shorter in terms of the song and attacks come out beside their
-// places by half as much. Where the faster engine would have to stretch to more than twice the length, it
-// doubles attacks: there the finer one plays whatever was asked for; and where much is left out, the faster
-// one, which is nearer to the places of attacks.
+// Rubber Band's real-time engines. They transpose nothing: the song is read more sparsely, or more densely,
+// and stretched more, or less, which takes less time than to let them do it. Only what would be too far off
+// its place then they raise themselves. Where the faster engine would have to stretch to more than twice the
+// length, it doubles attacks: there the finer one plays whatever was asked for; and where much is left out,
+// the faster one, which is nearer to the places of attacks.
 //
 // Left to itself, the faster engine takes the waves of steady tones for attacks; each time their phases begin
 // anew, which puts pure tones up to a semitone beside their pitch. It is allowed to look for attacks only
@@ -27,7 +27,7 @@ class RubberBandEngine : public StretchEngine {
   void Begin(const StretchFactors& factors) override;
   double GetStep() const override { return step_; }
   bool CanGoOnAt(double scale) const override;
-  void SetScale(double scale) override { stretcher_->setTimeRatio(step_ / scale); }
+  void SetScale(double scale) override;
   std::size_t GetRequired() override { return stretcher_->getSamplesRequired(); }
   void Process(const float* frames, std::size_t count) override;
   std::size_t Retrieve(float* frames, std::size_t room) override;
@@ -40,16 +40,25 @@ class RubberBandEngine : public StretchEngine {
  private:
   using Stretcher = RubberBand::RubberBandStretcher;
 
+  // One that is given the song at the pitch that it is to have, and one that raises it by itself.
+  struct Both {
+    std::unique_ptr<Stretcher> plain;
+    std::unique_ptr<Stretcher> raising;
+  };
+  static Both MakeBoth_(int engine, double rateHz, unsigned channels);
   StretchQuality QualityFor_(double scale) const;
+  bool RaisesAt_(double scale) const;
   void KeepAttacks_(const float* frames, std::size_t count);
 
-  std::unique_ptr<Stretcher> finer_;
-  std::unique_ptr<Stretcher> faster_;
+  Both finer_;
+  Both faster_;
   StretchQuality quality_;  // asked for
   Stretcher* stretcher_;    // the one that plays
+  bool isFaster_ = false;   // which that is
   double halfWindow_;       // its, in frames
-  double step_ = 1.0;       // frequency ratio when it is lower than 1
-  double raised_ = 1.0;     // and when it is higher
+  double pitch_ = 1.0;      // frequency ratio, as a whole,
+  double step_ = 1.0;       // by reading the song,
+  double raised_ = 1.0;     // and by the library
   double scale_ = 1.0;      // of the last Begin
   AttackWatch watch_;
   std::size_t keeps_ = 0;  // frames to come that attacks are looked for in

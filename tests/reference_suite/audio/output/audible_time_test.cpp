@@ -240,6 +240,26 @@ INSTANTIATE_TEST_SUITE_P(Qualities, AudibleTimeLong,
 
 class Pitch : public testing::TestWithParam<Factors> {};
 
+// The engine goes by other steps where it stretches than where it compresses: it must never go to and fro.
+TEST(PitchNearTheRecordedTempo, IsWithinFiveCents) {
+  constexpr long long kFrames = 120'000;
+  const std::vector<std::pair<double, int>> all{{0.98, 0}, {0.99, 0}, {0.999, 0}, {1.001, 0}, {1.01, 0},
+                                                {1.02, 0}, {1.05, 1}, {1.06, 1},  {0.94, -1}, {1.12, 2}};
+  for (const StretchQuality quality : {StretchQuality::Faster, StretchQuality::Finer}) {
+    for (const auto& [scale, semitones] : all) {
+      AudibleRun run(Songs{{.frames = kFrames,
+                            .scales = {{0, scale}},
+                            .transpositions = {{0, semitones}},
+                            .sound = Tones({330.0}, 0.5, kFrames)}},
+                     5.0, 0.0, 48000.0, 1, quality);
+      run.Play();
+      const double wanted = 330.0 * std::exp2(semitones / 12.0);
+      const double heard = PitchNear(run.heard, 14'000, 36'000, wanted);
+      EXPECT_LE(std::fabs(1200.0 * std::log2(heard / wanted)), 5.0) << scale << " " << semitones;
+    }
+  }
+}
+
 TEST_P(Pitch, IsWithinFiveCents) {
   constexpr long long kFrames = 120'000;
   AudibleRun run(Songs{{.frames = kFrames,

@@ -34,6 +34,29 @@ TEST(InBetweenReader, FollowsASignalBetweenItsFrames) {
   }
 }
 
+TEST(InBetweenReader, FurtherApartItKeepsWhatCanBeToldAndLeavesOutTheRest) {
+  const double step = std::exp2(7.0 / 12.0);
+  const auto read = [step](double hertz) {
+    SoundingSource source(Sines(hertz, 4000), 2);
+    tesk_audio::InBetweenReader reader(source, 2, 2000);
+    std::vector<float> frames(2000);
+    reader.Read(500.3, step, 1'000'000, frames.data(), 1000);
+    return frames;
+  };
+  for (const double hertz : {100.0, 1000.0, 10'000.0}) {
+    const std::vector<float> frames = read(hertz);
+    for (std::size_t i = 0; i < 1000; ++i) {
+      const double angle = 2.0 * M_PI * hertz * (500.3 + step * static_cast<double>(i)) / 48000.0;
+      ASSERT_NEAR(frames[2 * i], std::sin(angle), 3e-3) << hertz << " Hz, frame " << i;
+      ASSERT_NEAR(frames[2 * i + 1], std::cos(angle), 3e-3) << hertz << " Hz, frame " << i;
+    }
+  }
+  // Above half the rate at which it is read: 16 kHz.
+  for (const double hertz : {20'500.0, 22'000.0}) {
+    for (const float sample : read(hertz)) ASSERT_LT(std::fabs(sample), 2e-2F) << hertz << " Hz";
+  }
+}
+
 TEST(InBetweenReader, OnAFrameItGivesThatFrame) {
   SoundingSource source({0.0F, 0.25F, -0.5F, 0.75F, 0.0F}, 1);
   tesk_audio::InBetweenReader reader(source, 1, 10);
