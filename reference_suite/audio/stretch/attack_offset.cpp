@@ -15,8 +15,7 @@ constexpr std::array<double, 13> kFaster{12.83, 11.83, 10.53, 9.93,  8.63,   7.0
                                          2.93,  0.03,  -3.47, -7.67, -12.97, -19.57};
 constexpr std::array<double, 17> kFiner{-0.37, -0.47, -0.37, -0.07, 0.08,  0.43,   0.48,   0.28,  -0.07,
                                         -0.67, -1.97, -3.67, -5.62, -7.77, -10.97, -14.17, -20.02};
-// What the faster engine adds where the song is read more densely, which leaves out the highest frequencies,
-// and takes away where it is read more sparsely.
+// What the faster engine adds where the song is read more densely, which leaves out the highest frequencies.
 constexpr double kDenserByAnOctave = 0.55;
 // What the faster engine adds after a beginning where it shortens by an octave; nothing at all by two.
 constexpr double kShorterAtFirst = -1.3;

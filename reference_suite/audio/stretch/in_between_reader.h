@@ -16,6 +16,8 @@ namespace tesk_audio {
 // Render     allocates nothing after construction. Another step above 1 costs some tenths of a millisecond.
 class InBetweenReader {
  public:
+  static constexpr int kReach = 16;  // frames on either side that have a say
+
   // `mostFrames` of the song at a time, from the first to the last place.
   InBetweenReader(FrameSource& source, unsigned channels, std::size_t mostFrames);
 
@@ -23,7 +25,6 @@ class InBetweenReader {
   void Read(double place, double step, long long end, float* frames, std::size_t count);
 
  private:
-  static constexpr int kReach = 16;  // frames on either side that have a say
   static constexpr std::size_t kTaps = 2 * kReach;
   static constexpr std::size_t kParts = 512;  // between two frames, with straight lines between them
   using Row = std::array<float, kTaps>;

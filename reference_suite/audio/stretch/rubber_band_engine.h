@@ -7,15 +7,16 @@
 #include <vector>
 
 #include "reference_suite/audio/stretch/attack_watch.h"
+#include "reference_suite/audio/stretch/raised_frames.h"
 #include "reference_suite/audio/stretch/stretch_engine.h"
 
 namespace tesk_audio {
 
-// Rubber Band's real-time engines. They transpose nothing: the song is read more sparsely, or more densely,
-// and stretched more, or less, which takes less time than to let them do it. Only what would be too far off
-// its place then they raise themselves. Where the faster engine would have to stretch to more than twice the
-// length, it doubles attacks: there the finer one plays whatever was asked for; and where much is left out,
-// the faster one, which is nearer to the places of attacks.
+// Rubber Band's real-time engines. They transpose nothing, for their resampling takes a third of their time.
+// Upwards, what they have stretched is played faster; downwards the song is read more densely and stretched
+// less. So chunks are never longer in terms of what is heard. Where the faster engine would have to stretch
+// to more than twice the length, it doubles attacks: there the finer one plays whatever was asked for; and
+// where much is left out, the faster one, which is nearer to the places of attacks.
 //
 // Left to itself, the faster engine takes the waves of steady tones for attacks; each time their phases begin
 // anew, which puts pure tones up to a semitone beside their pitch. It is allowed to look for attacks only
@@ -40,29 +41,25 @@ class RubberBandEngine : public StretchEngine {
  private:
   using Stretcher = RubberBand::RubberBandStretcher;
 
-  // One that is given the song at the pitch that it is to have, and one that raises it by itself.
-  struct Both {
-    std::unique_ptr<Stretcher> plain;
-    std::unique_ptr<Stretcher> raising;
-  };
-  static Both MakeBoth_(int engine, double rateHz, unsigned channels);
   StretchQuality QualityFor_(double scale) const;
-  bool RaisesAt_(double scale) const;
+  std::size_t RetrieveStretched_(float* frames, std::size_t room);
   void KeepAttacks_(const float* frames, std::size_t count);
 
-  Both finer_;
-  Both faster_;
+  std::unique_ptr<Stretcher> finer_;
+  std::unique_ptr<Stretcher> faster_;
   StretchQuality quality_;  // asked for
   Stretcher* stretcher_;    // the one that plays
   bool isFaster_ = false;   // which that is
   double halfWindow_;       // its, in frames
   double pitch_ = 1.0;      // frequency ratio, as a whole,
-  double step_ = 1.0;       // by reading the song,
-  double raised_ = 1.0;     // and by the library
+  double step_ = 1.0;       // by reading the song more densely,
+  double raised_ = 1.0;     // and by playing faster what was stretched
   double scale_ = 1.0;      // of the last Begin
   AttackWatch watch_;
   std::size_t keeps_ = 0;  // frames to come that attacks are looked for in
   bool isCrisp_ = true;
+  RaisedFrames higher_;
+  std::vector<float> stretched_;
   std::vector<std::vector<float>> planes_;  // one channel each
   std::vector<float*> heads_;
 };

@@ -21,7 +21,7 @@ class StretchEngine {
 
   // Forgets everything that was put in.
   virtual void Begin(const StretchFactors& factors) = 0;
-  // Song frames from one frame that goes in to the next, at most kMostStep; set by Begin.
+  // Song frames from one frame that goes in to the next, at most 1; set by Begin.
   virtual double GetStep() const = 0;
   // Whether it can go over to that scale; if not, it must begin anew.
   virtual bool CanGoOnAt(double scale) const = 0;
@@ -48,7 +48,6 @@ class StretchEngine {
   virtual double GetAttackOffsetAtFirst(double scale) const = 0;
 
   static constexpr std::size_t kMostFrames = 4096;
-  static constexpr std::size_t kMostStep = 4;
 };
 
 // Does a chunk of silence, so that nothing is set up later.

@@ -29,7 +29,7 @@ StretchedStream::StretchedStream(std::unique_ptr<StretchEngine> engine, FrameSou
       source_(source),
       rateHz_(rateHz),
       channels_(channels),
-      between_(source, channels, StretchEngine::kMostStep * StretchEngine::kMostFrames),
+      between_(source, channels, StretchEngine::kMostFrames),
       in_(StretchEngine::kMostFrames * channels),
       out_(kRoom * channels) {}
 

@@ -54,7 +54,11 @@ TEST_P(Seams, HaveTheLevelOfTheMusicAndNoStepThatIsNotItsOwn) {
     const auto before = Range(run.heard, seam - 9'600, seam - 1'000);
     const auto after = Range(run.heard, seam + 4'000, seam + 12'600);
     const auto around = Range(run.heard, seam - 1'200, seam + 2'200);
-    EXPECT_GE(around.first, std::min(before.first, after.first) - 1.0) << tones.size() << " tones";
+    // The faster engine puts the tones of a chord together anew in another key, and may hit on a weak moment.
+    const bool isAnewChord = tones.size() > 1 && change.semitones * change.thenSemitones != 0;
+    const bool isFaster = std::get<StretchQuality>(GetParam()) == StretchQuality::Faster;
+    const double decibels = isAnewChord && isFaster ? 2.0 : 1.0;
+    EXPECT_GE(around.first, std::min(before.first, after.first) - decibels) << tones.size() << " tones";
     EXPECT_LE(around.second, std::max(before.second, after.second) + 1.0) << tones.size() << " tones";
     const double own = std::max(LargestStep(run.heard, seam - 9'600, seam - 1'000),
                                 LargestStep(run.heard, seam + 4'000, seam + 12'600));
