@@ -135,6 +135,8 @@ void JackDevice::LookAfterLinks_() {
     const int result = ::jack_connect(client_->Get(), ::jack_port_name(ports_[channel]), input.c_str());
     // A program may have registered its ports and not be ready yet: tried again at the next look.
     if (result != 0 && result != EEXIST) links_->Renew(input);
+    // It shows among the connections a period later.
+    if (result == 0) heardUntil_ = Seconds();
   }
   NoteWhetherHeard_();
 }
