@@ -19,6 +19,7 @@
 #include "Sources/samples_ticks_converter/samples_ticks_converter.h"
 #include "exc/condition/condition.h"
 #include "exc/flag/ex_flag.h"
+#include "exc/lock/rlockable.h"
 #include "exc/lock/scope_lock.h"
 #include "suite/audio/output_interface.h"
 #include "suite/player_core/gui_update.h"
@@ -220,15 +221,19 @@ class AudioPlayer : public Player, public tesk_audio::AudioPlayerOutputInterface
   void IsOutputInitialized_(bool initialized);
   // Null without an output. It stays until Shutdown or the destructor, which see to it that nobody uses it.
   tesk_audio::AudioSampleOutput* Output_();
+  // Behind a start that is under way.
   bool OutputRuns_();
   void RequireNoRunningOutputInStop_(const char* function, int line);
 
   // ---- transport.cpp -----------------------------------------------------------------------------
+  void StartUnlessPlaying_();
   // True when the state was another one.
   bool EnterPlay_();
   // True when the state was PLAY.
   bool EnterPause_();
   void StartOutput_();
+  // While it is `PLAY`, the output has been told to start.
+  PlayerState GetStateBetweenStarts_();
   // False when the output does not stop, however often it is asked.
   bool StopRunningOutput_();
   void RefillOutput_();
@@ -323,6 +328,9 @@ class AudioPlayer : public Player, public tesk_audio::AudioPlayerOutputInterface
   exc::Condition loaderCondition_;     // a loader has reported
   exc::Condition loaderLeftMap_;       // a loader is done: broadcast with the player lock held
 
+  // Held from entering `PLAY` until the output has been told to start. Before the player lock; nobody waits
+  // for anything with it.
+  exc::RLockable startLock_{"PlaybackStart"};
   std::unique_ptr<tesk_audio::AudioSampleOutput> audioSampleOutput_ EXC_GUARDED_BY(this);
   bool isEnding_ EXC_GUARDED_BY(this) = false;  // being destroyed: no output is made any more
   // Rate and channels of what the output took last.

@@ -60,6 +60,7 @@ tesk_audio::AudioSampleOutput* AudioPlayer::Output_() {
 }
 
 bool AudioPlayer::OutputRuns_() {
+  GetStateBetweenStarts_();  // for its place behind a start that is under way
   tesk_audio::AudioSampleOutput* const output = Output_();
   return output != nullptr && output->GetOutputIsRunning();
 }

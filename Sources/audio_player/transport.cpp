@@ -11,9 +11,16 @@ void AudioPlayer::Play() {
     if (GetFileLoaderErrorOccurred()) notify::guiDispatcher.SendPlayerExceptionNotification();
     return;
   }
-  if (EnterPlay_()) StartOutput_();
+  StartUnlessPlaying_();
   notify::guiDispatcher.SendPlaybackStarted();
   guiUpdate_.Unpause();
+}
+
+// One step for whoever pauses, stops or resets meanwhile: it comes before the change of state, and then finds
+// nothing to do, or behind the start, and then finds an output to pause or to stop.
+void AudioPlayer::StartUnlessPlaying_() {
+  exc::ScopeLock starting(startLock_);
+  if (EnterPlay_()) StartOutput_();
 }
 
 // One step, because a loader and the host may come here at once: only one of them starts the output.
@@ -36,14 +43,20 @@ void AudioPlayer::Pause() {
 
 // One step, because the output may stop by itself at this moment: a song that has ended stays stopped.
 bool AudioPlayer::EnterPause_() {
+  exc::ScopeLock starting(startLock_);
   exc::ScopeLock lock(*this);
   if (!IsPlaying()) return false;
   SetPlayerState(PlayerState::PAUSE);
   return true;
 }
 
+PlayerState AudioPlayer::GetStateBetweenStarts_() {
+  exc::ScopeLock starting(startLock_);
+  return GetPlayerState();
+}
+
 void AudioPlayer::Stop() {
-  if (GetPlayerState() == PlayerState::STOP) {
+  if (GetStateBetweenStarts_() == PlayerState::STOP) {
     if (!OutputRuns_()) return;
     RequireNoRunningOutputInStop_("Stop", 991);
   }

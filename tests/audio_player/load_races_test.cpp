@@ -6,6 +6,7 @@
 #include <atomic>
 #include <chrono>
 #include <cstdlib>
+#include <functional>
 #include <random>
 #include <stdexcept>
 #include <thread>
@@ -230,6 +231,51 @@ TEST_F(LoadRaces, ShutdownWhileALoaderStartsPlayback) {
       // It plays already, and then a shutdown is refused.
     }
     ASSERT_TRUE(AwaitLoaders());
+    DestroyPlayer();
+  }
+}
+
+// Each ends with a player that has stopped, and an output that has, although a loader was about to start it.
+TEST_F(LoadRaces, WhateverMeetsAStartThatIsUnderWayComesBehindIt) {
+  const std::function<void(AudioPlayer&)> ways[] = {
+      [](AudioPlayer& player) { player.Stop(); },
+      [](AudioPlayer& player) { player.StopAndReset(); },
+      [](AudioPlayer& player) { player.ResetPlayer(); },
+      [](AudioPlayer& player) {
+        player.Pause();
+        player.Stop();
+      },
+  };
+  for (const auto& act : ways) {
+    LoadReady("1");
+    std::atomic<bool> isStarting{false};
+    std::atomic<bool> goesOn{false};
+    Output().OnCall([&](const std::string& call) {
+      if (call != "Start") return;
+      isStarting = true;
+      while (!goesOn) std::this_thread::sleep_for(std::chrono::milliseconds(1));
+    });
+    fakes::decoder::HoldLoader(Path("4"));
+    GetPlayer().LoadSong("4");  // its loader plays it
+    fakes::decoder::ReleaseLoader(Path("4"));
+    ASSERT_TRUE(test_support::WaitUntil([&] { return isStarting.load(); }));
+    std::atomic<pid_t> host{0};
+    std::atomic<bool> isLookedAt{false};
+    std::thread acting([&] {
+      host = test_support::ThisThread();
+      act(GetPlayer());
+      while (!isLookedAt) std::this_thread::sleep_for(std::chrono::milliseconds(1));
+    });
+    ASSERT_TRUE(test_support::WaitUntil([&] { return host != 0; }));
+    EXPECT_TRUE(test_support::WaitUntilItSleeps(host)) << "behind the start, or done already";
+    goesOn = true;
+    isLookedAt = true;
+    acting.join();
+    Output().OnCall({});
+    ASSERT_TRUE(AwaitLoaders());
+    EXPECT_EQ(GetPlayer().GetPlayerState(), PlayerState::STOP);
+    EXPECT_FALSE(Output().GetOutputIsRunning());
+    EXPECT_FALSE(GetPlayer().GetStopRequested()) << "or the end of the song would be told to nobody";
     DestroyPlayer();
   }
 }

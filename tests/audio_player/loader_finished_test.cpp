@@ -8,6 +8,7 @@
 #include "tests/fakes/fake_decoder.h"
 #include "tests/fakes/fake_log.h"
 #include "tests/fakes/journaling_gui_update.h"
+#include "tests/support/sleeping_thread.h"
 #include "tests/support/staircase_content.h"
 #include "tests/support/wait_until.h"
 
@@ -125,15 +126,16 @@ TEST_F(LoaderFinished, ALoadWaitsUntilTheAwaitedSongHasBeenPutInPlace) {
   AwaitSong4();
   std::thread host;
   std::atomic<bool> hasStarted{false};
-  Journal before;
+  std::atomic<pid_t> hostThread{0};
   Output().OnCall([&](const std::string& call) {
     if (call != "Start") return;
-    host = std::thread([&] { GetPlayer().LoadSong("5"); });
-    // Its stop; then it comes to the flag, and waits for this thread.
-    while (std::count(before.begin(), before.end(), "output.Stop(true)") == 0) {
-      for (const std::string& entry : Told()) before.push_back(entry);
-    }
-    hasStarted = true;
+    host = std::thread([&] {
+      hostThread = test_support::ThisThread();
+      GetPlayer().LoadSong("5");
+    });
+    // Its stop comes behind this start, and then it waits for the flag.
+    hasStarted = test_support::WaitUntil([&] { return hostThread != 0; }) &&
+                 test_support::WaitUntilItSleeps(hostThread);
   });
   fakes::decoder::ReleaseLoader(Path("4"));
   ASSERT_TRUE(test_support::WaitUntil([&] { return hasStarted.load(); }));
