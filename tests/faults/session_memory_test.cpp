@@ -60,7 +60,7 @@ TEST_P(RefusedAllocation, OfASessionIsToldAndTheNextOnePlays) {
   long refused = 0;
   for (long granted = from != nullptr ? std::atol(from) : 0;; granted += every ? 1 : 1 + granted % 41) {
     if (every) std::cerr << granted << ' ';
-    ::alarm(20);  // whoever waits for ever is ended with a signal
+    ::alarm(60);  // whoever waits for ever is ended with a signal, and a busy machine is not
     words.clear();
     RefusedAllocations refusals(RefusedAllocations::Of::AllThreads, granted, GetParam());
     const long long frames = Play(&refusals, show, &words);
