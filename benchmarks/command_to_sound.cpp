@@ -163,7 +163,7 @@ class Mpv {
   }
   ~Mpv() {
     if (socket_ >= 0) ::close(socket_);
-    ::kill(process_, SIGKILL);
+    if (process_ > 0) ::kill(process_, SIGKILL);
     ::waitpid(process_, nullptr, 0);
   }
   Mpv(const Mpv&) = delete;

@@ -56,7 +56,7 @@ RunningOrbel::~RunningOrbel() {
 }
 
 void RunningOrbel::Signal(int signal) const {
-  ::kill(process_, signal);
+  if (process_ > 0) ::kill(process_, signal);
 }
 
 bool RunningOrbel::Says(const std::string& text) const {

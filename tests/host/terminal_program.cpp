@@ -38,12 +38,13 @@ OrbelInATerminal::~OrbelInATerminal() {
 }
 
 void OrbelInATerminal::Type(const std::string& keys) const {
-  if (::write(terminal_, keys.data(), keys.size()) < 0) ::kill(process_, SIGKILL);
+  // Without a program the number would stand for every process there is.
+  if (::write(terminal_, keys.data(), keys.size()) < 0 && process_ > 0) ::kill(process_, SIGKILL);
 }
 
 bool OrbelInATerminal::Shows(const std::string& text) {
   const auto deadline = std::chrono::steady_clock::now() + std::chrono::seconds(60);
-  while (std::chrono::steady_clock::now() < deadline) {
+  while (process_ > 0 && std::chrono::steady_clock::now() < deadline) {
     const std::size_t at = screen_.find(text, seen_);
     if (at != std::string::npos) {
       seen_ = at + text.size();
@@ -75,6 +76,7 @@ void OrbelInATerminal::CloseTerminal() {
 }
 
 int OrbelInATerminal::WaitForEnd() {
+  if (process_ <= 0) return -1;
   int status = 0;
   while (::waitpid(process_, &status, WNOHANG) == 0) {
     if (terminal_ >= 0) Read_();  // a terminal that nobody reads would hold the program up

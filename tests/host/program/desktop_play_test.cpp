@@ -56,7 +56,9 @@ class Started {
   Started(const Started&) = delete;
   Started& operator=(const Started&) = delete;
 
-  void Signal(int signal) const { ::kill(process_, signal); }
+  void Signal(int signal) const {
+    if (process_ > 0) ::kill(process_, signal);
+  }
   void End(int signal) {
     if (process_ <= 0) return;
     Signal(signal);
