@@ -112,7 +112,7 @@ void BareLibrary(benchmark::State& state, int engine) {
   const auto music = Music();
   Stretcher stretcher(static_cast<std::size_t>(kRateHz), kChannels,
                       engine | Stretcher::OptionProcessRealTime | Stretcher::OptionThreadingNever |
-                          Stretcher::OptionPitchHighConsistency | Stretcher::OptionChannelsTogether,
+                          Stretcher::OptionPitchHighSpeed | Stretcher::OptionChannelsTogether,
                       1.0 / 1.1, std::exp2(2.0 / 12.0));
   stretcher.setMaxProcessSize(8192);
   std::vector<float> left(8192);
