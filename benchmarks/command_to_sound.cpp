@@ -1,7 +1,7 @@
 // How long from a command to the first frame of what it asks for, at a JACK server of its own in real time:
 // orbel with a key in its terminal, beside mpv, where it is installed, with a line to its socket.
 //
-//   command_to_sound [TRIALS [PERIOD]]     20 of each kind, at 256 frames
+//   command_to_sound [TRIALS [PERIOD]]     8 of each kind, at 256 frames
 //
 // What plays first is above 0, where the commands lead is below: the first frame that is not above 0 any more
 // nor silent is the first of what was asked for.
@@ -232,7 +232,8 @@ void MeasureMpv(const host_tests::ShowFiles& files, const std::string& server, L
 }  // namespace
 
 int main(int argc, char** argv) {
-  const int trials = argc > 1 ? std::atoi(argv[1]) : 20;
+  std::setvbuf(stdout, nullptr, _IOLBF, 0);  // each line when it is known, into a file too
+  const int trials = argc > 1 ? std::atoi(argv[1]) : 8;
   const unsigned period = argc > 2 ? static_cast<unsigned>(std::atoi(argv[2])) : 256;
   host_tests::ShowFiles files;
   files.AddSong("1", "Halves", kBars, "[[vamp]]\nfrom = \"31\"\nto = \"60\"\n");

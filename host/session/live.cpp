@@ -57,7 +57,8 @@ std::vector<std::string> Live::Poll(double now) {
   SayWhatIsWaitedFor_();
   Look_(now);
   isHeld_ = isHeld_ && !session_.IsPlaying();
-  if (!isHeld_ && ActsAlone_()) ActAlone_(now);
+  // A device that was lost may have ended it just now.
+  if (!over_ && !isHeld_ && ActsAlone_()) ActAlone_(now);
   return TakeMessages_();
 }
 

@@ -135,12 +135,13 @@ void Live::NoteMeters_(Meters meters) {
 
 std::string Live::SoundText_() const {
   if (!hasMeters_) return "";
-  std::string text = "peak";
+  // On a narrow terminal the end is cut off: what a performer must not miss comes first.
+  std::string text = "underruns " + std::to_string(meters_.underrunFrames) + "  xruns " +
+                     std::to_string(meters_.xruns) + "  peak";
   for (const float peak : meters_.peaks) text += " " + Decibels(peak);
-  return text + " dB   ring " + Whole(meters_.ringMs) + " ms   latency " + Whole(meters_.latencyMs) +
-         " ms   load " + Whole(meters_.loadMedian * 100.0) + " " + Whole(meters_.load999 * 100.0) + " " +
-         Whole(meters_.loadLongest * 100.0) + " %   underruns " + std::to_string(meters_.underrunFrames) +
-         "   xruns " + std::to_string(meters_.xruns);
+  return text + " dB  ring " + Whole(meters_.ringMs) + " ms  latency " + Whole(meters_.latencyMs) +
+         " ms  load " + Whole(meters_.loadMedian * 100.0) + " " + Whole(meters_.load999 * 100.0) + " " +
+         Whole(meters_.loadLongest * 100.0) + " %";
 }
 
 PlayReport Live::GetReport() {

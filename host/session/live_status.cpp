@@ -46,8 +46,10 @@ StageStatus Live::GetStatus() {
   session_.GetTempoAndKey(&status.tempoScale, &status.transposition);
   status.tempo *= status.tempoScale;
   status.state = StateName(session_);
-  if (!unheard_.empty() && session_.IsPlaying()) status.state = "unheard";
-  if (deviceIsLost_ && session_.IsPlaying()) status.state = "recovering";
+  if (deviceIsLost_ || !unheard_.empty()) {
+    const std::string unheardState = deviceIsLost_ ? "recovering" : "unheard";
+    status.state = session_.IsPlaying() ? unheardState : status.state + " (no sound)";
+  }
   status.next = NextCue_();
   status.sound = SoundText_();
   return status;

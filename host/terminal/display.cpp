@@ -12,6 +12,7 @@ namespace orbel::host::terminal {
 namespace {
 
 constexpr char kFromLineStart[] = "\r\x1b[K";  // and the rest of the line is empty
+constexpr char kFromHere[] = "\r\x1b[J";       // the same, and everything below
 
 std::size_t TerminalColumns() {
   winsize size{};
@@ -23,7 +24,7 @@ std::size_t TerminalColumns() {
 
 void Display::Message(const std::string& text) {
   if (TerminalHasHungUp()) return;
-  std::cerr << (onTerminal_ ? kFromLineStart : "") << text << std::endl;
+  std::cerr << (onTerminal_ ? kFromHere : "") << text << std::endl;
   shown_.clear();
 }
 

@@ -76,4 +76,12 @@ pthread_t StartRealTimeThread(void* (*body)(void*), void* argument, const std::s
   return thread;
 }
 
+void KeepRealTimeToOneself() {
+  int policy = SCHED_OTHER;
+  sched_param parameters{};
+  if (::pthread_getschedparam(::pthread_self(), &policy, &parameters) != 0 || policy != SCHED_FIFO) return;
+  // For the calling thread alone, as Linux has it. Refused, it stays as it is.
+  ::sched_setscheduler(0, policy | SCHED_RESET_ON_FORK, &parameters);
+}
+
 }  // namespace tesk_audio

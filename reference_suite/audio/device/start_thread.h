@@ -19,4 +19,8 @@ pthread_t StartThread(void* (*body)(void*), void* argument, const std::string& w
 // that says what to do about it. Throws as above.
 pthread_t StartRealTimeThread(void* (*body)(void*), void* argument, const std::string& who);
 
+// Threads that the calling one starts from now on are ordinary ones, whatever it is itself: what a render
+// thread has decoded in an attacca must not stand above the sound system.
+void KeepRealTimeToOneself();
+
 }  // namespace tesk_audio

@@ -38,6 +38,7 @@ void LiveSampleOutput::JoinThread_() {
 
 void* LiveSampleOutput::ThreadBody_(void* self) {
   exc::thread_names.SetNameOfCurrentThread("AudioRender");
+  KeepRealTimeToOneself();
   static_cast<LiveSampleOutput*>(self)->Run_();
   return nullptr;
 }

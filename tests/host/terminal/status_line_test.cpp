@@ -32,6 +32,16 @@ TEST(StatusLine, EndsWithWhatTheSoundIsUpToWhenThereIsSomethingToSay) {
       "1 Ouvertüre   bar 12.3   132 bpm   playing   next: 13.1 vamp back to 9.1   silent: JACK is gone");
 }
 
+TEST(StatusLine, ALongNameGivesWayToWhatChanges) {
+  StageStatus status = kStatus;
+  status.song = "12 Die Fledermäuse auf dem Dach des Stadttheaters, zweiter Teil";
+  EXPECT_EQ(StatusLine(status, 79),
+            "12 Die Fledermä...   bar 12.3   132 bpm   playing   next: 13.1 vamp back to 9.1");
+  EXPECT_EQ(StatusLine(status, 75),
+            "12 Die Fled...   bar 12.3   132 bpm   playing   next: 13.1 vamp back to 9.1");
+  EXPECT_EQ(StatusLine(status, 40), "12 Die Fl...   bar 12.3   132 bpm   play");
+}
+
 TEST(StatusLine, IsCutToTheWidthInCharactersAndNeverInsideOne) {
   EXPECT_EQ(StatusLine(kStatus, 9), "1 Ouvertü");
   EXPECT_EQ(StatusLine(kStatus, 8), "1 Ouvert");

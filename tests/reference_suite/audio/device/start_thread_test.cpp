@@ -57,10 +57,12 @@ struct Scheduling {
   int priority = -1;
 };
 
+// Asks the kernel: the thread library goes by what it believes to have been inherited.
 void* LookAtMyself(void* found) {
   sched_param parameters{};
   auto& scheduling = *static_cast<Scheduling*>(found);
-  ::pthread_getschedparam(::pthread_self(), &scheduling.policy, &parameters);
+  scheduling.policy = ::sched_getscheduler(0);
+  ::sched_getparam(0, &parameters);
   scheduling.priority = parameters.sched_priority;
   return nullptr;
 }
@@ -93,6 +95,21 @@ TEST(StartThread, ARealTimeThreadHasThePrioritySixty) {
   const Scheduling found = OfARealTimeThread();
   EXPECT_EQ(found.policy, SCHED_FIFO);
   EXPECT_EQ(found.priority, 60);
+}
+
+// Keeps real time to itself, starts a thread as the player does, and lets that one look.
+void* StartAnother(void* found) {
+  tesk_audio::KeepRealTimeToOneself();
+  pthread_t other{};
+  if (::pthread_create(&other, nullptr, &LookAtMyself, found) == 0) ::pthread_join(other, nullptr);
+  return nullptr;
+}
+
+TEST(StartThread, WhatARealTimeThreadStartsItselfIsOrdinary) {
+  Scheduling found;
+  ::pthread_join(tesk_audio::StartRealTimeThread(&StartAnother, &found, "The test"), nullptr);
+  EXPECT_EQ(found.policy, SCHED_OTHER);
+  EXPECT_EQ(found.priority, 0);
 }
 
 TEST(StartThread, WhereSixtyIsMoreThanTheSystemKnowsItHasTheHighestThatThereIs) {
