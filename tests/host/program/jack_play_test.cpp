@@ -494,6 +494,24 @@ TEST(JackLoss, PolicyEndEndsAndPolicyHoldHolds) {
   }
 }
 
+// The output stops as at the end of a song: what acts in the place of a performer must not take it for one.
+TEST(JackLoss, PolicyEndBeginsNoOtherSongWhereNobodySitsAtTheKeys) {
+  ShowFiles files;
+  files.AddSong("1", "Waltz", 300);
+  files.AddSong("2", "Polka", 300);
+  JackServer server;
+  RunningOrbel orbel({"play", files.Show(), "--output", "jack", "--device", server.GetName(),
+                      "--on-device-loss", "end", "--json"});
+  ASSERT_TRUE(orbel.Says("Playing to JACK server"));
+  ASSERT_TRUE(orbel.Says("playing"));
+  server.End(SIGKILL);
+  const Ended run = orbel.WaitForEnd();
+  EXPECT_EQ(run.status, 6) << run.messages;
+  EXPECT_THAT(run.messages, HasSubstr("Playback ends, as --on-device-loss asks."));
+  EXPECT_THAT(run.messages, testing::Not(HasSubstr("2 Polka   bar")));
+  EXPECT_THAT(run.out, HasSubstr("\"song\": \"1 Waltz\""));
+}
+
 // What acts in the place of a performer would go on at once; a script that says play all the time is no
 // performer either.
 TEST(JackLoss, HeldPlaybackIsNotStartedAgainByAnybodyButAPerformer) {
