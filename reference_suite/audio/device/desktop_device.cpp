@@ -4,11 +4,11 @@
 
 #include <algorithm>
 #include <cmath>
-#include <cstdlib>
 #include <numeric>
 #include <utility>
 
 #include "reference_suite/audio/device/device_clock.h"
+#include "reference_suite/audio/device/pulse_audio.h"
 #include "reference_suite/audio/device/start_thread.h"
 #include "reference_suite/audio/output/timed_condition.h"
 #include "suite/audio/errors.h"
@@ -23,14 +23,6 @@ constexpr long long kNewsNanoseconds = 50'000'000;
 constexpr unsigned kRound = 32;
 // Clocks differ: what it seems to hold because its own is faster is forgotten.
 constexpr double kForgetting = 0.999;
-
-// Asking a sound system that does not run could start it, or print on the terminal.
-bool PulseAudioRuns() {
-  if (std::getenv("PULSE_SERVER") != nullptr) return true;
-  const char* const folder = std::getenv("XDG_RUNTIME_DIR");
-  const std::string runtime = folder != nullptr ? folder : "/run/user/" + std::to_string(::getuid());
-  return ::access((runtime + "/pulse/native").c_str(), F_OK) == 0;
-}
 
 bool AlsaHasCards() {
   return ::access("/dev/snd/controlC0", F_OK) == 0;
@@ -64,7 +56,15 @@ SoundIoDevice* FindOutput(SoundIo* soundio, const std::string& name) {
   return name.empty() && usual >= 0 ? ::soundio_get_output_device(soundio, usual) : nullptr;
 }
 
+constexpr char kNoDesktop[] =
+    "Neither PulseAudio nor ALSA answers. Log in to a desktop with sound, plug a sound card in, or choose "
+    "another output.";
+constexpr char kNoOutput[] =
+    "The sound of the desktop has no output. Plug a loudspeaker or a sound card in, or choose another "
+    "output.";
+
 std::string Missing(const std::string& name) {
+  if (name.empty()) return kNoOutput;
   return "There is no output \"" + name + "\" on this desktop; \"orbel devices\" lists what there is.";
 }
 
@@ -72,9 +72,12 @@ std::string Gone(const std::string& name) {
   return "The output \"" + name + "\" is not there any more. Plug it in again, or choose another output.";
 }
 
-constexpr char kNoDesktop[] =
-    "Neither PulseAudio nor ALSA answers. Log in to a desktop with sound, plug a sound card in, or choose "
-    "another output.";
+DeviceInfo Unanswered(const std::string& problem) {
+  DeviceInfo info;
+  info.kind = DeviceKind::Desktop;
+  info.problem = problem;
+  return info;
+}
 
 }  // namespace
 
@@ -251,12 +254,7 @@ void DesktopDevice::Fill_(SoundIoChannelArea* areas, int frames) {
 std::vector<DeviceInfo> LookAtDesktop() {
   std::vector<DeviceInfo> found;
   const std::unique_ptr<SoundIo, void (*)(SoundIo*)> soundio(Connect(), &::soundio_destroy);
-  if (soundio == nullptr) {
-    DeviceInfo none;
-    none.kind = DeviceKind::Desktop;
-    none.problem = kNoDesktop;
-    return {none};
-  }
+  if (soundio == nullptr) return {Unanswered(kNoDesktop)};
   const int count = ::soundio_output_device_count(soundio.get());
   for (int i = 0; i < count; ++i) {
     SoundIoDevice* const device = ::soundio_get_output_device(soundio.get(), i);
@@ -270,6 +268,7 @@ std::vector<DeviceInfo> LookAtDesktop() {
                  info);
     ::soundio_device_unref(device);
   }
+  if (found.empty()) found.push_back(Unanswered(kNoOutput));
   return found;
 }
 

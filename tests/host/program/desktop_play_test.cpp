@@ -15,6 +15,7 @@
 #include <fstream>
 #include <memory>
 #include <thread>
+#include <utility>
 
 #include "tests/host/run_orbel.h"
 #include "tests/host/show_files.h"
@@ -26,6 +27,7 @@ namespace {
 using testing::HasSubstr;
 
 constexpr unsigned kRate = 48'000;
+constexpr char kStage[] = "module-null-sink sink_name=stage rate=48000 format=float32le channels=2";
 
 template <typename Condition>
 bool Await(Condition condition) {
@@ -63,8 +65,13 @@ class Started {
     if (process_ <= 0) return;
     Signal(signal);
     Signal(SIGCONT);
-    ::waitpid(process_, nullptr, 0);
-    process_ = -1;
+    Wait();
+  }
+  // For its own end. False when it did not do what it was asked.
+  bool Wait() {
+    int status = -1;
+    ::waitpid(std::exchange(process_, -1), &status, 0);
+    return status == 0;
   }
 
  private:
@@ -88,12 +95,19 @@ class Desktop : public testing::Test {
     std::filesystem::remove_all(folder_, ignored);
   }
 
-  // A server with one output that nobody hears, "stage".
-  void StartServer() {
-    server_ = std::make_unique<Started>(std::vector<std::string>{
-        "pulseaudio", "-n", "--exit-idle-time=-1", "--daemonize=no", "--disallow-exit", "--realtime=no",
-        "--use-pid-file=no", "-L", "module-native-protocol-unix", "-L",
-        "module-null-sink sink_name=stage rate=48000 format=float32le channels=2"});
+  // A server with one output that nobody hears, "stage"; or with other modules.
+  void StartServer(const std::vector<std::string>& modules = {kStage}) {
+    std::vector<std::string> words{"pulseaudio",
+                                   "-n",
+                                   "--exit-idle-time=-1",
+                                   "--daemonize=no",
+                                   "--disallow-exit",
+                                   "--realtime=no",
+                                   "--use-pid-file=no",
+                                   "-L",
+                                   "module-native-protocol-unix"};
+    for (const std::string& module : modules) words.insert(words.end(), {"-L", module});
+    server_ = std::make_unique<Started>(std::move(words));
     ASSERT_TRUE(Await([this] { return std::filesystem::exists(folder_ / "pulse" / "native"); }))
         << "pulseaudio does not come up; is it installed?";
   }
@@ -101,6 +115,13 @@ class Desktop : public testing::Test {
   void KillServer() {
     server_->End(SIGKILL);
     std::filesystem::remove(folder_ / "pulse" / "native");
+  }
+
+  static void Unplug() { ASSERT_TRUE(Started({"pactl", "unload-module", "module-null-sink"}).Wait()); }
+  static void PlugIn() {
+    ASSERT_TRUE(Started({"pactl", "load-module", "module-null-sink", "sink_name=stage", "rate=48000",
+                         "format=float32le", "channels=2"})
+                    .Wait());
   }
 
   std::filesystem::path folder_;
@@ -199,6 +220,46 @@ TEST_F(Desktop, WhenTheServerDiesTheShowRunsOnAndSoundsAgainWithTheNextOne) {
   ASSERT_TRUE(orbel.Shows("no audio: null device"));
   ASSERT_TRUE(orbel.Shows("recovering"));
   StartServer();
+  ASSERT_TRUE(orbel.Shows("sound again"));
+  orbel.Type("qq");
+  EXPECT_EQ(orbel.WaitForEnd(), 0);
+}
+
+TEST_F(Desktop, WhenTheOnlyOutputIsUnpluggedTheShowRunsOnAndSoundsAgainWhenItIsBack) {
+  ShowFiles files;
+  files.AddSong("1", "Waltz", 300);
+  OrbelInATerminal orbel({"play", files.Show(), "--output", "desktop"});
+  ASSERT_TRUE(orbel.Shows("stopped"));
+  orbel.Type("p");
+  ASSERT_TRUE(orbel.Shows("playing"));
+  Unplug();
+  ASSERT_TRUE(orbel.Shows("no audio: null device"));
+  ASSERT_TRUE(orbel.Shows("recovering"));
+  PlugIn();
+  ASSERT_TRUE(orbel.Shows("sound again"));
+  orbel.Type("qq");
+  EXPECT_EQ(orbel.WaitForEnd(), 0);
+}
+
+constexpr char kNoOutput[] =
+    "The sound of the desktop has no output. Plug a loudspeaker or a sound card in, or choose another "
+    "output.";
+
+TEST_F(Desktop, WithoutAnOutputNothingAnswers) {
+  Unplug();
+  const Ended devices = Orbel({"devices", "--device", "nobody_is_called_so"});
+  EXPECT_EQ(devices.status, 0);
+  EXPECT_THAT(devices.out, HasSubstr(std::string("desktop: ") + kNoOutput));
+  EXPECT_THAT(devices.out, HasSubstr("play would use null: no sound system answers."));
+}
+
+TEST_F(Desktop, AShowThatBeginsWithoutAnOutputSoundsWhenThereIsOne) {
+  Unplug();
+  ShowFiles files;
+  files.AddSong("1", "Waltz", 300);
+  OrbelInATerminal orbel({"play", files.Show(), "--output", "desktop"});
+  ASSERT_TRUE(orbel.Shows("no audio: null device. The sound of the desktop has no output."));
+  PlugIn();
   ASSERT_TRUE(orbel.Shows("sound again"));
   orbel.Type("qq");
   EXPECT_EQ(orbel.WaitForEnd(), 0);

@@ -186,6 +186,20 @@ TEST_F(Desktop, AnOutputIsChosenByItsNameOrTheSystemsOwn) {
       "There is no output \"trumpet\" on this desktop; \"orbel devices\" lists what there is."));
 }
 
+TEST_F(Desktop, WithoutAnOutputNothingAnswers) {
+  const char* const problem =
+      "The sound of the desktop has no output. Plug a loudspeaker or a sound card in, or choose another "
+      "output.";
+  system_.outputs.clear();
+  system_.usual = -1;
+  EXPECT_TRUE(test_support::ThrowsWithText<TESKAudioError>([&] { Open(); }, problem));
+  const std::vector<tesk_audio::DeviceInfo> found = tesk_audio::LookAtDesktop();
+  ASSERT_EQ(found.size(), 1U);
+  EXPECT_EQ(found[0].kind, tesk_audio::DeviceKind::Desktop);
+  EXPECT_FALSE(found[0].answers);
+  EXPECT_EQ(found[0].problem, problem);
+}
+
 TEST_F(Desktop, AStreamThatHasRunDryGoesOnAndIsCounted) {
   const auto device = Open();
   device->Start(counter_);
