@@ -44,7 +44,12 @@ SoundIo* Connect() {
   return nullptr;
 }
 
-// The one of that name, or the usual one; null when there is none.
+// PulseAudio puts it where an output was while there is none: it takes sound, and nobody hears it.
+bool IsDummy(const SoundIoDevice& device) {
+  return std::string(device.id) == "auto_null";
+}
+
+// The one of that name, or the usual one; null when there is none that can be heard.
 SoundIoDevice* FindOutput(SoundIo* soundio, const std::string& name) {
   const int count = ::soundio_output_device_count(soundio);
   for (int i = 0; !name.empty() && i < count; ++i) {
@@ -53,7 +58,11 @@ SoundIoDevice* FindOutput(SoundIo* soundio, const std::string& name) {
     ::soundio_device_unref(device);
   }
   const int usual = ::soundio_default_output_device_index(soundio);
-  return name.empty() && usual >= 0 ? ::soundio_get_output_device(soundio, usual) : nullptr;
+  if (!name.empty() || usual < 0) return nullptr;
+  SoundIoDevice* const device = ::soundio_get_output_device(soundio, usual);
+  if (!IsDummy(*device)) return device;
+  ::soundio_device_unref(device);
+  return nullptr;
 }
 
 constexpr char kNoDesktop[] =
@@ -70,6 +79,13 @@ std::string Missing(const std::string& name) {
 
 std::string Gone(const std::string& name) {
   return "The output \"" + name + "\" is not there any more. Plug it in again, or choose another output.";
+}
+
+std::string Dummy(const std::string& name) {
+  return "Nobody hears \"" + name +
+         "\": it stands in while there is no output. Plug a loudspeaker or a sound card in, or choose "
+         "another "
+         "output.";
 }
 
 DeviceInfo Unanswered(const std::string& problem) {
@@ -146,6 +162,14 @@ std::string DesktopDevice::GetDescription() const {
          std::to_string(std::lround(rateHz_)) + " Hz";
 }
 
+std::string DesktopDevice::WhyUnheard() const {
+  return IsDummy(*device_) ? Dummy(device_->name) : "";
+}
+
+std::string DesktopDevice::GetFailure() const {
+  return isUnplugged_ ? "it has been unplugged" : "the sound system has ended the stream";
+}
+
 void DesktopDevice::Start(DeviceCallback& callback) {
   if (runs_) return;
   callback_ = &callback;
@@ -178,9 +202,18 @@ void* DesktopDevice::NewsBody_(void* self) {
   auto& device = *static_cast<DesktopDevice*>(self);
   while (!device.stops_) {
     ::soundio_flush_events(device.soundio_.get());
+    device.FailWhenUnplugged_();
     SleepFor(kNewsNanoseconds);
   }
   return nullptr;
+}
+
+// A server may go on to take the stream, and let another output have it.
+void DesktopDevice::FailWhenUnplugged_() {
+  const std::unique_ptr<SoundIoDevice, Closer> listed(FindOutput(soundio_.get(), device_->id));
+  if (listed != nullptr || failed_) return;
+  isUnplugged_ = true;
+  failed_ = true;
 }
 
 void DesktopDevice::Write_(int mostFrames) {
@@ -261,7 +294,8 @@ std::vector<DeviceInfo> LookAtDesktop() {
     DeviceInfo info;
     info.kind = DeviceKind::Desktop;
     info.name = device->name;
-    info.answers = true;
+    info.answers = !IsDummy(*device);
+    if (!info.answers) info.problem = Dummy(info.name);
     info.rateHz = device->sample_rate_current;
     info.outputs = static_cast<unsigned>(device->current_layout.channel_count);
     found.insert(i == ::soundio_default_output_device_index(soundio.get()) ? found.begin() : found.end(),

@@ -26,7 +26,8 @@ class DesktopDevice : public Device {
   };
   // The output called so, or the usual one when the name is empty; at the rate wanted, or the nearest that it
   // has. Where one has been chosen, that one and no other: when it is unplugged the desktop's usual one is
-  // another, in which nobody expects the show. Throws TESKAudioError.
+  // another, in which nobody expects the show; and it fails as soon as that one is unplugged. Throws
+  // TESKAudioError.
   DesktopDevice(const OutputSettings& settings, double rateHz, unsigned channels,
                 std::shared_ptr<Chosen> chosen);
   ~DesktopDevice() override;
@@ -45,7 +46,8 @@ class DesktopDevice : public Device {
   // as much at once.
   double GetPatienceSeconds() const override { return 0.5 + (hasPace_ ? held_.load() : kMostHeldSeconds); }
   bool HasFailed() const override { return failed_; }
-  std::string GetFailure() const override { return "the sound system has ended the stream"; }
+  std::string GetFailure() const override;
+  std::string WhyUnheard() const override;
   void Start(DeviceCallback& callback) override;
   void Stop() override;
 
@@ -63,6 +65,7 @@ class DesktopDevice : public Device {
   bool WriteSome_(int* left);
   void Fill_(SoundIoChannelArea* areas, int frames);
   void NotePace_(unsigned taken);
+  void FailWhenUnplugged_();
   static void* NewsBody_(void* self);
 
   const unsigned channels_;
@@ -80,6 +83,7 @@ class DesktopDevice : public Device {
   std::atomic<bool> hasPace_{false};  // it has asked often enough
   std::atomic<unsigned> latency_{0};
   std::atomic<long long> xruns_{0};
+  std::atomic<bool> isUnplugged_{false};  // why it has failed
   std::atomic<bool> failed_{false};
   std::atomic<bool> stops_{false};
   // The sound system's thread's.

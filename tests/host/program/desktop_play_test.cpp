@@ -265,5 +265,25 @@ TEST_F(Desktop, AShowThatBeginsWithoutAnOutputSoundsWhenThereIsOne) {
   EXPECT_EQ(orbel.WaitForEnd(), 0);
 }
 
+TEST_F(Desktop, AnOutputThatStandsInForTheUnpluggedOneIsNotPlayedTo) {
+  KillServer();
+  StartServer({kStage, "module-always-sink"});
+  ShowFiles files;
+  files.AddSong("1", "Waltz", 300);
+  OrbelInATerminal orbel({"play", files.Show(), "--output", "desktop"});
+  ASSERT_TRUE(orbel.Shows("stopped"));
+  orbel.Type("p");
+  ASSERT_TRUE(orbel.Shows("playing"));
+  Unplug();
+  ASSERT_TRUE(orbel.Shows("no audio: null device"));
+  const Ended devices = Orbel({"devices", "--device", "nobody_is_called_so"});
+  EXPECT_THAT(devices.out, HasSubstr("it stands in while there is no output."));
+  EXPECT_THAT(devices.out, HasSubstr("play would use null: no sound system answers."));
+  PlugIn();
+  ASSERT_TRUE(orbel.Shows("sound again"));
+  orbel.Type("qq");
+  EXPECT_EQ(orbel.WaitForEnd(), 0);
+}
+
 }  // namespace
 }  // namespace host_tests

@@ -3,6 +3,7 @@
 
 #include <gtest/gtest.h>
 
+#include <atomic>
 #include <cstdlib>
 #include <deque>
 #include <string>
@@ -10,6 +11,7 @@
 
 #include "reference_suite/audio/output/timed_condition.h"
 #include "suite/audio/errors.h"
+#include "tests/reference_suite/audio/support/await.h"
 #include "tests/support/no_threads.h"
 #include "tests/support/throws_with_text.h"
 
@@ -24,6 +26,7 @@ struct FakeSystem {
   };
   std::deque<Output> outputs;
   int usual = 0;
+  std::atomic<bool> isBare{false};  // all outputs have been unplugged
   int beginError = 0;
   int endError = 0;
   SoundIo soundio{};
@@ -66,7 +69,7 @@ const char* soundio_strerror(int) {
 }
 void soundio_flush_events(SoundIo*) {}
 int soundio_output_device_count(SoundIo*) {
-  return static_cast<int>(theSystem->outputs.size());
+  return theSystem->isBare ? 0 : static_cast<int>(theSystem->outputs.size());
 }
 int soundio_default_output_device_index(SoundIo*) {
   return theSystem->usual;
@@ -226,6 +229,37 @@ TEST_F(Desktop, EveryOtherErrorOfAStreamIsItsEnd) {
     EXPECT_TRUE(device->HasFailed());
     EXPECT_EQ(device->GetFailure(), "the sound system has ended the stream");
   }
+}
+
+TEST_F(Desktop, AnOutputThatIsUnpluggedFailsAlthoughTheStreamIsTaken) {
+  const auto device = Open();
+  device->Start(counter_);
+  EXPECT_FALSE(device->HasFailed());
+  system_.isBare = true;
+  ASSERT_TRUE(Await([&] { return device->HasFailed(); }));
+  EXPECT_EQ(device->GetFailure(), "it has been unplugged");
+}
+
+TEST_F(Desktop, AStandInForAnOutputAnswersNobodyButWhoNamesIt) {
+  const char* const unheard =
+      "Nobody hears \"Dummy\": it stands in while there is no output. Plug a loudspeaker or a sound card in, "
+      "or "
+      "choose another output.";
+  system_.outputs.clear();
+  system_.Add("Dummy", "auto_null");
+  system_.usual = 0;
+  EXPECT_TRUE(test_support::ThrowsWithText<TESKAudioError>(
+      [&] { Open(); },
+      "The sound of the desktop has no output. Plug a loudspeaker or a sound card in, or choose another "
+      "output."));
+  const std::vector<tesk_audio::DeviceInfo> found = tesk_audio::LookAtDesktop();
+  ASSERT_EQ(found.size(), 1U);
+  EXPECT_FALSE(found[0].answers);
+  EXPECT_EQ(found[0].problem, unheard);
+  EXPECT_EQ(Open("Dummy")->WhyUnheard(), unheard);
+  system_.Add("Stage", "usb");
+  chosen_->id.clear();
+  EXPECT_EQ(Open("Stage")->WhyUnheard(), "");
 }
 
 TEST_F(Desktop, ItIsWaitedForAsLongAsWhatItHoldsLasts) {
