@@ -1,12 +1,11 @@
 #include "reference_suite/audio/device/desktop_device.h"
 
-#include <unistd.h>
-
 #include <algorithm>
 #include <cmath>
 #include <numeric>
 #include <utility>
 
+#include "reference_suite/audio/device/alsa_cards.h"
 #include "reference_suite/audio/device/device_clock.h"
 #include "reference_suite/audio/device/pulse_audio.h"
 #include "reference_suite/audio/device/start_thread.h"
@@ -23,10 +22,6 @@ constexpr long long kNewsNanoseconds = 50'000'000;
 constexpr unsigned kRound = 32;
 // Clocks differ: what it seems to hold because its own is faster is forgotten.
 constexpr double kForgetting = 0.999;
-
-bool AlsaHasCards() {
-  return ::access("/dev/snd/controlC0", F_OK) == 0;
-}
 
 // Null when neither answers.
 SoundIo* Connect() {
