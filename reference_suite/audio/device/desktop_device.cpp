@@ -28,12 +28,16 @@ SoundIo* Connect() {
   SoundIo* const soundio = ::soundio_create();
   if (soundio == nullptr) return nullptr;
   soundio->app_name = "orbel";
-  // What the library does by itself would end the program.
-  soundio->on_backend_disconnect = [](SoundIo*, int) {};
+  // What the library does by itself would end the program, as would asking it for devices afterwards.
+  bool isLost = false;
+  soundio->userdata = &isLost;
+  soundio->on_backend_disconnect = [](SoundIo* lost, int) { *static_cast<bool*>(lost->userdata) = true; };
   const bool pulse = PulseAudioRuns() && ::soundio_connect_backend(soundio, SoundIoBackendPulseAudio) == 0;
   if (pulse || (AlsaHasCards() && ::soundio_connect_backend(soundio, SoundIoBackendAlsa) == 0)) {
     ::soundio_flush_events(soundio);
-    return soundio;
+    soundio->on_backend_disconnect = [](SoundIo*, int) {};
+    soundio->userdata = nullptr;
+    if (!isLost) return soundio;
   }
   ::soundio_destroy(soundio);
   return nullptr;

@@ -27,6 +27,7 @@ struct FakeSystem {
   std::deque<Output> outputs;
   int usual = 0;
   std::atomic<bool> isBare{false};  // all outputs have been unplugged
+  bool dies = false;                // while it is asked what there is
   int beginError = 0;
   int endError = 0;
   SoundIo soundio{};
@@ -67,7 +68,9 @@ const char* soundio_backend_name(SoundIoBackend) {
 const char* soundio_strerror(int) {
   return "no";
 }
-void soundio_flush_events(SoundIo*) {}
+void soundio_flush_events(SoundIo* soundio) {
+  if (theSystem->dies) soundio->on_backend_disconnect(soundio, SoundIoErrorBackendDisconnected);
+}
 int soundio_output_device_count(SoundIo*) {
   return theSystem->isBare ? 0 : static_cast<int>(theSystem->outputs.size());
 }
@@ -201,6 +204,15 @@ TEST_F(Desktop, WithoutAnOutputNothingAnswers) {
   EXPECT_EQ(found[0].kind, tesk_audio::DeviceKind::Desktop);
   EXPECT_FALSE(found[0].answers);
   EXPECT_EQ(found[0].problem, problem);
+}
+
+TEST_F(Desktop, ASoundSystemThatDiesWhileItIsLookedAtDoesNotAnswer) {
+  const char* const problem =
+      "Neither PulseAudio nor ALSA answers. Log in to a desktop with sound, plug a sound card in, or choose "
+      "another output.";
+  system_.dies = true;
+  EXPECT_TRUE(test_support::ThrowsWithText<TESKAudioError>([&] { Open(); }, problem));
+  EXPECT_EQ(tesk_audio::LookAtDesktop().at(0).problem, problem);
 }
 
 TEST_F(Desktop, AStreamThatHasRunDryGoesOnAndIsCounted) {
