@@ -80,7 +80,10 @@ void Live::DealWithDevice_(const notify::DeviceUpdate& update) {
 }
 
 void Live::DealWithLoss_(const notify::DeviceUpdate& update) {
-  deviceIsLost_ = true;
+  if (std::exchange(deviceIsLost_, true)) {
+    messages_.push_back("still no audio. " + Shown(update.reason));
+    return;
+  }
   unheard_.clear();
   ++deviceLosses_;
   const std::string what = "no audio: null device. " + Shown(update.reason);

@@ -10,7 +10,7 @@ struct DeviceUpdate {
   bool recovering = false;
   // What takes the sound now; when it is recovering, what did.
   std::string device;
-  std::string reason;  // of the failure, for people
+  std::string reason;  // of the failure, or of its staying away; for people
   // Why nobody can hear the device although it runs, and what to do; empty: somebody can.
   std::string unheard = {};
 };

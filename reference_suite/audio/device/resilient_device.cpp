@@ -75,6 +75,7 @@ void ResilientDevice::WaitForFirst_() {
   StandIn_();
   Publish_();
   const std::string error = search_->GetError();
+  away_ = error;
   Tell_(true, error.empty() ? "The audio device does not answer." : error);
 }
 
@@ -147,6 +148,7 @@ void ResilientDevice::LookAtDevice_() {
 // remembered for a clock that can only be had later.
 void ResilientDevice::Lose_(const std::string& reason) {
   recovering_ = true;
+  away_.clear();
   try {
     Tell_(true, reason);
   } catch (const std::exception&) {
@@ -180,7 +182,10 @@ void ResilientDevice::LookForDevice_() {
     if (search_ == nullptr) BeginSearch_();
     candidate_ = search_->Take();
     candidateSince_ = MonotonicNow();
-    if (candidate_.device == nullptr) return;
+    if (candidate_.device == nullptr) {
+      TellWhyItStaysAway_();
+      return;
+    }
     search_.reset();
   }
   if (candidate_.gate->GetLastCall() != 0) {
@@ -190,6 +195,14 @@ void ResilientDevice::LookForDevice_() {
     CloseDevice(std::move(candidate_), 0);
     candidate_ = {};
   }
+}
+
+// What has failed it says itself; what keeps it from coming back is another thing, and may change.
+void ResilientDevice::TellWhyItStaysAway_() {
+  std::string error = search_->GetError();
+  if (error.empty() || error == away_) return;
+  away_.swap(error);
+  Tell_(true, away_);
 }
 
 void ResilientDevice::BeginSearch_() {

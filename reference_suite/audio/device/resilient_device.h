@@ -31,8 +31,8 @@ class ResilientDevice : public Device {
     unsigned channels = 2;
     unsigned periodFrames = 256;  // of the clock without sound
   };
-  // Called on the watching thread at every change, and inside Start when there is no device at once, or one
-  // that nobody can hear.
+  // Called on the watching thread at every change, that of the reason why a lost device stays away included,
+  // and inside Start when there is no device at once, or one that nobody can hear.
   using Tell = std::function<void(const notify::DeviceUpdate&)>;
 
   ResilientDevice(const Shape& shape, DeviceSource source, Tell tell);
@@ -62,6 +62,7 @@ class ResilientDevice : public Device {
   void Look_();
   void LookAtDevice_();
   void LookForDevice_();
+  void TellWhyItStaysAway_();
   void BeginSearch_();
   void WaitForFirst_();
   void BeginWatching_();
@@ -85,6 +86,7 @@ class ResilientDevice : public Device {
   RunningDevice standIn_;
   std::unique_ptr<DeviceSearch> search_;
   DeviceWatch watch_;
+  std::string away_;  // why no device has been found, as it was told
   long long candidateSince_ = 0;
   long long standInDue_ = 0;   // since when frames are due that a clock is to take; 0: from its start on
   long long xrunsBefore_ = 0;  // both of devices that are gone

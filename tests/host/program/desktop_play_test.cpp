@@ -265,6 +265,24 @@ TEST_F(Desktop, AShowThatBeginsWithoutAnOutputSoundsWhenThereIsOne) {
   EXPECT_EQ(orbel.WaitForEnd(), 0);
 }
 
+TEST_F(Desktop, WhileAnOutputIsLookedForItIsSaidWhatIsMissing) {
+  ShowFiles files;
+  files.AddSong("1", "Waltz", 300);
+  OrbelInATerminal orbel({"play", files.Show(), "--output", "desktop"});
+  ASSERT_TRUE(orbel.Shows("stopped"));
+  orbel.Type("p");
+  ASSERT_TRUE(orbel.Shows("playing"));
+  KillServer();
+  ASSERT_TRUE(orbel.Shows("no audio: null device"));
+  ASSERT_TRUE(orbel.Shows("still no audio. Neither PulseAudio nor ALSA answers."));
+  StartServer({});
+  ASSERT_TRUE(orbel.Shows("is not there any more. Plug it in again, or choose another output."));
+  PlugIn();
+  ASSERT_TRUE(orbel.Shows("sound again"));
+  orbel.Type("qq");
+  EXPECT_EQ(orbel.WaitForEnd(), 0);
+}
+
 TEST_F(Desktop, AnOutputThatStandsInForTheUnpluggedOneIsNotPlayedTo) {
   KillServer();
   StartServer({kStage, "module-always-sink"});

@@ -25,6 +25,7 @@ using tesk_audio::ResilientDevice;
 using testing::HasSubstr;
 
 constexpr double kRate = 48'000.0;
+constexpr char kKilled[] = "mortal device: it was killed.";
 
 // Counts the frames that are taken, and is always ready.
 class Counter : public tesk_audio::DeviceCallback {
@@ -77,10 +78,14 @@ class Shop {
     const std::lock_guard lock(mutex_);
     devices_.push_back(std::move(device));
   }
+  void SayWhyEmpty(const std::string& why) {
+    const std::lock_guard lock(mutex_);
+    whyEmpty_ = why;
+  }
   tesk_audio::DeviceSource Source() {
     return [this]() -> std::unique_ptr<Device> {
       const std::lock_guard lock(mutex_);
-      if (devices_.empty()) throw tesk_audio::TESKAudioError("The shop is empty.");
+      if (devices_.empty()) throw tesk_audio::TESKAudioError(whyEmpty_);
       std::unique_ptr<Device> device = std::move(devices_.front());
       devices_.pop_front();
       return device;
@@ -90,6 +95,7 @@ class Shop {
  private:
   std::mutex mutex_;
   std::deque<std::unique_ptr<Device>> devices_;
+  std::string whyEmpty_ = "The shop is empty.";
 };
 
 class Told {
@@ -97,9 +103,19 @@ class Told {
   ResilientDevice::Tell Tell() {
     return [this](const DeviceUpdate& update) {
       const std::lock_guard lock(mutex_);
-      updates_.push_back(update);
+      if (update.recovering && !updates_.empty() && updates_.back().recovering) {
+        stillAway_.push_back(update.reason);
+      } else {
+        updates_.push_back(update);
+      }
     };
   }
+  // Why the device that is lost already stays away.
+  std::vector<std::string> GetStillAway() const {
+    const std::lock_guard lock(mutex_);
+    return stillAway_;
+  }
+  // All but those.
   std::vector<DeviceUpdate> Get() const {
     const std::lock_guard lock(mutex_);
     return updates_;
@@ -111,6 +127,7 @@ class Told {
  private:
   mutable std::mutex mutex_;
   std::vector<DeviceUpdate> updates_;
+  std::vector<std::string> stillAway_;
 };
 
 class Clock {
@@ -148,7 +165,7 @@ TEST(ResilientDevice, WhenTheDeviceSaysThatItHasFailedAClockGoesOnInItsPlace) {
   ASSERT_TRUE(told.Is(1));
   EXPECT_TRUE(resilient.IsRecovering());
   EXPECT_TRUE(told.Get()[0].recovering);
-  EXPECT_EQ(told.Get()[0].reason, "mortal device: it was killed.");
+  EXPECT_EQ(told.Get()[0].reason, kKilled);
   const long long lost = counter.count;
   ASSERT_TRUE(Await([&] { return counter.count > lost + 9'600; })) << "the show goes on";
   shop.Put();
@@ -225,7 +242,7 @@ TEST(ResilientDevice, AClockThatIsRefusedItsThreadTakesLaterWhatHasBeenDueSince)
   std::unique_ptr<test_support::NoThreads> none;
   const Clock clock;
   ResilientDevice resilient(kMono, shop.Source(), [&, tell = told.Tell()](const DeviceUpdate& update) {
-    if (update.recovering) none = std::make_unique<test_support::NoThreads>();
+    if (update.reason == kKilled) none = std::make_unique<test_support::NoThreads>();
     tell(update);
   });
   resilient.Start(counter);
@@ -239,7 +256,8 @@ TEST(ResilientDevice, AClockThatIsRefusedItsThreadTakesLaterWhatHasBeenDueSince)
   none.reset();
   ASSERT_TRUE(Await([&] { return counter.count > asked; }));
   EXPECT_TRUE(resilient.IsRecovering());
-  EXPECT_EQ(told.Get().size(), 1U) << "lost once";
+  EXPECT_EQ(told.Get().size(), 1U);
+  EXPECT_THAT(told.GetStillAway(), testing::Not(testing::Contains(kKilled))) << "lost once";
   EXPECT_TRUE(KeepsTime(counter, clock, start)) << "the show is where the stage is";
 }
 
@@ -298,6 +316,26 @@ TEST(ResilientDevice, WithoutADeviceTheClockBeginsAndSaysWhy) {
   ASSERT_TRUE(told.Is(2));
   EXPECT_FALSE(told.Get()[1].recovering);
   EXPECT_EQ(told.Get()[1].device, "mortal device");
+}
+
+TEST(ResilientDevice, WhyALostDeviceStaysAwayIsToldWheneverItChanges) {
+  Shop shop;
+  Told told;
+  Counter counter;
+  MortalDevice* const device = shop.Put();
+  ResilientDevice resilient(kMono, shop.Source(), told.Tell());
+  resilient.Start(counter);
+  device->failed = true;
+  ASSERT_TRUE(Await([&] { return told.GetStillAway().size() == 1; }));
+  shop.SayWhyEmpty("The shop is closed.");
+  ASSERT_TRUE(Await([&] { return told.GetStillAway().size() == 2; }));
+  MortalDevice* const next = shop.Put();
+  ASSERT_TRUE(told.Is(2));
+  EXPECT_THAT(told.GetStillAway(), testing::ElementsAre("The shop is empty.", "The shop is closed."));
+  next->failed = true;
+  ASSERT_TRUE(Await([&] { return told.GetStillAway().size() == 3; })) << "of the next loss again";
+  EXPECT_EQ(told.GetStillAway()[2], "The shop is closed.");
+  EXPECT_EQ(told.Get().size(), 3U);
 }
 
 TEST(ResilientDevice, OpeningThatHangsHoldsNobodyUp) {
