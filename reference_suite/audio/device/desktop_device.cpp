@@ -182,7 +182,7 @@ void DesktopDevice::Start(DeviceCallback& callback) {
   try {
     news_ = StartThread(&DesktopDevice::NewsBody_, this, "The desktop output");
   } catch (...) {
-    stream_.reset();
+    CloseStream_();
     throw;
   }
   runs_ = true;
@@ -192,8 +192,14 @@ void DesktopDevice::Stop() {
   if (!runs_) return;
   stops_ = true;
   ::pthread_join(news_, nullptr);
-  stream_.reset();
+  CloseStream_();
   runs_ = false;
+}
+
+// Until it is closed a call may be under way, which uses the pointer.
+void DesktopDevice::CloseStream_() {
+  ::soundio_outstream_destroy(stream_.get());
+  static_cast<void>(stream_.release());
 }
 
 void* DesktopDevice::NewsBody_(void* self) {

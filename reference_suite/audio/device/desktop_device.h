@@ -61,6 +61,7 @@ class DesktopDevice : public Device {
   static constexpr double kMostHeldSeconds = 2.0;
 
   void OpenStream_(double wantedHz);
+  void CloseStream_();
   void Write_(int mostFrames);
   bool WriteSome_(int* left);
   void Fill_(SoundIoChannelArea* areas, int frames);

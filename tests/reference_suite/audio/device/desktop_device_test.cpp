@@ -28,6 +28,7 @@ struct FakeSystem {
   int usual = 0;
   std::atomic<bool> isBare{false};  // all outputs have been unplugged
   bool dies = false;                // while it is asked what there is
+  bool asksToTheLast = false;       // also while the stream is being closed
   int beginError = 0;
   int endError = 0;
   SoundIo soundio{};
@@ -96,7 +97,9 @@ SoundIoOutStream* soundio_outstream_create(SoundIoDevice* device) {
   theSystem->stream = {};
   return &theSystem->stream;
 }
-void soundio_outstream_destroy(SoundIoOutStream*) {}
+void soundio_outstream_destroy(SoundIoOutStream* stream) {
+  if (theSystem->asksToTheLast) stream->write_callback(stream, 0, 256);
+}
 int soundio_outstream_open(SoundIoOutStream*) {
   return 0;
 }
@@ -241,6 +244,14 @@ TEST_F(Desktop, EveryOtherErrorOfAStreamIsItsEnd) {
     EXPECT_TRUE(device->HasFailed());
     EXPECT_EQ(device->GetFailure(), "the sound system has ended the stream");
   }
+}
+
+TEST_F(Desktop, AStreamMayAskWhileItIsBeingClosed) {
+  const auto device = Open();
+  device->Start(counter_);
+  system_.asksToTheLast = true;
+  device->Stop();
+  EXPECT_EQ(counter_.count, 256);
 }
 
 TEST_F(Desktop, AnOutputThatIsUnpluggedFailsAlthoughTheStreamIsTaken) {
