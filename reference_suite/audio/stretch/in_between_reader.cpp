@@ -34,7 +34,6 @@ float WeighedSum(const std::array<float, Count>& weights, const float* samples) 
 
 InBetweenReader::InBetweenReader(FrameSource& source, unsigned channels, std::size_t mostFrames)
     : source_(source),
-      channels_(channels),
       weights_(kParts + 1),
       around_((mostFrames + kTaps + 2) * channels),
       planes_(channels, std::vector<float>(mostFrames + kTaps + 2)) {

@@ -35,7 +35,6 @@ class InBetweenReader {
   Row WeightsAt_(double part) const;
 
   FrameSource& source_;
-  unsigned channels_;
   double pass_ = 0.0;
   std::vector<Row> weights_;  // one row a part: from kReach - 1 frames before to kReach after
   std::vector<float> around_;
