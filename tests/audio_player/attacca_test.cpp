@@ -1,6 +1,7 @@
 #include <gtest/gtest.h>
 
 #include <algorithm>
+#include <atomic>
 #include <thread>
 
 #include "suite/player_core/errors.h"
@@ -8,6 +9,7 @@
 #include "tests/fakes/fake_decoder.h"
 #include "tests/fakes/journaling_gui_update.h"
 #include "tests/fakes/scripted_show_control.h"
+#include "tests/support/sleeping_thread.h"
 #include "tests/support/throws_with_text.h"
 
 namespace {
@@ -59,8 +61,15 @@ TEST_F(Attacca, TheShownTickIsTheStartOfTheNewSong) {
 TEST_F(Attacca, WaitsForASongThatIsStillBeingDecodedAndStartsNothing) {
   PlayWithSong2Undecoded();
   fakes::decoder::HoldLoader(Path("2"));
-  std::thread render([&] { GetPlayer().LoadNextSongAttacca(); });
-  ASSERT_TRUE(fakes::decoder::WaitUntilHeld(Path("2")));
+  std::atomic<pid_t> renderId{0};
+  std::thread render([&] {
+    renderId = test_support::ThisThread();
+    GetPlayer().LoadNextSongAttacca();
+  });
+  EXPECT_TRUE(fakes::decoder::WaitUntilHeld(Path("2")));
+  while (renderId == 0) std::this_thread::yield();
+  // Only then is the loader surely told that it need not start anything.
+  EXPECT_TRUE(test_support::WaitUntilItSleeps(renderId));
   EXPECT_FALSE(GetPlayer().GetAttaccaHasOccurred());
   fakes::decoder::ReleaseLoader(Path("2"));
   render.join();

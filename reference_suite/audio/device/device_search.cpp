@@ -54,12 +54,19 @@ struct DeviceSearch::State {
     return running;
   }
 
+  bool HandOver(RunningDevice* running) {
+    const std::lock_guard lock(mutex);
+    if (abandoned) return false;
+    found = std::move(*running);
+    return true;
+  }
+
   void Search() {
     while (!abandoned) {
       try {
         RunningDevice running = Open();
-        const std::lock_guard lock(mutex);
-        if (!abandoned) found = std::move(running);
+        // Its thread must have ended before it is taken apart.
+        if (!HandOver(&running)) running.device->Stop();
         return;
       } catch (const std::exception& failure) {
         const std::lock_guard lock(mutex);
