@@ -21,6 +21,7 @@ namespace {
 namespace fs = std::filesystem;
 
 std::string NewFolder() {
+  // mkdtemp puts letters of its own in the place of the last six.
   std::string pattern = fs::temp_directory_path() / "orbel_benchmark_XXXXXX";
   if (::mkdtemp(pattern.data()) == nullptr) std::abort();
   return pattern;

@@ -23,6 +23,7 @@ namespace {
 class ScratchFolder {
  public:
   ScratchFolder() {
+    // mkdtemp puts letters of its own in the place of the last six.
     std::string name = (std::filesystem::temp_directory_path() / "orbel-bench-XXXXXX").string();
     if (::mkdtemp(name.data()) == nullptr) {
       throw Failure("no folder can be made in " + std::filesystem::temp_directory_path().string() +

@@ -16,6 +16,7 @@
 class ScratchFolder {
  public:
   ScratchFolder() {
+    // mkdtemp puts letters of its own in the place of the last six.
     std::string pattern = testing::TempDir() + "demo_test_XXXXXX";
     if (::mkdtemp(pattern.data()) == nullptr) throw std::runtime_error("no folder to test in");
     path_ = pattern;
