@@ -109,6 +109,7 @@ class Live {
   std::vector<float> highest_;  // peaks of the whole performance
   bool deviceIsLost_ = false;
   std::string unheard_;      // why nobody hears the device that there is
+  std::string missing_;      // of its connections
   bool isHeld_ = false;      // by the loss of the device, until somebody plays again
   bool hasSounded_ = false;  // a device that sounds has been there
   int deviceLosses_ = 0;

@@ -77,6 +77,10 @@ void Live::DealWithDevice_(const notify::DeviceUpdate& update) {
   } else if (wasLost || unheard_ != before) {
     messages_.push_back((wasLost ? "the audio device is back. " : "") + Shown(unheard_));
   }
+  const std::string missedBefore = std::exchange(missing_, update.missing);
+  if (missing_ == missedBefore) return;
+  if (!missing_.empty()) messages_.push_back(Shown(missing_));
+  if (missing_.empty() && unheard_.empty() && !wasLost) messages_.push_back("everything is connected again");
 }
 
 void Live::DealWithLoss_(const notify::DeviceUpdate& update) {
@@ -85,6 +89,7 @@ void Live::DealWithLoss_(const notify::DeviceUpdate& update) {
     return;
   }
   unheard_.clear();
+  missing_.clear();
   ++deviceLosses_;
   const std::string what = "no audio: null device. " + Shown(update.reason);
   const bool plays = session_.IsPlaying();

@@ -13,6 +13,9 @@ struct DeviceUpdate {
   std::string reason;  // of the failure, or of its staying away; for people
   // Why nobody can hear the device although it runs, and what to do; empty: somebody can.
   std::string unheard = {};
+  // Which of its connections are not there although somebody hears it, and what to do; empty: none is
+  // missing.
+  std::string missing = {};
 };
 
 }  // namespace notify

@@ -108,6 +108,10 @@ void JackRecorder::DisconnectPorts(const std::string& source, const std::string&
   ::jack_disconnect(client_, source.c_str(), target.c_str());
 }
 
+void JackRecorder::ConnectPorts(const std::string& source, const std::string& target) {
+  ::jack_connect(client_, source.c_str(), target.c_str());
+}
+
 bool JackRecorder::HasPort(const std::string& name) const {
   return ::jack_port_by_name(client_, name.c_str()) != nullptr;
 }

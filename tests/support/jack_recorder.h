@@ -44,6 +44,7 @@ class JackRecorder {
   void Connect(const std::string& source, unsigned port = 0);
   // Of others.
   void DisconnectPorts(const std::string& source, const std::string& target);
+  void ConnectPorts(const std::string& source, const std::string& target);
   bool HasPort(const std::string& name) const;
 
  private:

@@ -78,7 +78,8 @@ void JackServer::Run_(const Shape& shape) const {
   const std::string rate = std::to_string(shape.rateHz);
   const std::string period = std::to_string(shape.periodFrames);
   const std::string outputs = std::to_string(shape.outputs);
-  ::execlp("jackd", "jackd", "-n", name_.c_str(), "--no-realtime", "-d", "dummy", "-r", rate.c_str(), "-p",
+  const std::string realTime = shape.priority == 0 ? "--no-realtime" : "-P" + std::to_string(shape.priority);
+  ::execlp("jackd", "jackd", "-n", name_.c_str(), realTime.c_str(), "-d", "dummy", "-r", rate.c_str(), "-p",
            period.c_str(), "-P", outputs.c_str(), static_cast<char*>(nullptr));
   ::_exit(127);
 }

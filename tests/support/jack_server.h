@@ -14,6 +14,8 @@ class JackServer {
     unsigned rateHz = 48000;
     unsigned periodFrames = 256;
     unsigned outputs = 2;  // physical ones
+    unsigned priority =
+        0;  // of the server's real-time thread, its clients' being five lower; 0: no real time
   };
 
   // `name`: empty for NewName. Fails the test when the server does not come up.

@@ -59,11 +59,17 @@ class Device {
   virtual long long GetSilentFrames() const { return 0; }
   // Why nobody can hear it although it runs, and what to do; empty: somebody can. May change while it runs.
   virtual std::string WhyUnheard() const { return ""; }
+  // Which of its connections are not there although somebody hears it, and what to do; empty: none is
+  // missing. May change while it runs.
+  virtual std::string WhatIsMissing() const { return ""; }
   // It has said that it takes no more frames, and why. Many a device dies without a word.
   virtual bool HasFailed() const { return false; }
   virtual std::string GetFailure() const { return ""; }
   // Seconds for which it may rightly ask for nothing.
   virtual double GetPatienceSeconds() const { return 0.5; }
+  // Of the thread on which it asks, where that is a real-time one and known; else 0. May change while it
+  // runs.
+  virtual int GetRealTimePriority() const { return 0; }
   // At present it has no clock: how fast it takes frames tells nothing.
   virtual bool IsFreewheeling() const { return false; }
 

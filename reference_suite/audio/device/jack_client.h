@@ -1,7 +1,9 @@
 #pragma once
 
 #include <jack/jack.h>
+#include <jack/thread.h>
 
+#include <algorithm>
 #include <string>
 #include <vector>
 
@@ -25,6 +27,8 @@ class JackClient {
   double GetRateHz() const { return ::jack_get_sample_rate(client_); }
   unsigned GetPeriodFrames() const { return ::jack_get_buffer_size(client_); }
   bool IsRealTime() const { return ::jack_is_realtime(client_) != 0; }
+  // Of the thread on which it asks for frames; 0: the server has no real time.
+  int GetRealTimePriority() const { return std::max(0, ::jack_client_real_time_priority(client_)); }
 
   // Names of audio ports into which frames can be sent, in the server's order.
   std::vector<std::string> GetInputs() const;

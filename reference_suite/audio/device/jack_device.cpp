@@ -29,6 +29,7 @@ JackDevice::JackDevice(const std::string& server, unsigned channels, std::shared
     : client_(std::make_unique<JackClient>(server)),
       channels_(channels),
       rateHz_(client_->GetRateHz()),
+      priority_(client_->GetRealTimePriority()),
       links_(std::move(links)),
       buffers_(channels),
       frames_(kSliceFrames * channels),
@@ -128,9 +129,9 @@ void JackDevice::RenewPorts_() {
 void JackDevice::LookAfterLinks_() {
   RenewPorts_();
   const std::vector<std::string> physical = client_->GetPhysicalInputs();
+  const std::vector<std::string> inputs = client_->GetInputs();
   outputs_ = static_cast<unsigned>(physical.size());
-  for (const auto& [channel, input] :
-       links_->Observe(GetLinks_(), client_->GetInputs(), physical, Seconds())) {
+  for (const auto& [channel, input] : links_->Observe(GetLinks_(), inputs, physical, Seconds())) {
     if (channel >= channels_) continue;
     const int result = ::jack_connect(client_->Get(), ::jack_port_name(ports_[channel]), input.c_str());
     // A program may have registered its ports and not be ready yet: tried again at the next look.
@@ -138,16 +139,33 @@ void JackDevice::LookAfterLinks_() {
     // It shows among the connections a period later.
     if (result == 0) heardUntil_ = Seconds();
   }
-  NoteWhetherHeard_();
+  NoteWhoHears_(inputs);
 }
 
 // A server that goes down takes the links away a moment before: that is told in other words.
-void JackDevice::NoteWhetherHeard_() {
+void JackDevice::NoteWhoHears_(const std::vector<std::string>& inputs) {
   const bool isHeard = !GetLinks_().empty();
   if (isHeard) heardUntil_ = Seconds();
   std::string unheard = isHeard || Seconds() < heardUntil_ + kUnheardSeconds ? "" : AdviceWhenUnheard_();
+  std::string missing = isHeard ? AdviceOnMissing_(inputs) : "";
   const std::lock_guard lock(mutex_);
   unheard_.swap(unheard);
+  missing_.swap(missing);
+}
+
+std::string JackDevice::AdviceOnMissing_(const std::vector<std::string>& inputs) const {
+  std::string advice;
+  for (const auto& [channel, input] : links_->GetMissing()) {
+    if (!advice.empty()) advice += " ";
+    advice += client_->GetName() + ":out_" + std::to_string(channel + 1);
+    if (std::find(inputs.begin(), inputs.end(), input) == inputs.end()) {
+      advice += " is not heard at " + input +
+                ", which is gone. Start its program again; it is connected by itself then.";
+    } else {
+      advice += " is not connected to " + input + ", so nobody hears it there. Connect it again by hand.";
+    }
+  }
+  return advice;
 }
 
 std::string JackDevice::AdviceWhenUnheard_() const {
@@ -170,6 +188,11 @@ std::string JackDevice::AdviceWhenUnheard_() const {
 std::string JackDevice::WhyUnheard() const {
   const std::lock_guard lock(mutex_);
   return unheard_;
+}
+
+std::string JackDevice::WhatIsMissing() const {
+  const std::lock_guard lock(mutex_);
+  return missing_;
 }
 
 std::set<JackLink> JackDevice::GetLinks_() const {

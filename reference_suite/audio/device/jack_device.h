@@ -40,6 +40,8 @@ class JackDevice : public Device {
   unsigned GetOutputCount() const override { return outputs_; }
   long long GetXrunCount() const override { return xruns_; }
   std::string WhyUnheard() const override;
+  std::string WhatIsMissing() const override;
+  int GetRealTimePriority() const override { return priority_; }
   bool HasFailed() const override { return failed_; }
   std::string GetFailure() const override;
   bool IsFreewheeling() const override { return freewheels_; }
@@ -67,12 +69,14 @@ class JackDevice : public Device {
   void LookAfterLinks_();
   void RenewPorts_();
   std::set<JackLink> GetLinks_() const;
-  void NoteWhetherHeard_();
+  void NoteWhoHears_(const std::vector<std::string>& inputs);
   std::string AdviceWhenUnheard_() const;
+  std::string AdviceOnMissing_(const std::vector<std::string>& inputs) const;
 
   std::unique_ptr<JackClient> client_;
   const unsigned channels_;
   const double rateHz_;
+  const int priority_;
   const std::shared_ptr<JackLinks> links_;
   std::vector<jack_port_t*> ports_;
 
@@ -92,6 +96,7 @@ class JackDevice : public Device {
   mutable std::mutex mutex_;
   std::string failure_;  // all guarded by it
   std::string unheard_;
+  std::string missing_;
   std::vector<jack_port_id_t> newPorts_;
 
   // The keeper's, once it runs.

@@ -41,6 +41,9 @@ void JackLinks::Reopen() {
   const std::lock_guard lock(mutex_);
   known_.clear();
   lost_.clear();
+  taken_.clear();
+  gone_.clear();
+  missing_.clear();
 }
 
 void JackLinks::Renew(const std::string& input) {
@@ -56,6 +59,7 @@ std::set<JackLink> JackLinks::Observe(const std::set<JackLink>& connected,
   ForgetLost_(connected, present, seconds);
   remembered_.insert(connected.begin(), connected.end());
   AddWished_(inputs, physical);
+  NoteMissing_(connected, seconds);
   std::set<JackLink> due;
   for (const JackLink& link : remembered_) {
     const bool appeared = present.contains(link.second) && !known_.contains(link.second);
@@ -70,6 +74,11 @@ std::set<JackLink> JackLinks::GetRemembered() const {
   return remembered_;
 }
 
+std::set<JackLink> JackLinks::GetMissing() const {
+  const std::lock_guard lock(mutex_);
+  return missing_;
+}
+
 void JackLinks::ForgetLost_(const std::set<JackLink>& connected, const std::set<std::string>& present,
                             double seconds) {
   std::map<JackLink, double> lost;
@@ -81,8 +90,25 @@ void JackLinks::ForgetLost_(const std::set<JackLink>& connected, const std::set<
   }
   lost_ = lost;
   for (const auto& [link, since] : lost) {
-    if (seconds - since >= kPurposeSeconds) remembered_.erase(link);
+    if (seconds - since < kPurposeSeconds) continue;
+    remembered_.erase(link);
+    taken_.insert(link);
   }
+}
+
+void JackLinks::NoteMissing_(const std::set<JackLink>& connected, double seconds) {
+  std::map<JackLink, double> gone;
+  missing_.clear();
+  for (const std::set<JackLink>* const links : {&remembered_, &taken_}) {
+    for (const JackLink& link : *links) {
+      if (connected.contains(link)) continue;
+      const auto before = gone_.find(link);
+      const double since = before == gone_.end() ? seconds : before->second;
+      gone[link] = since;
+      if (seconds - since >= kPurposeSeconds) missing_.insert(link);
+    }
+  }
+  gone_.swap(gone);
 }
 
 void JackLinks::AddWished_(const std::vector<std::string>& inputs, const std::vector<std::string>& physical) {

@@ -46,12 +46,16 @@ class JackLinks {
                              const std::vector<std::string>& physical, double seconds);
 
   std::set<JackLink> GetRemembered() const;
+  // Links that there ought to be, or that somebody has taken away on this server, and that there have not
+  // been for a second.
+  std::set<JackLink> GetMissing() const;
   bool HasPatterns() const { return !wishes_.patterns.empty(); }
 
  private:
   void AddWished_(const std::vector<std::string>& inputs, const std::vector<std::string>& physical);
   void AddLink_(const JackLink& link);
   void ForgetLost_(const std::set<JackLink>& connected, const std::set<std::string>& present, double seconds);
+  void NoteMissing_(const std::set<JackLink>& connected, double seconds);
 
   const JackWishes wishes_;
   mutable std::mutex mutex_;                // guards everything below
@@ -60,6 +64,9 @@ class JackLinks {
   std::set<JackLink> remembered_;
   std::set<std::string> known_;      // ports that were there at the last look
   std::map<JackLink, double> lost_;  // since when
+  std::set<JackLink> taken_;         // away on purpose, and not remembered any more
+  std::map<JackLink, double> gone_;  // remembered or taken, and not there: since when
+  std::set<JackLink> missing_;       // of these, since long enough
 };
 
 }  // namespace tesk_audio

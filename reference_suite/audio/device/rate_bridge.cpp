@@ -86,7 +86,9 @@ void RateBridge::Stop() {
 
 void* RateBridge::ThreadBody_(void* self) {
   exc::thread_names.SetNameOfCurrentThread("RateBridge");
-  static_cast<RateBridge*>(self)->Run_();
+  auto& bridge = *static_cast<RateBridge*>(self);
+  GiveWayTo(bridge.GetRealTimePriority());
+  bridge.Run_();
   return nullptr;
 }
 

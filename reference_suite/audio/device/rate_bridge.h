@@ -38,6 +38,8 @@ class RateBridge : public Device, private DeviceCallback {
   long long GetXrunCount() const override { return device_->GetXrunCount(); }
   long long GetSilentFrames() const override;
   std::string WhyUnheard() const override { return device_->WhyUnheard(); }
+  std::string WhatIsMissing() const override { return device_->WhatIsMissing(); }
+  int GetRealTimePriority() const override { return device_->GetRealTimePriority(); }
   bool HasFailed() const override { return device_->HasFailed(); }
   std::string GetFailure() const override { return device_->GetFailure(); }
   double GetPatienceSeconds() const override { return device_->GetPatienceSeconds(); }

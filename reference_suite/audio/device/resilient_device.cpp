@@ -37,6 +37,11 @@ std::string ResilientDevice::WhyUnheard() const {
   return unheard_;
 }
 
+std::string ResilientDevice::WhatIsMissing() const {
+  const std::lock_guard lock(mutex_);
+  return missing_;
+}
+
 void ResilientDevice::Start(DeviceCallback& callback) {
   if (runs_) return;
   callback_ = &callback;
@@ -66,7 +71,7 @@ void ResilientDevice::WaitForFirst_() {
       found.gate->Open(0, 0);
       running_ = std::move(found);
       Publish_();
-      if (!WhyUnheard().empty()) Tell_(false, "");
+      if (!WhyUnheard().empty() || !WhatIsMissing().empty()) Tell_(false, "");
       return;
     }
     SleepFor(kMillisecond);
@@ -115,13 +120,14 @@ void ResilientDevice::Run_() {
 
 void ResilientDevice::Look_() {
   const std::string unheard = WhyUnheard();
+  const std::string missing = WhatIsMissing();
   if (running_.device != nullptr) {
     LookAtDevice_();
   } else {
     LookForDevice_();
   }
   Publish_();
-  if (!recovering_ && WhyUnheard() != unheard) Tell_(false, "");
+  if (!recovering_ && (WhyUnheard() != unheard || WhatIsMissing() != missing)) Tell_(false, "");
 }
 
 void ResilientDevice::LookAtDevice_() {
@@ -230,12 +236,15 @@ void ResilientDevice::Publish_() {
   period_ = current.device->GetPeriodFrames();
   latency_ = current.device->GetLatencyFrames();
   outputs_ = current.device->GetOutputCount();
+  priority_ = current.device->GetRealTimePriority();
   PublishCounts_(current);
   std::string description = current.device->GetDescription();
   std::string unheard = current.device->WhyUnheard();
+  std::string missing = current.device->WhatIsMissing();
   const std::lock_guard lock(mutex_);
   description_.swap(description);
   unheard_.swap(unheard);
+  missing_.swap(missing);
 }
 
 void ResilientDevice::PublishCounts_(const RunningDevice& running) {
@@ -244,7 +253,9 @@ void ResilientDevice::PublishCounts_(const RunningDevice& running) {
 }
 
 void ResilientDevice::Tell_(bool recovering, const std::string& reason) {
-  if (tell_) tell_({recovering, GetDescription(), reason, recovering ? "" : WhyUnheard()});
+  if (!tell_) return;
+  tell_({recovering, GetDescription(), reason, recovering ? "" : WhyUnheard(),
+         recovering ? "" : WhatIsMissing()});
 }
 
 }  // namespace tesk_audio

@@ -32,7 +32,7 @@ class ResilientDevice : public Device {
     unsigned periodFrames = 256;  // of the clock without sound
   };
   // Called on the watching thread at every change, that of the reason why a lost device stays away included,
-  // and inside Start when there is no device at once, or one that nobody can hear.
+  // and inside Start when there is no device at once, or one that nobody can hear everywhere.
   using Tell = std::function<void(const notify::DeviceUpdate&)>;
 
   ResilientDevice(const Shape& shape, DeviceSource source, Tell tell);
@@ -49,6 +49,8 @@ class ResilientDevice : public Device {
   long long GetXrunCount() const override { return xruns_; }
   long long GetSilentFrames() const override { return silent_; }
   std::string WhyUnheard() const override;
+  std::string WhatIsMissing() const override;
+  int GetRealTimePriority() const override { return priority_; }
   void SetLossListener(DeviceLossListener* listener) override { lossListener_ = listener; }
   bool IsRecovering() const override { return recovering_; }
 
@@ -95,13 +97,15 @@ class ResilientDevice : public Device {
   std::atomic<unsigned> period_;
   std::atomic<unsigned> latency_{0};
   std::atomic<unsigned> outputs_{0};
+  std::atomic<int> priority_{0};
   std::atomic<long long> xruns_{0};
   std::atomic<long long> silent_{0};
   std::atomic<bool> recovering_{false};
   std::atomic<bool> stops_{false};
   mutable std::mutex mutex_;
-  std::string description_;  // both guarded by it
+  std::string description_;  // all guarded by it
   std::string unheard_;
+  std::string missing_;
   pthread_t thread_{};
   bool runs_ = false;
 };

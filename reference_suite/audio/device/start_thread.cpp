@@ -16,11 +16,22 @@ namespace {
 
 constexpr int kPriority = 60;
 
+int HighestPriority() {
+  return std::min(kPriority, ::sched_get_priority_max(SCHED_FIFO));
+}
+
 // Up to where the system lets ordinary people go.
 int GrantedPriority() {
   rlimit limit{};
   if (::getrlimit(RLIMIT_RTPRIO, &limit) != 0) return 0;
   return static_cast<int>(std::min<rlim_t>(limit.rlim_cur, kPriority));
+}
+
+bool TakePriority(int policy, int priority) {
+  sched_param parameters{};
+  parameters.sched_priority = priority;
+  // For the calling thread alone, as Linux has it.
+  return ::sched_setscheduler(0, policy, &parameters) == 0;
 }
 
 int StartWithPriority(int priority, pthread_t* thread, void* (*body)(void*), void* argument) {
@@ -39,7 +50,7 @@ int StartWithPriority(int priority, pthread_t* thread, void* (*body)(void*), voi
 
 // Whatever the refusal: an ordinary thread may still be had.
 bool StartInRealTime(pthread_t* thread, void* (*body)(void*), void* argument) {
-  const int highest = std::min(kPriority, ::sched_get_priority_max(SCHED_FIFO));
+  const int highest = HighestPriority();
   // Some may go beyond their limit.
   if (highest > 0 && StartWithPriority(highest, thread, body, argument) == 0) return true;
   const int granted = std::min(highest, GrantedPriority());
@@ -74,6 +85,15 @@ pthread_t StartRealTimeThread(void* (*body)(void*), void* argument, const std::s
   thread = StartThread(body, argument, who);
   SayOnceThatThereIsNoRealTime();
   return thread;
+}
+
+void GiveWayTo(int priority) {
+  const int policy = ::sched_getscheduler(0);
+  if ((policy & ~SCHED_RESET_ON_FORK) != SCHED_FIFO) return;
+  const int wanted =
+      priority > 0 ? std::clamp(priority - 1, 1, ::sched_get_priority_max(SCHED_FIFO)) : HighestPriority();
+  // Some may not go that far, and may have more than they have now.
+  if (!TakePriority(policy, wanted)) TakePriority(policy, std::min(wanted, std::max(1, GrantedPriority())));
 }
 
 void KeepRealTimeToOneself() {

@@ -93,6 +93,7 @@ void LiveSampleOutput::WaitForTask_(exc::ScopeLock& lock) {
 }
 
 LiveSampleOutput::Task LiveSampleOutput::NextTask_() {
+  GiveWayToDevice_();
   feed_.SetLatency(device_->GetLatencyFrames());
   NoteWhatWasTaken_();
   if (exits_) return Task::Exit;
@@ -101,6 +102,14 @@ LiveSampleOutput::Task LiveSampleOutput::NextTask_() {
     return feed_.IsClosed() ? Task::FinishStop : Task::Wait;
   }
   return state_ == State::Running ? NextRunningTask_() : Task::Wait;
+}
+
+// Another device, or the same server started in another way, can have another one.
+void LiveSampleOutput::GiveWayToDevice_() {
+  const int priority = device_->GetRealTimePriority();
+  if (priority == givesWayTo_) return;
+  givesWayTo_ = priority;
+  GiveWayTo(priority);
 }
 
 LiveSampleOutput::Task LiveSampleOutput::NextRunningTask_() {

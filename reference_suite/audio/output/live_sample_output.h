@@ -96,6 +96,7 @@ class LiveSampleOutput final : public AudioSampleOutput,
   void Run_();
   void Do_(Task task) noexcept;
   Task NextTask_() EXC_HOLDS(this);
+  void GiveWayToDevice_();
   Task NextRunningTask_() EXC_HOLDS(this);
   Task NextEndingTask_() EXC_HOLDS(this);
   void WaitForTask_(exc::ScopeLock& lock) EXC_HOLDS(this);
@@ -180,6 +181,7 @@ class LiveSampleOutput final : public AudioSampleOutput,
   pthread_t thread_{};
   bool threadRuns_ = false;  // by who constructs, prepares for exit and deletes
   std::atomic<pthread_t> renderThread_{};
+  int givesWayTo_ = 0;  // the render thread's: the priority of the device's thread
 };
 
 }  // namespace tesk_audio

@@ -2,6 +2,7 @@
 // frame.
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
+#include <sched.h>
 #include <signal.h>
 #include <sys/ptrace.h>
 #include <sys/wait.h>
@@ -445,6 +446,51 @@ TEST(JackStarved, WhatIsNotRenderedInTimeIsSilenceThatIsCountedAndNothingIsSkipp
   EXPECT_NEAR(std::floor(shown), static_cast<double>(last) / kRate, 1.5) << position;
 }
 
+// Real-time priority of one thread of another process, by its name; 0: an ordinary one.
+int PriorityOf(pid_t process, const std::string& name) {
+  const std::string tasks = "/proc/" + std::to_string(process) + "/task";
+  for (const auto& task : std::filesystem::directory_iterator(tasks)) {
+    if (ReadText((task.path() / "comm").string()) != name + "\n") continue;
+    const pid_t thread = std::stoi(task.path().filename());
+    sched_param parameters{};
+    if ((::sched_getscheduler(thread) & ~SCHED_RESET_ON_FORK) != SCHED_FIFO) return 0;
+    return ::sched_getparam(thread, &parameters) == 0 ? parameters.sched_priority : -1;
+  }
+  return -1;
+}
+
+bool MayHaveRealTime() {
+  sched_param parameters{};
+  parameters.sched_priority = 84;
+  const bool may = ::sched_setscheduler(0, SCHED_FIFO | SCHED_RESET_ON_FORK, &parameters) == 0;
+  parameters.sched_priority = 0;
+  ::sched_setscheduler(0, SCHED_OTHER, &parameters);
+  return may;
+}
+
+// JACK's clients stand five below their server.
+TEST(JackLoss, TheRenderThreadStandsJustBelowTheThreadThatItFeeds) {
+  const bool realTime = MayHaveRealTime();
+  ShowFiles files;
+  files.AddSong("1", "Waltz", 300);
+  const std::string name = JackServer::NewName();
+  auto server = std::make_unique<JackServer>(JackServer::Shape{.priority = 10}, name);
+  RunningOrbel orbel({"play", files.Show(), "--output", "jack", "--device", name});
+  ASSERT_TRUE(orbel.Says("Playing to JACK server"));
+  const auto has = [&](int priority) {
+    const int expected = realTime ? priority : 0;
+    return Await([&] { return PriorityOf(orbel.GetProcess(), "AudioRender") == expected; });
+  };
+  EXPECT_TRUE(has(4)) << PriorityOf(orbel.GetProcess(), "AudioRender");
+  server->End(SIGTERM);
+  EXPECT_TRUE(has(60)) << "there is only a clock";
+  server = std::make_unique<JackServer>(JackServer::Shape{.rateHz = 44'100, .priority = 70}, name);
+  EXPECT_TRUE(has(64));
+  EXPECT_EQ(PriorityOf(orbel.GetProcess(), "RateBridge"), realTime ? 64 : 0);
+  orbel.Signal(SIGTERM);
+  orbel.WaitForEnd();
+}
+
 TEST(JackLoss, WithoutAServerItStartsAndSoundsWhenThereIsOne) {
   ShowFiles files;
   WriteShow(&files);
@@ -579,6 +625,29 @@ TEST(JackOutputs, WhileNobodyHearsItItIsSaidAndNothingSaysThatItPlays) {
   const Ended ended = run.WaitForEnd();
   EXPECT_THAT(ended.out, HasSubstr("\"state\": \"unheard\""));
   EXPECT_THAT(ended.out, HasSubstr("\"unheard\": \"The JACK server"));
+}
+
+TEST(JackOutputs, OneOfTwoThatIsTakenAwayIsSaidOnceAndPlaybackGoesOn) {
+  ShowFiles files;
+  files.AddSong("1", "Waltz", 300);
+  const JackServer server({.rateHz = kRate, .periodFrames = 256, .outputs = 2});
+  OrbelInATerminal orbel({"play", files.Show(), "--output", "jack", "--device", server.GetName()});
+  ASSERT_TRUE(orbel.Shows("stopped"));
+  orbel.Type("p");
+  ASSERT_TRUE(orbel.Shows("playing"));
+  JackRecorder other(server.GetName(), 1);
+  other.DisconnectPorts("orbel:out_1", "system:playback_2");
+  const std::string missing =
+      "orbel:out_1 is not connected to system:playback_2, so nobody hears it there. Connect it again by "
+      "hand.";
+  ASSERT_TRUE(orbel.Shows(missing));
+  ASSERT_TRUE(orbel.Shows("playing")) << "it is heard on the other side";
+  other.ConnectPorts("orbel:out_1", "system:playback_2");
+  ASSERT_TRUE(orbel.Shows("everything is connected again"));
+  EXPECT_EQ(orbel.GetScreen().find(missing), orbel.GetScreen().rfind(missing)) << "once";
+  EXPECT_THAT(orbel.GetScreen(), testing::Not(HasSubstr("unheard")));
+  orbel.Type("qq");
+  EXPECT_EQ(orbel.WaitForEnd(), 0);
 }
 
 TEST(JackOutputs, FewerThanTheShowWantsAreSaidAtTheStart) {

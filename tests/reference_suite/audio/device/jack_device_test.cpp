@@ -247,6 +247,55 @@ TEST(JackDevice, DisconnectedByHandItSaysWhatToDo) {
   device.Stop();
 }
 
+TEST(JackDevice, AConnectionThatIsTakenAwayIsMissedUntilItIsThereAgain) {
+  JackServer server({.outputs = 2});
+  JackRecorder other(server.GetName(), 1);
+  Counter counter(2);
+  JackDevice device(server.GetName(), 2, LinksTo({}, 2));
+  device.Start(counter);
+  EXPECT_EQ(device.WhatIsMissing(), "");
+  other.DisconnectPorts("orbel:out_2", "system:playback_2");
+  ASSERT_TRUE(Await([&] { return !device.WhatIsMissing().empty(); }));
+  EXPECT_EQ(
+      device.WhatIsMissing(),
+      "orbel:out_2 is not connected to system:playback_2, so nobody hears it there. Connect it again by "
+      "hand.");
+  EXPECT_EQ(device.WhyUnheard(), "") << "the other one is heard";
+  other.ConnectPorts("orbel:out_2", "system:playback_2");
+  EXPECT_TRUE(Await([&] { return device.WhatIsMissing().empty(); }));
+  other.DisconnectPorts("orbel:out_1", "system:playback_1");
+  other.DisconnectPorts("orbel:out_2", "system:playback_2");
+  EXPECT_TRUE(Await([&] { return !device.WhyUnheard().empty(); }));
+  EXPECT_EQ(device.WhatIsMissing(), "") << "said in other words already";
+  device.Stop();
+}
+
+TEST(JackDevice, AProgramThatGoesAwayIsMissedUntilItIsThereAgain) {
+  JackServer server;
+  auto recorder = std::make_unique<JackRecorder>(server.GetName(), 1);
+  Counter counter(1);
+  JackDevice device(server.GetName(), 1, LinksTo({"recorder:in_1", "system:playback_1"}));
+  device.Start(counter);
+  ASSERT_TRUE(Await([&] { return recorder->GetSources() == kOurs; }));
+  recorder.reset();
+  ASSERT_TRUE(Await([&] { return !device.WhatIsMissing().empty(); }));
+  EXPECT_EQ(device.WhatIsMissing(),
+            "orbel:out_1 is not heard at recorder:in_1, which is gone. Start its program again; it is "
+            "connected by itself then.");
+  recorder = std::make_unique<JackRecorder>(server.GetName(), 1);
+  EXPECT_TRUE(Await([&] { return device.WhatIsMissing().empty(); }));
+  EXPECT_EQ(recorder->GetSources(), kOurs);
+  device.Stop();
+}
+
+TEST(JackDevice, ItKnowsThePriorityOfTheThreadOnWhichItAsks) {
+  for (const unsigned priority : {0U, 20U, 70U}) {
+    JackServer server({.priority = priority});
+    const JackDevice device(server.GetName(), 1, LinksTo({}));
+    EXPECT_EQ(device.GetRealTimePriority(), priority == 0 ? 0 : static_cast<int>(priority) - 5);
+  }
+}
+
 TEST(JackDevice, BehindARestartTheSamePortsAreConnectedAgain) {
   const std::string name = JackServer::NewName();
   const auto links = LinksTo({"recorder:in_1"});

@@ -115,4 +115,50 @@ TEST(JackLinks, AProgramThatLeavesAndComesBackIsConnectedAgain) {
   EXPECT_EQ(links.Observe({}, {"mixer:in"}, {}, 9.2), (Links{{0, "mixer:in"}})) << "between two looks";
 }
 
+TEST(JackLinks, WhatIsTakenAwayIsMissingAfterASecondUntilItIsThereAgain) {
+  JackLinks links({.channels = 2});
+  const Links both{{0, "system:playback_1"}, {1, "system:playback_2"}};
+  const Links left{{0, "system:playback_1"}};
+  const Links right{{1, "system:playback_2"}};
+  links.Observe({}, kPlayback, kPlayback, 0.0);
+  links.Observe(both, kPlayback, kPlayback, 0.1);
+  links.Observe(left, kPlayback, kPlayback, 5.0);
+  links.Observe(left, kPlayback, kPlayback, 5.9);
+  EXPECT_EQ(links.GetMissing(), Links{}) << "a server that goes down takes the links away first";
+  links.Observe(left, kPlayback, kPlayback, 6.0);
+  EXPECT_EQ(links.GetMissing(), right);
+  EXPECT_EQ(links.GetRemembered(), left) << "taken away on purpose";
+  links.Observe(left, kPlayback, kPlayback, 9.0);
+  EXPECT_EQ(links.GetMissing(), right);
+  links.Observe(both, kPlayback, kPlayback, 10.0);
+  EXPECT_EQ(links.GetMissing(), Links{});
+}
+
+TEST(JackLinks, APortThatGoesAwayOrIsNeverReadyIsMissingToo) {
+  JackLinks links({.channels = 1, .patterns = {"mixer:in_1"}});
+  const Names inputs{"mixer:in_1"};
+  const Links mixer{{0, "mixer:in_1"}};
+  links.Observe({}, inputs, {}, 0.0);
+  links.Observe({}, inputs, {}, 1.0);
+  EXPECT_EQ(links.GetMissing(), mixer) << "it has refused";
+  links.Observe(mixer, inputs, {}, 2.0);
+  EXPECT_EQ(links.GetMissing(), Links{});
+  links.Observe({}, {}, {}, 3.0);
+  links.Observe({}, {}, {}, 4.0);
+  EXPECT_EQ(links.GetMissing(), mixer);
+}
+
+TEST(JackLinks, OnAnotherServerOnlyWhatIsRememberedIsMissing) {
+  JackLinks links({.channels = 2});
+  const Links both{{0, "system:playback_1"}, {1, "system:playback_2"}};
+  links.Observe(both, kPlayback, kPlayback, 0.0);
+  links.Observe({{0, "system:playback_1"}}, kPlayback, kPlayback, 1.0);
+  links.Observe({{0, "system:playback_1"}}, kPlayback, kPlayback, 2.0);
+  links.Reopen();
+  EXPECT_EQ(links.GetMissing(), Links{});
+  links.Observe({}, {}, {}, 10.0);
+  links.Observe({}, {}, {}, 11.0);
+  EXPECT_EQ(links.GetMissing(), (Links{{0, "system:playback_1"}}));
+}
+
 }  // namespace

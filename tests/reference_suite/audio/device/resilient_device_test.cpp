@@ -48,6 +48,15 @@ class MortalDevice : public NullDevice {
     const std::lock_guard lock(mutex_);
     return unheard_;
   }
+  std::string WhatIsMissing() const override {
+    const std::lock_guard lock(mutex_);
+    return missing_;
+  }
+  int GetRealTimePriority() const override { return 7; }
+  void SetMissing(const std::string& what) {
+    const std::lock_guard lock(mutex_);
+    missing_ = what;
+  }
   void SetUnheard(const std::string& why) {
     const std::lock_guard lock(mutex_);
     unheard_ = why;
@@ -57,6 +66,7 @@ class MortalDevice : public NullDevice {
  private:
   mutable std::mutex mutex_;
   std::string unheard_;
+  std::string missing_;
 };
 
 // Hands out what the test has put in; then there is no device.
@@ -284,6 +294,42 @@ TEST(ResilientDevice, ADeviceThatNobodyHearsIsToldAndToldAgainWhenSomebodyDoes) 
   ASSERT_TRUE(told.Is(4));
   EXPECT_TRUE(told.Get()[3].recovering);
   EXPECT_EQ(told.Get()[3].unheard, "");
+}
+
+TEST(ResilientDevice, WhatIsMissingOfItsConnectionsIsToldOnceAndWhenItIsThereAgain) {
+  Shop shop;
+  Told told;
+  Counter counter;
+  MortalDevice* const device = shop.Put();
+  ResilientDevice resilient(kMono, shop.Source(), told.Tell());
+  resilient.Start(counter);
+  EXPECT_EQ(told.Get().size(), 0U);
+  device->SetMissing("Left is missing.");
+  ASSERT_TRUE(told.Is(1));
+  EXPECT_FALSE(told.Get()[0].recovering);
+  EXPECT_EQ(told.Get()[0].missing, "Left is missing.");
+  EXPECT_EQ(told.Get()[0].unheard, "");
+  device->SetMissing("");
+  ASSERT_TRUE(told.Is(2));
+  EXPECT_EQ(told.Get()[1].missing, "");
+  device->SetMissing("Right is missing.");
+  ASSERT_TRUE(told.Is(3));
+  device->failed = true;
+  ASSERT_TRUE(told.Is(4));
+  EXPECT_TRUE(told.Get()[3].recovering);
+  EXPECT_EQ(told.Get()[3].missing, "") << "of what is gone altogether";
+}
+
+TEST(ResilientDevice, ThePriorityIsThatOfTheDeviceThatRuns) {
+  Shop shop;
+  Told told;
+  Counter counter;
+  MortalDevice* const device = shop.Put();
+  ResilientDevice resilient(kMono, shop.Source(), told.Tell());
+  resilient.Start(counter);
+  EXPECT_EQ(resilient.GetRealTimePriority(), 7);
+  device->failed = true;
+  EXPECT_TRUE(Await([&] { return resilient.GetRealTimePriority() == 0; })) << "a clock has none";
 }
 
 TEST(ResilientDevice, ADeviceThatTakesFramesTooFastMovesTheShowByAMomentAtMost) {

@@ -103,6 +103,42 @@ TEST(StartThread, ARealTimeThreadHasThePrioritySixty) {
   ExpectTheMostUpTo(60, OfARealTimeThread());
 }
 
+struct GivingWay {
+  std::vector<int> to;  // one after the other
+  std::vector<Scheduling> found;
+};
+
+void* GiveWayAndLook(void* argument) {
+  auto& way = *static_cast<GivingWay*>(argument);
+  tesk_audio::KeepRealTimeToOneself();
+  for (const int priority : way.to) {
+    tesk_audio::GiveWayTo(priority);
+    LookAtMyself(&way.found.emplace_back());
+  }
+  return nullptr;
+}
+
+TEST(StartThread, ARealTimeThreadStandsJustBelowWhatItGivesWayTo) {
+  GivingWay way{{5, 90, 1, 0}, {}};
+  ::pthread_join(tesk_audio::StartRealTimeThread(&GiveWayAndLook, &way, "The test"), nullptr);
+  ASSERT_EQ(way.found.size(), 4U);
+  if (MaySchedule(90)) {
+    const int expected[] = {4, 89, 1, 60};
+    for (std::size_t i = 0; i < 4; ++i) {
+      EXPECT_EQ(way.found[i].policy, SCHED_FIFO | SCHED_RESET_ON_FORK) << "what it starts stays ordinary";
+      EXPECT_EQ(way.found[i].priority, expected[i]);
+    }
+  } else {
+    for (const Scheduling& each : way.found) EXPECT_LE(each.priority, 89);
+  }
+}
+
+TEST(StartThread, AnOrdinaryThreadGivesWayToEverythingAlready) {
+  GivingWay way{{5}, {}};
+  ::pthread_join(tesk_audio::StartThread(&GiveWayAndLook, &way, "The test"), nullptr);
+  EXPECT_EQ(way.found.at(0).policy, SCHED_OTHER);
+}
+
 // Keeps real time to itself, starts a thread as the player does, and lets that one look.
 void* StartAnother(void* found) {
   tesk_audio::KeepRealTimeToOneself();
