@@ -17,7 +17,7 @@ constexpr std::array<double, 17> kFiner{-0.37, -0.47, -0.37, -0.07, 0.08,  0.43,
                                         -0.67, -1.97, -3.67, -5.62, -7.77, -10.97, -14.17, -20.02};
 // What the faster engine adds where the song is read more densely, which leaves out the highest frequencies.
 constexpr double kDenserByAnOctave = 0.55;
-// What the faster engine adds after a beginning where it shortens by an octave; nothing at all by two.
+// What the faster engine adds after a beginning where it shortens by an octave; nothing at all by three.
 constexpr double kShorterAtFirst = -1.3;
 constexpr double kFramesPerMillisecond = 48.0;
 
@@ -43,7 +43,7 @@ double MeasuredAttackOffset(StretchQuality quality, double stretch, double step)
 double MeasuredAttackOffsetAtFirst(StretchQuality quality, double stretch) {
   if (quality == StretchQuality::Finer) return 0.0;
   const double octaves = -std::log2(stretch);
-  const double share = std::clamp(1.0 - std::fabs(octaves - 1.0), 0.0, 1.0);
+  const double share = std::clamp(std::min(octaves, 1.5 - 0.5 * octaves), 0.0, 1.0);
   return share * kShorterAtFirst * kFramesPerMillisecond / 1024.0;
 }
 
