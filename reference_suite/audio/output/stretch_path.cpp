@@ -21,6 +21,9 @@ constexpr double kNearSeconds = 0.001;
 constexpr double kOpposed = -0.3;
 // How many times as long as a recorded sound is late its way back takes at least.
 constexpr std::size_t kGentle = 8;
+// Samples a second of which a stretch that has weakened begins anew: of more, a beginning takes longer than
+// what waits for the device lasts.
+constexpr double kMostRenewed = 200'000.0;
 // Frames behind a place between two that have a say there.
 constexpr long long kBetween = 2;
 
@@ -43,6 +46,7 @@ StretchPath::StretchPath(AudioPlayerOutputInterface& player, CrossFade& fade, St
       mostSeam_(MostSeamFrames(rateHz)),
       reach_(FramesIn(kReachSeconds, rateHz)),
       near_(FramesIn(kNearSeconds, rateHz)),
+      renews_(rateHz * channels <= kMostRenewed),
       stream_(CreateStretchEngine(quality, rateHz, channels), *this, rateHz, channels),
       late_(*this, rateHz, channels, std::max({mostFrames, mostSeam_, fade.GetLength()}), reach_),
       incoming_((std::max(mostSeam_, fade.GetLength()) + 2 * reach_) * channels),
@@ -86,6 +90,7 @@ void StretchPath::Turn(const Place& place, const StretchFactors& wanted) {
 bool StretchPath::GoesOn_(const Place& place, const StretchFactors& wanted) {
   if (wanted.AreRecorded() || place.isNextSong || place.index != place.before) return false;
   if (stream_.IsSilencedAt(place.index) || wanted.semitones != stream_.GetFactors().semitones) return false;
+  if (renews_ && stream_.IsWeakened()) return false;
   const double scale = std::max(wanted.scale, kSlowest);
   return scale == stream_.GetFactors().scale || stream_.ChangeScale(place.index, scale);
 }

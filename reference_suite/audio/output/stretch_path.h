@@ -67,6 +67,7 @@ class StretchPath : private FrameSource {
   std::size_t mostSeam_;
   std::size_t reach_;  // how far beside its place a sound may begin so that it fits
   std::size_t near_;   // and how far it may where attacks matter
+  bool renews_;
   StretchedStream stream_;
   LateRead late_;
   std::vector<float> incoming_;  // frames to compare

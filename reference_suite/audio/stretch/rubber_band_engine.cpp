@@ -60,11 +60,23 @@ void RubberBandEngine::Begin(const StretchFactors& factors) {
   isFaster_ = QualityFor_(factors.scale) == StretchQuality::Faster;
   stretcher_ = isFaster_ ? faster_.get() : finer_.get();
   stretcher_->reset();
+  if (isFaster_) ForgetPhases_();
   higher_.Begin(raised_);
   watch_.Forget();
   keeps_ = 0;
   SetScale(factors.scale);
   halfWindow_ = static_cast<double>(stretcher_->getPreferredStartPad());
+}
+
+// It keeps the phases of what it played last, on which other waves would be put together so that they weaken
+// themselves, by 25 dB at times. Silence as recorded leaves none.
+void RubberBandEngine::ForgetPhases_() {
+  stretcher_->setTimeRatio(1.0);
+  for (float* head : heads_) std::fill_n(head, kMostFrames, 0.0F);
+  while (stretcher_->available() == 0) {
+    stretcher_->process(heads_.data(), std::min(stretcher_->getSamplesRequired(), kMostFrames), false);
+  }
+  stretcher_->reset();
 }
 
 bool RubberBandEngine::CanGoOnAt(double scale) const {

@@ -43,6 +43,7 @@ class RubberBandEngine : public StretchEngine {
 
   StretchQuality QualityFor_(double scale) const;
   std::size_t RetrieveStretched_(float* frames, std::size_t room);
+  void ForgetPhases_();
   void KeepAttacks_(const float* frames, std::size_t count);
 
   std::unique_ptr<Stretcher> finer_;

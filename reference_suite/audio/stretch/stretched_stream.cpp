@@ -30,6 +30,7 @@ StretchedStream::StretchedStream(std::unique_ptr<StretchEngine> engine, FrameSou
       rateHz_(rateHz),
       channels_(channels),
       between_(source, channels, StretchEngine::kMostFrames),
+      level_(rateHz, channels),
       in_(StretchEngine::kMostFrames * channels),
       out_(kRoom * channels) {}
 
@@ -60,6 +61,7 @@ void StretchedStream::Start(long long index, const StretchFactors& factors, std:
     Fill_(1);
   }
   isSettling_ = false;
+  level_.Forget();
   base_ += error_;
   error_ = 0.0;
 }
@@ -118,8 +120,11 @@ void StretchedStream::Fill_(std::size_t count) {
 }
 
 void StretchedStream::DoChunk_() {
-  Feed_(std::clamp<std::size_t>(engine_->GetRequired(), 1, StretchEngine::kMostFrames));
+  const std::size_t count = std::clamp<std::size_t>(engine_->GetRequired(), 1, StretchEngine::kMostFrames);
+  const std::size_t made = ready_;
+  Feed_(count);
   Collect_();
+  level_.See(in_.data(), count, out_.data() + (head_ + made) * channels_, ready_ - made);
   MeasureError_();
   Correct_();
 }

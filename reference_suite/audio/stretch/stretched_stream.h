@@ -6,6 +6,7 @@
 #include <vector>
 
 #include "reference_suite/audio/stretch/in_between_reader.h"
+#include "reference_suite/audio/stretch/level_watch.h"
 #include "reference_suite/audio/stretch/stretch_engine.h"
 
 namespace tesk_audio {
@@ -42,6 +43,9 @@ class StretchedStream {
   void SetEndHere() { end_ = static_cast<long long>(PlaceOf_(fed_)); }
   // Whether it has taken silence for the song at `index`, so that it does not know how the song goes on.
   bool IsSilencedAt(long long index) const { return index >= silentFrom_; }
+
+  // Whether steady sound has faded in it, which a new beginning would bring back.
+  bool IsWeakened() const { return level_.IsWeakened(); }
 
   // The next `count` frames, which still come; valid until the next call.
   const float* Peek(std::size_t count);
@@ -88,6 +92,7 @@ class StretchedStream {
   bool isSettling_ = false;
 
   InBetweenReader between_;
+  LevelWatch level_;
   std::vector<float> in_;
   std::vector<float> out_;  // made and not handed out yet, from head_ on
   std::size_t head_ = 0;    // frames
