@@ -1,5 +1,6 @@
 // How much of its period does the device's callback take, while the render thread beside it plays as recorded
-// or stretched? Beside it, in the same run, how late this machine wakes the thread that calls it.
+// or stretched? Beside it, in the same run, how late this machine wakes the thread that calls it, and what it
+// charges the thread with for nothing but copying as many frames out of memory that another has written.
 #include <benchmark/benchmark.h>
 #include <time.h>
 
@@ -34,6 +35,7 @@ void SleepUntil(double seconds) {
 // What every period took, in seconds.
 struct Periods {
   std::vector<double> cpu;
+  std::vector<double> bare;
   std::vector<double> wall;
   std::vector<double> lateness;
 };
@@ -42,7 +44,11 @@ struct Periods {
 class PacedDevice : public tesk_audio::Device {
  public:
   PacedDevice(unsigned period, std::size_t count, Periods* periods)
-      : period_(period), count_(count), periods_(periods) {}
+      : period_(period),
+        count_(count),
+        periods_(periods),
+        written_(std::size_t{1} << 18),
+        frames_(std::size_t{period} * kChannels) {}
   ~PacedDevice() override { PacedDevice::Stop(); }
 
   double GetRateHz() const override { return kRateHz; }
@@ -62,15 +68,26 @@ class PacedDevice : public tesk_audio::Device {
   }
 
  private:
+  // Woken as for the callback, half a period beside it: neither finds what the other has left in the caches.
+  void CopyBare_(double due) {
+    SleepUntil(due);
+    place_ = (place_ + frames_.size()) % (written_.size() - frames_.size());
+    const double cpu = Seconds(CLOCK_THREAD_CPUTIME_ID);
+    std::copy_n(written_.data() + place_, frames_.size(), frames_.data());
+    const double cpuAfter = Seconds(CLOCK_THREAD_CPUTIME_ID);
+    if (periods_->bare.size() < count_) periods_->bare.push_back(cpuAfter - cpu);
+  }
+
   void Run_(tesk_audio::DeviceCallback& callback) {
-    std::vector<float> frames(std::size_t{period_} * kChannels);
+    const double period = static_cast<double>(period_) / kRateHz;
     double due = Seconds(CLOCK_MONOTONIC);
     while (!stops_) {
-      due += static_cast<double>(period_) / kRateHz;
+      due += period;
+      CopyBare_(due - 0.5 * period);
       SleepUntil(due);
       const double woken = Seconds(CLOCK_MONOTONIC);
       const double cpu = Seconds(CLOCK_THREAD_CPUTIME_ID);
-      callback.Process(frames.data(), period_);
+      callback.Process(frames_.data(), period_);
       const double cpuAfter = Seconds(CLOCK_THREAD_CPUTIME_ID);
       if (periods_->cpu.size() == count_) continue;
       periods_->wall.push_back(Seconds(CLOCK_MONOTONIC) - woken);
@@ -82,6 +99,9 @@ class PacedDevice : public tesk_audio::Device {
   unsigned period_;
   std::size_t count_;
   Periods* periods_;
+  std::vector<float> written_;  // by the thread that made this
+  std::vector<float> frames_;
+  std::size_t place_ = 0;
   std::thread thread_;
   std::atomic<bool> stops_{false};
 };
@@ -96,7 +116,7 @@ void Plays(benchmark::State& state, double scale, int semitones, tesk_audio::Str
   const double seconds = static_cast<double>(period) / kRateHz;
   const auto count = static_cast<std::size_t>(10.0 / seconds);
   Periods periods;
-  for (auto* each : {&periods.cpu, &periods.wall, &periods.lateness}) each->reserve(count);
+  for (auto* each : {&periods.cpu, &periods.bare, &periods.wall, &periods.lateness}) each->reserve(count);
   long long underrun = 0;
   for (auto _ : state) {
     ScriptedPlayer player(
@@ -127,6 +147,8 @@ void Plays(benchmark::State& state, double scale, int semitones, tesk_audio::Str
   state.counters["cpu_median_us"] = At(periods.cpu, 0.5);
   state.counters["cpu_p99.9_us"] = At(periods.cpu, 0.999);
   state.counters["cpu_longest_us"] = At(periods.cpu, 1.0);
+  state.counters["bare_cpu_median_us"] = At(periods.bare, 0.5);
+  state.counters["bare_cpu_p99.9_us"] = At(periods.bare, 0.999);
   state.counters["lateness_median_us"] = At(periods.lateness, 0.5);
   state.counters["lateness_p99.9_us"] = At(periods.lateness, 0.999);
   state.counters["lateness_longest_us"] = At(periods.lateness, 1.0);

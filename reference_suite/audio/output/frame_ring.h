@@ -34,11 +34,15 @@ class FrameRing {
   void SkipTo(std::uint64_t position);
 
  private:
+  // Apart by what caches of common machines hand to and fro as one, so that neither side waits for the
+  // other's.
+  static constexpr std::size_t kApart = 64;
+
   std::size_t mask_;  // frames; one less than a power of two
   unsigned channels_;
   std::vector<float> samples_;
-  std::atomic<std::uint64_t> write_{0};
-  std::atomic<std::uint64_t> read_{0};
+  alignas(kApart) std::atomic<std::uint64_t> write_{0};
+  alignas(kApart) std::atomic<std::uint64_t> read_{0};
 };
 
 }  // namespace tesk_audio
