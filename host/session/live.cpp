@@ -40,9 +40,7 @@ Live::Live(const PlayOptions& options, bool attended)
 }
 
 std::vector<std::string> Live::Start() {
-  song_ = session_.GetSongNumber();
-  tick_ = session_.GetTick();
-  conductor_.OnSong();
+  StandAtSong_();
   SayWhereItPlays_();
   TakeDeviceUpdates_();
   if (!attended_ && !isHeld_) session_.Do({CommandKind::Play, 0.0, ""});
@@ -83,6 +81,7 @@ void Live::TakeEvents_() {
     if (event.kind == StageEvent::Kind::LoadFailed) {
       messages_.push_back("a song could not be loaded; it is left out when you go on");
     }
+    if (event.kind == StageEvent::Kind::AttaccaBrokenOff) GoOnAfterBrokenAttacca_();
   }
 }
 
@@ -142,10 +141,20 @@ void Live::ActAlone_(double now) {
 void Live::GoOnAfterSong_() {
   if (attended_) return;
   if (directions_.script || !session_.NextSongStopped()) return EndWith_(kDone, "");
+  StandAtSong_();
+  session_.Do({CommandKind::Play, 0.0, ""});
+}
+
+// Who sits at the keys has heard the music break off and decides when it begins again.
+void Live::GoOnAfterBrokenAttacca_() {
+  StandAtSong_();
+  if (ActsAlone_()) session_.Do({CommandKind::Play, 0.0, ""});
+}
+
+void Live::StandAtSong_() {
   song_ = session_.GetSongNumber();
   tick_ = session_.GetTick();
   conductor_.OnSong();
-  session_.Do({CommandKind::Play, 0.0, ""});
 }
 
 void Live::EndWith_(ExitStatus status, const std::string& message) {

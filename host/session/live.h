@@ -89,6 +89,8 @@ class Live {
   bool ActsAlone_() const { return !attended_ || directions_.script.has_value(); }
   void ActAlone_(double now);
   void GoOnAfterSong_();
+  void GoOnAfterBrokenAttacca_();
+  void StandAtSong_();
   void EndWith_(ExitStatus status, const std::string& message);
   std::vector<std::string> TakeMessages_();
   std::string NextCue_();

@@ -55,6 +55,7 @@ Session::Session(const std::string& showPath, const std::string& song, OutputKin
     if (!wanted) continue;
     if (GetSongNumber() != number) LoadStopped(number);
     events_.Clear();
+    loadedSong_ = GetSongNumber();
     return;
   }
 }
@@ -111,48 +112,13 @@ void Session::Build_() {
       // What keeps a file from being written does not pass, and says itself what to do.
       if (!IsRefusalOfTheMoment(error) || choice_.output == "file") throw;
       if (attemptsLeft == 0) {
-        if (IsRefusalOfAThread(error) && DoWithoutOneSong_("", [this] { BuildOnce_(); })) return;
+        if (IsRefusalOfAThread(error) && DoWithoutRefusedSongs_("", [this] { BuildOnce_(); })) return;
         throw PlayerLost(Shown(folder_.GetPath()) + ": the system refuses what playing needs: " +
                          WhatWasRefused(error) + ". Close other programs and open the show again.");
       }
     }
     std::this_thread::sleep_for(std::chrono::milliseconds(50));
   }
-}
-
-// The system goes on refusing a thread, and its error does not say to which song. When it is one song alone,
-// `attempt` succeeds without that one, which is found by doing without each in turn that is decoded while
-// `current` is loaded. False when that does not help.
-bool Session::DoWithoutOneSong_(const std::string& current, const std::function<void()>& attempt) {
-  for (const std::string& song : SongsDecodedWith_(current)) {
-    leftOut_.insert(song);
-    try {
-      attempt();
-      LeaveOut_(song,
-                "the system grants no thread to decode it on; close other programs and open the show again");
-      return true;
-    } catch (const std::exception& error) {
-      leftOut_.erase(song);
-      if (!IsRefusalOfTheMoment(error)) throw;
-    }
-  }
-  return false;
-}
-
-// `current`, or the song with which a player begins when it is empty, behind those around it.
-std::vector<std::string> Session::SongsDecodedWith_(const std::string& current) const {
-  const std::vector<std::string> playable = PlayableSongs_();
-  std::string first = current;
-  for (const auto& [number, file] : folder_.GetAudioFiles()) {
-    if (first.empty() && CanBePlayed_(number)) first = number;
-  }
-  const auto at = std::find(playable.begin(), playable.end(), first);
-  std::vector<std::string> songs;
-  if (at == playable.end()) return songs;
-  if (at + 1 != playable.end()) songs.push_back(*(at + 1));
-  if (at != playable.begin()) songs.push_back(*(at - 1));
-  songs.push_back(*at);
-  return songs;
 }
 
 void Session::BuildOnce_() {

@@ -68,9 +68,6 @@ class Renderer {
 
 RenderResult Renderer::Run() {
   if (directions_.script) RequireKnownPositions(session_, *directions_.script, options_.scriptPath);
-  for (const tesk_midi::Problem& problem : session_.GetProblems()) {
-    result_.problems.push_back(tesk_midi::ToString(problem));
-  }
   if (!options_.from.empty()) session_.Do({CommandKind::Seek, 0.0, options_.from});
   rate_ = RenderRateHz();
   file_ = CreateSoundFile(options_.outPath, options_.format, rate_, RenderChannels());
@@ -82,6 +79,9 @@ RenderResult Renderer::Run() {
   trace_->Commit();
   file_->Commit();  // last: whatever fails, there is no sound file
   result_.seconds = Now_();
+  for (const tesk_midi::Problem& problem : session_.GetProblems()) {
+    result_.problems.push_back(tesk_midi::ToString(problem));
+  }
   return std::move(result_);
 }
 
@@ -165,6 +165,7 @@ bool Renderer::Stand_(TraceRow row) {
 void Renderer::TakeEvents_() {
   for (const StageEvent& event : session_.TakeEvents()) {
     if (event.kind == StageEvent::Kind::LoadFailed) session_.ThrowLoaderError();
+    if (event.kind == StageEvent::Kind::AttaccaBrokenOff) session_.Do({CommandKind::Play, 0.0, ""});
   }
 }
 

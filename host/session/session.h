@@ -80,7 +80,9 @@ class Session {
   long long GetElapsedFrames() const;
   notify::PositionUpdate GetHeardPosition() const { return events_.GetPosition(); }
 
-  // What happened since the last call, oldest first. A failed load is dealt with in here.
+  // What happened since the last call, oldest first. A failed load is dealt with in here, and so is an
+  // attacca that was broken off: AttaccaBrokenOff is told when a fresh player stands at the start of the song
+  // that it was to run into, or of the one behind it. Throws PlayerLost.
   std::vector<StageEvent> TakeEvents();
 
   // What has become of the audio device since the last call, oldest first.
@@ -101,10 +103,14 @@ class Session {
   void BuildOnce_();
   void BuildWithoutBrokenSongs_();
   void LeaveOut_(const std::string& song, const std::string& why);
-  bool DoWithoutOneSong_(const std::string& current, const std::function<void()>& attempt);
-  std::vector<std::string> SongsDecodedWith_(const std::string& current) const;
   bool LoadHasFailed_() const;
   bool LeaveOutBrokenSongs_();
+
+  // ---- refused_songs.cpp -----------------------------------------------------------------------
+  bool DoWithoutRefusedSongs_(const std::string& current, const std::function<void()>& attempt);
+  std::set<std::string> TakeOutRefusedSongs_(const std::string& current);
+  std::vector<std::string> SongsDecodedOnTheWayTo_(const std::string& song) const;
+  std::vector<std::string> SongsDecodedWith_(const std::string& current) const;
 
   // ---- commands.cpp ----------------------------------------------------------------------------
   std::string Go_();
@@ -123,6 +129,12 @@ class Session {
   void StandAtOrBehind_(const std::string& song);
   std::string WhyLeftOut_(const std::string& song) const;
   void ChangeSong_(const std::string& target, const std::function<void()>& change);
+  void RequireNoFileIsLost_(const std::string& why) const;
+  void WarnOfLoadingAgain_(const std::string& song, const std::string& why);
+
+  // ---- broken_attacca.cpp ----------------------------------------------------------------------
+  bool AttaccaIsBrokenOff_(bool hasJustBegun);
+  void BeginAfterBrokenAttacca_();
 
   // ---- waits.cpp -------------------------------------------------------------------------------
   bool CanBePlayed_(const std::string& song) const;
@@ -145,6 +157,8 @@ class Session {
   AudioPlayer* player_ = nullptr;  // the wrapper's
   std::unique_ptr<SongClock> clock_;
   std::string clockSong_;
+  std::string loadedSong_;  // the last of which the player told that it is loaded
+  bool hasPlayed_ = false;  // not counting what stood silent at its start
   bool waiting_ = false;
   bool ended_ = false;
 };

@@ -60,15 +60,28 @@ void Session::ChangeSong_(const std::string& target, const std::function<void()>
     change();
   } catch (const std::exception& error) {
     if (!IsRefusalOfTheMoment(error)) throw;
-    tesk_midi::Problem problem;
-    problem.songNumber = GetSongNumber();
-    problem.file = "data/" + folder_.GetAudioFiles().at(problem.songNumber);
-    problem.message =
-        "Song " + problem.songNumber + ": " + WhatWasRefused(error) + ". It is loaded once more.";
-    problem.isWarning = true;
-    problems_.push_back(problem);
-    BeginAnew_(problem.songNumber);
+    const std::string song = GetSongNumber();
+    WarnOfLoadingAgain_(song, WhatWasRefused(error));
+    BeginAnew_(song);
   }
+}
+
+void Session::WarnOfLoadingAgain_(const std::string& song, const std::string& why) {
+  const std::string begin = "Song " + song + ": " + why + ". ";
+  tesk_midi::Problem problem;
+  problem.songNumber = song;
+  problem.file = "data/" + folder_.GetAudioFiles().at(song);
+  problem.message = begin + "Close other programs and play the show again.";
+  RequireNoFileIsLost_(tesk_midi::ToString(problem));
+  problem.message = begin + "It is loaded once more.";
+  problem.isWarning = true;
+  problems_.push_back(std::move(problem));
+}
+
+// A fresh player would begin the sound file anew and lose what was played into it.
+void Session::RequireNoFileIsLost_(const std::string& why) const {
+  if (choice_.output != "file" || !hasPlayed_) return;
+  throw PlayerLost(Shown(why) + " " + Shown(choice_.device) + " was not written.");
 }
 
 // A song that is not decoded yet plays as soon as it is, on its loader's thread. Asking to play waits for
@@ -86,6 +99,7 @@ bool Session::SettleStopped_() {
 // when it is one of them.
 void Session::Recover_(const std::string& song) {
   if (!LeaveOutBrokenSongs_()) player_->ThrowIfThreadExceptions();
+  RequireNoFileIsLost_(tesk_midi::ToString(problems_.back()));
   BeginAnew_(song);
 }
 
@@ -110,7 +124,7 @@ void Session::BeginAnew_(const std::string& song) {
         BuildOnce_();
         StandAtOrBehind_(song);
       };
-      if (IsRefusalOfAThread(error) && DoWithoutOneSong_(song, attempt)) return;
+      if (IsRefusalOfAThread(error) && DoWithoutRefusedSongs_(song, attempt)) return;
       throw PlayerLost(Shown(folder_.GetPath()) + ": the show cannot go on: " + WhatWasRefused(error));
     }
   }

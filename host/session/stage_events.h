@@ -15,7 +15,7 @@ namespace orbel::host {
 
 // Something that happened in the player, as it is handed to the host thread.
 struct StageEvent {
-  enum class Kind { SongLoaded, Caesura, LoopPass, EndOfSong, LoadFailed };
+  enum class Kind { SongLoaded, Caesura, LoopPass, EndOfSong, LoadFailed, AttaccaBrokenOff };
   Kind kind = Kind::SongLoaded;
   std::string song;
   TickIndex fromTick = 0;  // LoopPass: start of the loop; Caesura: its tick

@@ -73,6 +73,9 @@ void Session::ThrowLoaderError() {
 
 std::vector<StageEvent> Session::TakeEvents() {
   std::vector<StageEvent> taken;
+  bool hasJustEnded = false;
+  bool hasJustBegun = false;
+  bool hasFailed = false;
   while (std::optional<StageEvent> event = events_.Take()) {
     // A seek onto a caesura stops the output as the end of a song would; the caesura tells the two apart.
     if (event->kind == StageEvent::Kind::EndOfSong && player_->HasPendingCaesura()) {
@@ -80,8 +83,20 @@ std::vector<StageEvent> Session::TakeEvents() {
       event->fromTick = GetTick();
     }
     if (event->kind == StageEvent::Kind::Caesura) waiting_ = true;
-    if (event->kind == StageEvent::Kind::EndOfSong) ended_ = true;
+    if (event->kind == StageEvent::Kind::EndOfSong) hasJustEnded = ended_ = true;
+    if (event->kind == StageEvent::Kind::LoadFailed) hasFailed = true;
+    if (event->kind == StageEvent::Kind::SongLoaded) {
+      loadedSong_ = event->song;
+      hasJustBegun = !hasJustEnded;
+    }
     taken.push_back(std::move(*event));
+  }
+  if (hasJustEnded && !hasFailed && AttaccaIsBrokenOff_(hasJustBegun)) {
+    BeginAfterBrokenAttacca_();
+    StageEvent event;
+    event.kind = StageEvent::Kind::AttaccaBrokenOff;
+    event.song = GetSongNumber();
+    taken.push_back(std::move(event));
   }
   return taken;
 }

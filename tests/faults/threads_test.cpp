@@ -5,9 +5,11 @@
 #include <array>
 #include <filesystem>
 #include <utility>
+#include <vector>
 
 #include "tests/faults/circumstances.h"
 #include "tests/host/show_files.h"
+#include "tests/host/terminal_program.h"
 
 namespace faults {
 namespace {
@@ -22,6 +24,9 @@ using testing::HasSubstr;
 constexpr int kThreadsOfAPlayer = 9;
 // It makes its own frames and ends before another song would be loaded.
 constexpr int kThreadsOfARender = 4;
+constexpr const char* kLoadedOnceMore =
+    "data/2 Polka.obd: Song 2: running straight into it was broken off. It is loaded once "
+    "more.\n";
 
 class RefusedThreads : public testing::Test {
  protected:
@@ -70,10 +75,9 @@ TEST_P(RefusedThread, ForGoodIsToldInWords) {
 
 INSTANTIATE_TEST_SUITE_P(TheNth, RefusedThread, testing::Range(1, kThreadsOfAPlayer + 1));
 
-// The first song, one in the middle that is decoded beside the first, one that is reached later, the last.
-class RefusedSong : public RefusedThreads, public testing::WithParamInterface<const char*> {
+class RefusedSongs : public RefusedThreads {
  protected:
-  RefusedSong() { files_.AddSong("4", "Reel", 1); }
+  RefusedSongs() { files_.AddSong("4", "Reel", 1); }
   static std::string NameOf(const std::string& song) {
     return song + std::array<const char*, 4>{" Waltz", " Polka", " Galop", " Reel"}.at(std::stoul(song) - 1);
   }
@@ -83,27 +87,25 @@ class RefusedSong : public RefusedThreads, public testing::WithParamInterface<co
            "Song " +
            song + " is left out.";
   }
-};
-
-TEST_P(RefusedSong, IsToldWithItsNumberAndFileAndTheRestPlays) {
-  const std::string refused = GetParam();
-  const auto refusing = RefusingThreads({{"ORBEL_REFUSE_LOADER", refused}});
-  const Ended run = Orbel({"play", files_.Show()});
-  ExpectEndedInWords(run);
-  EXPECT_GT(CountRefusals(), 0U);
-  EXPECT_EQ(run.status, 0) << run.messages;
-  EXPECT_THAT(run.messages, HasSubstr(WhyLeftOut(refused)));
-  for (const char* song : {"1", "2", "3", "4"}) {
-    const auto played = HasSubstr(NameOf(song) + "   bar 1.1");
-    const auto leftOut = HasSubstr("Song " + std::string(song) + " is left out");
-    if (song == refused) {
-      EXPECT_THAT(run.messages, testing::Not(played));
-    } else {
-      EXPECT_THAT(run.messages, played);
-      EXPECT_THAT(run.messages, testing::Not(leftOut));
+  void MakeAttacca(const std::vector<std::string>& songs) const {
+    for (const std::string& song : songs) {
+      files_.Write("songs/" + NameOf(song) + ".toml", "format = 1\nattacca = true\n");
     }
   }
-}
+  // So many songs, every frame of each.
+  static std::vector<float> FramesOf(int songs) {
+    const std::vector<float> once = host_tests::FramesFromZero(ShowFiles::kRate);
+    std::vector<float> frames;
+    for (; songs > 0; --songs) frames.insert(frames.end(), once.begin(), once.end());
+    return frames;
+  }
+};
+
+// The first song, one in the middle that is decoded beside the first, one that is reached later, the last.
+class RefusedSong : public RefusedSongs, public testing::WithParamInterface<const char*> {};
+
+// Alone, two beside one another at the start, two that are reached later, two apart, all but one.
+class SeveralRefusedSongs : public RefusedSongs, public testing::WithParamInterface<const char*> {};
 
 TEST_P(RefusedSong, AskedForByItsNumberEndsInWords) {
   const auto refusing = RefusingThreads({{"ORBEL_REFUSE_LOADER", GetParam()}});
@@ -116,6 +118,94 @@ TEST_P(RefusedSong, AskedForByItsNumberEndsInWords) {
 }
 
 INSTANTIATE_TEST_SUITE_P(Alone, RefusedSong, testing::Values("1", "2", "3", "4"));
+
+TEST_P(SeveralRefusedSongs, AreToldWithTheirNumbersAndFilesAndTheRestPlays) {
+  const std::string refused = GetParam();
+  const auto refusing = RefusingThreads({{"ORBEL_REFUSE_LOADER", refused}});
+  const Ended run = Orbel({"play", files_.Show()});
+  ExpectEndedInWords(run);
+  EXPECT_GT(CountRefusals(), 0U);
+  EXPECT_EQ(run.status, 0) << run.messages;
+  for (const char* song : {"1", "2", "3", "4"}) {
+    const auto played = HasSubstr(NameOf(song) + "   bar 1.1");
+    const auto leftOut = HasSubstr("Song " + std::string(song) + " is left out");
+    if (refused.find(song) != std::string::npos) {
+      EXPECT_THAT(run.messages, HasSubstr(WhyLeftOut(song)));
+      EXPECT_THAT(run.messages, testing::Not(played));
+    } else {
+      EXPECT_THAT(run.messages, played);
+      EXPECT_THAT(run.messages, testing::Not(leftOut));
+    }
+  }
+}
+
+INSTANTIATE_TEST_SUITE_P(OfFour, SeveralRefusedSongs,
+                         testing::Values("1", "2", "3", "4", "1,2", "2,3", "3,4", "1,3", "1,2,3", "2,3,4",
+                                         "1,2,4"));
+
+TEST_F(RefusedSongs, AllOfThemEndTheShowWithOneMessage) {
+  const auto refusing = RefusingThreads({{"ORBEL_REFUSE_LOADER", "1,2,3,4"}});
+  const Ended run = Orbel({"render", files_.Show(), "-o", files_.Beside("out.wav")});
+  EXPECT_EQ(run.status, 1);
+  EXPECT_EQ(run.messages,
+            "orbel: " + files_.Show() +
+                ": the system refuses what playing needs: Creating file loader thread: 11 EAGAIN: "
+                "The system lacked the necessary resources to create another thread. Close other "
+                "programs and open the show again.\n");
+  EXPECT_FALSE(std::filesystem::exists(files_.Beside("out.wav")));
+}
+
+// The songs beside the one that an attacca runs into are decoded from there on.
+TEST_F(RefusedSongs, ThatAnAttaccaComesUponAreLeftOutAndItRunsOn) {
+  MakeAttacca({"1", "2"});
+  const auto refusing = RefusingThreads({{"ORBEL_REFUSE_LOADER", "3"}});
+  const Ended run = Orbel({"render", files_.Show(), "-o", files_.Beside("out.wav")});
+  ExpectEndedInWords(run);
+  EXPECT_EQ(run.status, 0) << run.messages;
+  EXPECT_THAT(run.messages, HasSubstr(kLoadedOnceMore));
+  EXPECT_THAT(run.messages, HasSubstr(WhyLeftOut("3")));
+  EXPECT_EQ(host_tests::ReadFloatWav(files_.Beside("out.wav")), FramesOf(3));
+}
+
+TEST_F(RefusedSongs, OnceAtAnAttaccaIsAskedForAgainAndAllOfThemPlay) {
+  MakeAttacca({"1", "2", "3"});
+  const auto refusing = RefusingThreads({{"ORBEL_REFUSE_THREAD", std::to_string(kThreadsOfARender + 1)}});
+  const Ended run = Orbel({"render", files_.Show(), "-o", files_.Beside("out.wav")});
+  ExpectEndedInWords(run);
+  EXPECT_EQ(CountRefusals(), 1U);
+  EXPECT_EQ(run.status, 0) << run.messages;
+  EXPECT_THAT(run.messages, HasSubstr(kLoadedOnceMore));
+  EXPECT_EQ(host_tests::ReadFloatWav(files_.Beside("out.wav")), FramesOf(4));
+}
+
+TEST_F(RefusedSongs, ThatAnAttaccaComesUponLeaveThePerformerToBeginTheNextSong) {
+  MakeAttacca({"1"});
+  const auto refusing = RefusingThreads({{"ORBEL_REFUSE_LOADER", "3"}});
+  host_tests::OrbelInATerminal orbel({"play", files_.Show(), "--output", "null"});
+  ASSERT_TRUE(orbel.Shows("1 Waltz   bar 1.1   240 bpm   stopped"));
+  orbel.Type(" ");
+  EXPECT_TRUE(orbel.Shows("Song 2: running straight into it was broken off"));
+  EXPECT_TRUE(orbel.Shows("2 Polka   bar 1.1   240 bpm   stopped"));
+  orbel.Type(" ");
+  EXPECT_TRUE(orbel.Shows("2 Polka   bar 1.2   240 bpm   playing"));
+  orbel.Type("qq");
+  EXPECT_EQ(orbel.WaitForEnd(), 0);
+}
+
+// A fresh player would begin the file anew.
+TEST_F(RefusedSongs, ThatAreReachedWhilePlayingIntoAFileLeaveNoFileWithoutItsBeginning) {
+  const auto refusing = RefusingThreads({{"ORBEL_REFUSE_LOADER", "3"}});
+  const Ended run = Orbel({"play", files_.Show(), "--output", "file", "--device", files_.Beside("out.wav")});
+  ExpectEndedInWords(run);
+  EXPECT_EQ(run.status, 1);
+  EXPECT_THAT(
+      run.messages,
+      HasSubstr("orbel: data/2 Polka.obd: Song 2: Creating file loader thread: 11 EAGAIN: The system "
+                "lacked the necessary resources to create another thread. Close other programs and play "
+                "the show again. " +
+                files_.Beside("out.wav") + " was not written.\n"));
+  EXPECT_FALSE(std::filesystem::exists(files_.Beside("out.wav")));
+}
 
 }  // namespace
 }  // namespace faults

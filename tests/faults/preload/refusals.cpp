@@ -3,7 +3,7 @@
 //
 //   ORBEL_REFUSE_THREAD=N           the N-th thread is refused, from 1
 //   ORBEL_REFUSE_THREAD_FOR_GOOD=1  and every one behind it
-//   ORBEL_REFUSE_LOADER=NUMBER      every thread that would decode the song of this number
+//   ORBEL_REFUSE_LOADER=N[,N...]    every thread that would decode one of the songs of these numbers
 //   ORBEL_REFUSE_MEMORY=N           the N-th allocation of C++ after the show was first looked at
 //   ORBEL_REFUSE_MEMORY_FOR_GOOD=1  and every one behind it
 //   ORBEL_REFUSE_READ=TEXT:BYTES    reading fails behind BYTES bytes of a file whose name contains TEXT
@@ -31,6 +31,7 @@
 #include <cstddef>
 #include <locale>
 #include <new>
+#include <string>
 
 #include "Sources/file_loader/file_loader_data.h"
 
@@ -147,7 +148,8 @@ bool IsRefusedLoader(void* (*body)(void*), const void* argument) {
   Dl_info found{};
   if (dladdr(reinterpret_cast<const void*>(body), &found) == 0 || found.dli_sname == nullptr) return false;
   if (strcmp(found.dli_sname, "FileLoaderThread") != 0) return false;
-  return static_cast<const FileLoaderData*>(argument)->SongNumber() == refusedLoader;
+  const std::string song = static_cast<const FileLoaderData*>(argument)->SongNumber();
+  return ("," + std::string(refusedLoader) + ",").find("," + song + ",") != std::string::npos;
 }
 
 long Jump() {

@@ -1,0 +1,39 @@
+// An attacca that was broken off: a thread or memory was refused on the way into the next song, or the output
+// could not take it. The output, which reports why on the console, then stops as at the end of a song.
+#include <algorithm>
+
+#include "Sources/audio_player/audio_player.h"
+#include "host/session/failure.h"
+#include "host/session/session.h"
+#include "host/session/shown_text.h"
+#include "host/session/song_clock.h"
+
+namespace orbel::host {
+
+// Playback has come to an end by itself. Half way through an attacca the next song is current and not loaded,
+// or it has just been loaded and nothing of it was played.
+bool Session::AttaccaIsBrokenOff_(bool hasJustBegun) {
+  if (IsPlaying()) return false;
+  if (GetSongNumber() != loadedSong_) return true;
+  return hasJustBegun && GetTick() < GetClock().GetEndTick();
+}
+
+void Session::BeginAfterBrokenAttacca_() {
+  const std::string song = GetSongNumber();
+  WarnOfLoadingAgain_(song, "running straight into it was broken off");
+  try {
+    BeginAnew_(song);
+  } catch (const PlayerLost&) {
+    throw;
+  } catch (const std::exception& error) {
+    LeaveOut_(song, error.what());
+    BeginAnew_(song);
+  }
+  const std::vector<std::string>& order = folder_.GetData().GetRunningOrder();
+  const auto wanted = std::find(order.begin(), order.end(), song);
+  // Never back to what has been played.
+  if (std::find(wanted, order.end(), GetSongNumber()) == order.end())
+    throw PlayerLost(Shown(folder_.GetPath()) + ": the show cannot go on: " + WhyLeftOut_(song));
+}
+
+}  // namespace orbel::host
