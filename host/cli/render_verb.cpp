@@ -17,7 +17,7 @@ class ProgressBar {
  public:
   ProgressBar() = default;
   ~ProgressBar() {
-    if (last_ >= 0) std::cerr << "\r\x1b[K" << std::flush;
+    if (isShown_) std::cerr << "\r\x1b[K" << std::flush;
   }
   ProgressBar(const ProgressBar&) = delete;
   ProgressBar& operator=(const ProgressBar&) = delete;
@@ -26,13 +26,22 @@ class ProgressBar {
     const int step = static_cast<int>(progress.fraction * 40.0);
     if (step == last_) return;
     last_ = step;
+    isShown_ = true;
     const auto done = static_cast<std::size_t>(std::clamp(step, 0, 40));
     std::cerr << "\r\x1b[K[" << std::string(done, '#') << std::string(40 - done, '.') << "] song "
               << Shown(progress.song) << "  " << MinutesAndSeconds(progress.seconds) << std::flush;
   }
 
+  // Stands in the bar's place until that moves on.
+  void Wait(const std::string& text) {
+    last_ = -1;
+    isShown_ = true;
+    std::cerr << "\r\x1b[K" << text << std::flush;
+  }
+
  private:
   int last_ = -1;
+  bool isShown_ = false;
 };
 
 int Tell(const RenderOptions& options, const RenderResult& result) {
@@ -48,6 +57,7 @@ int Run(const RenderOptions& options) {
   RenderListener listener;
   if (MessagesAreOnTerminal()) {
     listener.progress = [&](const RenderProgress& progress) { bar->Show(progress); };
+    listener.waiting = [&](const std::string& text) { bar->Wait(text); };
   }
   // The file is there: the program ends without taking the engine down, whose threads may sleep for a second
   // or decode songs that nobody will hear.

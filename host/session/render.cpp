@@ -10,6 +10,7 @@
 #include "host/session/failure.h"
 #include "host/session/interrupts.h"
 #include "host/session/known_positions.h"
+#include "host/session/long_wait.h"
 #include "host/session/overwriting.h"
 #include "host/session/session.h"
 #include "host/session/shown_text.h"
@@ -31,17 +32,19 @@ OutputChoice ChooseOutput(const RenderOptions& options) {
 // One render from its first read to its last.
 class Renderer {
  public:
-  Renderer(const RenderOptions& options, std::function<void(const RenderProgress&)> progress)
+  Renderer(const RenderOptions& options, const RenderListener& listener)
       : options_(options),
-        progress_(std::move(progress)),
+        listener_(listener),
         directions_(ReadDirections(options.scriptPath, options.vampPasses, options.caesuraSilence)),
-        session_(options.showPath, options.song, OutputKind::Offline, ChooseOutput(options)),
+        session_(options.showPath, options.song, OutputKind::Offline, ChooseOutput(options),
+                 listener.waiting),
         conductor_(session_, directions_) {}
 
   RenderResult Run();
 
  private:
   bool Step_();
+  std::string WhatTheStepWaitsFor_();
   bool OnStep_(const Step& step, TraceRow row);
   bool Stand_(TraceRow row);
   void Act_();
@@ -54,7 +57,7 @@ class Renderer {
   double Now_() const { return static_cast<double>(result_.frames) / rate_; }
 
   const RenderOptions& options_;
-  const std::function<void(const RenderProgress&)> progress_;
+  const RenderListener& listener_;
   const Directions directions_;
   Session session_;
   Conductor conductor_;
@@ -92,11 +95,18 @@ bool Renderer::Step_() {
   Act_();
   const SongClock& clock = session_.GetClock();  // the step may run into another song
   Step step;
+  const LongWait wait(listener_.waiting, WhatTheStepWaitsFor_());
   const bool ran = RenderStep(&step, [&](const float* frames, std::size_t count) {
     file_->Write(frames, count);
     result_.frames += static_cast<long long>(count);
   });
   return ran ? OnStep_(step, RowAt_(clock, step.sample)) : Stand_(RowHere_());
+}
+
+// At its end a song runs into the next one, which may not be decoded yet.
+std::string Renderer::WhatTheStepWaitsFor_() {
+  if (!listener_.waiting || session_.GetTick() < session_.GetClock().GetEndTick()) return "";
+  return session_.WhatAnAttaccaWaitsFor();
 }
 
 bool Renderer::OnStep_(const Step& step, TraceRow row) {
@@ -208,12 +218,12 @@ TraceRow Renderer::RowHere_() {
 }
 
 void Renderer::Report_() {
-  if (!progress_) return;
+  if (!listener_.progress) return;
   RenderProgress progress;
   progress.song = song_;
   progress.seconds = Now_();
   progress.fraction = static_cast<double>(session_.GetTick()) / session_.GetClock().GetEndTick();
-  progress_(progress);
+  listener_.progress(progress);
 }
 
 }  // namespace
@@ -221,7 +231,7 @@ void Renderer::Report_() {
 void Render(const RenderOptions& options, const RenderListener& listener) {
   NoteShow(options.showPath);
   RequireNothingIsOverwritten(options);
-  Renderer renderer(options, listener.progress);
+  Renderer renderer(options, listener);
   const RenderResult result = renderer.Run();
   if (listener.complete) listener.complete(result);
 }

@@ -39,6 +39,9 @@ struct RenderResult {
 // What hears of a render; each may be empty.
 struct RenderListener {
   std::function<void(const RenderProgress&)> progress;  // now and then
+  // What is waited for longer than a moment, in words. On another thread, while Render's own does nothing
+  // else.
+  std::function<void(const std::string&)> waiting;
   // When the file is complete and has its name. Render returns after taking the engine down, which can wait a
   // second for the thread that frees audio; whoever ends the program anyway need not wait for that.
   std::function<void(const RenderResult&)> complete;

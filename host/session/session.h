@@ -74,6 +74,9 @@ class Session {
   // Ticks to the next caesura; negative when there is none ahead.
   long long GetCaesuraCountdown() const;
   bool RunsAttacca() const;
+  // What is waited for when the current song runs straight into the next; empty when it does not, or for
+  // nothing.
+  std::string WhatAnAttaccaWaitsFor() const;
   // In force at the control position: the change log's and the performer's together.
   void GetTempoAndKey(double* scale, int* semitones) const;
   // Frames heard since playing began, or went on after a caesura.

@@ -45,6 +45,16 @@ std::string Session::WhatIsWaitedForHere_() const {
   return IsLoading() ? LoadingText(GetSongNumber()) : "";
 }
 
+// Nothing else behind the current song is ever being decoded.
+std::string Session::WhatAnAttaccaWaitsFor() const {
+  if (!RunsAttacca()) return "";
+  const std::vector<std::string> songs = PlayableSongs_();
+  const auto here = std::find(songs.begin(), songs.end(), GetSongNumber());
+  const auto next = std::find_if(here, songs.end(),
+                                 [this](const std::string& song) { return player_->IsBeingDecoded(song); });
+  return next == songs.end() ? "" : LoadingText(*next);
+}
+
 std::string LoadingText(const std::string& song) {
   return "song " + Shown(song) + " is still loading: waiting for it";
 }

@@ -114,5 +114,39 @@ TEST_F(Waits, AnAttaccaIntoASongThatIsNotDecodedIsNotCalledPlaying) {
   EXPECT_EQ(orbel.WaitForEnd(), 0);
 }
 
+TEST_F(Waits, ARenderNamesItsFirstSongInThePlaceOfItsProgress) {
+  files_.AddSong("1", "Waltz", 60);
+  const Environment holding = Holding("Waltz");
+  OrbelInATerminal orbel({"render", files_.Show(), "-o", files_.Beside("out.wav")});
+  EXPECT_TRUE(orbel.Shows("\r\x1b[Ksong 1 is still loading: waiting for it"));
+  LetGo();
+  EXPECT_TRUE(orbel.Shows("\r\x1b[K[####"));
+  EXPECT_TRUE(orbel.Shows("\r\x1b[K" + files_.Beside("out.wav") + ": 1:00.000, 480000 frames"));
+  EXPECT_EQ(orbel.WaitForEnd(), 0);
+}
+
+TEST_F(Waits, ARenderNamesTheSongThatAnAttaccaWaitsFor) {
+  files_.AddSong("1", "Waltz", 1, "attacca = true\n");
+  files_.AddSong("2", "Polka", 60);
+  const Environment holding = Holding("Polka");
+  OrbelInATerminal orbel({"render", files_.Show(), "-o", files_.Beside("out.wav")});
+  EXPECT_TRUE(orbel.Shows("] song 1  0:0"));
+  EXPECT_TRUE(orbel.Shows("\r\x1b[Ksong 2 is still loading: waiting for it"));
+  LetGo();
+  EXPECT_TRUE(orbel.Shows("] song 2  0:"));
+  EXPECT_TRUE(orbel.Shows("\r\x1b[K" + files_.Beside("out.wav") + ": 1:01.000, 488000 frames"));
+  EXPECT_EQ(orbel.WaitForEnd(), 0);
+}
+
+// Every read takes longer than the wait that a person notices.
+TEST_F(Waits, ARenderWithoutATerminalSaysNothingOfThem) {
+  files_.AddSong("1", "Waltz", 1, "attacca = true\n");
+  files_.AddSong("2", "Polka", 1);
+  const Environment slow = Refusing({{"ORBEL_SLOW_READ", "300000"}});
+  const Ended run = host_tests::Orbel({"render", files_.Show(), "-o", files_.Beside("out.wav")});
+  EXPECT_EQ(run.status, 0);
+  EXPECT_EQ(run.messages, files_.Beside("out.wav") + ": 0:02.000, 16000 frames\n");
+}
+
 }  // namespace
 }  // namespace faults
