@@ -16,7 +16,12 @@ std::uint32_t NumberOf(std::uint64_t command) {
 }  // namespace
 
 DeviceFeed::DeviceFeed(FrameRing& ring, unsigned channels, std::size_t fadeFrames)
-    : ring_(ring), channels_(channels), fadeFrames_(fadeFrames), fade_(channels) {
+    : ring_(ring),
+      channels_(channels),
+      fadeFrames_(fadeFrames),
+      fade_(channels),
+      tail_(fadeFrames, channels),
+      taken_(fadeFrames * channels) {
   fade_.Set(false);
 }
 
@@ -45,12 +50,14 @@ void DeviceFeed::Process(float* out, std::size_t frames) noexcept {
   // The command first: what was dropped before it was given is then surely seen.
   const std::uint64_t command = command_;
   waitedFrames_ = 0;
-  ObeyDrop_();
+  ObeyDrop_(frames);
   ObeyCommand_(command);
   for (std::size_t done = 0; done < frames;) {
     done += ProcessSome_(out + done * channels_, frames - done);
   }
+  tail_.MixInto(out, frames);
   PublishAudible_();
+  PublishClosed_();
 }
 
 // While it is closed or closing, or a command waits to be obeyed, what is missing is not meant to be heard.
@@ -69,18 +76,27 @@ bool DeviceFeed::IsCommanded_() const {
   return NumberOf(command_) != obeyed_;
 }
 
-void DeviceFeed::ObeyDrop_() {
+void DeviceFeed::ObeyDrop_(std::size_t frames) {
   const std::uint64_t position = dropBefore_;
-  if (ring_.GetReadPosition() >= position) return;
-  if (!open_) {
-    ring_.SkipTo(position);
-    return;
-  }
-  drop_ = position;
-  const bool begins = !dropping_ && !closing_;
-  dropping_ = true;
-  if (begins) FadeOut_(fadeFrames_);
-  if (!fade_.IsUnderWay()) FinishFade_();
+  const std::uint64_t from = ring_.GetReadPosition();
+  if (from >= position) return;
+  const bool nothingComes = ring_.GetWritePosition() == position;
+  if (open_ && !closing_ && nothingComes && position - from >= frames + fadeFrames_) return;
+  if (open_) KeepTail_(position);
+  ring_.SkipTo(position);
+  fade_.Set(false);
+  if (closing_) Close_();
+  if (open_) fade_.StartIn(fadeFrames_);
+}
+
+void DeviceFeed::KeepTail_(std::uint64_t position) {
+  const std::uint64_t left = position - ring_.GetReadPosition();
+  Fade fade = fade_;
+  fade.StartOut(fadeFrames_, Playable_(static_cast<std::size_t>(std::min<std::uint64_t>(left, fadeFrames_))));
+  const std::size_t count = fade.GetLeft();
+  ring_.Read(taken_.data(), count);
+  fade.Apply(taken_.data(), count);
+  tail_.Add(taken_.data(), count);
 }
 
 void DeviceFeed::ObeyCommand_(std::uint64_t command) {
@@ -91,13 +107,11 @@ void DeviceFeed::ObeyCommand_(std::uint64_t command) {
     if (!open_) fade_.Set(ring_.GetReadPosition() == refill_);
     open_ = true;
     closing_ = false;
-    if (!dropping_) fade_.StartIn(fadeFrames);
+    fade_.StartIn(fadeFrames);
   } else if (open_) {
     closing_ = true;
     FadeOut_(fadeFrames);
-    if (!fade_.IsUnderWay()) FinishFade_();
-  } else {
-    closedBy_ = obeyed_;
+    CloseWhenFaded_();
   }
 }
 
@@ -108,9 +122,8 @@ void DeviceFeed::FadeOut_(std::size_t fadeFrames) {
 
 std::size_t DeviceFeed::Playable_(std::size_t limit) const {
   const std::uint64_t position = ring_.GetReadPosition();
-  // What is being dropped must not run on into the frames that come instead.
-  const std::uint64_t border = dropping_ ? drop_ : end_.load();
-  const std::uint64_t allowed = border > position ? border - position : 0;
+  const std::uint64_t end = end_;
+  const std::uint64_t allowed = end > position ? end - position : 0;
   return std::min({limit, ring_.GetAvailable(), static_cast<std::size_t>(allowed)});
 }
 
@@ -125,9 +138,6 @@ std::size_t DeviceFeed::ProcessSome_(float* out, std::size_t frames) {
   if (count > 0) {
     ring_.Read(out, count);
     silentFrames_ = 0;
-  } else if (dropping_) {
-    FinishFade_();
-    return 0;
   } else if (ring_.GetReadPosition() == end_) {
     Close_();
     return 0;
@@ -139,23 +149,12 @@ std::size_t DeviceFeed::ProcessSome_(float* out, std::size_t frames) {
     silentFrames_ += count;
   }
   fade_.Apply(out, count);
-  if (!fade_.IsUnderWay()) FinishFade_();
+  CloseWhenFaded_();
   return count;
 }
 
-void DeviceFeed::FinishFade_() {
-  if (dropping_) {
-    dropping_ = false;
-    ring_.SkipTo(drop_);
-    fade_.Set(false);
-    if (!closing_) fade_.StartIn(fadeFrames_);
-  }
-  if (closing_) Close_();
-}
-
-void DeviceFeed::Close_() {
-  open_ = closing_ = false;
-  closedBy_ = obeyed_;
+void DeviceFeed::CloseWhenFaded_() {
+  if (closing_ && !fade_.IsUnderWay()) Close_();
 }
 
 void DeviceFeed::PublishAudible_() {
@@ -164,6 +163,10 @@ void DeviceFeed::PublishAudible_() {
   // Silence behind the last frame has pushed it on towards the loudspeaker.
   const std::uint64_t behind = latency > silentFrames_ ? latency - silentFrames_ : 0;
   if (taken > behind && taken - behind > audible_) audible_ = taken - behind;
+}
+
+void DeviceFeed::PublishClosed_() {
+  if (!open_ && tail_.IsEmpty()) closedBy_ = obeyed_;
 }
 
 }  // namespace tesk_audio

@@ -4,8 +4,10 @@
 #include <cstddef>
 #include <cstdint>
 #include <limits>
+#include <vector>
 
 #include "reference_suite/audio/device/device.h"
+#include "reference_suite/audio/output/dropped_tail.h"
 #include "reference_suite/audio/output/fade.h"
 #include "reference_suite/audio/output/frame_ring.h"
 
@@ -29,7 +31,8 @@ class DeviceFeed : public DeviceCallback {
   // Fades out over that many frames of the ring, or as many as it holds; what follows them stays for the next
   // opening.
   void Close(std::size_t fadeFrames);
-  // Frames before `position` are heard no more, but for a fade-out when they are being heard now.
+  // Frames before `position` are heard no more: they fade out under those behind it, when they are being
+  // heard now. While there are none yet, and enough of them, they go on.
   void DropBefore(std::uint64_t position);
   // The frame at `position` is the first after a refill.
   void SetRefill(std::uint64_t position) { refill_ = position; }
@@ -59,15 +62,18 @@ class DeviceFeed : public DeviceCallback {
   bool IsCommanded_() const;
   void Command_(bool open, std::size_t fadeFrames);
   void ObeyCommand_(std::uint64_t command);
-  void ObeyDrop_();
+  void ObeyDrop_(std::size_t frames);
+  // The frames up to `position` that still fade out.
+  void KeepTail_(std::uint64_t position);
   // Some frames, at least one; returns how many.
   std::size_t ProcessSome_(float* out, std::size_t frames);
   // Frames of the ring that may be heard now, at most `limit`.
   std::size_t Playable_(std::size_t limit) const;
   void FadeOut_(std::size_t fadeFrames);
-  void FinishFade_();
-  void Close_();
+  void CloseWhenFaded_();
+  void Close_() { open_ = closing_ = false; }
   void PublishAudible_();
+  void PublishClosed_();
 
   FrameRing& ring_;
   unsigned channels_;
@@ -86,10 +92,10 @@ class DeviceFeed : public DeviceCallback {
 
   // The device's thread only.
   bool open_ = false;
-  bool closing_ = false;   // open, and closed when the fade has ended
-  bool dropping_ = false;  // open, and passing over frames up to drop_ when the fade has ended
-  std::uint64_t drop_ = 0;
+  bool closing_ = false;  // open, and closed when the fade has ended
   Fade fade_;
+  DroppedTail tail_;
+  std::vector<float> taken_;        // for it
   std::uint32_t obeyed_ = 0;        // number of the last command
   std::uint64_t silentFrames_ = 0;  // since the last frame out of the ring
 };

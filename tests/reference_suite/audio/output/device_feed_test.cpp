@@ -218,15 +218,53 @@ TEST_F(Feed, DroppedAndOpenedBetweenTwoPeriodsARefillIsNotFadedIn) {
   EXPECT_EQ(Turn(4, &faded_), From(11, 4));
 }
 
-TEST_F(Feed, PlayingItFadesOutWhatIsDroppedAndFadesInWhatComesInstead) {
+TEST_F(Feed, PlayingItFadesOutWhatIsDroppedUnderWhatComesInstead) {
   Write(20);
   faded_.SetRefill(0);
   faded_.Open();
   Turn(4, &faded_);
   faded_.DropBefore(20);
   Write(20);
-  EXPECT_EQ(Turn(10, &faded_), (Frames{5 * 0.75F, 6 * 0.5F, 7 * 0.25F, 0,  //
-                                       21 * 0.25F, 22 * 0.5F, 23 * 0.75F, 24, 25, 26}));
+  EXPECT_EQ(Turn(6, &faded_),
+            (Frames{5 * 0.75F + 21 * 0.25F, 6 * 0.5F + 22 * 0.5F, 7 * 0.25F + 23 * 0.75F,  //
+                    24, 25, 26}));
+}
+
+TEST_F(Feed, AFadeOutOfWhatIsDroppedGoesOnOverPeriods) {
+  Write(20);
+  faded_.SetRefill(0);
+  faded_.Open();
+  Turn(4, &faded_);
+  faded_.DropBefore(20);
+  Write(20);
+  EXPECT_EQ(Turn(2, &faded_), (Frames{5 * 0.75F + 21 * 0.25F, 6 * 0.5F + 22 * 0.5F}));
+  EXPECT_EQ(Turn(2, &faded_), (Frames{7 * 0.25F + 23 * 0.75F, 24}));
+}
+
+TEST_F(Feed, DroppedAgainMeanwhileBothFadeOut) {
+  Write(20);
+  faded_.SetRefill(0);
+  faded_.Open();
+  Turn(4, &faded_);
+  faded_.DropBefore(20);
+  Write(4);
+  Turn(2, &faded_);
+  faded_.DropBefore(24);
+  Write(10);
+  // What came instead had got to half of its level.
+  EXPECT_EQ(Turn(4, &faded_), (Frames{7 * 0.25F + 23 * 0.25F + 25 * 0.25F, 26 * 0.5F, 27 * 0.75F, 28}));
+}
+
+TEST_F(Feed, WhileNothingComesInsteadWhatIsDroppedGoesOn) {
+  Write(20);
+  faded_.SetRefill(0);
+  faded_.Open();
+  Turn(4, &faded_);
+  faded_.DropBefore(20);
+  EXPECT_EQ(Turn(4, &faded_), From(5, 4));
+  EXPECT_EQ(Turn(8, &faded_), From(9, 8)) << "four are left, a whole fade";
+  EXPECT_EQ(Turn(6, &faded_), (Frames{17 * 0.75F, 18 * 0.5F, 19 * 0.25F, 0, 0, 0}));
+  EXPECT_EQ(faded_.GetUnderrunFrames(), 6);
 }
 
 TEST_F(Feed, WithoutFadesADropIsASplice) {
@@ -238,27 +276,30 @@ TEST_F(Feed, WithoutFadesADropIsASplice) {
   EXPECT_EQ(Turn(4), From(21, 4));
 }
 
-TEST_F(Feed, AFadeOutOfWhatIsDroppedEndsWithItAndNeverRunsIntoWhatComesInstead) {
+TEST_F(Feed, AFadeOutOfWhatIsDroppedEndsWithItAndTakesNothingOfWhatComesInstead) {
   Write(6);
   faded_.SetRefill(0);
   faded_.Open();
   Turn(4, &faded_);
   faded_.DropBefore(6);
   Write(10);
-  EXPECT_EQ(Turn(6, &faded_), (Frames{5 * 0.5F, 0, 7 * 0.25F, 8 * 0.5F, 9 * 0.75F, 10}));
+  EXPECT_EQ(Turn(4, &faded_), (Frames{5 * 0.5F + 7 * 0.25F, 8 * 0.5F, 9 * 0.75F, 10}));
 }
 
-TEST_F(Feed, ClosedWhileItDropsItPassesOverTheRestAndStaysClosed) {
+TEST_F(Feed, ClosedWhileItDropsItIsClosedWhenWhatWasDroppedHasFadedOut) {
   Write(20);
   faded_.SetRefill(0);
   faded_.Open();
   Turn(4, &faded_);
   faded_.DropBefore(20);
+  Write(1);
   Turn(2, &faded_);
   faded_.Close(4);
-  Turn(4, &faded_);
+  EXPECT_EQ(Turn(1, &faded_), Frames{7 * 0.25F});
+  EXPECT_FALSE(faded_.IsClosed());
+  EXPECT_EQ(Turn(1, &faded_), Frames{0});
   EXPECT_TRUE(faded_.IsClosed());
-  EXPECT_EQ(ring_.GetReadPosition(), 20U);
+  EXPECT_EQ(ring_.GetReadPosition(), 21U);
 }
 
 TEST_F(Feed, DroppedWhileItClosesItPassesOverTheRestAndStaysClosed) {
