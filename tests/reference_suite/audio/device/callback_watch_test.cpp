@@ -1,12 +1,7 @@
 // What runs on the device's thread allocates nothing, takes no lock and calls nothing of the system.
 #include <dlfcn.h>
 #include <gtest/gtest.h>
-#include <linux/audit.h>
-#include <linux/filter.h>
-#include <linux/seccomp.h>
 #include <pthread.h>
-#include <signal.h>
-#include <sys/prctl.h>
 #include <sys/syscall.h>
 
 #include <array>
@@ -22,12 +17,12 @@
 #include "tests/reference_suite/audio/support/await.h"
 #include "tests/reference_suite/audio/support/scripted_player.h"
 #include "tests/support/allocation_watch.h"
+#include "tests/support/system_call_watch.h"
 
 namespace {
 
 thread_local bool insideCallback = false;
 std::atomic<int> locks{0};
-std::atomic<int> systemCalls{0};
 
 }  // namespace
 
@@ -40,31 +35,6 @@ extern "C" int pthread_mutex_lock(pthread_mutex_t* mutex) noexcept {
 }
 
 namespace {
-
-void CountSystemCall(int) {
-  ++systemCalls;
-}
-
-// From now on every call of this thread to the system fails and is counted, but for those that wait and those
-// with which a thread ends.
-bool ForbidSystemCalls() {
-  struct sigaction action {};
-  action.sa_handler = &CountSystemCall;
-  ::sigaction(SIGSYS, &action, nullptr);
-  const std::array allowed{
-      SYS_exit,         SYS_exit_group,      SYS_munmap,    SYS_madvise, SYS_rt_sigprocmask,
-      SYS_rt_sigreturn, SYS_clock_nanosleep, SYS_nanosleep, SYS_rseq};
-  std::vector<sock_filter> filter{BPF_STMT(BPF_LD | BPF_W | BPF_ABS, offsetof(seccomp_data, nr))};
-  for (std::size_t i = 0; i < allowed.size(); ++i) {
-    const auto jump = static_cast<__u8>(allowed.size() - i);
-    filter.push_back(BPF_JUMP(BPF_JMP | BPF_JEQ | BPF_K, static_cast<__u32>(allowed[i]), jump, 0));
-  }
-  filter.push_back(BPF_STMT(BPF_RET | BPF_K, SECCOMP_RET_TRAP));
-  filter.push_back(BPF_STMT(BPF_RET | BPF_K, SECCOMP_RET_ALLOW));
-  const sock_fprog program{static_cast<unsigned short>(filter.size()), filter.data()};
-  return ::prctl(PR_SET_NO_NEW_PRIVS, 1, 0, 0, 0) == 0 &&
-         ::prctl(PR_SET_SECCOMP, SECCOMP_MODE_FILTER, &program, 0, 0) == 0;
-}
 
 // Asks for sixteen frames a third of a millisecond from a thread on which everything is counted.
 class WatchedDevice : public tesk_audio::Device {
@@ -95,7 +65,8 @@ class WatchedDevice : public tesk_audio::Device {
   void Run_(tesk_audio::DeviceCallback& callback) {
     std::array<float, kPeriod> frames{};
     const timespec third{0, 330'000};
-    if (!ForbidSystemCalls()) forbidden = false;
+    // But for those that wait.
+    if (!test_support::ForbidSystemCallsBut({SYS_clock_nanosleep, SYS_nanosleep})) forbidden = false;
     while (!stops_) {
       {
         const test_support::AllocationWatch watch;
@@ -165,16 +136,16 @@ TEST(DeviceCallback, AllocatesLocksAndCallsNothingInTenThousandBlocks) {
   EXPECT_EQ(WatchedDevice::allocations, 0);
   EXPECT_EQ(locks, 0);
   ASSERT_TRUE(WatchedDevice::forbidden) << "the system does not let its calls be watched";
-  EXPECT_EQ(systemCalls, 0);
+  EXPECT_EQ(test_support::GetForbiddenSystemCalls(), 0);
   player.SetOutput(nullptr);
 }
 
 TEST(DeviceCallback, TheWatchSeesWhatItLooksFor) {
   const int locksBefore = locks;
-  const int callsBefore = systemCalls;
+  const int callsBefore = test_support::GetForbiddenSystemCalls();
   std::size_t allocations = 0;
   std::thread([&] {
-    ASSERT_TRUE(ForbidSystemCalls());
+    ASSERT_TRUE(test_support::ForbidSystemCallsBut({}));
     const test_support::AllocationWatch watch;
     insideCallback = true;
     std::mutex mutex;
@@ -187,7 +158,7 @@ TEST(DeviceCallback, TheWatchSeesWhatItLooksFor) {
     allocations = static_cast<std::size_t>(watch.Count());
   }).join();
   EXPECT_EQ(locks, locksBefore + 1);
-  EXPECT_EQ(systemCalls, callsBefore + 1);
+  EXPECT_EQ(test_support::GetForbiddenSystemCalls(), callsBefore + 1);
   EXPECT_EQ(allocations, 1U);
 }
 
