@@ -56,7 +56,9 @@ void DeviceGate::Process(float* out, std::size_t frames) noexcept {
   if (open_ && MayPass_(frames, now) && HasCaughtUp_(out, frames)) {
     target_.Process(out, frames);
     fade_.Apply(out, frames);
-    if (device_ != nullptr) dueTime_ = startsAt_ + Nanoseconds(static_cast<double>(frames), rateHz_);
+    if (device_ != nullptr) {
+      dueTime_ = startsAt_ + Nanoseconds(static_cast<double>(frames), rateHz_) + GetLatency_();
+    }
   } else {
     std::fill_n(out, frames * channels_, 0.0F);
   }
@@ -72,11 +74,19 @@ void DeviceGate::NoteStart_(std::size_t frames, long long now) {
   startsAt_ = timeline_.Note(now, frames);
 }
 
+// Nanoseconds from a call to the loudspeaker, as far as they are believed.
+long long DeviceGate::GetLatency_() const {
+  const double seconds = device_->GetLatencyFrames() / rateHz_;
+  return static_cast<long long>(std::min(seconds, kMostPassedOverSeconds) * 1e9);
+}
+
 // No more at a time than is there: what is passed over before it is rendered would be heard later than it is
 // due, and everything behind it.
 bool DeviceGate::HasCaughtUp_(float* out, std::size_t frames) {
   if (dueSince_ == 0 || device_ == nullptr) return true;
-  const double late = static_cast<double>(startsAt_ - dueSince_) * 1e-9;
+  const double late = static_cast<double>(startsAt_ + GetLatency_() - dueSince_) * 1e-9;
+  // What the device before had taken still sounds.
+  if (late * rateHz_ <= -static_cast<double>(frames)) return false;
   auto left = static_cast<std::size_t>(std::lround(std::clamp(late, 0.0, kMostPassedOverSeconds) * rateHz_));
   while (left > 0) {
     const std::size_t count = std::min(frames, left);

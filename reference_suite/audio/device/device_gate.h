@@ -22,9 +22,10 @@ class DeviceGate : public DeviceCallback {
   // `device` asks through this gate; null: a clock, whose pace is not limited. The gate is closed.
   DeviceGate(DeviceCallback& target, unsigned channels, double rateHz, const Device* device);
 
-  // Passes calls on from now on, after a fade-in. `dueSince`: when the next frame is due; 0: with the first
-  // call. What was due before is passed over unheard, as fast as it is rendered: a device hears silence until
-  // then, a clock takes it for itself.
+  // Passes calls on from now on, after a fade-in. `dueSince`: when the next frame is due to be heard; 0: with
+  // the first call. What was due before is passed over unheard, as fast as it is rendered: a device hears
+  // silence until then, a clock takes it for itself. What sounds later in one device than in the one before
+  // is given to it earlier.
   void Open(std::size_t fadeFrames, long long dueSince);
   // Returns when no call is being passed on and none will be.
   void Close();
@@ -33,7 +34,7 @@ class DeviceGate : public DeviceCallback {
   long long GetLastCall() const { return lastCall_; }
   // All frames that were asked for, whatever they held.
   long long GetFramesAsked() const { return asked_; }
-  // When the frame after the last that was passed on is due.
+  // When the frame after the last that was passed on is due to be heard.
   long long GetDueTime() const { return dueTime_; }
   // Frames of silence that a device heard because it took them faster than time passes.
   long long GetSilentFrames() const { return silent_; }
@@ -45,6 +46,7 @@ class DeviceGate : public DeviceCallback {
   void NoteStart_(std::size_t frames, long long now);
   bool MayPass_(std::size_t frames, long long now);
   bool HasCaughtUp_(float* out, std::size_t frames);
+  long long GetLatency_() const;
 
   DeviceCallback& target_;
   const unsigned channels_;

@@ -131,15 +131,33 @@ void JackDevice::LookAfterLinks_() {
   const std::vector<std::string> physical = client_->GetPhysicalInputs();
   const std::vector<std::string> inputs = client_->GetInputs();
   outputs_ = static_cast<unsigned>(physical.size());
-  for (const auto& [channel, input] : links_->Observe(GetLinks_(), inputs, physical, Seconds())) {
+  std::set<JackLink> links = GetLinks_();
+  for (const auto& [channel, input] : links_->Observe(links, inputs, physical, Seconds())) {
     if (channel >= channels_) continue;
     const int result = ::jack_connect(client_->Get(), ::jack_port_name(ports_[channel]), input.c_str());
     // A program may have registered its ports and not be ready yet: tried again at the next look.
     if (result != 0 && result != EEXIST) links_->Renew(input);
     // It shows among the connections a period later.
-    if (result == 0) heardUntil_ = Seconds();
+    if (result != 0) continue;
+    heardUntil_ = Seconds();
+    links.insert({channel, input});
   }
+  NoteTargetLatency_(links);
   NoteWhoHears_(inputs);
+}
+
+// Of the port that is heard last. The server tells our own ports only a period or two after they are
+// connected, which is too late for the first frames.
+void JackDevice::NoteTargetLatency_(const std::set<JackLink>& links) {
+  unsigned latency = 0;
+  for (const auto& [channel, input] : links) {
+    jack_port_t* const port = ::jack_port_by_name(client_->Get(), input.c_str());
+    if (port == nullptr) continue;
+    jack_latency_range_t range{};
+    ::jack_port_get_latency_range(port, JackPlaybackLatency, &range);
+    latency = std::max(latency, range.max);
+  }
+  targetLatency_ = latency;
 }
 
 // A server that goes down takes the links away a moment before: that is told in other words.

@@ -3,6 +3,7 @@
 #include <jack/jack.h>
 #include <pthread.h>
 
+#include <algorithm>
 #include <atomic>
 #include <memory>
 #include <mutex>
@@ -35,7 +36,7 @@ class JackDevice : public Device {
   double GetRateHz() const override { return rateHz_; }
   unsigned GetChannelCount() const override { return channels_; }
   unsigned GetPeriodFrames() const override { return period_; }
-  unsigned GetLatencyFrames() const override { return latency_; }
+  unsigned GetLatencyFrames() const override { return std::max(latency_.load(), targetLatency_.load()); }
   std::string GetDescription() const override;
   unsigned GetOutputCount() const override { return outputs_; }
   long long GetXrunCount() const override { return xruns_; }
@@ -69,6 +70,7 @@ class JackDevice : public Device {
   void LookAfterLinks_();
   void RenewPorts_();
   std::set<JackLink> GetLinks_() const;
+  void NoteTargetLatency_(const std::set<JackLink>& links);
   void NoteWhoHears_(const std::vector<std::string>& inputs);
   std::string AdviceWhenUnheard_() const;
   std::string AdviceOnMissing_(const std::vector<std::string>& inputs) const;
@@ -87,7 +89,8 @@ class JackDevice : public Device {
 
   std::atomic<unsigned> outputs_{0};  // physical ones that there are
   std::atomic<unsigned> period_;
-  std::atomic<unsigned> latency_{0};
+  std::atomic<unsigned> latency_{0};  // as the server tells our ports, a moment after they are connected
+  std::atomic<unsigned> targetLatency_{0};  // as the ports tell that hear ours
   std::atomic<long long> xruns_{0};
   std::atomic<bool> freewheels_{false};
   std::atomic<bool> failed_{false};

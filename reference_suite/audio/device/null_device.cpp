@@ -19,6 +19,7 @@ constexpr int kLatePeriods = 8;
 constexpr long long kRenderPatience = 2 * kNanosecondsPerSecond;
 constexpr long long kAsleep = 60 * kNanosecondsPerSecond;
 constexpr long long kLook = 50'000;
+constexpr long long kPause = 10'000'000;
 
 }  // namespace
 
@@ -61,6 +62,8 @@ void* NullDevice::ThreadBody_(void* self) {
 
 void NullDevice::Run_() noexcept {
   const double period = static_cast<double>(kNanosecondsPerSecond) * periodFrames_ / rateHz_;
+  // What the device before had taken may sound for as long as that.
+  while (shouldRun_ && MonotonicNow() < dueSince_) SleepUntil(std::min(dueSince_, MonotonicNow() + kPause));
   long long start = dueSince_ == 0 ? MonotonicNow() : CatchUp_(dueSince_, period);
   // Each wake-up is reckoned from the start, so that rounding never adds up to a drift.
   for (long long count = 1; shouldRun_; ++count) {

@@ -39,6 +39,9 @@ class DeviceFeed : public DeviceCallback {
   // Closes by itself, without a fade, when it has come to `position`.
   void EndAt(std::uint64_t position) { end_ = position; }
   void ClearEnd() { end_ = kNever; }
+  // What has been taken and not been heard is the next to be heard again, as far as the ring keeps it. Only
+  // while nobody asks.
+  void TakeBackUnheard() { ring_.GoBackTo(audible_); }
   // What the device reports; frames.
   void SetLatency(unsigned frames) { latency_ = frames; }
 

@@ -16,8 +16,8 @@ namespace tesk_audio {
 // Render     no lock, no allocation, no wait.
 class FrameRing {
  public:
-  // Room for at least `frames`.
-  FrameRing(std::size_t frames, unsigned channels);
+  // Room for at least `frames`; behind them the last `kept` that were read stay.
+  FrameRing(std::size_t frames, unsigned channels, std::size_t kept = 0);
 
   // ---- the writer
   std::uint64_t GetWritePosition() const { return write_.load(std::memory_order_acquire); }
@@ -32,6 +32,9 @@ class FrameRing {
   void Read(float* frames, std::size_t count);
   // Passes over everything before `position`, which must have been written.
   void SkipTo(std::uint64_t position);
+  // What was read from `position` on is to be read again: as much of it as is kept, and nothing that was
+  // passed over or lies before it.
+  void GoBackTo(std::uint64_t position);
 
  private:
   // Apart by what caches of common machines hand to and fro as one, so that neither side waits for the
@@ -40,9 +43,13 @@ class FrameRing {
 
   std::size_t mask_;  // frames; one less than a power of two
   unsigned channels_;
+  std::size_t kept_;
   std::vector<float> samples_;
   alignas(kApart) std::atomic<std::uint64_t> write_{0};
   alignas(kApart) std::atomic<std::uint64_t> read_{0};
+  // The reader's. The writer goes by a position that was read at some time, so never behind what is kept.
+  std::uint64_t furthest_ = 0;  // that was ever read to
+  std::uint64_t skipped_ = 0;   // up to where frames were passed over last
 };
 
 }  // namespace tesk_audio

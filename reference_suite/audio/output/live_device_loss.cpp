@@ -12,6 +12,8 @@ bool LiveSampleOutput::OnDeviceLost() {
   if (state_ == State::Stopped) return false;
   if (lossPolicy_ == DeviceLossPolicy::Hold) {
     state_ = State::Paused;
+    // The gate of the device is closed, and that of the clock not open yet.
+    feed_.TakeBackUnheard();
     renderWakes_.WakeAll();
   } else {
     startsAfterStop_ = false;

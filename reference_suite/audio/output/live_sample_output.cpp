@@ -26,10 +26,10 @@ LiveSampleOutput::LiveSampleOutput(AudioPlayerOutputInterface& player, std::uniq
       // Room for what is rendered ahead twice over: while the device has not yet passed over what was
       // dropped, the same amount is rendered anew.
       ring_(4 * (std::max<std::size_t>(aheadFrames_, kMostPeriodFrames + quantum_) + mostFrames_),
-            device_->GetChannelCount()),
+            device_->GetChannelCount(), kMostTakenBackFrames),
       feed_(ring_, device_->GetChannelCount(), fadeFrames_),
       // As many reads as the ring can hold at four times the tempo, and some that cues cut short.
-      elapsed_(16 * ring_.GetFree() / quantum_ + 256),
+      elapsed_(16 * (ring_.GetFree() + kMostTakenBackFrames) / quantum_ + 256),
       peaks_(device_->GetChannelCount()),
       seekFlag_("AudioSampleOutput_Seek") {
   device_->SetLossListener(this);

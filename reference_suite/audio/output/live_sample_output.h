@@ -128,6 +128,8 @@ class LiveSampleOutput final : public AudioSampleOutput,
   // ---- live_transport.cpp
   void PrepareRefill_();
   static constexpr double kExitFadeMs = 10.0;
+  // What a device may have taken and not played when it fails: two of the longest periods.
+  static constexpr std::size_t kMostTakenBackFrames = std::size_t{2} * kMostPeriodFrames;
   bool StopAndWait_(bool wait, std::size_t fadeFrames);
   void RequestStop_(std::size_t fadeFrames) EXC_HOLDS(this);
   void OpenFeed_() EXC_HOLDS(this);

@@ -114,6 +114,40 @@ TEST_F(Gate, LostAgainBeforeAnythingIsHeardNothingIsLostTwice) {
   EXPECT_NEAR(static_cast<double>(gate_.GetDueTime() - due), 1'024 / kRate * 1e9, 2.0);
 }
 
+TEST_F(Gate, WhatSoundsLaterIsTakenEarlier) {
+  rendered_.rendered_ = 100'000;
+  device_.latency = 2'048;
+  const long long due = MonotonicNow() - 28 * kMillisecond;
+  gate_.Open(0, due);
+  const long long first = FirstHeard(due);
+  EXPECT_GE(first, earliest_ + 2'048 - 1);
+  EXPECT_LE(first, latest_ + 2'048 + 1) << "heard when it is due";
+  // The next frame's.
+  const double ahead = static_cast<double>(gate_.GetDueTime() - due) * 1e-9 * kRate;
+  EXPECT_NEAR(ahead, static_cast<double>(first + static_cast<long long>(kPeriod)), 2.0);
+}
+
+TEST_F(Gate, WhileTheDeviceBeforeStillSoundsNothingIsTaken) {
+  rendered_.rendered_ = 100'000;
+  // What is due is so in half a second, of which this device needs a little.
+  device_.latency = 480;
+  const long long due = MonotonicNow() + 500 * kMillisecond;
+  gate_.Open(0, due);
+  const long long start = MonotonicNow();
+  long long first = -1;
+  int calls = 0;
+  for (; first < 0; ++calls) {
+    // A call that comes late does not make the next one late.
+    while (MonotonicNow() < start + calls * kMillisecond) {
+    }
+    const std::vector<float> heard = Turn(48);
+    if (heard[0] != 0.0F) first = static_cast<long long>(heard[0]) - 1;
+  }
+  const long long heardAt = start + (calls - 1) * kMillisecond;
+  EXPECT_NEAR(static_cast<double>(first), static_cast<double>(FramesBetween(due, heardAt) + 480), 96.0);
+  EXPECT_GT(calls, 400);
+}
+
 TEST(DeviceTimeline, ACallThatComesLateTellsOnlyThatItCameLate) {
   tesk_audio::DeviceTimeline timeline(kRate);
   const long long late[] = {0, 300'000, 2'000'000, 100'000, 5'000'000, 0, 700'000};

@@ -7,6 +7,7 @@
 #include <chrono>
 #include <thread>
 
+#include "reference_suite/audio/output/timed_condition.h"
 #include "suite/audio/errors.h"
 #include "tests/reference_suite/audio/support/await.h"
 #include "tests/support/no_threads.h"
@@ -75,6 +76,26 @@ TEST(NullDevice, DeletedWhileItRunsItStops) {
   const long long after = counter.calls;
   std::this_thread::sleep_for(std::chrono::milliseconds(5));
   EXPECT_EQ(counter.calls, after);
+}
+
+TEST(NullDevice, WhatIsDueOnlyLaterIsTakenThen) {
+  Counter counter;
+  const long long due = tesk_audio::MonotonicNow() + 60'000'000;
+  tesk_audio::NullDevice device(96000.0, 2, 128, due);
+  device.Start(counter);
+  ASSERT_TRUE(Await([&] { return counter.calls > 0; }));
+  EXPECT_GE(tesk_audio::MonotonicNow(), due);
+}
+
+TEST(NullDevice, ToStopItNeedNotBeWaitedForWhatIsDue) {
+  Counter counter;
+  const auto start = Clock::now();
+  {
+    tesk_audio::NullDevice device(96000.0, 2, 128, tesk_audio::MonotonicNow() + 3'600'000'000'000);
+    device.Start(counter);
+  }
+  EXPECT_LT(Clock::now() - start, std::chrono::minutes(10));
+  EXPECT_EQ(counter.calls, 0);
 }
 
 TEST(NullDevice, WithoutAThreadItSaysSo) {

@@ -361,6 +361,39 @@ TEST_F(Feed, WhatIsAudibleNeverGoesBack) {
   EXPECT_EQ(feed_.GetAudiblePosition(), 18U);
 }
 
+TEST_F(Feed, WhatADeviceHadTakenAndNotPlayedIsHeardWhenItIsTakenBack) {
+  tesk_audio::FrameRing ring(64, 1, 16);
+  tesk_audio::DeviceFeed feed(ring, 1, 0);
+  const Frames frames = From(1, 40);
+  ring.Write(frames.data(), 40);
+  feed.SetLatency(10);
+  feed.Open();
+  EXPECT_EQ(Turn(20, &feed), From(1, 20));
+  feed.TakeBackUnheard();
+  feed.Close(0);
+  EXPECT_EQ(Turn(100, &feed), Silence(100));
+  EXPECT_EQ(feed.GetAudiblePosition(), 10U) << "nothing more was heard";
+  feed.SetLatency(0);
+  feed.Open();
+  EXPECT_EQ(Turn(15, &feed), From(11, 15));
+  EXPECT_EQ(feed.GetAudiblePosition(), 25U);
+}
+
+TEST_F(Feed, WhatWasHeardBehindAPauseIsNotTakenBack) {
+  tesk_audio::FrameRing ring(64, 1, 16);
+  tesk_audio::DeviceFeed feed(ring, 1, 0);
+  const Frames frames = From(1, 40);
+  ring.Write(frames.data(), 40);
+  feed.SetLatency(10);
+  feed.Open();
+  Turn(20, &feed);
+  feed.Close(0);
+  Turn(4, &feed);
+  feed.TakeBackUnheard();
+  feed.Open();
+  EXPECT_EQ(Turn(4, &feed), From(15, 4)) << "six frames were still on their way";
+}
+
 TEST_F(Feed, TheCallbackAllocatesNothing) {
   Frames frames(16);
   const test_support::AllocationWatch watch;

@@ -3,6 +3,7 @@
 #include <gtest/gtest.h>
 
 #include <algorithm>
+#include <atomic>
 #include <deque>
 #include <random>
 #include <thread>
@@ -61,6 +62,80 @@ TEST(FrameRing, SkippingBackwardsDoesNothing) {
   ring.SkipTo(5);
   ring.SkipTo(3);
   EXPECT_EQ(ring.GetReadPosition(), 5U);
+}
+
+TEST(FrameRing, WhatWasReadCanBeReadAgainAsFarAsItIsKept) {
+  FrameRing ring(8, 1, 8);
+  std::vector<float> frames(100);
+  const auto write = [&](std::size_t count) {
+    for (std::size_t i = 0; i < count; ++i) frames[i] = static_cast<float>(ring.GetWritePosition() + i);
+    ring.Write(frames.data(), count);
+  };
+  const auto reads = [&](std::size_t first, std::size_t count) {
+    ring.Read(frames.data(), count);
+    for (std::size_t i = 0; i < count; ++i) EXPECT_EQ(frames[i], static_cast<float>(first + i));
+  };
+  EXPECT_EQ(ring.GetFree(), 8U);
+  for (int round = 0; round < 10; ++round) {
+    write(ring.GetFree());
+    ring.Read(frames.data(), 5);
+  }
+  const std::size_t position = ring.GetReadPosition();
+  write(ring.GetFree());
+  ring.GoBackTo(position - 3);
+  EXPECT_EQ(ring.GetFree(), 0U) << "the writer waits until it has come as far again";
+  reads(position - 3, 6);
+  ring.GoBackTo(0);
+  EXPECT_EQ(ring.GetReadPosition(), position + 3 - 8) << "no further than that";
+  reads(position - 5, 8);
+  ring.GoBackTo(0);
+  EXPECT_EQ(ring.GetReadPosition(), position - 5) << "nor however often";
+  ring.GoBackTo(position);
+  EXPECT_EQ(ring.GetReadPosition(), position - 5) << "and never forwards";
+}
+
+TEST(FrameRing, WhatWasPassedOverIsNotReadAgain) {
+  FrameRing ring(32, 1, 16);
+  const std::vector<float> frames(20, 1.0F);
+  std::vector<float> read(20);
+  ring.Write(frames.data(), 20);
+  ring.Read(read.data(), 4);
+  ring.SkipTo(10);
+  ring.Read(read.data(), 3);
+  ring.GoBackTo(0);
+  EXPECT_EQ(ring.GetReadPosition(), 10U);
+}
+
+// The reader goes back whenever it likes, while another thread writes.
+TEST(FrameRing, GoingBackFindsEveryFrameWhileTheWriterWrites) {
+  FrameRing ring(64, 1, 40);
+  constexpr std::uint64_t kFrames = 300'000;
+  std::atomic<bool> ends{false};
+  std::thread writer([&] {
+    std::vector<float> frames(64);
+    while (!ends && ring.GetWritePosition() < kFrames) {
+      const std::size_t count = std::min<std::size_t>(ring.GetFree(), 13);
+      for (std::size_t i = 0; i < count; ++i) frames[i] = static_cast<float>(ring.GetWritePosition() + i);
+      ring.Write(frames.data(), count);
+      if (count == 0) std::this_thread::yield();
+    }
+  });
+  std::mt19937 random(3);
+  std::vector<float> frames(64);
+  bool isRight = true;
+  while (isRight && ring.GetReadPosition() < kFrames) {
+    const std::uint64_t position = ring.GetReadPosition();
+    const std::size_t count = std::min<std::size_t>(ring.GetAvailable(), random() % 64);
+    ring.Read(frames.data(), count);
+    for (std::size_t i = 0; i < count; ++i)
+      isRight = isRight && frames[i] == static_cast<float>(position + i);
+    if (random() % 3 == 0)
+      ring.GoBackTo(ring.GetReadPosition() - std::min<std::uint64_t>(position, random() % 60));
+    if (count == 0) std::this_thread::yield();
+  }
+  ends = true;
+  writer.join();
+  EXPECT_TRUE(isRight);
 }
 
 TEST(FrameRing, CarriesEveryFrameFromThreadToThread) {
