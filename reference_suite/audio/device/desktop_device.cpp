@@ -110,16 +110,22 @@ DesktopDevice::DesktopDevice(const OutputSettings& settings, double rateHz, unsi
   soundio_->on_backend_disconnect = [](SoundIo* soundio, int) {
     static_cast<DesktopDevice*>(soundio->userdata)->failed_ = true;
   };
-  device_.reset(FindOutput(soundio_.get(), chosen_->id.empty() ? settings.deviceName : chosen_->id));
-  if (device_ == nullptr) {
-    throw TESKAudioError(chosen_->id.empty() ? Missing(settings.deviceName) : Gone(chosen_->name));
-  }
+  FindChosenOutput_(settings.deviceName);
   if (outputs_.empty()) {
     outputs_.resize(std::max(2U, channels));
     std::iota(outputs_.begin(), outputs_.end(), 1U);
   }
   OpenStream_(rateHz);
-  *chosen_ = {device_->id, device_->name};
+  const std::lock_guard lock(chosen_->mutex);
+  chosen_->id = device_->id;
+  chosen_->name = device_->name;
+}
+
+void DesktopDevice::FindChosenOutput_(const std::string& wanted) {
+  const std::lock_guard lock(chosen_->mutex);
+  device_.reset(FindOutput(soundio_.get(), chosen_->id.empty() ? wanted : chosen_->id));
+  if (device_ != nullptr) return;
+  throw TESKAudioError(chosen_->id.empty() ? Missing(wanted) : Gone(chosen_->name));
 }
 
 DesktopDevice::~DesktopDevice() {

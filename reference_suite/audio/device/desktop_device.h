@@ -5,6 +5,7 @@
 
 #include <atomic>
 #include <memory>
+#include <mutex>
 #include <string>
 #include <vector>
 
@@ -19,9 +20,10 @@ namespace tesk_audio {
 // Render     the callback's frames are spread over the outputs; nothing is allocated.
 class DesktopDevice : public Device {
  public:
-  // The output that was opened first.
+  // The output that was opened first. Opening may hang on one thread and succeed on another.
   struct Chosen {
-    std::string id;  // empty: none yet
+    std::mutex mutex;
+    std::string id;  // both guarded by it; empty: none yet
     std::string name;
   };
   // The output called so, or the usual one when the name is empty; at the rate wanted, or the nearest that it
@@ -60,6 +62,7 @@ class DesktopDevice : public Device {
 
   static constexpr double kMostHeldSeconds = 2.0;
 
+  void FindChosenOutput_(const std::string& wanted);
   void OpenStream_(double wantedHz);
   void CloseStream_();
   void Write_(int mostFrames);

@@ -38,9 +38,26 @@ void* CloseBody(void* argument) {
 struct DeviceSearch::State {
   Wanted wanted;
   std::atomic<bool> abandoned{false};
+  std::atomic<long long> triesSince{0};  // 0: no try is under way
   mutable std::mutex mutex;
   RunningDevice found;  // both guarded by it
   std::string error;
+
+  RunningDevice Try() {
+    struct UnderWay {
+      explicit UnderWay(State& owner) : state(owner) {
+        ++*state.wanted.tries;
+        state.triesSince = MonotonicNow();
+      }
+      ~UnderWay() {
+        state.triesSince = 0;
+        --*state.wanted.tries;
+      }
+      State& state;
+    };
+    const UnderWay underWay(*this);
+    return Open();
+  }
 
   RunningDevice Open() const {
     RunningDevice running;
@@ -64,7 +81,7 @@ struct DeviceSearch::State {
   void Search() {
     while (!abandoned) {
       try {
-        RunningDevice running = Open();
+        RunningDevice running = Try();
         // Its thread must have ended before it is taken apart.
         if (!HandOver(&running)) running.device->Stop();
         return;
@@ -113,6 +130,11 @@ RunningDevice DeviceSearch::Take() {
 std::string DeviceSearch::GetError() const {
   const std::lock_guard lock(state_->mutex);
   return state_->error;
+}
+
+bool DeviceSearch::Hangs(long long patience) const {
+  const long long since = state_->triesSince;
+  return since != 0 && MonotonicNow() - since > patience;
 }
 
 void CloseDevice(RunningDevice running, long long patience) noexcept {

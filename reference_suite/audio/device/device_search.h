@@ -1,5 +1,6 @@
 #pragma once
 
+#include <atomic>
 #include <memory>
 #include <mutex>
 #include <string>
@@ -30,6 +31,7 @@ class DeviceSearch {
     DeviceCallback* target = nullptr;
     double rateHz = 0.0;
     unsigned channels = 0;
+    std::shared_ptr<std::atomic<int>> tries;  // counts those that are under way, also of other searches
   };
 
   // Throws TESKAudioError when there is no thread to be had.
@@ -43,6 +45,8 @@ class DeviceSearch {
   RunningDevice Take();
   // Why the last try failed; empty before one has.
   std::string GetError() const;
+  // The try that is under way has taken longer than `patience` nanoseconds.
+  bool Hangs(long long patience) const;
 
  private:
   struct State;

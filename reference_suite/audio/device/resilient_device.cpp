@@ -17,6 +17,9 @@ constexpr long long kLook = 10 * kMillisecond;
 // the end of the show.
 constexpr long long kPatience = 2'000 * kMillisecond;
 constexpr double kFadeInSeconds = 0.020;
+// At once: each that hangs keeps a thread.
+constexpr int kMostTries = 4;
+constexpr char kNoAnswer[] = "The audio device does not answer.";
 
 }  // namespace
 
@@ -80,8 +83,8 @@ void ResilientDevice::WaitForFirst_() {
   StandIn_();
   Publish_();
   const std::string error = search_->GetError();
-  away_ = error;
-  Tell_(true, error.empty() ? "The audio device does not answer." : error);
+  away_ = error.empty() ? kNoAnswer : error;
+  Tell_(true, away_);
 }
 
 void ResilientDevice::Stop() {
@@ -189,7 +192,10 @@ void ResilientDevice::LookForDevice_() {
     candidate_ = search_->Take();
     candidateSince_ = MonotonicNow();
     if (candidate_.device == nullptr) {
-      TellWhyItStaysAway_();
+      const bool hangs = search_->Hangs(static_cast<long long>(shape_.openSeconds * 1e9));
+      TellWhyItStaysAway_(hangs);
+      // An output that goes while it is opened is waited for in vain, and may be back under the same name.
+      if (hangs && *tries_ < kMostTries) search_.reset();
       return;
     }
     search_.reset();
@@ -204,8 +210,8 @@ void ResilientDevice::LookForDevice_() {
 }
 
 // What has failed it says itself; what keeps it from coming back is another thing, and may change.
-void ResilientDevice::TellWhyItStaysAway_() {
-  std::string error = search_->GetError();
+void ResilientDevice::TellWhyItStaysAway_(bool hangs) {
+  std::string error = hangs ? kNoAnswer : search_->GetError();
   if (error.empty() || error == away_) return;
   away_.swap(error);
   Tell_(true, away_);
@@ -213,12 +219,13 @@ void ResilientDevice::TellWhyItStaysAway_() {
 
 void ResilientDevice::BeginSearch_() {
   search_ = std::make_unique<DeviceSearch>(
-      DeviceSearch::Wanted{source_, callback_, shape_.rateHz, shape_.channels});
+      DeviceSearch::Wanted{source_, callback_, shape_.rateHz, shape_.channels, tries_});
 }
 
 void ResilientDevice::ChangeOver_(RunningDevice found) {
-  // Before it takes its first frames: so many are to be ready.
+  // Before it takes its first frames: so many are to be ready, and heard so much later.
   period_ = found.device->GetPeriodFrames();
+  latency_ = found.device->GetLatencyFrames();
   standIn_.gate->Close();
   found.gate->Open(static_cast<std::size_t>(kFadeInSeconds * shape_.rateHz), standIn_.gate->GetDueTime());
   watch_ = {};

@@ -30,6 +30,7 @@ class ResilientDevice : public Device {
     double rateHz = 48000.0;
     unsigned channels = 2;
     unsigned periodFrames = 256;  // of the clock without sound
+    double openSeconds = 10.0;    // that one try to open a device may take before another is made beside it
   };
   // Called on the watching thread at every change, that of the reason why a lost device stays away included,
   // and inside Start when there is no device at once, or one that nobody can hear everywhere.
@@ -64,7 +65,7 @@ class ResilientDevice : public Device {
   void Look_();
   void LookAtDevice_();
   void LookForDevice_();
-  void TellWhyItStaysAway_();
+  void TellWhyItStaysAway_(bool hangs);
   void BeginSearch_();
   void WaitForFirst_();
   void BeginWatching_();
@@ -88,6 +89,7 @@ class ResilientDevice : public Device {
   RunningDevice standIn_;
   std::unique_ptr<DeviceSearch> search_;
   DeviceWatch watch_;
+  const std::shared_ptr<std::atomic<int>> tries_ = std::make_shared<std::atomic<int>>(0);  // to open a device
   std::string away_;  // why no device has been found, as it was told
   long long candidateSince_ = 0;
   long long standInDue_ = 0;   // since when frames are due that a clock is to take; 0: from its start on

@@ -408,6 +408,62 @@ TEST(ResilientDevice, OpeningThatHangsHoldsNobodyUp) {
   EXPECT_EQ(counter.count, count) << "what is opened too late is closed again";
 }
 
+TEST(ResilientDevice, AnOpeningThatHangsForLongIsTriedAgainBesideIt) {
+  std::promise<void> hang;
+  const std::shared_future<void> end(hang.get_future());
+  std::atomic<int> tries{0};
+  Counter counter;
+  Told told;
+  {
+    ResilientDevice resilient(
+        {kRate, 1, 256, 0.05},
+        [&tries, end]() -> std::unique_ptr<Device> {
+          if (++tries < 3) end.wait();
+          return std::make_unique<MortalDevice>();
+        },
+        told.Tell());
+    resilient.Start(counter);
+    ASSERT_TRUE(Await([&] { return !resilient.IsRecovering(); }));
+    EXPECT_EQ(tries, 3);
+    EXPECT_EQ(resilient.GetDescription(), "mortal device");
+    EXPECT_EQ(told.Get().at(0).reason, "The audio device does not answer.");
+    EXPECT_TRUE(told.GetStillAway().empty()) << "said once";
+  }
+  hang.set_value();
+}
+
+TEST(ResilientDevice, OfOpeningsThatHangThereAreFourAtMost) {
+  std::promise<void> hang;
+  const std::shared_future<void> end(hang.get_future());
+  const auto tries = std::make_shared<std::atomic<int>>(0);
+  Shop shop;
+  Told told;
+  Counter counter;
+  MortalDevice* const device = shop.Put();
+  std::atomic<bool> isFirst{true};
+  {
+    ResilientDevice resilient(
+        {kRate, 1, 256, 0.02},
+        [&, end, tries]() -> std::unique_ptr<Device> {
+          if (isFirst.exchange(false)) return shop.Source()();
+          ++*tries;
+          end.wait();
+          return std::make_unique<MortalDevice>();
+        },
+        told.Tell());
+    resilient.Start(counter);
+    device->failed = true;
+    ASSERT_TRUE(Await([&] { return told.GetStillAway().size() == 1; }));
+    EXPECT_EQ(told.GetStillAway()[0], "The audio device does not answer.");
+    ASSERT_TRUE(Await([&] { return *tries == 4; }));
+    const long long count = counter.count;
+    ASSERT_TRUE(Await([&] { return counter.count > count + 9'600; }));
+    EXPECT_EQ(*tries, 4);
+    hang.set_value();
+    ASSERT_TRUE(Await([&] { return !resilient.IsRecovering(); })) << "the last one is still waited for";
+  }
+}
+
 // Does not come back from being stopped until it is let go.
 class HangingDevice : public MortalDevice {
  public:
@@ -507,6 +563,60 @@ TEST(LiveOutputOnDeviceLoss, HoldPausesWhereItWasAndGoesOnWithTheNextFrame) {
   EXPECT_EQ(stage.output->GetElapsedSampleCount(), held);
   stage.output->Start();
   ASSERT_TRUE(stage.Plays(held + 4'800));
+}
+
+// At most as fast as time passes, and only what is ready.
+void TurnInTime(TestDevice* device) {
+  std::this_thread::sleep_for(std::chrono::microseconds(5'400));
+  if (device->IsReady(256)) device->Turn(256);
+}
+
+TEST(LiveOutputOnDeviceLoss, HoldGoesOnWithWhatTheDeviceHadTakenAndNotPlayed) {
+  Shop shop;
+  Told told;
+  ScriptedPlayer player(Songs{{.frames = 15'000'000}});
+  tesk_audio::OutputSettings settings;
+  settings.crossfadeMs = settings.fadeMs = 0.0;
+  settings.onDeviceLoss = tesk_audio::DeviceLossPolicy::Hold;
+  constexpr unsigned kLatency = 2'048;
+  TestDevice* const lost = shop.PutTestDevice();
+  lost->latency = kLatency;
+  auto output = std::make_unique<tesk_audio::LiveSampleOutput>(
+      player, std::make_unique<ResilientDevice>(kMono, shop.Source(), told.Tell()), settings);
+  player.SetOutput(output.get());
+  player.RewindAndRefill();
+  player.SetPlays(true);
+  output->Start();
+  std::vector<float> before;
+  ASSERT_TRUE(Await([&] {
+    TurnInTime(lost);
+    before = lost->Heard();
+    return before.size() > 3 * kLatency;
+  }));
+  ASSERT_TRUE(told.Is(1)) << "it asks for nothing any more";
+  ASSERT_TRUE(Await([&] { return !output->GetOutputIsRunning(); }));
+  EXPECT_EQ(output->GetElapsedSampleCount(), static_cast<long long>(before.size()) - kLatency);
+  TestDevice* const found = shop.PutTestDevice();
+  ASSERT_TRUE(Await([&] {
+    TurnInTime(found);
+    return told.Get().size() == 2;
+  }));
+  // The device's own fade-in, in silence.
+  for (int i = 0; i < 10; ++i) TurnInTime(found);
+  EXPECT_EQ(found->HeardCount(), 0U);
+  output->Start();
+  ASSERT_TRUE(Await([&] {
+    TurnInTime(found);
+    return found->HeardCount() > 2 * kLatency;
+  }));
+  const std::vector<float> after = found->Heard();
+  std::vector<float> expected = before;
+  expected.resize(before.size() - kLatency);
+  expected.insert(expected.end(), after.begin(), after.end());
+  for (std::size_t i = 0; i < expected.size(); ++i) {
+    ASSERT_EQ(expected[i], ScriptedPlayer::Sample(static_cast<long long>(i)));
+  }
+  output.reset();
 }
 
 TEST(LiveOutputOnDeviceLoss, EndStopsAndTellsThePlayer) {
