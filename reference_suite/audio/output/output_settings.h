@@ -14,6 +14,7 @@ enum class DeviceKind {
   Jack,     // a client of a JACK server
   Desktop,  // PulseAudio or ALSA
   File,     // a sound file, written as fast as LetFileDeviceTake is called
+  Any,      // the first of JACK and the desktop that answers, and that one ever after
 };
 
 // What becomes of playback when the device fails.
@@ -25,7 +26,7 @@ enum class DeviceLossPolicy {
 
 struct OutputSettings {
   DeviceKind device = DeviceKind::Null;
-  std::string deviceName;            // JACK: the server; empty: the usual one; the file's name
+  std::string deviceName;            // JACK: the server; the desktop's output; empty: the usual one; the file
   std::vector<unsigned> outputs;     // physical outputs, from 1, that hear channel 1, 2, ...; empty: in order
   std::vector<std::string> connect;  // JACK: regular expressions for the ports to play to, instead
   double rateHz = 0.0;  // of the songs and, where it can choose, of the device; 0: the first content's
