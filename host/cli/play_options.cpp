@@ -11,7 +11,7 @@ void AddSoundOptions(CLI::App& verb, PlayOptions& options) {
   verb.add_option("--output", options.output,
                   "jack; desktop: PulseAudio or ALSA; null: a clock without sound; file: a sound file, as\n"
                   "--device names it, faster than real time where nobody sits at the keys;\n"
-                  "auto: the first that answers, and a clock as long as none does")
+                  "auto: the first that answers, then or later, and a clock as long as none does")
       ->check(CLI::IsMember({"auto", "jack", "desktop", "null", "file"}))
       ->capture_default_str();
   verb.add_option("--device", sound.device,

@@ -56,14 +56,15 @@ void AddPlay(CLI::App& app, const Faces& faces, Action* action) {
                    "Without a terminal: seconds of wait at a caesura")
       ->check(Between(0.0, 3600.0))
       ->capture_default_str();
+  verb->add_flag("-v,--verbose", options->verbose, "Also show what the JACK library itself says");
   verb->add_flag("--json", *asJson, "At the end print how it went as JSON");
   verb->footer(
       std::string(
           "Keys: space go; p play or pause; s stop; a once more (safety); n, b next and previous song;\n"
           "left, right to the place before and after; up, down a hundredth faster or slower; +, - a\n"
-          "semitone higher or lower; 0 tempo and key as written; q quit. Without a terminal nobody can\n"
-          "press a key: vamps are left and caesuras waited out by themselves, and song follows song to\n"
-          "the end of the show.\n"
+          "semitone higher or lower; 0 tempo and key as written; q quit, twice while a song is under\n"
+          "way. Without a terminal nobody can press a key: vamps are left and caesuras waited out by\n"
+          "themselves, and song follows song to the end of the show.\n"
           "A song that is still loading is named and waited for; keys pressed meanwhile are obeyed "
           "then.\n\n") +
       kExitStatuses);

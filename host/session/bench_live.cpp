@@ -177,7 +177,7 @@ void BenchLive(const LiveBenchOptions& options, const Say& say,
                const std::function<void(const LiveBenchRow&)>& tell) {
   OutputChoice sound = ChooseOutput(options.output, options.sound, say);
   std::vector<int> periods = options.periods;
-  if (sound.output == "jack") periods.resize(1);
+  if (sound.output == "jack" || sound.output == "auto") periods.resize(1);
   for (const int period : periods) {
     if (InterruptCount() > 0) return;
     sound.periodFrames = static_cast<unsigned>(period);

@@ -7,6 +7,8 @@
 #include <streambuf>
 #include <utility>
 
+#include "suite/core/log_sink.h"
+
 namespace orbel::host {
 namespace {
 
@@ -83,6 +85,10 @@ std::ostream& Results() {
 void SeparateConsoleFromResults() {
   Results();
   std::cout.rdbuf(&TheConsole());
+  tesk_log::SetSink([](const std::string& line) {
+    const std::string whole = line + "\n";
+    TheConsole().sputn(whole.data(), static_cast<std::streamsize>(whole.size()));
+  });
 }
 
 HeldConsoleLines::HeldConsoleLines() {

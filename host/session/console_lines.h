@@ -6,14 +6,15 @@
 
 namespace orbel::host {
 
-// The engine and the audio library write lines ("WARNING: ...") on std::cout. To whoever reads the program's
-// results they are messages, so they go to standard error, or to whoever holds them; standard output belongs
-// to the results alone.
+// The engine and the audio library write lines ("WARNING: ...") on std::cout, and errors into the log. To
+// whoever reads the program's results they are messages, so they go to standard error, or to whoever holds
+// them; standard output belongs to the results alone.
 //
 // Threads    any thread writes lines; everything declared here is HOST.
 // Locks      one of its own, innermost.
 
-// From here on std::cout is the console. Call it before any other thread writes there.
+// From here on std::cout is the console, and the log is as well. Call it before any other thread writes
+// there.
 void SeparateConsoleFromResults();
 
 // Standard output.

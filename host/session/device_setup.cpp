@@ -5,6 +5,7 @@
 #include "host/session/failure.h"
 #include "reference_suite/audio/device/bounded_look.h"
 #include "reference_suite/audio/device/file_device.h"
+#include "reference_suite/audio/device/jack_client.h"
 #include "reference_suite/audio/device/jack_links.h"
 #include "reference_suite/audio/device/list_devices.h"
 #include "reference_suite/audio/encode/sound_file_writer.h"
@@ -67,6 +68,7 @@ class WrittenSoundFile : public SoundFile {
 void UseLiveOutput(const OutputChoice& choice) {
   tesk_audio::DeviceKind kind = tesk_audio::DeviceKind::Null;
   if (choice.output == "jack") kind = tesk_audio::DeviceKind::Jack;
+  if (choice.output == "auto") kind = tesk_audio::DeviceKind::Any;
   if (choice.output == "desktop") kind = tesk_audio::DeviceKind::Desktop;
   if (choice.output == "file") kind = tesk_audio::DeviceKind::File;
   Configure(kind, choice);
@@ -91,6 +93,12 @@ void RequirePortPatterns(const std::vector<std::string>& patterns) {
   } catch (const tesk_audio::TESKAudioError& error) {
     throw Failure(error.what(), kUsage);
   }
+}
+
+std::vector<std::string> TakeSoundSystemLines() {
+  std::vector<std::string> lines = tesk_audio::TakeJackMessages();
+  for (std::string& line : lines) line.insert(0, "JACK: ");
+  return lines;
 }
 
 bool ReadMeters(Meters* meters) {

@@ -14,12 +14,12 @@ namespace orbel::host {
 // How the output sounds. The one place at which the host meets a particular implementation of the audio
 // library.
 struct OutputChoice {
-  std::string output = "null";       // or "jack", "desktop", "file"
-  std::string device;                // JACK: the server; empty: the usual one; the name of the file
-  double rateHz = 0.0;               // 0: that of the device or, if it takes any, of the show's first audio
-  unsigned periodFrames = 256;       // where the device can choose
-  std::vector<unsigned> outputs;     // physical ones, from 1, for channel 1, 2, ...; empty: in their order
-  std::vector<std::string> connect;  // JACK: regular expressions for ports to play to, instead
+  std::string output = "null";    // or "jack", "desktop", "file"; "auto": the first sound system that answers
+  std::string device;             // JACK: the server; empty: the usual one; the name of the file
+  double rateHz = 0.0;            // 0: that of the device or, if it takes any, of the show's first audio
+  unsigned periodFrames = 256;    // where the device can choose
+  std::vector<unsigned> outputs;  // physical ones, from 1, for channel 1, 2, ...; empty: in their order
+  std::vector<std::string> connect;     // JACK: regular expressions for ports to play to, instead
   std::string onDeviceLoss = "run-on";  // or "hold", "end"
   double aheadMs = 15.0;                // rendered ahead of the device
   double crossfadeMs = 5.0;             // at jumps; 0: bit-exact splices
@@ -47,6 +47,10 @@ using Say = std::function<void(const std::string& message)>;
 std::vector<DeviceLine> LookAtDevices(const std::string& jackServer, const Say& say);
 // Throws Failure for a regular expression that is none.
 void RequirePortPatterns(const std::vector<std::string>& patterns);
+
+// What the libraries of sound systems would have printed since the last call, oldest first; the last few
+// dozen lines.
+std::vector<std::string> TakeSoundSystemLines();
 
 using Meters = notify::MetersUpdate;
 // False when there is no live output yet.

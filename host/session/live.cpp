@@ -35,7 +35,8 @@ Live::Live(const PlayOptions& options, bool attended)
       session_(options.showPath, options.song, OutputKind::Live, sound_, options.say),
       directions_(ReadDirections(options.scriptPath, options.vampPasses, options.caesuraSilence)),
       conductor_(session_, directions_),
-      attended_(attended) {
+      attended_(attended),
+      verbose_(options.verbose) {
   if (directions_.script) RequireKnownPositions(session_, *directions_.script, directions_.scriptName);
 }
 
@@ -51,6 +52,7 @@ std::vector<std::string> Live::Poll(double now) {
   if (writesFile_) now = PlayIntoFile_(now);
   TakeEvents_();
   TakeDeviceUpdates_();
+  TakeSystemLines_(now);
   TakeMeters_();
   SayWhatIsWaitedFor_();
   Look_(now);
@@ -58,6 +60,12 @@ std::vector<std::string> Live::Poll(double now) {
   // A device that was lost may have ended it just now.
   if (!over_ && !isHeld_ && ActsAlone_()) ActAlone_(now);
   return TakeMessages_();
+}
+
+bool Live::IsUnderWay() const {
+  // Where nobody sits at the keys, nothing goes on from where it is held.
+  const bool goesOn = attended_ || !isHeld_;
+  return session_.IsPlaying() || (goesOn && (session_.IsWaiting() || session_.IsPaused()));
 }
 
 std::vector<std::string> Live::Do(const Command& command) {
@@ -74,6 +82,7 @@ std::vector<std::string> Live::Do(const Command& command) {
 
 void Live::TakeEvents_() {
   for (const StageEvent& event : session_.TakeEvents()) {
+    if (event.kind == StageEvent::Kind::LoopPass) loop_ = event;
     if (event.kind == StageEvent::Kind::LoopPass && event.pass > 1) {
       conductor_.OnJump(event.toTick, event.fromTick);
       tick_ = event.fromTick;
@@ -102,7 +111,10 @@ void Live::Look_(double now) {
     tick_ = session_.GetTick();
   }
   const TickIndex tick = session_.GetTick();
-  if (tick < tick_) conductor_.OnJump(tick_, tick);
+  if (tick < tick_) {
+    conductor_.OnJump(tick_, tick);
+    loop_ = {};
+  }
   conductor_.OnPosition(tick);
   tick_ = tick;
 }

@@ -7,6 +7,7 @@
 
 #include "host/session/conductor.h"
 #include "host/session/failure.h"
+#include "host/session/seldom_lines.h"
 #include "host/session/session.h"
 
 namespace orbel::host {
@@ -20,6 +21,7 @@ struct PlayOptions {
   Say say;                      // is told of what is waited for, on any thread; may be empty
   int vampPasses = 1;           // when nobody sits at the keys: how often a vamp is played in all
   double caesuraSilence = 0.0;  // and how long a caesura waits, in seconds
+  bool verbose = false;         // also shows what the sound system itself says
 };
 
 // What a face shows of a performance; the one copy for all of them.
@@ -31,7 +33,7 @@ struct StageStatus {
   // "loading" for a song that is still being decoded, "recovering" when the audio device has failed, and
   // "unheard" when it leads nowhere.
   std::string state;
-  std::string next;  // the next cue, for instance "13.1 vamp back to 9.1"
+  std::string next;  // the next cue, for instance "13.1 vamp back to 9.1 (pass 2)"
   // Peak of each channel, ring, latency, load of the render step (median, 99.9th percentile, longest, in
   // percent of the time that it has), dropouts; empty before there is an output.
   std::string sound;
@@ -62,6 +64,8 @@ class Live {
 
   StageStatus GetStatus();
   bool IsPlaying() const { return session_.IsPlaying(); }
+  // It plays, or stands where it goes on from as soon as somebody says so.
+  bool IsUnderWay() const;
   // Nobody will act any more and playback stands.
   bool IsOver() const { return over_; }
   // Time passes with every Poll, and not with that of the day.
@@ -84,6 +88,7 @@ class Live {
   void SayWhatIsWaitedFor_();
   void TakeMeters_();
   void AskForMeters_();
+  void TakeSystemLines_(double now);
   void NoteMeters_(Meters meters);
   std::string SoundText_() const;
   bool ActsAlone_() const { return !attended_ || directions_.script.has_value(); }
@@ -94,6 +99,7 @@ class Live {
   void EndWith_(ExitStatus status, const std::string& message);
   std::vector<std::string> TakeMessages_();
   std::string NextCue_();
+  std::string PassOf_(const Jump& jump) const;
 
   const OutputChoice sound_;
   const bool writesFile_;
@@ -102,8 +108,11 @@ class Live {
   const Directions directions_;
   Conductor conductor_;
   const bool attended_;
+  const bool verbose_;
+  SeldomLines systemLines_;
   std::string song_;
   TickIndex tick_ = 0;
+  StageEvent loop_;  // the pass that has begun last
   std::optional<double> standsSince_;
   std::size_t problemsTold_ = 0;
   Meters meters_;  // the peaks are those since the last look

@@ -119,6 +119,14 @@ std::string Live::HowToGoOn_() const {
   return attended_ ? "you press p" : "somebody plays, which takes a terminal; Ctrl-C ends it";
 }
 
+// What a library says while something is looked for every second is of interest once.
+void Live::TakeSystemLines_(double now) {
+  if (!verbose_) return;
+  for (const std::string& line : TakeSoundSystemLines()) {
+    if (systemLines_.IsNew(line, now)) messages_.push_back(Shown(line));
+  }
+}
+
 // The output tells ten times a second; before it has, and at the end, it is asked.
 void Live::TakeMeters_() {
   if (std::optional<Meters> told = session_.TakeMeters()) {

@@ -55,6 +55,12 @@ StageStatus Live::GetStatus() {
   return status;
 }
 
+// Of the loop that ends with the jump; the first goes without saying.
+std::string Live::PassOf_(const Jump& jump) const {
+  const bool isOfLoop = loop_.song == song_ && loop_.fromTick == jump.toTick && loop_.toTick == jump.fromTick;
+  return isOfLoop && loop_.pass > 1 ? " (pass " + std::to_string(loop_.pass) + ")" : "";
+}
+
 std::string Live::NextCue_() {
   const SongClock& clock = session_.GetClock();
   const auto at = [&](TickIndex tick) { return BarAndBeat(clock.PlaceOfTick(tick).position); };
@@ -65,7 +71,7 @@ std::string Live::NextCue_() {
   // At one tick a jump comes before a caesura.
   if (jumps && (countdown < 0 || jump.fromTick - here <= countdown)) {
     return at(jump.fromTick) + " " + JumpName(jump.kind) +
-           (jump.toTick < jump.fromTick ? " back to " : " to ") + at(jump.toTick);
+           (jump.toTick < jump.fromTick ? " back to " : " to ") + at(jump.toTick) + PassOf_(jump);
   }
   if (countdown >= 0) return at(static_cast<TickIndex>(here + countdown)) + " caesura";
   return at(clock.GetEndTick()) + (session_.RunsAttacca() ? " attacca" : " end");

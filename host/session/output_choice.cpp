@@ -18,7 +18,8 @@ OutputChoice ChooseOutput(const std::string& output, OutputChoice wishes, const 
     const auto first = std::find_if(devices.begin(), devices.end(), [](const DeviceLine& line) {
       return line.answers && line.output != "null" && line.output != "file";
     });
-    wishes.output = first == devices.end() ? "jack" : first->output;
+    if (first == devices.end()) return wishes;
+    wishes.output = first->output;
   }
   const auto chosen = std::find_if(devices.begin(), devices.end(),
                                    [&](const DeviceLine& line) { return line.output == wishes.output; });
@@ -30,7 +31,8 @@ std::string WhyThisOutput(const std::vector<DeviceLine>& devices) {
   const auto chosen =
       std::find_if(devices.begin(), devices.end(), [](const DeviceLine& line) { return line.answers; });
   if (chosen->output == "null") {
-    return "play would use null: no sound system answers. It would look for JACK every second.";
+    return "play would use null: no sound system answers. It would look for JACK, PulseAudio and ALSA "
+           "every second.";
   }
   return "play would use " + chosen->output + ": it is the first that answers.";
 }

@@ -8,7 +8,8 @@ namespace orbel::host {
 
 // Decides for `output` ("auto", "jack", "desktop", "null" or "file") what is played to, and takes over the
 // rate of the device unless one was asked for. "auto" takes the first device that answers; where no sound
-// system does, JACK is waited for while a clock without sound stands in. Throws Failure for wrong wishes.
+// system does, it stays, and the first that does so later is taken, while a clock without sound stands in.
+// Throws Failure for wrong wishes.
 // `say` is told of what is waited for.
 OutputChoice ChooseOutput(const std::string& output, OutputChoice wishes, const Say& say);
 

@@ -72,11 +72,12 @@ class Performance {
     return more || AskToQuit_("Ctrl-C");
   }
 
-  // While something plays only the second time in a row ends it.
+  // While a song is under way only the second time in a row ends it.
   bool AskToQuit_(const std::string& key) {
-    if (!live_.IsPlaying() || Seconds_() < quitUntil_) return true;
+    if (!live_.IsUnderWay() || Seconds_() < quitUntil_) return true;
     quitUntil_ = Seconds_() + 5.0;
-    display_.Message("playing: " + key + " once more ends it");
+    const std::string state = live_.IsPlaying() ? "playing" : live_.GetStatus().state;
+    display_.Message(state + ": " + key + " once more ends it");
     return false;
   }
 

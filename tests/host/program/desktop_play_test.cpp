@@ -265,6 +265,24 @@ TEST_F(Desktop, AShowThatBeginsWithoutAnOutputSoundsWhenThereIsOne) {
   EXPECT_EQ(orbel.WaitForEnd(), 0);
 }
 
+TEST_F(Desktop, WhereThereWasNoSoundSystemTheFirstThatComesIsTaken) {
+  ::setenv("JACK_DEFAULT_SERVER", "nobody_is_called_so", 1);
+  KillServer();
+  ShowFiles files;
+  files.AddSong("1", "Waltz", 300);
+  const Ended devices = Orbel({"devices"});
+  EXPECT_THAT(devices.out, HasSubstr("play would use null: no sound system answers. It would look for JACK, "
+                                     "PulseAudio and ALSA every second."));
+  OrbelInATerminal orbel({"play", files.Show()});
+  ASSERT_TRUE(orbel.Shows("no audio: null device. No JACK server \"nobody_is_called_so\" answers."));
+  orbel.Type("p");
+  ASSERT_TRUE(orbel.Shows("recovering"));
+  StartServer();
+  ASSERT_TRUE(orbel.Shows("sound again: PulseAudio"));
+  orbel.Type("qq");
+  EXPECT_EQ(orbel.WaitForEnd(), 0);
+}
+
 TEST_F(Desktop, WhileAnOutputIsLookedForItIsSaidWhatIsMissing) {
   ShowFiles files;
   files.AddSong("1", "Waltz", 300);

@@ -233,31 +233,52 @@ TEST(JackInRealTime, WhatArrivesIsTheSongAndWhatIsLostIsReported) {
       late[0], late[1], late[2]);
 }
 
+constexpr double kVampSeconds = 3.0;
+
+// The pass that the program shows from now on.
+long long PassShown(OrbelInATerminal* orbel) {
+  const std::string before = " vamp back to 2.1 (pass ";
+  if (!orbel->Shows(before)) return -1;
+  const std::string& screen = orbel->GetScreen();
+  return std::atoll(screen.c_str() + screen.rfind(before) + before.size());
+}
+
+// Where in the show what a recorder hears is, less what the clock says, in seconds: the same as long as
+// nothing is lost. Every pass of a vamp on the bars 2 to 4 counts.
+double PlaceInTime(OrbelInATerminal* orbel, const JackRecorder& recorder) {
+  // Of many periods the one that came least late: the machine holds up all who record.
+  double least = -1e9;
+  JackRecorder::Newest newest;
+  long long number = -1;
+  const std::size_t end = recorder.GetCount() + 10'000;
+  const bool isThere = Await([&] {
+    newest = recorder.GetNewest();
+    if (newest.count < 2'000) return false;
+    number = NumberOf(recorder.GetFrames()[newest.count - 1]);
+    if (number < 0) return false;
+    const double here = static_cast<double>(number) / kRate - newest.seconds;
+    least = least < -1e8 ? here : std::max(least, least + std::remainder(here - least, kVampSeconds));
+    // In the middle, far from where a pass ends: the program shows the one that is heard.
+    return newest.count > end && number > Bar(3) && number < Bar(3) + kRate / 2;
+  });
+  if (!isThere) return -1e9;
+  const double passes = kVampSeconds * static_cast<double>(PassShown(orbel) - 1);
+  const double here = static_cast<double>(number) / kRate + passes - newest.seconds;
+  return here + std::remainder(least - here, kVampSeconds);
+}
+
 TEST(JackLoss, BehindEveryRestartTheShowIsWhereTheStageIs) {
   ShowFiles files;
-  WriteShow(&files);
+  files.AddSong("1", "Waltz", 8,
+                "[[vamp]]\nfrom = \"2\"\nto = \"5\"\n[[cut]]\nfrom = \"6\"\nto = \"7\"\n[[caesura]]\nat = "
+                "\"8\"\n");
+  WriteWav(files.At("data/1 Waltz.obd"), FramesFromZero(8LL * kRate), kRate);
   const std::string name = JackServer::NewName();
   const JackServer::Shape shape{.rateHz = kRate, .periodFrames = 256, .outputs = 2};
   auto server = std::make_unique<JackServer>(shape, name);
   OrbelInATerminal orbel({"play", files.Show(), "--output", "jack", "--device", name, "--connect",
                           "recorder:in_1", "--crossfade", "0", "--fade", "0"});
   ASSERT_TRUE(orbel.Shows("stopped"));
-
-  // Where in the bar of the vamp the sound is, less what the clock says: the same as long as nothing is lost.
-  const auto phase = [&](const JackRecorder& recorder) {
-    // Of many periods the one that came least late: the machine holds up all who record.
-    double least = -1e9;
-    const std::size_t end = recorder.GetCount() + 10'000;
-    const bool sounds = Await([&] {
-      const JackRecorder::Newest newest = recorder.GetNewest();
-      if (newest.count < 2'000) return false;
-      const long long number = NumberOf(recorder.GetFrames()[newest.count - 1]);
-      const double here = static_cast<double>(number) / kRate - newest.seconds;
-      least = least < -1e8 ? here : std::max(least, least + std::remainder(here - least, 1.0));
-      return newest.count > end;
-    });
-    return sounds ? least : -1.0;
-  };
   // A server that is held up plays on later than the clock, so what is lost is counted across each outage
   // alone.
   double before = 0.0;
@@ -265,8 +286,8 @@ TEST(JackLoss, BehindEveryRestartTheShowIsWhereTheStageIs) {
   {
     JackRecorder recorder(name, 50'000'000);
     orbel.Type("p");
-    ASSERT_TRUE(Await([&] { return recorder.GetCount() > kRate + 10'000; })) << "in the vamp";
-    before = phase(recorder);
+    ASSERT_TRUE(orbel.Shows("(pass 2)"));
+    before = PlaceInTime(&orbel, recorder);
   }
   const char* const rounds = std::getenv("ORBEL_RESTARTS");
   const int count = rounds != nullptr ? std::atoi(rounds) : 3;
@@ -283,18 +304,17 @@ TEST(JackLoss, BehindEveryRestartTheShowIsWhereTheStageIs) {
     }
     JackRecorder recorder(name, 50'000'000);
     ASSERT_TRUE(orbel.Shows("sound again")) << "round " << round;
-    const double now = phase(recorder);
-    // Bars of one second: a whole number of them apart.
-    const double off = std::remainder(now - before, 1.0);
+    // The same bar of the same pass.
+    const double off = PlaceInTime(&orbel, recorder) - before;
     EXPECT_LT(std::fabs(off), 0.25) << "round " << round;
     total += off;
     std::printf("round %d: off by %.1f ms, by %.1f ms in all\n", round, off * 1000.0, total * 1000.0);
     EXPECT_THAT(orbel.GetScreen(), HasSubstr("playing"));
-    before = phase(recorder);
+    before = PlaceInTime(&orbel, recorder);
   }
   orbel.Type(" ");
-  ASSERT_TRUE(orbel.Shows("waiting at a caesura")) << "behind vamp, repeat and cut";
-  orbel.Type("q");
+  ASSERT_TRUE(orbel.Shows("waiting at a caesura")) << "behind vamp and cut";
+  orbel.Type("qq");
   EXPECT_EQ(orbel.WaitForEnd(), 0);
 }
 
@@ -508,6 +528,136 @@ TEST(JackLoss, WithoutAServerItStartsAndSoundsWhenThereIsOne) {
   EXPECT_EQ(orbel.WaitForEnd(), 0);
 }
 
+TEST(JackLoss, WithoutASoundSystemTheFirstThatComesIsTaken) {
+  ShowFiles files;
+  WriteShow(&files);
+  const std::string name = JackServer::NewName();
+  OrbelInATerminal orbel({"play", files.Show(), "--device", name, "--connect", "recorder:in_1"});
+  ASSERT_TRUE(orbel.Shows("no audio: null device. No JACK server \"" + name + "\" answers."));
+  orbel.Type("p");
+  ASSERT_TRUE(orbel.Shows("recovering"));
+  JackServer server({}, name);
+  const JackRecorder recorder(name, 50'000'000);
+  ASSERT_TRUE(orbel.Shows("sound again: JACK server"));
+  EXPECT_TRUE(Await([&] { return recorder.GetCount() > 1'000; }));
+  orbel.Type("qq");
+  EXPECT_EQ(orbel.WaitForEnd(), 0);
+}
+
+// How far what a recorder hears is ahead of the clock, in seconds: of many periods the one that came least
+// late.
+double AheadOf(const JackRecorder& recorder) {
+  double most = -1e9;
+  const std::size_t end = recorder.GetCount() + 2 * kRate;
+  const bool sounds = Await([&] {
+    const JackRecorder::Newest newest = recorder.GetNewest();
+    if (newest.count < 2'000) return false;
+    const long long number = NumberOf(recorder.GetFrames()[newest.count - 1]);
+    if (number >= 0) most = std::max(most, static_cast<double>(number) / kRate - newest.seconds);
+    return newest.count > end;
+  });
+  return sounds ? most : -1e9;
+}
+
+// With 256 frames a period a frame sounds 512 later, with 2048 that is 4096: 75 ms more.
+TEST(JackLoss, AServerThatComesBackWithAnotherLatencyIsHeardWhereTheShowIs) {
+  ShowFiles files;
+  files.AddSong("1", "Waltz", 300);
+  WriteWav(files.At("data/1 Waltz.obd"), FramesFromZero(300LL * kRate), kRate);
+  const std::string name = JackServer::NewName();
+  auto server = std::make_unique<JackServer>(JackServer::Shape{.rateHz = kRate, .periodFrames = 256}, name);
+  OrbelInATerminal orbel({"play", files.Show(), "--output", "jack", "--device", name, "--connect",
+                          "recorder:in_1", "--connect", "system:playback_1", "--crossfade", "0", "--fade",
+                          "0"});
+  ASSERT_TRUE(orbel.Shows("stopped"));
+  double before = 0.0;
+  {
+    const JackRecorder recorder(name, 20'000'000);
+    orbel.Type("p");
+    before = AheadOf(recorder);
+  }
+  for (const unsigned period : {2048U, 256U}) {
+    server->End(SIGKILL);
+    ASSERT_TRUE(orbel.Shows("recovering"));
+    server = std::make_unique<JackServer>(JackServer::Shape{.rateHz = kRate, .periodFrames = period}, name);
+    const JackRecorder recorder(name, 20'000'000);
+    ASSERT_TRUE(orbel.Shows("sound again")) << orbel.GetScreen();
+    const double after = AheadOf(recorder);
+    // A recorder has the whole period when it begins, the last frame of which is as much later.
+    const double earlier = (2.0 + 1.0) * (period - 256.0) / kRate;
+    std::printf("%u frames a period: taken %.1f ms earlier than at first; %.1f would be right\n", period,
+                (after - before) * 1000.0, earlier * 1000.0);
+    EXPECT_NEAR(after - before, earlier, 0.03);
+  }
+  orbel.Type("qq");
+  EXPECT_EQ(orbel.WaitForEnd(), 0);
+}
+
+// 1024 frames a period: 2048 of them had been taken and had not sounded.
+TEST(JackLoss, PolicyHoldGoesOnWithWhatTheServerHadTakenAndNotPlayed) {
+  ShowFiles files;
+  files.AddSong("1", "Waltz", 300);
+  WriteWav(files.At("data/1 Waltz.obd"), FramesFromZero(300LL * kRate), kRate);
+  const std::string name = JackServer::NewName();
+  const JackServer::Shape shape{.rateHz = kRate, .periodFrames = 1024};
+  auto server = std::make_unique<JackServer>(shape, name);
+  OrbelInATerminal orbel({"play", files.Show(), "--output", "jack", "--device", name, "--connect",
+                          "recorder:in_1", "--connect", "system:playback_1", "--crossfade", "0", "--fade",
+                          "0", "--on-device-loss", "hold"});
+  ASSERT_TRUE(orbel.Shows("stopped"));
+  long long last = -1;
+  {
+    const JackRecorder recorder(name, 20'000'000);
+    ASSERT_TRUE(Await([&] { return !recorder.GetSources().empty(); }));
+    orbel.Type("p");
+    ASSERT_TRUE(Await([&] { return recorder.GetCount() > kRate; }));
+    server->End(SIGKILL);
+    ASSERT_TRUE(orbel.Shows("Playback is held until you press p"));
+    last = NumberOf(recorder.GetFrames().back());
+  }
+  server = std::make_unique<JackServer>(shape, name);
+  const JackRecorder recorder(name, 20'000'000);
+  ASSERT_TRUE(orbel.Shows("sound again"));
+  ASSERT_TRUE(Await([&] { return !recorder.GetSources().empty(); }));
+  EXPECT_EQ(recorder.GetCount(), 0U);
+  // The device fades in, which nobody can see from outside.
+  std::this_thread::sleep_for(std::chrono::milliseconds(300));
+  orbel.Type("p");
+  ASSERT_TRUE(Await([&] { return recorder.GetCount() > 10'000; }));
+  const long long first = NumberOf(recorder.GetFrames().front());
+  // The recorder may have missed the very last period.
+  EXPECT_GE(first, last + 1 - 2048);
+  EXPECT_LE(first, last + 1 - 1024);
+  orbel.Type("qq");
+  EXPECT_EQ(orbel.WaitForEnd(), 0);
+}
+
+TEST(JackLoss, WhatTheLibrarySaysIsShownOnceWhereItIsAskedFor) {
+  ShowFiles files;
+  files.AddSong("1", "Waltz", 300);
+  for (const bool verbose : {true, false}) {
+    JackServer server;
+    std::vector<std::string> words{"play", files.Show(), "--output", "jack", "--device", server.GetName()};
+    if (verbose) words.emplace_back("--verbose");
+    OrbelInATerminal orbel(words);
+    ASSERT_TRUE(orbel.Shows("stopped"));
+    server.End(SIGKILL);
+    ASSERT_TRUE(orbel.Shows("no audio: null device"));
+    if (verbose) {
+      // On lines of their own.
+      ASSERT_TRUE(orbel.Shows("\r\x1b[JJACK: ")) << orbel.GetScreen();
+    }
+    ASSERT_TRUE(orbel.Shows("still no audio."));
+    ASSERT_TRUE(orbel.Shows("stopped"));
+    orbel.Type("q");
+    orbel.WaitForEnd();
+    const std::string screen = orbel.GetScreen();
+    const std::string line = "Cannot connect to server socket";
+    EXPECT_EQ(screen.find(line) != std::string::npos, verbose) << screen;
+    EXPECT_EQ(screen.find(line), screen.rfind(line)) << "the search says it every second";
+  }
+}
+
 TEST(JackLoss, ADeviceThatStaysAwayIsTheStatusSix) {
   ShowFiles files;
   files.AddSong("1", "Waltz", 1);
@@ -530,9 +680,14 @@ TEST(JackLoss, PolicyEndEndsAndPolicyHoldHolds) {
     if (policy == "hold") {
       ASSERT_TRUE(orbel.Shows("Playback is held until you press p; a device is looked for every second."));
       ASSERT_TRUE(orbel.Shows("paused"));
+      orbel.Type("q");
+      ASSERT_TRUE(orbel.Shows("paused (no sound): q once more ends it"));
       orbel.Type("p");
       ASSERT_TRUE(orbel.Shows("recovering")) << "what the performer decides is done";
-      orbel.Type("qq");
+      std::this_thread::sleep_for(std::chrono::seconds(6));
+      orbel.Type("q");
+      ASSERT_TRUE(orbel.Shows("playing: q once more ends it")) << "also while nobody hears it";
+      orbel.Type("q");
     } else {
       ASSERT_TRUE(orbel.Shows("Playback ends, as --on-device-loss asks."));
     }
@@ -613,7 +768,9 @@ TEST(JackOutputs, WhileNobodyHearsItItIsSaidAndNothingSaysThatItPlays) {
     }
     ASSERT_TRUE(orbel.Shows(unheard));
     ASSERT_TRUE(orbel.Shows("unheard"));
-    orbel.Type("qq");
+    orbel.Type("q");
+    ASSERT_TRUE(orbel.Shows("playing: q once more ends it"));
+    orbel.Type("q");
     EXPECT_EQ(orbel.WaitForEnd(), 0);
   }
   RunningOrbel run({"play", files.Show(), "--output", "jack", "--device", server.GetName(), "--connect",

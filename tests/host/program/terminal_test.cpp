@@ -39,6 +39,21 @@ TEST(Terminal, NothingPlaysBeforeGoAndTheKeysDriveTheShow) {
   EXPECT_TRUE(orbel.IsAsBefore());
 }
 
+TEST(Terminal, ThePassOfAVampIsShownFromTheSecondOn) {
+  ShowFiles files;
+  files.AddSong("1", "Waltz", 60, "[[vamp]]\nfrom = \"2\"\nto = \"3\"\n");
+  OrbelInATerminal orbel({"play", files.Show(), "--output", "null"});
+  EXPECT_TRUE(orbel.Shows("stopped   next: 3.1 vamp back to 2.1\r\n"));
+  orbel.Type("p");
+  EXPECT_TRUE(orbel.Shows("playing   next: 3.1 vamp back to 2.1\r\n"));
+  EXPECT_TRUE(orbel.Shows("playing   next: 3.1 vamp back to 2.1 (pass 2)\r\n"));
+  EXPECT_TRUE(orbel.Shows("playing   next: 3.1 vamp back to 2.1 (pass 3)\r\n"));
+  orbel.Type("s");
+  EXPECT_TRUE(orbel.Shows("stopped   next: 3.1 vamp back to 2.1\r\n"));
+  orbel.Type("q");
+  EXPECT_EQ(orbel.WaitForEnd(), 0);
+}
+
 TEST(Terminal, TempoAndKeyAreTheKeysToo) {
   ShowFiles files;
   files.AddSong("1", "Waltz", 60);
@@ -104,6 +119,28 @@ TEST(Terminal, QuittingWhilePlayingTakesASecondTime) {
   orbel.Type("\x03");  // Ctrl-C counts as the second time as well
   EXPECT_EQ(orbel.WaitForEnd(), 0);
   EXPECT_TRUE(orbel.IsAsBefore());
+}
+
+TEST(Terminal, QuittingWhereASongGoesOnFromTakesASecondTimeToo) {
+  ShowFiles files;
+  files.AddSong("1", "Waltz", 60, "[[caesura]]\nat = \"1.3\"\n");
+  for (const bool pauses : {false, true}) {
+    OrbelInATerminal orbel({"play", files.Show(), "--output", "null"});
+    EXPECT_TRUE(orbel.Shows("stopped"));
+    orbel.Type("p");
+    EXPECT_TRUE(orbel.Shows("waiting at a caesura"));
+    if (pauses) {
+      orbel.Type(" ");
+      EXPECT_TRUE(orbel.Shows("playing"));
+      orbel.Type("p");
+      EXPECT_TRUE(orbel.Shows("paused"));
+    }
+    orbel.Type("q");
+    EXPECT_TRUE(
+        orbel.Shows(pauses ? "paused: q once more ends it" : "waiting at a caesura: q once more ends it"));
+    orbel.Type("q");
+    EXPECT_EQ(orbel.WaitForEnd(), 0);
+  }
 }
 
 TEST(Terminal, KeysThatWouldHoldTheProgramDoNothing) {

@@ -8,6 +8,7 @@
 #include <thread>
 
 #include "exc/console/cout_buffer.h"
+#include "suite/core/log_sink.h"
 
 namespace orbel::host {
 namespace {
@@ -22,6 +23,7 @@ class ConsoleLines : public testing::Test {
   ~ConsoleLines() override {
     std::cout.rdbuf(before_);
     std::cerr.rdbuf(errorBefore_);
+    tesk_log::SetSink({});
   }
 
   std::streambuf* const before_;
@@ -33,6 +35,14 @@ TEST_F(ConsoleLines, AreMessagesAndNoResults) {
   EXPECT_EQ(Results().rdbuf(), before_) << "results go where standard output went";
   exc::CoutBuffer() << "WARNING: something" << exc::EndlT();
   EXPECT_THAT(error_.str(), testing::HasSubstr("WARNING: something\n"));
+}
+
+TEST_F(ConsoleLines, AreWhatGoesIntoTheLogToo) {
+  tesk_log::WriteLine("ERROR: something");
+  EXPECT_THAT(error_.str(), testing::HasSubstr("ERROR: something\n"));
+  HeldConsoleLines held;
+  tesk_log::WriteLine("ERROR: in the middle of a performance");
+  EXPECT_THAT(held.Take(), ElementsAre("ERROR: in the middle of a performance"));
 }
 
 TEST_F(ConsoleLines, AreKeptWholeWhileHeld) {
