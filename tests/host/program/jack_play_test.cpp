@@ -684,6 +684,7 @@ TEST(JackLoss, PolicyEndEndsAndPolicyHoldHolds) {
       ASSERT_TRUE(orbel.Shows("paused (no sound): q once more ends it"));
       orbel.Type("p");
       ASSERT_TRUE(orbel.Shows("recovering")) << "what the performer decides is done";
+      // By then the first time has been forgotten.
       std::this_thread::sleep_for(std::chrono::seconds(6));
       orbel.Type("q");
       ASSERT_TRUE(orbel.Shows("playing: q once more ends it")) << "also while nobody hears it";
