@@ -11,6 +11,11 @@ import sys
 PLACES = ["InTheMiddle", "NearTheEnd", "AtRandom"]
 DIRECTIONS = [("samples to ticks", "SamplesToTicks", "SecondsToTicks"),
               ("ticks to samples", "TicksToSamples", "TicksToSeconds")]
+# Without a peer.
+ALONE = [("rounded to ticks", "SamplesToTicksRounded", "AtRandom"),
+         ("samples to ticks", "SamplesToTicks", "WhilePlaying"),
+         ("ticks to samples", "TicksToSamples", "WhilePlaying"),
+         ("eight of them", "Eight", "WhilePlaying")]
 TEMPOS = [1, 10, 100, 1000, 10000]
 
 
@@ -47,11 +52,10 @@ def main():
                 peer = found.get(f"SmfLibrary/{theirs}{place}/{tempos}")
                 beside = f"{nanoseconds(peer)} {peer / fresh:14.2f}" if peer else "  not installed"
                 print(f"{words:18} {place:12} {tempos:7} {nanoseconds(fresh)} {nanoseconds(used)} {beside}")
-    for words, name in [("samples to ticks", "SamplesToTicksWhilePlaying"), ("ticks to samples", "TicksToSamplesWhilePlaying"),
-                        ("eight of them", "EightWhilePlaying")]:
+    for words, name, place in ALONE:
         for tempos in TEMPOS:
-            fresh, used = (found[f"Lookup/{name}/tempos:{tempos}/used_heap:{heap}"] for heap in (0, 1))
-            print(f"{words:18} {'WhilePlaying':12} {tempos:7} {nanoseconds(fresh)} {nanoseconds(used)}")
+            fresh, used = (found[f"Lookup/{name}{place}/tempos:{tempos}/used_heap:{heap}"] for heap in (0, 1))
+            print(f"{words:18} {place:12} {tempos:7} {nanoseconds(fresh)} {nanoseconds(used)}")
 
 
 if __name__ == "__main__":
