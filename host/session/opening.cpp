@@ -46,8 +46,8 @@ Session::Session(const std::string& showPath, const std::string& song, OutputKin
     : folder_(showPath), kind_(kind), choice_(choice), say_(std::move(say)) {
   ChooseFormat_(song);
   {
-    const std::vector<std::string> songs = SongsDecodedWith_("");
-    const LongWait wait(say_, songs.empty() ? "" : LoadingText(songs.back()));
+    const std::string first = FirstSongBut_({});
+    const LongWait wait(say_, first.empty() ? "" : LoadingText(first));
     BuildWithoutBrokenSongs_();
   }
   for (const std::string& number : folder_.GetData().GetRunningOrder()) {
@@ -122,8 +122,7 @@ void Session::Build_() {
 }
 
 void Session::BuildOnce_() {
-  const std::vector<std::string> songs = SongsDecodedWith_("");
-  const std::string first = songs.empty() ? "" : songs.back();
+  const std::string first = FirstSongBut_({});
   const AtSong atSong(first, first.empty() ? "" : "data/" + folder_.GetAudioFiles().at(first));
   player_ = nullptr;
   wrapper_.reset();

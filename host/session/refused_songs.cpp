@@ -1,5 +1,6 @@
 // Songs for which the system grants no thread to decode them on.
 #include <algorithm>
+#include <iterator>
 #include <memory>
 
 #include "Sources/file_loader/file_loader_thread.h"
@@ -29,18 +30,14 @@ bool IsGrantedALoader(const std::string& song) {
 // songs alone, `attempt` succeeds without them. False when that does not help: nobody is granted a thread, or
 // it was not a song's.
 bool Session::DoWithoutRefusedSongs_(const std::string& current, const std::function<void()>& attempt) {
-  const std::set<std::string> refused = TakeOutRefusedSongs_(current);
-  const auto putBack = [&] {
-    for (const std::string& song : refused) leftOut_.erase(song);
-  };
-  if (refused.empty() || PlayableSongs_().empty()) {
-    putBack();
-    return false;
-  }
+  const std::set<std::string> refused = FindRefusedSongs_(current);
+  if (refused.empty() || refused.size() == PlayableSongs_().size()) return false;
+  const std::set<std::string> before = leftOut_;
+  leftOut_.insert(refused.begin(), refused.end());
   try {
     attempt();
   } catch (const std::exception& error) {
-    putBack();
+    leftOut_ = before;
     if (!IsRefusalOfTheMoment(error)) throw;
     return false;
   }
@@ -52,50 +49,42 @@ bool Session::DoWithoutRefusedSongs_(const std::string& current, const std::func
   return true;
 }
 
-// Once a song is left out another stands in its place beside the current one, and may be refused as well.
-std::set<std::string> Session::TakeOutRefusedSongs_(const std::string& current) {
-  std::set<std::string> refused;
+// A fresh player decodes its first song and those beside it, and is then brought to `current`, or to the one
+// behind it when that is refused. Where a song is left out another stands in its place, and may be refused as
+// well.
+std::set<std::string> Session::FindRefusedSongs_(const std::string& current) const {
+  const std::vector<std::string> order = PlayableSongs_();
   std::set<std::string> granted;
-  for (bool isAnyNew = true; isAnyNew;) {
-    isAnyNew = false;
-    for (const std::string& song : SongsDecodedOnTheWayTo_(current)) {
-      if (granted.contains(song) || refused.contains(song)) continue;
-      isAnyNew = true;
-      const bool isGranted = IsGrantedALoader(song);
-      (isGranted ? granted : refused).insert(song);
-      if (!isGranted) leftOut_.insert(song);
-    }
-  }
+  std::set<std::string> refused;
+  const auto isLeft = [&](const std::string& song) { return !refused.contains(song); };
+  const auto ask = [&](const std::string& song) {
+    if (granted.contains(song) || refused.contains(song)) return;
+    (IsGrantedALoader(song) ? granted : refused).insert(song);
+  };
+  const auto askAround = [&](std::vector<std::string>::const_iterator at) {
+    if (at == order.end()) return;
+    const auto next = std::find_if(at + 1, order.end(), isLeft);
+    const auto previous = std::find_if(std::make_reverse_iterator(at), order.rend(), isLeft);
+    ask(*at);
+    if (next != order.end()) ask(*next);
+    if (previous != order.rend()) ask(*previous);
+  };
+  const auto wanted = std::find(order.begin(), order.end(), current);
+  std::size_t known = 0;
+  do {
+    known = refused.size();
+    askAround(std::find(order.begin(), order.end(), FirstSongBut_(refused)));
+    askAround(std::find_if(wanted, order.end(), isLeft));
+  } while (refused.size() > known);
   return refused;
 }
 
-// A fresh player begins with the first song and is then brought to `song`, or to the one behind it when that
-// is left out; it stays at the first when `song` is empty.
-std::vector<std::string> Session::SongsDecodedOnTheWayTo_(const std::string& song) const {
-  std::vector<std::string> songs = SongsDecodedWith_("");
-  const std::vector<std::string>& order = folder_.GetData().GetRunningOrder();
-  const auto target = std::find_if(std::find(order.begin(), order.end(), song), order.end(),
-                                   [this](const std::string& number) { return CanBePlayed_(number); });
-  if (target == order.end()) return songs;
-  const std::vector<std::string> there = SongsDecodedWith_(*target);
-  songs.insert(songs.end(), there.begin(), there.end());
-  return songs;
-}
-
-// `current`, or the song with which a player begins when it is empty, behind those around it.
-std::vector<std::string> Session::SongsDecodedWith_(const std::string& current) const {
-  const std::vector<std::string> playable = PlayableSongs_();
-  std::string first = current;
+// With which a player begins; empty when there is none.
+std::string Session::FirstSongBut_(const std::set<std::string>& refused) const {
   for (const auto& [number, file] : folder_.GetAudioFiles()) {
-    if (first.empty() && CanBePlayed_(number)) first = number;
+    if (!refused.contains(number) && CanBePlayed_(number)) return number;
   }
-  const auto at = std::find(playable.begin(), playable.end(), first);
-  std::vector<std::string> songs;
-  if (at == playable.end()) return songs;
-  if (at + 1 != playable.end()) songs.push_back(*(at + 1));
-  if (at != playable.begin()) songs.push_back(*(at - 1));
-  songs.push_back(*at);
-  return songs;
+  return "";
 }
 
 }  // namespace orbel::host

@@ -111,9 +111,8 @@ class Session {
 
   // ---- refused_songs.cpp -----------------------------------------------------------------------
   bool DoWithoutRefusedSongs_(const std::string& current, const std::function<void()>& attempt);
-  std::set<std::string> TakeOutRefusedSongs_(const std::string& current);
-  std::vector<std::string> SongsDecodedOnTheWayTo_(const std::string& song) const;
-  std::vector<std::string> SongsDecodedWith_(const std::string& current) const;
+  std::set<std::string> FindRefusedSongs_(const std::string& current) const;
+  std::string FirstSongBut_(const std::set<std::string>& refused) const;
 
   // ---- commands.cpp ----------------------------------------------------------------------------
   std::string Go_();
