@@ -1,7 +1,9 @@
 #include "reference_suite/audio/decode/vorbis_decoder.h"
 
 #include <algorithm>
+#include <cerrno>
 #include <cmath>
+#include <cstdio>
 
 #include "reference_suite/audio/decode/ogg_scan.h"
 
@@ -13,31 +15,43 @@ constexpr int kFramesAtATime = 4096;
 // A position that leaps further than this is nonsense, not a lost page.
 constexpr double kLongestGapSeconds = 600.0;
 
-AudioFile& FileOf(void* source) {
-  return *static_cast<AudioFile*>(source);
+// Opening a chain of the shortest streams reads a file ten times.
+constexpr long long kReadsOfAFile = 32;
+constexpr long long kBytesOfAnyFile = 1 << 20;
+
+}  // namespace
+
+std::size_t VorbisDecoder::ReadCallback_(void* buffer, std::size_t size, std::size_t count, void* self) {
+  auto* const decoder = static_cast<VorbisDecoder*>(self);
+  if (size == 0) return 0;
+  if (decoder->bytesGranted_ <= 0) {
+    errno = EIO;
+    return 0;
+  }
+  decoder->bytesGranted_ -= static_cast<long long>(size * count);
+  return decoder->file_.Read(buffer, size * count) / size;
 }
 
-std::size_t ReadCallback(void* buffer, std::size_t size, std::size_t count, void* source) {
-  return size == 0 ? 0 : FileOf(source).Read(buffer, size * count) / size;
-}
-
-int SeekCallback(void* source, ogg_int64_t offset, int whence) {
-  AudioFile& file = FileOf(source);
+int VorbisDecoder::SeekCallback_(void* self, ogg_int64_t offset, int whence) {
+  AudioFile& file = static_cast<VorbisDecoder*>(self)->file_;
   if (whence == SEEK_CUR) offset += file.Tell();
   if (whence == SEEK_END) offset += file.Size();
   return file.Seek(offset) ? 0 : -1;
 }
 
-long TellCallback(void* source) {
-  return static_cast<long>(FileOf(source).Tell());
+long VorbisDecoder::TellCallback_(void* self) {
+  return static_cast<long>(static_cast<VorbisDecoder*>(self)->file_.Tell());
 }
 
-}  // namespace
+void VorbisDecoder::GrantReads_() {
+  bytesGranted_ = kReadsOfAFile * file_.Size() + kBytesOfAnyFile;
+}
 
 VorbisDecoder::VorbisDecoder(AudioFile& file) : file_(file) {
   file_.Seek(0);
-  const ov_callbacks callbacks{ReadCallback, SeekCallback, nullptr, TellCallback};
-  if (ov_open_callbacks(&file_, &stream_, nullptr, 0, callbacks) != 0) {
+  const ov_callbacks callbacks{ReadCallback_, SeekCallback_, nullptr, TellCallback_};
+  GrantReads_();
+  if (ov_open_callbacks(this, &stream_, nullptr, 0, callbacks) != 0) {
     file_.ThrowIfReadFailed();
     ThrowUndecodable(true, file_.Name() +
                                ": the Ogg Vorbis stream cannot be decoded: its headers are damaged or "
@@ -119,6 +133,7 @@ std::size_t VorbisDecoder::Read(float* frames, std::size_t count) {
 
 bool VorbisDecoder::DecodeSome_(std::size_t most, Piece* piece) {
   int link = 0;
+  GrantReads_();
   const long got = ov_read_float(&stream_, &piece->channels, static_cast<int>(most), &link);
   odd_ = odd_ || got < 0;
   if (got == OV_HOLE) {
@@ -184,6 +199,7 @@ bool VorbisDecoder::CanBeShared() const {
 
 bool VorbisDecoder::BeginAt(long long frame) {
   lastTell_ = frame;
+  GrantReads_();
   return CanBeShared() && ov_pcm_seek(&stream_, frame) == 0 && ov_pcm_tell(&stream_) == frame;
 }
 

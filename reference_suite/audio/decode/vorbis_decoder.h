@@ -38,6 +38,11 @@ class VorbisDecoder : public AudioDecoder {
     std::size_t frames = 0;
   };
 
+  static std::size_t ReadCallback_(void* buffer, std::size_t size, std::size_t count, void* self);
+  static int SeekCallback_(void* self, ogg_int64_t offset, int whence);
+  static long TellCallback_(void* self);
+  // Before every step of the library.
+  void GrantReads_();
   void RequireOneFormat_();
   // One step of the library, at most `most` frames; what a gap before them needs goes into queue_. False at
   // the end.
@@ -49,6 +54,9 @@ class VorbisDecoder : public AudioDecoder {
   std::size_t QueuedFrames_() const { return queue_.size() / format_.channels; }
 
   AudioFile& file_;
+  // The library looks for a page for ever where a file has changed under it since it saw one there; what it
+  // reads beyond this fails.
+  long long bytesGranted_ = 0;
   OggVorbis_File stream_{};
   DecodedFormat format_;
   std::vector<std::string> warnings_;

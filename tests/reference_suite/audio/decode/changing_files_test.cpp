@@ -4,6 +4,7 @@
 
 #include <filesystem>
 
+#include "suite/audio/errors.h"
 #include "tests/reference_suite/audio/support/decoded.h"
 #include "tests/reference_suite/audio/support/file_calls.h"
 #include "tests/reference_suite/audio/support/sound_files.h"
@@ -54,12 +55,33 @@ TEST_P(ChangingFiles, CutOffItPlaysWhatWasThereAndSaysHowMuch) {
   const auto content = Decode(path_);
   EXPECT_GT(content->GetSampleCount(), kFrames / 4);
   EXPECT_LT(content->GetSampleCount(), kFrames);
-  EXPECT_EQ(console.Text(), "WARNING: " + path_ + ": only " + std::to_string(content->GetSampleCount()) +
-                                " of 500000 frames could be decoded.\n");
+  // Of Ogg the end is looked for first, and the length is that of what is left.
+  const bool isOgg = GetParam() == (SF_FORMAT_OGG | SF_FORMAT_VORBIS);
+  const std::string words =
+      isOgg ? "the Ogg stream has no end: the file was cut off"
+            : "only " + std::to_string(content->GetSampleCount()) + " of 500000 frames could be decoded";
+  EXPECT_EQ(console.Text(), "WARNING: " + path_ + ": " + words + ".\n");
+}
+
+// Where the library has seen a page it looks for one until it finds it, had it not been told to stop.
+TEST_P(ChangingFiles, OverwrittenOrEmptiedItPlaysOrIsRefusedInWords) {
+  const std::string song = sound_files::Bytes(path_);
+  for (const std::size_t left : {song.size(), std::size_t{0}}) {
+    sound_files::WriteBytes(path_, song);
+    file_calls::happens = [&] { sound_files::WriteBytes(path_, std::string(left, '\xA5')); };
+    const test_support::CoutCapture console;
+    try {
+      EXPECT_GT(Decode(path_)->GetSampleCount(), 0U);
+      EXPECT_NE(GetParam(), SF_FORMAT_OGG | SF_FORMAT_VORBIS) << "its end is looked at while it is opened";
+    } catch (const tesk_audio::TESKAudioError& error) {
+      EXPECT_EQ(std::string(error.what()).find(path_ + ": the "), 0U) << error.what();
+    }
+    EXPECT_FALSE(file_calls::happens) << "while it was read";
+  }
 }
 
 INSTANTIATE_TEST_SUITE_P(Formats, ChangingFiles,
-                         testing::Values(SF_FORMAT_WAV | SF_FORMAT_PCM_16,
-                                         SF_FORMAT_FLAC | SF_FORMAT_PCM_16));
+                         testing::Values(SF_FORMAT_WAV | SF_FORMAT_PCM_16, SF_FORMAT_FLAC | SF_FORMAT_PCM_16,
+                                         SF_FORMAT_OGG | SF_FORMAT_VORBIS));
 
 }  // namespace

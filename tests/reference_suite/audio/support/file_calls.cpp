@@ -14,22 +14,28 @@ namespace file_calls {
 
 namespace {
 constexpr long long kNever = std::numeric_limits<long long>::max();
-}
+constexpr int kAlways = std::numeric_limits<int>::max();
+}  // namespace
 
 long long failReadsFrom = kNever;
 long long failReadsTo = kNever;
-int interruptedReads = 0;
-int readCount = 0;
+std::atomic<int> failuresLeft{kAlways};
+std::atomic<int> interruptedReads{0};
+std::atomic<int> readCount{0};
 std::function<void()> happens;
 long long happensBehind = kNever;
+int happensAtRead = kAlways;
 bool pathsAreRegularFiles = false;
 
 void Reset() {
   failReadsFrom = kNever;
   failReadsTo = kNever;
+  failuresLeft = kAlways;
   interruptedReads = 0;
   happens = {};
   happensBehind = kNever;
+  happensAtRead = kAlways;
+  readCount = 0;
   pathsAreRegularFiles = false;
 }
 
@@ -38,20 +44,20 @@ void Reset() {
 extern "C" {
 
 ssize_t pread(int descriptor, void* bytes, size_t count, off_t offset) {
-  ++file_calls::readCount;
-  if (file_calls::interruptedReads > 0) {
-    --file_calls::interruptedReads;
+  const int number = ++file_calls::readCount;
+  if (file_calls::interruptedReads > 0 && file_calls::interruptedReads-- > 0) {
     errno = EINTR;
     return -1;
   }
   {
     static std::mutex mutex;
     const std::lock_guard lock(mutex);
-    const bool isBehind = offset + static_cast<long long>(count) > file_calls::happensBehind;
+    const bool isBehind = offset + static_cast<long long>(count) > file_calls::happensBehind ||
+                          number >= file_calls::happensAtRead;
     if (file_calls::happens && isBehind) std::exchange(file_calls::happens, {})();
   }
   const long long from = file_calls::failReadsFrom;
-  if (offset >= from && offset < file_calls::failReadsTo) {
+  if (offset >= from && offset < file_calls::failReadsTo && file_calls::failuresLeft-- > 0) {
     errno = EIO;
     return -1;
   }
