@@ -8,5 +8,7 @@ namespace stress::disk {
 void SetSlowness(unsigned microseconds);
 // One read in so many fails with EIO; 0: none.
 void SetFailures(unsigned oneIn);
+// How many threads have read since this was last asked.
+unsigned TakeReaders();
 
 }  // namespace stress::disk

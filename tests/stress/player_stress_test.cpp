@@ -6,8 +6,11 @@
 #include <cstdlib>
 
 #include "reference_suite/audio/output/output_settings.h"
+#include "tests/reference_suite/audio/support/decoded.h"
+#include "tests/stress/disk_calls.h"
 #include "tests/stress/noise.h"
 #include "tests/stress/stress_life.h"
+#include "tests/support/segment_settings.h"
 
 namespace stress {
 namespace {
@@ -18,6 +21,27 @@ int CommandsInAll() {
   return wish == nullptr ? 4000 : std::atoi(wish);
 }
 
+// As songs of minutes are, on a machine with cores to spare.
+void DecodeOnSeveralThreads() {
+  test_support::decodingSettings.shortestSegmentSeconds = 4.0;
+  test_support::decodingSettings.cores = 6;
+}
+
+// Without this the stress would leave out what every song of an evening takes.
+TEST(StressShow, HasSongsThatAreDecodedOnSeveralThreads) {
+  DecodeOnSeveralThreads();
+  StressShow show;
+  show.Restore();
+  for (const unsigned song : StressShow::kLongRecordings) {
+    for (const bool byOgg : {false, true}) {
+      show.Replace(song, byOgg);
+      disk::TakeReaders();
+      Decode(show.RecordingOf(song));
+      EXPECT_EQ(disk::TakeReaders(), song == 3 ? 3U : 4U) << "the loader's, and one for each segment";
+    }
+  }
+}
+
 class PlayerStress : public testing::TestWithParam<bool> {
  protected:
   void SetUp() override {
@@ -26,6 +50,7 @@ class PlayerStress : public testing::TestWithParam<bool> {
     settings.aheadMs = 8.0;
     settings.fadeMs = 0.5;
     tesk_audio::ConfigureOutput(settings);
+    DecodeOnSeveralThreads();
   }
 };
 

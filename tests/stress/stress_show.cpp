@@ -41,6 +41,8 @@ std::vector<SongPlan> Songs() {
   songs[6].caesuras = {3 * kBeat};
   songs[6].audioStart = 240;
   songs[7].audioFrames -= 5000;  // the audio ends before the song does
+  songs[2].audioFrames = 600'000;
+  songs[4].audioFrames = 1'300'000;
   return songs;
 }
 

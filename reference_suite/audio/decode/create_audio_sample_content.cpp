@@ -5,6 +5,7 @@
 #include "reference_suite/audio/decode/content_argument.h"
 #include "reference_suite/audio/decode/decode_content.h"
 #include "reference_suite/audio/decode/decoding_places.h"
+#include "reference_suite/audio/decode/decoding_settings.h"
 #include "reference_suite/audio/decode/open_decoder.h"
 #include "reference_suite/audio/decode/out_of_memory.h"
 #include "reference_suite/audio/text/shown_path.h"
@@ -19,8 +20,10 @@ AudioSampleContent* CreateAudioSampleContent(const std::string& path, const std:
     request.rateHz = RateOfContentArgument(request.shownPath, argument);
     request.availableMemoryBytes = AvailableMemoryBytes;
     // Before the file is opened: the song that was asked for first gets the cores.
-    DecodingPlaces places(CoreCount());
+    const DecodingSettings settings = GetDecodingSettings();
+    DecodingPlaces places(settings.cores);
     request.places = &places;
+    request.shortestSegmentSeconds = settings.shortestSegmentSeconds;
     AudioFile file(path);
     request.openAgain = [&file] {
       auto again = std::make_unique<OpenedAudio>();

@@ -64,7 +64,7 @@ std::unique_ptr<MemoryContent> DecodeContent(AudioDecoder& decoder, const Decode
     decoder.Inspect();
     DecodeAll(decoder, intake, request);
   };
-  if (request.places != nullptr && IsLong(format)) {
+  if (request.places != nullptr && IsLong(format, request)) {
     RunApart(*request.places, decode);
   } else {
     decode();

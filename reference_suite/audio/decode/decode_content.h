@@ -28,6 +28,7 @@ struct DecodeRequest {
   // calling thread decodes alone.
   std::function<std::unique_ptr<OpenedAudio>()> openAgain;
   DecodingPlaces* places = nullptr;
+  double shortestSegmentSeconds = 8.0;  // what is shorter than two of them is not cut
 };
 
 // Decodes to the end. What a header promises is only ever used to refuse what cannot fit; the length is what

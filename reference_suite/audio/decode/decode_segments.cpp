@@ -13,8 +13,6 @@ namespace tesk_audio {
 
 namespace {
 
-// Shorter segments would not be worth a thread and a decoder.
-constexpr double kShortestSeconds = 8.0;
 // How much neighbours both decode: several of the longest blocks of every format.
 constexpr long long kOverlapFrames = 16384;
 constexpr long long kToTheEnd = std::numeric_limits<long long>::max();
@@ -40,9 +38,10 @@ std::vector<long long> Borders(const DecodedFormat& format, int count, long long
 int SegmentCount(const AudioDecoder& decoder, const Intake& intake, const DecodeRequest& request) {
   const DecodedFormat& format = decoder.Format();
   if (request.places == nullptr) return 1;
-  if (!request.openAgain || intake.Resamples() || !IsLong(format) || !decoder.CanBeShared()) return 1;
+  if (!request.openAgain || intake.Resamples() || !IsLong(format, request) || !decoder.CanBeShared())
+    return 1;
   const auto most = static_cast<long long>(static_cast<double>(format.frames) /
-                                           (kShortestSeconds * std::max(1.0, format.rateHz)));
+                                           (request.shortestSegmentSeconds * std::max(1.0, format.rateHz)));
   return static_cast<int>(std::min<long long>(most, request.places->Claim()));
 }
 
@@ -111,8 +110,8 @@ bool DecodeInSegments(AudioDecoder& decoder, Intake& intake, const DecodeRequest
 
 }  // namespace
 
-bool IsLong(const DecodedFormat& format) {
-  return static_cast<double>(format.frames) >= 2.0 * kShortestSeconds * format.rateHz;
+bool IsLong(const DecodedFormat& format, const DecodeRequest& request) {
+  return static_cast<double>(format.frames) >= 2.0 * request.shortestSegmentSeconds * format.rateHz;
 }
 
 void DecodeAll(AudioDecoder& decoder, Intake& intake, const DecodeRequest& request) {

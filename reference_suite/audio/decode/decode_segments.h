@@ -7,7 +7,7 @@
 namespace tesk_audio {
 
 // Whether the file is long enough for threads of its own.
-bool IsLong(const DecodedFormat& format);
+bool IsLong(const DecodedFormat& format, const DecodeRequest& request);
 
 // Decodes the whole file into `intake`. A long one is cut into as many segments as request.places has: the
 // first is decoded here with `decoder`, each other one on a thread with a decoder of its own. Neighbours

@@ -1,0 +1,9 @@
+#include "reference_suite/audio/decode/decoding_settings.h"
+
+namespace tesk_audio {
+
+DecodingSettings GetDecodingSettings() {
+  return {};
+}
+
+}  // namespace tesk_audio
