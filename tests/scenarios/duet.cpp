@@ -26,7 +26,7 @@ std::size_t Duet::Run(std::size_t first) {
                   << Describe(songs_[index_]) << actions_.str();
   }
   player_->Stop();
-  return index_ + 1;
+  return std::max(first, index_) + 1;
 }
 
 void Duet::Begin_(std::size_t song) {
@@ -91,7 +91,7 @@ bool Duet::OnCaesura_() {
   EXPECT_EQ(player_->GetPlayerState(), PlayerState::PAUSE);
   if (testing::Test::HasFailure()) return false;
   EXPECT_EQ(player_->GetTickIndex(), *model_->NextCaesura());
-  if (dice_->OneIn(5) && Seek_(dice_->Between(0, songs_[index_].PlaybackEnd() + 5))) {
+  if (dice_->OneIn(5) && Seek_(AnyTick_())) {
     player_->Play();
   } else {
     Note_("continue");
@@ -104,7 +104,8 @@ bool Duet::OnCaesura_() {
 
 bool Duet::OnEnd_(bool attacca) {
   EXPECT_EQ(model_->Settle(), FlowModel::State::Ended) << "ended before the song does";
-  EXPECT_EQ(attacca, songs_[index_].attacca);
+  const auto set = attaccas_.find(index_);
+  EXPECT_EQ(attacca, set != attaccas_.end() ? set->second : songs_[index_].attacca);
   if (testing::Test::HasFailure() || !attacca) return false;
   Begin_(index_ + 1);
   cameByAttacca_ = true;
@@ -113,25 +114,27 @@ bool Duet::OnEnd_(bool attacca) {
 
 void Duet::Act_() {
   untilAction_ = dice_->Between(1, 20000);
-  const unsigned bar = songs_[index_].BarTicks();
-  switch (dice_->Between(0, 7)) {
+  const unsigned what = dice_->Between(0, 12);
+  if (what < 8) {
+    ActOnThisSong_(what);
+  } else {
+    ActOnSongs_(what);
+  }
+}
+
+void Duet::ActOnThisSong_(unsigned what) {
+  switch (what) {
     case 0:
       if (!model_->CanAsk()) break;
       Note_("again");
       model_->Again();
       player_->RepeatSafety();
       break;
-    case 1: {
-      // Which of two neighbouring ticks is "a bar ahead" is nobody's concern.
-      const auto caesura = model_->NextCaesura();
-      if (caesura && *caesura - model_->Tick() + 2 > bar && *caesura - model_->Tick() < bar + 2) break;
-      Note_("skip the next caesura");
-      model_->SkipCaesura(bar);
-      player_->Continue();
+    case 1:
+      SkipTheNextCaesura_();
       break;
-    }
     case 2:
-      Seek_(dice_->Between(0, songs_[index_].PlaybackEnd() + 5));
+      Seek_(AnyTick_());
       break;
     case 5:
       GoOnABarLineOfAVamp_();
@@ -149,6 +152,16 @@ void Duet::Act_() {
     default:
       Go_();
   }
+}
+
+void Duet::SkipTheNextCaesura_() {
+  const unsigned bar = songs_[index_].BarTicks();
+  // Which of two neighbouring ticks is "a bar ahead" is nobody's concern.
+  const auto caesura = model_->NextCaesura();
+  if (caesura && *caesura - model_->Tick() + 2 > bar && *caesura - model_->Tick() < bar + 2) return;
+  Note_("skip the next caesura");
+  model_->SkipCaesura(bar);
+  player_->Continue();
 }
 
 // Before anything that follows the line is played.
@@ -172,16 +185,32 @@ void Duet::Note_(const std::string& action) {
   actions_ << "  after " << framesOfSong_ << " frames, tick " << model_->Tick() << ": " << action << "\n";
 }
 
+unsigned Duet::AnyTick_() {
+  const SongPlan& song = songs_[index_];
+  if (song.caesuras.empty() || !dice_->OneIn(3)) return dice_->Between(0, song.PlaybackEnd() + 5);
+  return song.caesuras[dice_->Between(0, static_cast<unsigned>(song.caesuras.size()) - 1)];
+}
+
 bool Duet::Seek_(unsigned tick) {
   const SongPlan& song = songs_[index_];
-  if (model_->HasPerformersJump() || Contains(song.caesuras, std::max(tick, song.audioStart))) return false;
+  if (model_->HasPerformersJump()) return false;
   if (tick > song.PlaybackEnd()) {
     player_->Seek(tick);  // nowhere: nothing changes
     return false;
   }
   Note_("seek " + std::to_string(tick));
   model_->Seek(tick);
+  const bool wasPlaying = player_->GetPlayerState() == PlayerState::PLAY;
   player_->Seek(tick);
+  if (!Contains(song.caesuras, std::max(tick, song.audioStart))) return true;
+  // A running output stops, and playing on meets the caesura; otherwise the stop is made at once.
+  if (wasPlaying) {
+    EXPECT_EQ(player_->GetPlayerState(), PlayerState::STOP);
+    player_->Play();
+  } else {
+    EXPECT_EQ(player_->GetPlayerState(), PlayerState::PAUSE);
+    model_->Continue();
+  }
   return true;
 }
 

@@ -1,5 +1,6 @@
 #pragma once
 
+#include <map>
 #include <optional>
 #include <sstream>
 #include <string>
@@ -19,9 +20,15 @@ class Duet {
   // A song with a vamp that nobody leaves is given up after `mostFrames`.
   Duet(AudioPlayer* player, const std::vector<SongPlan>& songs, unsigned rate, Dice* dice,
        long long mostFrames = 500'000)
-      : player_(player), songs_(songs), rate_(rate), dice_(dice), mostFrames_(mostFrames) {}
+      : player_(player),
+        songs_(songs),
+        rate_(rate),
+        dice_(dice),
+        mostFrames_(mostFrames),
+        changesLeft_(2 * songs.size()) {}
 
-  // Plays song `first` and what follows it attacca. Returns the index of the song after the last one played.
+  // Plays song `first`, what follows it attacca and what the performer goes to from there. Returns the index
+  // of the song after the last one played, or after `first`.
   std::size_t Run(std::size_t first);
 
   long long FramesCompared() const { return framesCompared_; }
@@ -34,11 +41,24 @@ class Duet {
   bool OnCaesura_();
   bool OnEnd_(bool attacca);
   void Act_();
+  void ActOnThisSong_(unsigned what);
+  void SkipTheNextCaesura_();
   void Go_();
   void GoOnABarLineOfAVamp_();
   void Note_(const std::string& action);
+  // ---- to a song's start: duet_songs.cpp
+  void ActOnSongs_(unsigned what);
+  bool MayChangeSong_();
+  void LoadAnySong_();
+  void NextSong_();
+  void PreviousSong_();
+  void StopAndReset_();
+  void SetAnyAttacca_();
+  void PlayFromStart_(std::size_t song);
   // False when the position stayed where it was.
   bool Seek_(unsigned tick);
+  // Of the song and a little behind it; often a caesura.
+  unsigned AnyTick_();
 
   AudioPlayer* player_;
   const std::vector<SongPlan>& songs_;
@@ -51,7 +71,9 @@ class Duet {
   long long framesCompared_ = 0;
   long long untilAction_ = 0;
   bool cameByAttacca_ = false;
-  std::ostringstream actions_;  // of this song, for the message of a failure
+  std::size_t changesLeft_;               // of the song by the performer, so that every show comes to an end
+  std::map<std::size_t, bool> attaccas_;  // that the performer has set
+  std::ostringstream actions_;            // of this song, for the message of a failure
 };
 
 }  // namespace scenarios

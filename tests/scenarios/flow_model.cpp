@@ -185,6 +185,7 @@ void FlowModel::Seek(unsigned tick) {
   }
   performersJump_.reset();
   Land_(tick);
+  jumpedOntoCaesura_ = NextCaesura() == tick;
 }
 
 }  // namespace scenarios
