@@ -32,11 +32,11 @@ Live::Live(const PlayOptions& options, bool attended)
     : sound_(ChooseSound(options)),
       writesFile_(sound_.output == "file"),
       soundIsWanted_(options.output != "auto" && options.output != "null"),
+      attended_(attended),
+      verbose_(options.verbose),
       session_(options.showPath, options.song, OutputKind::Live, sound_, options.say),
       directions_(ReadDirections(options.scriptPath, options.vampPasses, options.caesuraSilence)),
-      conductor_(session_, directions_),
-      attended_(attended),
-      verbose_(options.verbose) {
+      conductor_(session_, directions_) {
   if (directions_.script) RequireKnownPositions(session_, *directions_.script, directions_.scriptName);
 }
 

@@ -104,11 +104,11 @@ class Live {
   const OutputChoice sound_;
   const bool writesFile_;
   const bool soundIsWanted_;  // an output that sounds was asked for by name
+  const bool attended_;
+  const bool verbose_;
   Session session_;
   const Directions directions_;
   Conductor conductor_;
-  const bool attended_;
-  const bool verbose_;
   SeldomLines systemLines_;
   std::string song_;
   TickIndex tick_ = 0;
@@ -118,9 +118,9 @@ class Live {
   Meters meters_;  // the peaks are those since the last look
   bool hasMeters_ = false;
   std::vector<float> highest_;  // peaks of the whole performance
+  std::string unheard_;         // why nobody hears the device that there is
+  std::string missing_;         // of its connections
   bool deviceIsLost_ = false;
-  std::string unheard_;      // why nobody hears the device that there is
-  std::string missing_;      // of its connections
   bool isHeld_ = false;      // by the loss of the device, until somebody plays again
   bool hasSounded_ = false;  // a device that sounds has been there
   int deviceLosses_ = 0;

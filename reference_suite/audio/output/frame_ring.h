@@ -41,15 +41,15 @@ class FrameRing {
   // other's.
   static constexpr std::size_t kApart = 64;
 
-  std::size_t mask_;  // frames; one less than a power of two
-  unsigned channels_;
-  std::size_t kept_;
-  std::vector<float> samples_;
-  alignas(kApart) std::atomic<std::uint64_t> write_{0};
   alignas(kApart) std::atomic<std::uint64_t> read_{0};
   // The reader's. The writer goes by a position that was read at some time, so never behind what is kept.
   std::uint64_t furthest_ = 0;  // that was ever read to
   std::uint64_t skipped_ = 0;   // up to where frames were passed over last
+  alignas(kApart) std::atomic<std::uint64_t> write_{0};
+  std::size_t mask_;  // frames; one less than a power of two
+  unsigned channels_;
+  std::size_t kept_;
+  std::vector<float> samples_;
 };
 
 }  // namespace tesk_audio

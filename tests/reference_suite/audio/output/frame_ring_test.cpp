@@ -109,7 +109,7 @@ TEST(FrameRing, WhatWasPassedOverIsNotReadAgain) {
 // The reader goes back whenever it likes, while another thread writes.
 TEST(FrameRing, GoingBackFindsEveryFrameWhileTheWriterWrites) {
   FrameRing ring(64, 1, 40);
-  constexpr std::uint64_t kFrames = 300'000;
+  constexpr std::uint64_t kFrames = 100'000;
   std::atomic<bool> ends{false};
   std::thread writer([&] {
     std::vector<float> frames(64);
