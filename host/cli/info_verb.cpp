@@ -79,8 +79,7 @@ std::string AudioText(const SongSummary& song) {
   const std::string file = Shown(song.audio->file);
   if (!song.audio->problem.empty()) return "cannot be read: " + Shown(song.audio->problem);
   std::string text = file + ": " + song.audio->format + ", " + ShortNumber(song.audio->sampleRateHz) +
-                     " Hz, " + std::to_string(song.audio->channels) +
-                     (song.audio->channels == 1 ? " channel" : " channels");
+                     " Hz, " + Channels(song.audio->channels);
   if (song.audio->frames >= 0) text += ", " + std::to_string(song.audio->frames) + " frames";
   return text;
 }

@@ -9,6 +9,7 @@
 
 #include "host/session/console_lines.h"
 #include "host/session/failure.h"
+#include "host/session/short_ticks.h"
 #include "host/session/show_folder.h"
 #include "host/session/shown_text.h"
 #include "host/session/song_check.h"
@@ -51,8 +52,8 @@ void CheckFiles(const ShowFolder& show, Problems* out) {
   for (const std::string& number : show.GetData().GetRunningOrder()) {
     if (show.HasAudio(number)) continue;
     const std::string name = number + " " + show.GetData().GetSong(number).GetName();
-    Add(out, "songs/" + name + ".mid", number,
-        "has no audio and is passed over; add \"data/" + name + ".obd\"", true);
+    Add(out, show.MidiFile(number), number, "has no audio and is passed over; add \"data/" + name + ".obd\"",
+        true);
   }
   const std::string folder = exc::path::Join(show.GetPath(), "data");
   std::error_code error;
@@ -102,10 +103,17 @@ void CheckAudio(const ShowFolder& show, const std::string& song, std::optional<F
   }
   if (content->GetChannelCount() != (*first)->channels) {
     Add(out, file, song,
-        "has " + std::to_string(content->GetChannelCount()) + " channels where song " + (*first)->song +
-            " has " + std::to_string((*first)->channels) +
-            ", so it cannot be played in this show; convert it",
+        "has " + Channels(content->GetChannelCount()) + " where song " + (*first)->song + " has " +
+            std::to_string((*first)->channels) + ", so it cannot be played in this show; convert it",
         false);
+  }
+  // At the rate at which it is played beside the others, and at its own, when it is the one asked for.
+  auto tooShort = FindShortTick(show, song, (*first)->rateHz);
+  if (!tooShort) tooShort = FindShortTick(show, song, content->GetSampleRateHz());
+  if (tooShort) {
+    tooShort->message += ". The song is left out";
+    out->push_back(std::move(*tooShort));
+    return;
   }
   Problems more = CheckSongAudio(show, song, *content);
   out->insert(out->end(), more.begin(), more.end());

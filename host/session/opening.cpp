@@ -10,6 +10,7 @@
 #include "host/session/long_wait.h"
 #include "host/session/refusals.h"
 #include "host/session/session.h"
+#include "host/session/short_ticks.h"
 #include "host/session/shown_text.h"
 #include "host/session/song_clock.h"
 #include "player_core/player_wrapper/audio_player_wrapper.h"
@@ -22,10 +23,6 @@ namespace {
 
 std::string ContentArgument(double rateHz) {
   return "rate=" + ShortNumber(rateHz);
-}
-
-std::string Channels(unsigned count) {
-  return std::to_string(count) + (count == 1 ? " channel" : " channels");
 }
 
 // Why a song's audio cannot be decoded; nothing when it can.
@@ -101,6 +98,19 @@ void Session::ChooseFormat_(const std::string& song) {
     throw Failure(Shown(folder_.GetPath()) + ": no song can be played:\n" +
                   tesk_midi::ToString(problems_.front()));
   if (choice_.rateHz == 0.0) choice_.rateHz = format->sampleRateHz;
+  LeaveOutShortTicks_(song);
+}
+
+// The engine ends at such a place with words that help nobody.
+void Session::LeaveOutShortTicks_(const std::string& wanted) {
+  for (const std::string& song : PlayableSongs_()) {
+    std::optional<tesk_midi::Problem> problem = FindShortTick(folder_, song, choice_.rateHz);
+    if (!problem) continue;
+    if (song == wanted) throw Failure(Shown(tesk_midi::ToString(*problem)));
+    problem->message += ". Song " + song + " is left out.";
+    leftOut_.insert(song);
+    problems_.push_back(std::move(*problem));
+  }
 }
 
 // What the system refuses now it may grant a moment later, when others have ended.

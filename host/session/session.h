@@ -102,6 +102,7 @@ class Session {
  private:
   // ---- opening.cpp -----------------------------------------------------------------------------
   void ChooseFormat_(const std::string& song);
+  void LeaveOutShortTicks_(const std::string& wanted);
   void Build_();
   void BuildOnce_();
   void BuildWithoutBrokenSongs_();

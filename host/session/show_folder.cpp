@@ -55,6 +55,10 @@ std::string ShowFolder::ShownAudioPath(const std::string& song) const {
   return Shown("data/" + audioFiles_.at(song));
 }
 
+std::string ShowFolder::MidiFile(const std::string& song) const {
+  return "songs/" + song + " " + GetData().GetSong(song).GetName() + ".mid";
+}
+
 std::string ShowFolder::CueFile(const std::string& song) const {
   for (const std::string& name : exc::listdir(exc::path::Join(path_, "songs"))) {
     const bool isCues = exc::path::extension(name) == ".toml";

@@ -31,7 +31,8 @@ class ShowFolder {
   // The path of a song's audio, and the same as it is shown: relative to the show folder.
   std::string AudioPath(const std::string& song) const;
   std::string ShownAudioPath(const std::string& song) const;
-  // The file in which a song's cues stand, relative to the show folder.
+  // The file of a song's music, and the one in which its cues stand, relative to the show folder.
+  std::string MidiFile(const std::string& song) const;
   std::string CueFile(const std::string& song) const;
 
   // All of them, so that each is known when it is asked for. What is wrong with one is told to who asks.

@@ -1,6 +1,10 @@
 #include "host/session/show_summary.h"
 
+#include "exc/assertion/ex_assertion_error.h"
+#include "host/session/failure.h"
+#include "host/session/short_ticks.h"
 #include "host/session/show_folder.h"
+#include "host/session/shown_text.h"
 #include "suite/audio/errors.h"
 #include "suite/midi/song_log.h"
 
@@ -68,7 +72,13 @@ std::vector<Place> FindPlaces(const std::string& showPath, const std::string& so
   const tesk_midi::SongData& data = show.FindSong(song);
   const SongClock clock(data, show.RateOf(data.GetNumber()));
   std::vector<Place> places;
-  for (const std::string& text : texts) places.push_back(clock.Find(text));
+  try {
+    for (const std::string& text : texts) places.push_back(clock.Find(text));
+  } catch (const exc::ExAssertionError&) {
+    const auto problem = FindShortTick(show, data.GetNumber(), clock.GetSampleRateHz());
+    if (!problem) throw;
+    throw Failure(Shown(tesk_midi::ToString(*problem)));
+  }
   return places;
 }
 

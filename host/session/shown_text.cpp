@@ -74,6 +74,10 @@ std::string WithoutFullStop(std::string text) {
   return text;
 }
 
+std::string Channels(unsigned count) {
+  return std::to_string(count) + (count == 1 ? " channel" : " channels");
+}
+
 std::string MinutesAndSeconds(double seconds) {
   const long long milliseconds = std::llround(seconds * 1000.0);
   const auto padded = [](long long value, std::size_t width) {

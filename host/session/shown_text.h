@@ -16,6 +16,9 @@ std::string WithoutFullStop(std::string text);
 // Seconds as "3:07.250".
 std::string MinutesAndSeconds(double seconds);
 
+// "1 channel", "2 channels".
+std::string Channels(unsigned count);
+
 // A number with as many digits as it takes and no more, always with a point: "1", "0.95", "12.345678".
 // Independent of the locale.
 std::string ShortNumber(double value);

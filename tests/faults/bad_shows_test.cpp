@@ -6,6 +6,7 @@
 #include <filesystem>
 #include <functional>
 
+#include "reference_suite/midi/standard_midi_file/smf_writer.h"
 #include "tests/faults/circumstances.h"
 #include "tests/host/show_files.h"
 
@@ -148,6 +149,117 @@ const auto kName = [](const testing::TestParamInfo<BadShow>& info) { return std:
 INSTANTIATE_TEST_SUITE_P(Midi, BadShows, testing::ValuesIn(kMidiFaults), kName);
 INSTANTIATE_TEST_SUITE_P(Numbers, BadShows, testing::ValuesIn(kNumberFaults), kName);
 INSTANTIATE_TEST_SUITE_P(Cues, BadShows, testing::ValuesIn(kCueFaults), kName);
+
+// At 8,000 frames a second.
+struct ShortTicks {
+  const char* name;
+  unsigned division;
+  std::vector<std::pair<unsigned, unsigned>> tempos;  // tick, microseconds a quarter note
+  unsigned end;
+  const char* cues;
+  const char* place;
+  const char* words;
+  const char* cure;
+};
+
+void PrintTo(const ShortTicks& song, std::ostream* out) {
+  *out << song.name;
+}
+
+class SongsWithShortTicks : public testing::TestWithParam<ShortTicks> {
+ protected:
+  SongsWithShortTicks() {
+    files_.AddSong("1", "Waltz", 8);
+    tesk_midi::SmfWriter midi(GetParam().division);
+    for (const auto& [tick, tempo] : GetParam().tempos) midi.Tempo(tick, tempo);
+    midi.End(GetParam().end);
+    const std::vector<std::uint8_t> bytes = midi.Bytes();
+    files_.Write(kMidi, std::string(bytes.begin(), bytes.end()));
+    if (GetParam().cues[0] != '\0') files_.Write(kCues, GetParam().cues);
+  }
+  void ExpectTold(const std::string& text) const {
+    EXPECT_THAT(text, HasSubstr(GetParam().place));
+    EXPECT_THAT(text, HasSubstr(GetParam().words));
+    EXPECT_THAT(text, HasSubstr(GetParam().cure));
+    EXPECT_THAT(text, testing::Not(HasSubstr("Assertion")));
+  }
+  ShowFiles files_;
+};
+
+TEST_P(SongsWithShortTicks, AreFoundByTheCheckAndLeftOut) {
+  const std::string out = files_.Beside("out.wav");
+  const Ended check = Orbel({"check", files_.Show()});
+  EXPECT_EQ(check.status, 5);
+  ExpectTold(check.out);
+  for (const std::vector<std::string>& arguments :
+       {std::vector<std::string>{"render", files_.Show(), "-o", out},
+        std::vector<std::string>{"render", files_.Show(), "-o", out, "--song", "1"},
+        std::vector<std::string>{"play", files_.Show(), "--output", "null"}}) {
+    const Ended run = Orbel(arguments);
+    EXPECT_EQ(run.status, 1) << arguments[0];
+    ExpectTold(run.messages);
+    EXPECT_FALSE(std::filesystem::exists(out));
+  }
+}
+
+// With another song beside it, that one is played.
+TEST_P(SongsWithShortTicks, KeepNoOtherSongFromBeingPlayed) {
+  files_.AddSong("2", "Polka", 1);
+  const Ended run = Orbel({"play", files_.Show(), "--output", "file", "--device", files_.Beside("out.wav")});
+  EXPECT_EQ(run.status, 0) << run.messages;
+  ExpectTold(run.messages);
+  EXPECT_THAT(run.messages, HasSubstr("Song 1 is left out."));
+}
+
+const auto kTicksName = [](const testing::TestParamInfo<ShortTicks>& info) {
+  return std::string(info.param.name);
+};
+INSTANTIATE_TEST_SUITE_P(
+    Ticks, SongsWithShortTicks,
+    testing::Values(
+        ShortTicks{"FineDivision",
+                   32'767,
+                   {{0, 1'500'000}},
+                   65'534,
+                   "",
+                   "songs/1 Waltz.mid: ",
+                   "from 1.1.0 (tick 0) on a tick lasts 0.366 frames: 32767 ticks a quarter note, "
+                   "40 quarter notes a minute, 8000 frames a second",
+                   "export the MIDI file with a division of 600"},
+        ShortTicks{"OneTempoOfThem",
+                   480,
+                   {{0, 250'000}, {960, 100}, {1440, 250'000}},
+                   15'360,
+                   "",
+                   "songs/1 Waltz.mid: ",
+                   "from 1.3.0 (tick 960) on a tick lasts 0.002 frames: 480 ticks a quarter note, "
+                   "600000 quarter notes a minute",
+                   "correct the tempo in the MIDI file, for which up to 1000 can be played"},
+        ShortTicks{"CaesuraWithoutAFrame",
+                   2'560,
+                   {{0, 300'000}},
+                   20'480,
+                   "[[caesura]]\nat = { tick = 9 }\n",
+                   "songs/1 Waltz.toml:1: ",
+                   "the caesura, 1.1.9 (tick 9), or a tick just before it, begins on no frame of "
+                   "its own: a tick lasts 0.938 frames",
+                   "move it by a tick, or export the MIDI file with a division of 480"}),
+    kTicksName);
+
+TEST(SongWithShortTicks, HasPlacesButNoSamples) {
+  ShowFiles files;
+  files.AddSong("1", "Waltz", 8);
+  tesk_midi::SmfWriter midi(32'767);
+  midi.Tempo(0, 1'500'000);
+  midi.End(65'534);
+  const std::vector<std::uint8_t> bytes = midi.Bytes();
+  files.Write(kMidi, std::string(bytes.begin(), bytes.end()));
+  EXPECT_EQ(Orbel({"where", files.Show(), "1", "1.2"}).status, 0);
+  const Ended run = Orbel({"where", files.Show(), "1", "time:0:00.5"});
+  EXPECT_EQ(run.status, 1);
+  EXPECT_THAT(run.messages,
+              HasSubstr("orbel: songs/1 Waltz.mid: from 1.1.0 (tick 0) on a tick lasts 0.366 "));
+}
 
 TEST(ShowWithoutData, IsToldWithItsFolder) {
   ShowFiles files;

@@ -8,10 +8,17 @@
 namespace scenarios {
 namespace {
 
-void AddTempos(Dice* dice, SongPlan* song) {
+// Ticks of any length that can be played, or of half a frame to two.
+void AddTempos(Dice* dice, unsigned rate, SongPlan* song) {
   const unsigned count = dice->Between(1, 6);
+  const auto ofAFrame = static_cast<unsigned>(1000000ULL * song->division / rate);
+  const bool isFine = song->division > 1000;
   for (unsigned i = 0; i < count; ++i) {
-    song->tempos.push_back({i == 0 && !dice->OneIn(5) ? 0u : 1u, dice->Between(150000, 2000000)});
+    const unsigned tempo =
+        isFine ? dice->Between(ofAFrame / 2 + 1, 2 * ofAFrame) : dice->Between(150000, 2000000);
+    // Half a second a quarter note holds before a first tempo that comes later.
+    const bool isFirst = i == 0 && (!dice->OneIn(5) || ofAFrame > 1000000);
+    song->tempos.push_back({isFirst ? 0u : 1u, tempo});
   }
   // The multiplier follows from the tempos, and the ticks from the multiplier.
   const unsigned multiplier = song->Multiplier();
@@ -25,6 +32,22 @@ void AddTempos(Dice* dice, SongPlan* song) {
   std::sort(song->tempos.begin(), song->tempos.end(),
             [](const TempoPlan& a, const TempoPlan& b) { return a.tick < b.tick; });
   song->midiEnd = fileEnd * multiplier;
+}
+
+// A tempo so fast that no frame falls into it, as some programs write it for a single tick.
+void AddMoment(Dice* dice, SongPlan* song) {
+  const unsigned tick = dice->Between(1, song->midiEnd - 8);
+  const unsigned behind = tick + dice->Between(1, 4);
+  unsigned held = 500000;
+  for (const TempoPlan& tempo : song->tempos) {
+    if (tempo.tick <= behind) held = tempo.microsecondsPerQuarter;
+  }
+  std::erase_if(song->tempos,
+                [&](const TempoPlan& tempo) { return tempo.tick >= tick && tempo.tick <= behind; });
+  song->tempos.push_back({tick, 1});
+  song->tempos.push_back({behind, held});
+  std::sort(song->tempos.begin(), song->tempos.end(),
+            [](const TempoPlan& a, const TempoPlan& b) { return a.tick < b.tick; });
 }
 
 // Most songs are shorter than a bar of 4/4.
@@ -82,20 +105,60 @@ void AddCutsAndCaesuras(Dice* dice, SongPlan* song) {
   if (cutAtStart) std::erase(song->caesuras, song->audioStart);
 }
 
+bool HasAFrame(const SampleMap& map, unsigned tick) {
+  return map.FirstSample(tick + 1) > map.FirstSample(tick);
+}
+
+// The next tick on which the song can end.
+unsigned EndFrom(const SongPlan& song, unsigned rate, unsigned tick) {
+  const SampleMap map(song, rate);
+  while (!HasAFrame(map, tick)) ++tick;
+  return tick;
+}
+
+// Whatever has to stop on a tick that begins on the frame of the next one is refused when a show is opened.
+void TakeOutWhatIsRefused(unsigned rate, SongPlan* song) {
+  const SampleMap map(*song, rate);
+  const auto canStop = [&](unsigned stop) {
+    if (stop <= song->audioStart) return true;
+    for (unsigned tick = std::max(song->audioStart + 2, stop) - 2; tick <= stop; ++tick) {
+      if (!HasAFrame(map, tick)) return false;
+    }
+    return true;
+  };
+  const unsigned end = song->audioEnd != 0 ? song->audioEnd : song->midiEnd;
+  std::erase_if(song->loops, [&](const LoopPlan& loop) {
+    return !canStop(loop.to) || (loop.to == end && !HasAFrame(map, end + 2));
+  });
+  for (LoopPlan& loop : song->loops) {
+    const unsigned line = loop.exit == Exit::Bar ? song->BarTicks() : song->BeatTicks();
+    for (unsigned tick = loop.from - loop.from % line + line; tick < loop.to; tick += line) {
+      if (!canStop(tick)) loop.exit = Exit::End;
+    }
+  }
+  std::erase_if(song->cuts, [&](const CutPlan& cut) { return !canStop(cut.from); });
+  std::erase_if(song->caesuras, [&](unsigned tick) { return !canStop(tick); });
+}
+
 }  // namespace
 
 SongPlan RandomSong(Dice* dice, unsigned rate) {
-  static constexpr std::array<unsigned, 11> kDivisions = {24,  77,  96,  120, 192, 333,
-                                                          384, 480, 500, 960, 1000};
+  static constexpr std::array<unsigned, 16> kDivisions = {24,  77,  96,   120,   192,   333,   384,   480,
+                                                          500, 960, 1000, 12000, 15360, 24000, 30720, 32767};
   SongPlan song;
   song.division = kDivisions[dice->Between(0, kDivisions.size() - 1)];
-  AddTempos(dice, &song);
+  AddTempos(dice, rate, &song);
+  if (song.Multiplier() == 1 && dice->OneIn(4)) AddMoment(dice, &song);
   AddMeter(dice, &song);
   if (dice->OneIn(2)) song.audioStart = dice->Between(1, song.midiEnd / 4);
+  song.midiEnd = EndFrom(song, rate, song.midiEnd);
   if (dice->OneIn(3)) song.audioEnd = dice->Between(song.midiEnd - song.midiEnd / 4, song.midiEnd - 1);
+  if (song.audioEnd != 0) song.audioEnd = EndFrom(song, rate, song.audioEnd);
+  if (song.audioEnd == song.midiEnd) song.audioEnd = 0;
   const unsigned end = song.audioEnd != 0 ? song.audioEnd : song.midiEnd;
   AddLoops(dice, song.audioStart, end, 0, &song);
   AddCutsAndCaesuras(dice, &song);
+  TakeOutWhatIsRefused(rate, &song);
   song.attacca = dice->OneIn(3);
 
   const long long needed = SampleMap(song, rate).FirstSample(song.PlaybackEnd());
