@@ -43,6 +43,7 @@ Json ToJson(const AudioSummary& audio) {
 }
 
 Json ToJson(const SongSummary& song) {
+  if (!song.problem.empty()) return {{"number", song.number}, {"name", song.name}, {"problem", song.problem}};
   Json json = {{"number", song.number},
                {"name", song.name},
                {"attacca", song.attacca},
@@ -85,6 +86,12 @@ std::string AudioText(const SongSummary& song) {
 }
 
 void PrintSong(const SongSummary& song) {
+  if (!song.problem.empty()) {
+    Results() << '\n'
+              << Shown(song.number) << "  " << Shown(song.name)
+              << "\n    cannot be read: " << Shown(song.problem) << '\n';
+    return;
+  }
   Results() << '\n'
             << Shown(song.number) << "  " << Shown(song.name) << "  " << MinutesAndSeconds(song.end.seconds);
   if (song.attacca) Results() << "  attacca";
@@ -112,17 +119,22 @@ void PrintSong(const SongSummary& song) {
   Results() << table.ToText("    ");
 }
 
+int Tell(const ShowSummary& show) {
+  for (const std::string& problem : show.problems) Say("orbel: " + Shown(problem));
+  return show.problems.empty() ? kDone : kFailed;
+}
+
 int Run(const Options& options) {
   const ShowSummary show = Summarise(options.show, options.song);
   if (options.json) {
     Json json = {{"title", show.title}, {"songs", Json::array()}};
     for (const SongSummary& song : show.songs) json["songs"].push_back(ToJson(song));
     Print(json);
-    return kDone;
+    return Tell(show);
   }
   Results() << (show.title.empty() ? Shown(options.show) : Shown(show.title)) << '\n';
   for (const SongSummary& song : show.songs) PrintSong(song);
-  return kDone;
+  return Tell(show);
 }
 
 }  // namespace

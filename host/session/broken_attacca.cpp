@@ -33,7 +33,7 @@ void Session::BeginAfterBrokenAttacca_() {
   const auto wanted = std::find(order.begin(), order.end(), song);
   // Never back to what has been played.
   if (std::find(wanted, order.end(), GetSongNumber()) == order.end())
-    throw PlayerLost(Shown(folder_.GetPath()) + ": the show cannot go on: " + WhyLeftOut_(song));
+    throw PlayerLost(Shown(folder_.GetPath()) + ": the show cannot go on: " + WhyLeftOut(song));
 }
 
 }  // namespace orbel::host

@@ -1,7 +1,6 @@
 #include "host/session/check_show.h"
 
 #include <algorithm>
-#include <filesystem>
 #include <map>
 #include <memory>
 #include <optional>
@@ -13,6 +12,7 @@
 #include "host/session/show_folder.h"
 #include "host/session/shown_text.h"
 #include "host/session/song_check.h"
+#include "host/session/stray_audio.h"
 #include "suite/audio/audio_sample_content.h"
 #include "suite/utility/listdir.h"
 #include "suite/utility/path.h"
@@ -42,25 +42,16 @@ void CheckFiles(const ShowFolder& show, Problems* out) {
             "\", which is played instead; remove one of the two",
         false);
   }
-  for (const auto& [number, file] : show.GetAudioFiles()) {
-    if (show.GetData().HasSong(number)) continue;
-    Add(out, "data/" + file, number,
-        "there is no song " + number + ", so the show cannot be opened; add \"songs/" + number +
-            " NAME.mid\", or take this file out",
-        false);
-  }
+  const Problems stray = FindStrayAudio(show);
+  out->insert(out->end(), stray.begin(), stray.end());
   for (const std::string& number : show.GetData().GetRunningOrder()) {
-    if (show.HasAudio(number)) continue;
+    if (show.HasAudio(number) || !show.GetDataFault().empty()) continue;
     const std::string name = number + " " + show.GetData().GetSong(number).GetName();
     Add(out, show.MidiFile(number), number, "has no audio and is passed over; add \"data/" + name + ".obd\"",
         true);
   }
+  if (!show.GetDataFault().empty()) return Add(out, "data", "", show.GetDataFault(), false);
   const std::string folder = exc::path::Join(show.GetPath(), "data");
-  std::error_code error;
-  if (!std::filesystem::is_directory(folder, error)) {
-    Add(out, "data", "", "there is no such folder; create it and put the recordings into it", false);
-    return;
-  }
   for (const std::string& name : exc::listdir(folder)) {
     if (exc::path::extension(name) == ".obd" || name.front() == '.') continue;
     Add(out, "data/" + name, "",

@@ -104,7 +104,6 @@ std::string Session::Go_() {
 void Session::Play_() {
   if (ended_) player_->StopAndReset();
   waiting_ = ended_ = false;
-  hasPlayed_ = true;
   PlayWhenLoaded_();
   if (IsPlaying() || !LoadHasFailed_()) return;
   Recover_(GetSongNumber());

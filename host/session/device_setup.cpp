@@ -113,6 +113,14 @@ SilentOutput::~SilentOutput() {
   tesk_audio::ReleaseLiveOutputs();
 }
 
+struct KeptSoundFile::Hold {
+  tesk_audio::KeptFile file;
+};
+
+KeptSoundFile::KeptSoundFile() : hold_(std::make_unique<Hold>()) {}
+
+KeptSoundFile::~KeptSoundFile() = default;
+
 void PlayIntoFile(double seconds) {
   tesk_audio::LetFileDeviceTake(seconds);
 }

@@ -65,6 +65,20 @@ class SilentOutput {
   SilentOutput& operator=(const SilentOutput&) = delete;
 };
 
+// While one lives, the file of the output "file" outlives its player: the next player goes on behind what was
+// written. Threads: HOST.
+class KeptSoundFile {
+ public:
+  KeptSoundFile();
+  ~KeptSoundFile();
+  KeptSoundFile(const KeptSoundFile&) = delete;
+  KeptSoundFile& operator=(const KeptSoundFile&) = delete;
+
+ private:
+  struct Hold;
+  std::unique_ptr<Hold> hold_;
+};
+
 // Of the output "file", when there is one: that much more of the show is played into it; the file gets its
 // name. Throw the audio library's error, which names the file, when writing has failed.
 void PlayIntoFile(double seconds);

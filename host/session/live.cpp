@@ -88,7 +88,8 @@ void Live::TakeEvents_() {
       tick_ = event.fromTick;
     }
     if (event.kind == StageEvent::Kind::LoadFailed) {
-      messages_.push_back("a song could not be loaded; it is left out when you go on");
+      const std::string what = session_.WhatFailedToLoad();
+      if (!what.empty()) messages_.push_back(what);
     }
     if (event.kind == StageEvent::Kind::AttaccaBrokenOff) GoOnAfterBrokenAttacca_();
   }

@@ -13,35 +13,25 @@
 #include "host/session/short_ticks.h"
 #include "host/session/shown_text.h"
 #include "host/session/song_clock.h"
+#include "host/session/stray_audio.h"
 #include "player_core/player_wrapper/audio_player_wrapper.h"
-#include "suite/audio/audio_sample_content.h"
 #include "suite/audio/errors.h"
 #include "suite/player_core/content_argument.h"
 
 namespace orbel::host {
-namespace {
-
-std::string ContentArgument(double rateHz) {
-  return "rate=" + ShortNumber(rateHz);
-}
-
-// Why a song's audio cannot be decoded; nothing when it can.
-std::optional<std::string> WhyUndecodable(const std::string& path, double rateHz) {
-  try {
-    const std::unique_ptr<tesk_audio::AudioSampleContent> content(
-        tesk_audio::CreateAudioSampleContent(path, ContentArgument(rateHz)));
-    return std::nullopt;
-  } catch (const std::exception& error) {
-    return error.what();
-  }
-}
-
-}  // namespace
-
 Session::Session(const std::string& showPath, const std::string& song, OutputKind kind, OutputChoice choice,
                  Say say)
-    : folder_(showPath), kind_(kind), choice_(choice), say_(std::move(say)) {
-  ChooseFormat_(song);
+    : folder_(showPath),
+      kind_(kind),
+      wantedSong_(song),
+      wantedRateHz_(choice.rateHz),
+      choice_(choice),
+      say_(std::move(say)) {
+  if (!folder_.GetDataFault().empty())
+    throw Failure(Shown(folder_.GetPath()) + ": data: " + folder_.GetDataFault());
+  TakeOver_(folder_.GetWarnings());
+  RequireASongForAllAudio(folder_);
+  ChooseFormat_();
   {
     const std::string first = FirstSongBut_({});
     const LongWait wait(say_, first.empty() ? "" : LoadingText(first));
@@ -68,45 +58,66 @@ Session::~Session() {
 
 // The output has one format for the whole show: that of the song asked for, or of the first that can be read.
 // Songs with other rates are resampled while decoding; songs with other channels cannot be played beside it.
-void Session::ChooseFormat_(const std::string& song) {
-  const std::string wanted = folder_.FindSong(song).GetNumber();
+void Session::ChooseFormat_() {
+  const std::string wanted = folder_.FindSong(wantedSong_).GetNumber();
   if (!folder_.HasAudio(wanted)) {
     throw Failure(Shown(folder_.GetPath()) + ": song " + Shown(wanted) +
                   " has no audio; put its recording into data/ as \"" + Shown(wanted) + " " +
                   Shown(folder_.GetData().GetSong(wanted).GetName()) + ".obd\"");
   }
   std::optional<tesk_audio::AudioFileInfo> format;
-  std::vector<std::string> order = folder_.GetData().GetRunningOrder();
+  std::vector<std::string> order = PlayableSongs_();
   std::stable_partition(order.begin(), order.end(),
                         [&](const std::string& number) { return number == wanted; });
   folder_.ProbeAll();
   for (const std::string& number : order) {
-    if (!folder_.HasAudio(number)) continue;
     try {
       const tesk_audio::AudioFileInfo info = folder_.Probe(number);
-      if (!format) format = info;
+      if (!format) {
+        format = info;
+        formatSong_ = number;
+      }
       if (info.channels != format->channels) {
+        leftOutByFormat_.insert(number);
         LeaveOut_(number, "has " + Channels(info.channels) + " where the show plays " +
                               Channels(format->channels) + "; convert it to " + Channels(format->channels));
       }
     } catch (const tesk_audio::TESKAudioError& error) {
-      if (number == song) throw Failure(Shown(error.what()));
+      if (number == wantedSong_) throw Failure(Shown(error.what()));
       LeaveOut_(number, error.what());
     }
   }
-  if (!format)
-    throw Failure(Shown(folder_.GetPath()) + ": no song can be played:\n" +
-                  tesk_midi::ToString(problems_.front()));
-  if (choice_.rateHz == 0.0) choice_.rateHz = format->sampleRateHz;
-  LeaveOutShortTicks_(song);
+  if (!format) throw Failure(WhyNothingCanBePlayed_());
+  choice_.rateHz = wantedRateHz_ == 0.0 ? format->sampleRateHz : wantedRateHz_;
+  LeaveOutShortTicks_();
+}
+
+// Nobody has heard or been told of anything yet. The song that the others were held against may turn out to
+// be none.
+void Session::ChooseFormatAnew_() {
+  if (isOpen_ || !leftOut_.contains(formatSong_)) return;
+  for (const std::string& song : leftOutByFormat_) leftOut_.erase(song);
+  std::erase_if(problems_, [this](const tesk_midi::Problem& problem) {
+    return !problem.isWarning && leftOutByFormat_.contains(problem.songNumber);
+  });
+  leftOutByFormat_.clear();
+  ChooseFormat_();
+}
+
+std::string Session::WhyNothingCanBePlayed_() const {
+  std::string why = Shown(folder_.GetPath()) + ": no song can be played:";
+  for (const tesk_midi::Problem& problem : problems_)
+    if (!problem.isWarning) why += "\n" + tesk_midi::ToString(problem);
+  return why;
 }
 
 // The engine ends at such a place with words that help nobody.
-void Session::LeaveOutShortTicks_(const std::string& wanted) {
+void Session::LeaveOutShortTicks_() {
   for (const std::string& song : PlayableSongs_()) {
     std::optional<tesk_midi::Problem> problem = FindShortTick(folder_, song, choice_.rateHz);
     if (!problem) continue;
-    if (song == wanted) throw Failure(Shown(tesk_midi::ToString(*problem)));
+    if (song == wantedSong_) throw Failure(Shown(tesk_midi::ToString(*problem)));
+    leftOutByFormat_.insert(song);
     problem->message += ". Song " + song + " is left out.";
     leftOut_.insert(song);
     problems_.push_back(std::move(*problem));
@@ -131,17 +142,22 @@ void Session::Build_() {
   }
 }
 
+std::string Session::ContentArgument_() const {
+  return "rate=" + ShortNumber(choice_.rateHz);
+}
+
 void Session::BuildOnce_() {
   const std::string first = FirstSongBut_({});
   const AtSong atSong(first, first.empty() ? "" : "data/" + folder_.GetAudioFiles().at(first));
   player_ = nullptr;
   wrapper_.reset();
+  events_.Clear();  // of a player that is no more
   if (kind_ == OutputKind::Offline) {
     UseOfflineOutput(choice_);
   } else {
     UseLiveOutput(choice_);
   }
-  player_core::SetContentArgument(ContentArgument(choice_.rateHz));
+  player_core::SetContentArgument(ContentArgument_());
   std::string leaveOut;
   for (const std::string& number : leftOut_) leaveOut += (leaveOut.empty() ? "" : ",") + number;
   wrapper_ = std::make_unique<AudioPlayerWrapper>(folder_.GetPath(), leaveOut);
@@ -150,12 +166,20 @@ void Session::BuildOnce_() {
 }
 
 void Session::BuildWithoutBrokenSongs_() {
-  Build_();
-  while (LoadHasFailed_()) {
-    if (!LeaveOutBrokenSongs_()) player_->ThrowIfThreadExceptions();
+  for (bool again = false;; again = true) {
+    if (PlayableSongs_().empty()) throw Failure(WhyNothingCanBePlayed_());
     Build_();
+    if (!LoadHasFailed_()) break;
+    if (!LeaveOutBrokenSongs_(again)) player_->ThrowIfThreadExceptions();
+    ChooseFormatAnew_();
   }
-  for (const tesk_midi::Problem& problem : wrapper_->GetProblems()) {
+  TakeOver_(wrapper_->GetProblems());
+  isOpen_ = true;
+}
+
+// What is known already is not said twice.
+void Session::TakeOver_(const std::vector<tesk_midi::Problem>& problems) {
+  for (const tesk_midi::Problem& problem : problems) {
     const bool known = std::any_of(problems_.begin(), problems_.end(), [&](const tesk_midi::Problem& other) {
       return other.songNumber == problem.songNumber && (other.message == problem.message || !other.isWarning);
     });
@@ -172,24 +196,6 @@ void Session::LeaveOut_(const std::string& song, const std::string& why) {
   problem.songNumber = song;
   problem.message = WithoutFullStop(WithoutPath(why, problem.file)) + ". Song " + song + " is left out.";
   problems_.push_back(std::move(problem));
-}
-
-bool Session::LoadHasFailed_() const {
-  return player_->GetFileLoaderErrorOccurred();
-}
-
-// A player keeps a loader's error for good and does not say whose it was, so the songs that it had in hand
-// are decoded once more here. False when all of them can be.
-bool Session::LeaveOutBrokenSongs_() {
-  bool found = false;
-  for (const auto& [number, file] : folder_.GetAudioFiles()) {
-    if (leftOut_.contains(number)) continue;
-    const std::optional<std::string> why = WhyUndecodable(folder_.AudioPath(number), choice_.rateHz);
-    if (!why) continue;
-    LeaveOut_(number, *why);
-    found = true;
-  }
-  return found;
 }
 
 }  // namespace orbel::host

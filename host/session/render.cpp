@@ -43,6 +43,7 @@ class Renderer {
   RenderResult Run();
 
  private:
+  void RequireTheFirstSong_();
   bool Step_();
   std::string WhatTheStepWaitsFor_();
   bool OnStep_(const Step& step, TraceRow row);
@@ -69,7 +70,18 @@ class Renderer {
   bool soughtSinceRead_ = false;
 };
 
+// Another song under the name that was meant for the first one would be noticed late.
+void Renderer::RequireTheFirstSong_() {
+  if (!options_.song.empty()) return;
+  const std::string first = session_.GetFolder().FindSong("").GetNumber();
+  if (session_.GetSongNumber() == first) return;
+  throw Failure(session_.WhyLeftOut(first) + "\n" + Shown(options_.outPath) +
+                " was not written; name the song to render with --song, for instance --song " +
+                Shown(session_.GetSongNumber()));
+}
+
 RenderResult Renderer::Run() {
+  RequireTheFirstSong_();
   if (directions_.script) RequireKnownPositions(session_, *directions_.script, options_.scriptPath);
   if (!options_.from.empty()) session_.Do({CommandKind::Seek, 0.0, options_.from});
   rate_ = RenderRateHz();

@@ -10,7 +10,7 @@ namespace orbel::host {
 struct RenderOptions {
   std::string showPath;
   std::string outPath;
-  std::string song;  // empty: the first that can be played
+  std::string song;  // empty: the first that has audio, and no other when that cannot be played
   std::string from;  // a position; empty: the start
   int vampPasses = 1;
   double caesuraSilence = 0.0;  // seconds

@@ -95,20 +95,35 @@ class Session {
 
   // Throws the error of the loader that failed last. Only after a LoadFailed event.
   void ThrowLoaderError();
+  // The same in words, with song and file; empty when the player that stands now has met none.
+  std::string WhatFailedToLoad() const;
 
+  // Why a song cannot be played, for a reader.
+  std::string WhyLeftOut(const std::string& song) const;
   // Songs that cannot be played and why, and what else is worth knowing; grows while playing.
   const std::vector<tesk_midi::Problem>& GetProblems() const { return problems_; }
 
  private:
   // ---- opening.cpp -----------------------------------------------------------------------------
-  void ChooseFormat_(const std::string& song);
-  void LeaveOutShortTicks_(const std::string& wanted);
+  void ChooseFormat_();
+  void ChooseFormatAnew_();
+  void LeaveOutShortTicks_();
+  std::string WhyNothingCanBePlayed_() const;
+  std::string ContentArgument_() const;
   void Build_();
   void BuildOnce_();
   void BuildWithoutBrokenSongs_();
+  void TakeOver_(const std::vector<tesk_midi::Problem>& problems);
   void LeaveOut_(const std::string& song, const std::string& why);
+
+  // ---- broken_songs.cpp ------------------------------------------------------------------------
   bool LoadHasFailed_() const;
-  bool LeaveOutBrokenSongs_();
+  std::string GetLoaderError_() const;
+  std::string SongNamedIn_(const std::string& error) const;
+  std::vector<std::string> SongsInHand_() const;
+  bool LeaveOutBrokenSongs_(bool andThoseBehind = false);
+  void LeaveOutBrokenBehind_(const std::string& song);
+  bool LeaveOutIfBroken_(const std::string& song);
 
   // ---- refused_songs.cpp -----------------------------------------------------------------------
   bool DoWithoutRefusedSongs_(const std::string& current, const std::function<void()>& attempt);
@@ -129,10 +144,9 @@ class Session {
   bool SettleStopped_();
   void Recover_(const std::string& song);
   void BeginAnew_(const std::string& song);
-  void StandAtOrBehind_(const std::string& song);
-  std::string WhyLeftOut_(const std::string& song) const;
+  void BuildAnew_();
+  bool StandAtOrBehind_(const std::string& song);
   void ChangeSong_(const std::string& target, const std::function<void()>& change);
-  void RequireNoFileIsLost_(const std::string& why) const;
   void WarnOfLoadingAgain_(const std::string& song, const std::string& why);
 
   // ---- broken_attacca.cpp ----------------------------------------------------------------------
@@ -151,17 +165,22 @@ class Session {
 
   ShowFolder folder_;
   const OutputKind kind_;
+  const std::string wantedSong_;  // empty: any
+  const double wantedRateHz_;     // 0: any
   OutputChoice choice_;
   const Say say_;
   std::set<std::string> leftOut_;
+  std::string formatSong_;                 // from whose audio the format of the output comes
+  std::set<std::string> leftOutByFormat_;  // as long as it holds
   std::vector<tesk_midi::Problem> problems_;
   StageEvents events_;
+  const KeptSoundFile keptFile_;
   std::unique_ptr<AudioPlayerWrapper> wrapper_;
   AudioPlayer* player_ = nullptr;  // the wrapper's
   std::unique_ptr<SongClock> clock_;
   std::string clockSong_;
   std::string loadedSong_;  // the last of which the player told that it is loaded
-  bool hasPlayed_ = false;  // not counting what stood silent at its start
+  bool isOpen_ = false;     // a player has stood
   bool waiting_ = false;
   bool ended_ = false;
 };

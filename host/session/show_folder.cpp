@@ -24,14 +24,44 @@ tesk_midi::LoadedShow Load(const std::string& path) {
   return tesk_midi::LoadShow(path);
 }
 
+std::vector<std::string> NamesIn(const std::string& folder) {
+  try {
+    return exc::listdir(folder);
+  } catch (const exc::ListdirError&) {
+    return {};
+  }
+}
+
+// The system's reason first: a folder that may not be entered looks like one that is not there.
+std::string DataFault(const std::string& folder, bool* isMissing) {
+  namespace fs = std::filesystem;
+  std::error_code reason;
+  std::error_code ignored;
+  const fs::file_status status = fs::status(folder, reason);
+  const bool isLink = fs::is_symlink(folder, ignored);
+  *isMissing = status.type() == fs::file_type::not_found && !isLink;
+  if (*isMissing)
+    return "there is no such folder; create it and put the recordings into it as \"NUMBER NAME.obd\"";
+  if (reason == std::errc::too_many_symbolic_link_levels)
+    return "is a link that leads back to itself; put a folder with the recordings in its place";
+  if (status.type() == fs::file_type::not_found)
+    return "is a link that leads nowhere; put a folder with the recordings in its place";
+  if (fs::exists(status) && !fs::is_directory(status))
+    return "is no folder; put a folder with the recordings in its place";
+  try {
+    exc::listdir(folder);
+  } catch (const exc::ListdirError&) {
+    return "may not be read by this user; give the rights to read and enter it: chmod a+rx";
+  }
+  return "";
+}
+
 }  // namespace
 
 ShowFolder::AudioFiles ListAudioFiles(const std::string& showPath, std::vector<std::string>* duplicates) {
   ShowFolder::AudioFiles files;
   const std::string folder = exc::path::Join(showPath, "data");
-  std::error_code error;
-  if (!std::filesystem::is_directory(folder, error)) return files;
-  for (const std::string& name : exc::listdir(folder)) {
+  for (const std::string& name : NamesIn(folder)) {
     if (exc::path::extension(name) != ".obd") continue;
     const std::string number = exc::SplitString(name, ' ').front();
     const auto known = files.find(number);
@@ -45,7 +75,17 @@ ShowFolder::AudioFiles ListAudioFiles(const std::string& showPath, std::vector<s
 }
 
 ShowFolder::ShowFolder(const std::string& path)
-    : path_(path), show_(Load(path)), audioFiles_(ListAudioFiles(path, nullptr)) {}
+    : path_(path),
+      show_(Load(path)),
+      audioFiles_(ListAudioFiles(path, nullptr)),
+      dataFault_(DataFault(exc::path::Join(path, "data"), &lacksData_)) {}
+
+const tesk_midi::Problem* ShowFolder::WhyUnreadable(const std::string& song) const {
+  for (const tesk_midi::Problem& problem : GetWarnings()) {
+    if (!problem.isWarning && problem.songNumber == song) return &problem;
+  }
+  return nullptr;
+}
 
 std::string ShowFolder::AudioPath(const std::string& song) const {
   return exc::path::Join(path_, "data", audioFiles_.at(song));

@@ -35,6 +35,13 @@ class ShowFolder {
   std::string MidiFile(const std::string& song) const;
   std::string CueFile(const std::string& song) const;
 
+  // Why nothing can be known of the folder of recordings, and what to do; empty when it can be read.
+  const std::string& GetDataFault() const { return dataFault_; }
+  // It is merely not there, as in a show whose recordings are still to be made.
+  bool LacksData() const { return lacksData_; }
+  // Why a song's music or cues cannot be read; nothing when they can.
+  const tesk_midi::Problem* WhyUnreadable(const std::string& song) const;
+
   // All of them, so that each is known when it is asked for. What is wrong with one is told to who asks.
   void ProbeAll() const;
   // Header and end of a song's audio file. Throws tesk_audio::TESKAudioError.
@@ -49,9 +56,12 @@ class ShowFolder {
   std::string path_;
   tesk_midi::LoadedShow show_;
   AudioFiles audioFiles_;
+  bool lacksData_ = false;
+  std::string dataFault_;
 };
 
-// The names of the audio files of a show's "data" folder, by the number before their first blank. A later
+// The names of the audio files of a show's "data" folder, by the number before their first blank; none when
+// the folder cannot be read. A later
 // file with the same number replaces an earlier one, as when the show is opened; `duplicates` receives both
 // names.
 ShowFolder::AudioFiles ListAudioFiles(const std::string& showPath, std::vector<std::string>* duplicates);

@@ -26,8 +26,19 @@ AudioSummary SummariseAudio(const ShowFolder& show, const std::string& song) {
   return summary;
 }
 
+void RequireReadable(const ShowFolder& show, const std::string& song) {
+  if (const tesk_midi::Problem* why = show.WhyUnreadable(song)) throw Failure(Shown(ToString(*why)));
+}
+
 SongSummary SummariseSong(const ShowFolder& show, const tesk_midi::SongData& song) {
   const std::string& number = song.GetNumber();
+  if (const tesk_midi::Problem* why = show.WhyUnreadable(number)) {
+    SongSummary unread;
+    unread.number = number;
+    unread.name = song.GetName();
+    unread.problem = ToString(*why);
+    return unread;
+  }
   const CL::SongLog& log = show.GetLog(number);
   const SongClock clock(song, show.RateOf(number));
   SongSummary summary;
@@ -56,12 +67,16 @@ ShowSummary Summarise(const std::string& showPath, const std::string& song) {
   const ShowFolder show(showPath);
   ShowSummary summary;
   summary.title = show.GetData().GetTitle();
+  if (!show.GetDataFault().empty() && !show.LacksData())
+    summary.problems.push_back("data: " + show.GetDataFault());
   if (!song.empty()) {
+    RequireReadable(show, show.FindSong(song).GetNumber());
     summary.songs.push_back(SummariseSong(show, show.FindSong(song)));
     return summary;
   }
   for (const std::string& number : show.GetData().GetRunningOrder()) {
     summary.songs.push_back(SummariseSong(show, show.GetData().GetSong(number)));
+    if (!summary.songs.back().problem.empty()) summary.problems.push_back(summary.songs.back().problem);
   }
   return summary;
 }
@@ -70,6 +85,10 @@ std::vector<Place> FindPlaces(const std::string& showPath, const std::string& so
                               const std::vector<std::string>& texts) {
   const ShowFolder show(showPath);
   const tesk_midi::SongData& data = show.FindSong(song);
+  RequireReadable(show, data.GetNumber());
+  // Samples are counted at the rate of the audio.
+  if (!show.GetDataFault().empty() && !show.LacksData())
+    throw Failure(Shown(show.GetPath()) + ": data: " + show.GetDataFault());
   const SongClock clock(data, show.RateOf(data.GetNumber()));
   std::vector<Place> places;
   try {

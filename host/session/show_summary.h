@@ -50,6 +50,7 @@ struct AudioSummary {
 struct SongSummary {
   std::string number;
   std::string name;
+  std::string problem;  // why it cannot be read, and nothing else is known; empty when it can
   bool attacca = false;
   bool skip = false;
   unsigned ticksPerQuarter = 0;
@@ -63,10 +64,11 @@ struct SongSummary {
 
 struct ShowSummary {
   std::string title;
-  std::vector<SongSummary> songs;  // in running order
+  std::vector<SongSummary> songs;     // in running order
+  std::vector<std::string> problems;  // why something is not in it that should be
 };
 
-// `song`: only that one; empty: all. Throws Failure, tesk_midi::ShowError.
+// `song`: only that one, which has to be readable; empty: all. Throws Failure, tesk_midi::ShowError.
 ShowSummary Summarise(const std::string& showPath, const std::string& song);
 
 // The places of a song that texts name. Throws Failure.

@@ -36,7 +36,7 @@ bool Session::NextSongStopped() {
   return true;
 }
 
-std::string Session::WhyLeftOut_(const std::string& song) const {
+std::string Session::WhyLeftOut(const std::string& song) const {
   for (const tesk_midi::Problem& problem : problems_) {
     if (problem.songNumber == song && !problem.isWarning) return Shown(tesk_midi::ToString(problem));
   }
@@ -44,12 +44,12 @@ std::string Session::WhyLeftOut_(const std::string& song) const {
 }
 
 void Session::LoadStopped(const std::string& song) {
-  if (leftOut_.contains(song)) throw Failure(WhyLeftOut_(song));
+  if (leftOut_.contains(song)) throw Failure(WhyLeftOut(song));
   if (!folder_.HasAudio(song)) throw Failure("song " + Shown(song) + " cannot be played: it has no audio");
   const SilentOutput silent;
   ChangeSong_(song, [&] { player_->LoadSong(song); });
   if (!SettleStopped_()) Recover_(song);
-  if (GetSongNumber() != song) throw Failure(WhyLeftOut_(song));
+  if (GetSongNumber() != song) throw Failure(WhyLeftOut(song));
 }
 
 // A change for which the system refuses a thread or memory stops half way, the new song current but not
@@ -67,21 +67,12 @@ void Session::ChangeSong_(const std::string& target, const std::function<void()>
 }
 
 void Session::WarnOfLoadingAgain_(const std::string& song, const std::string& why) {
-  const std::string begin = "Song " + song + ": " + why + ". ";
   tesk_midi::Problem problem;
   problem.songNumber = song;
   problem.file = "data/" + folder_.GetAudioFiles().at(song);
-  problem.message = begin + "Close other programs and play the show again.";
-  RequireNoFileIsLost_(tesk_midi::ToString(problem));
-  problem.message = begin + "It is loaded once more.";
+  problem.message = "Song " + song + ": " + why + ". It is loaded once more.";
   problem.isWarning = true;
   problems_.push_back(std::move(problem));
-}
-
-// A fresh player would begin the sound file anew and lose what was played into it.
-void Session::RequireNoFileIsLost_(const std::string& why) const {
-  if (choice_.output != "file" || !hasPlayed_) return;
-  throw PlayerLost(Shown(why) + " " + Shown(choice_.device) + " was not written.");
 }
 
 // A song that is not decoded yet plays as soon as it is, on its loader's thread. Asking to play waits for
@@ -99,7 +90,6 @@ bool Session::SettleStopped_() {
 // when it is one of them.
 void Session::Recover_(const std::string& song) {
   if (!LeaveOutBrokenSongs_()) player_->ThrowIfThreadExceptions();
-  RequireNoFileIsLost_(tesk_midi::ToString(problems_.back()));
   BeginAnew_(song);
 }
 
@@ -107,22 +97,17 @@ void Session::Recover_(const std::string& song) {
 // words.
 void Session::BeginAnew_(const std::string& song) {
   const SilentOutput silent;
-  for (int attemptsLeft = 2;; --attemptsLeft) {
+  for (int attemptsLeft = 2;;) {
+    BuildAnew_();
     try {
-      BuildWithoutBrokenSongs_();
-    } catch (const PlayerLost&) {
-      throw;
-    } catch (const std::exception& error) {
-      throw PlayerLost(Shown(folder_.GetPath()) + ": the show cannot go on: " + error.what());
-    }
-    try {
-      return StandAtOrBehind_(song);
+      if (StandAtOrBehind_(song)) return;
+      if (!LeaveOutBrokenSongs_(true)) player_->ThrowIfThreadExceptions();
     } catch (const std::exception& error) {
       if (!IsRefusalOfTheMoment(error)) throw;
-      if (attemptsLeft > 0) continue;
+      if (attemptsLeft-- > 0) continue;
       const auto attempt = [&] {
         BuildOnce_();
-        StandAtOrBehind_(song);
+        if (!StandAtOrBehind_(song)) player_->ThrowIfThreadExceptions();
       };
       if (IsRefusalOfAThread(error) && DoWithoutRefusedSongs_(song, attempt)) return;
       throw PlayerLost(Shown(folder_.GetPath()) + ": the show cannot go on: " + WhatWasRefused(error));
@@ -130,16 +115,32 @@ void Session::BeginAnew_(const std::string& song) {
   }
 }
 
-// At the start of `song`, or of the one after it that can be played.
-void Session::StandAtOrBehind_(const std::string& song) {
+// A fresh player begins with the first song of the show, whichever it is brought to.
+void Session::BuildAnew_() {
+  try {
+    const std::string first = FirstSongBut_({});
+    const LongWait wait(say_, first.empty() ? "" : LoadingText(first));
+    BuildWithoutBrokenSongs_();
+  } catch (const PlayerLost&) {
+    throw;
+  } catch (const std::exception& error) {
+    throw PlayerLost(Shown(folder_.GetPath()) + ": the show cannot go on: " + error.what());
+  }
+}
+
+// At the start of `song`, or of the one after it that can be played. False when that cannot be decoded.
+bool Session::StandAtOrBehind_(const std::string& song) {
   bool reached = false;
   for (const std::string& number : folder_.GetData().GetRunningOrder()) {
     reached = reached || number == song;
     if (!reached || !CanBePlayed_(number)) continue;
-    if (GetSongNumber() != number) player_->LoadSong(number);
-    if (!SettleStopped_()) player_->ThrowIfThreadExceptions();
-    return;
+    if (GetSongNumber() != number) {
+      const LongWait wait(say_, WhatIsWaitedForOnTheWayTo_(number));
+      player_->LoadSong(number);
+    }
+    return SettleStopped_();
   }
+  return true;
 }
 
 }  // namespace orbel::host

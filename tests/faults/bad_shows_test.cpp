@@ -3,7 +3,11 @@
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
+#include <unistd.h>
+
+#include <cstdlib>
 #include <filesystem>
+#include <fstream>
 #include <functional>
 
 #include "reference_suite/midi/standard_midi_file/smf_writer.h"
@@ -255,7 +259,7 @@ TEST(SongWithShortTicks, HasPlacesButNoSamples) {
   const std::vector<std::uint8_t> bytes = midi.Bytes();
   files.Write(kMidi, std::string(bytes.begin(), bytes.end()));
   EXPECT_EQ(Orbel({"where", files.Show(), "1", "1.2"}).status, 0);
-  const Ended run = Orbel({"where", files.Show(), "1", "time:0:00.5"});
+  const Ended run = Orbel({"where", files.Show(), "1", "sample:1"});
   EXPECT_EQ(run.status, 1);
   EXPECT_THAT(run.messages,
               HasSubstr("orbel: songs/1 Waltz.mid: from 1.1.0 (tick 0) on a tick lasts 0.366 "));
@@ -279,28 +283,154 @@ TEST(ShowWithoutData, IsToldWithItsFolder) {
   EXPECT_FALSE(std::filesystem::exists(files.Beside("out.wav")));
 }
 
-TEST(DataThatIsAFile, IsToldWithItsName) {
+struct BadData {
+  const char* name;
+  std::function<void(const std::filesystem::path&)> make;
+  const char* words;
+};
+
+void PrintTo(const BadData& data, std::ostream* out) {
+  *out << data.name;
+}
+
+class DataThatIsNoFolder : public testing::TestWithParam<BadData> {};
+
+TEST_P(DataThatIsNoFolder, IsToldWithItsCure) {
   ShowFiles files;
   files.AddSong("1", "Waltz", 1);
   std::filesystem::remove_all(files.At("data"));
-  files.Write("data", "not a folder");
-  const Ended run = Orbel({"render", files.Show(), "-o", files.Beside("out.wav")});
-  EXPECT_EQ(run.status, 1);
-  ExpectEndedInWords(run);
-  EXPECT_THAT(run.messages, HasSubstr("data"));
-}
-
-TEST(AudioWithoutASong, KeepsNoSongFromBeingShown) {
-  ShowFiles files;
-  files.AddSong("1", "Waltz", 1);
-  files.Write("data/7 Lost.obd", "no audio");
+  GetParam().make(files.At("data"));
   const Ended check = Orbel({"check", files.Show()});
   EXPECT_EQ(check.status, 5);
-  EXPECT_THAT(check.out, HasSubstr("error: data/7 Lost.obd"));
+  EXPECT_EQ(check.out, std::string("error: data: ") + GetParam().words + "\n1 error, no warnings\n");
+  for (const auto& arguments :
+       {std::vector<std::string>{"info", files.Show()},
+        std::vector<std::string>{"where", files.Show(), "1", "1"},
+        std::vector<std::string>{"play", files.Show()},
+        std::vector<std::string>{"render", files.Show(), "-o", files.Beside("out.wav")}}) {
+    const Ended run = Orbel(arguments);
+    EXPECT_EQ(run.status, 1) << arguments[0];
+    ExpectEndedInWords(run);
+    EXPECT_THAT(run.messages, HasSubstr(std::string("data: ") + GetParam().words));
+  }
+  EXPECT_FALSE(std::filesystem::exists(files.Beside("out.wav")));
+}
+
+const auto kDataName = [](const testing::TestParamInfo<BadData>& info) {
+  return std::string(info.param.name);
+};
+INSTANTIATE_TEST_SUITE_P(
+    Data, DataThatIsNoFolder,
+    testing::Values(
+        BadData{"File", [](const std::filesystem::path& data) { std::ofstream(data) << "not a folder"; },
+                "is no folder; put a folder with the recordings in its place"},
+        BadData{"Circle",
+                [](const std::filesystem::path& data) { std::filesystem::create_symlink("data", data); },
+                "is a link that leads back to itself; put a folder with the recordings in its place"},
+        BadData{"Nowhere",
+                [](const std::filesystem::path& data) { std::filesystem::create_symlink("nowhere", data); },
+                "is a link that leads nowhere; put a folder with the recordings in its place"}),
+    kDataName);
+
+TEST(DataThatMayNotBeRead, IsToldWithItsCure) {
+  ShowFiles files;
+  files.AddSong("1", "Waltz", 1);
+  std::filesystem::permissions(files.At("data"), std::filesystem::perms::none);
+  const std::string said = files.Beside("said");
+  const std::string asNobody = ::geteuid() == 0 ? "setpriv --reuid 65534 --clear-groups " : "";
+  const std::string command = asNobody + "'" ORBEL_PROGRAM "' check '" + files.Show() + "' >'" + said + "'";
+  EXPECT_EQ(WEXITSTATUS(std::system(command.c_str())), 5);
+  EXPECT_EQ(ReadText(said),
+            "error: data: may not be read by this user; give the rights to read and enter it: chmod a+rx\n"
+            "1 error, no warnings\n");
+  std::filesystem::permissions(files.At("data"), std::filesystem::perms::owner_all);
+}
+
+struct Stray {
+  const char* name;
+  const char* audio;
+  const char* number;
+  const char* cure;
+};
+
+void PrintTo(const Stray& stray, std::ostream* out) {
+  *out << stray.name;
+}
+
+class AudioWithoutASong : public testing::TestWithParam<Stray> {};
+
+TEST_P(AudioWithoutASong, IsToldWithItsCureByEveryVerbThatPlays) {
+  ShowFiles files;
+  files.AddSong("1", "Waltz", 1);
+  files.Write(std::string("data/") + GetParam().audio, "no audio");
+  const std::string told = std::string("data/") + GetParam().audio + ": " + GetParam().cure;
+  const Ended check = Orbel({"check", files.Show()});
+  EXPECT_EQ(check.status, 5);
+  EXPECT_THAT(check.out, HasSubstr("error: " + told));
+  for (const auto& arguments :
+       {std::vector<std::string>{"render", files.Show(), "-o", files.Beside("out.wav")},
+        std::vector<std::string>{"play", files.Show(), "--output", "null"}}) {
+    const Ended run = Orbel(arguments);
+    EXPECT_EQ(run.status, 1);
+    ExpectEndedInWords(run);
+    EXPECT_THAT(run.messages, HasSubstr(std::string("orbel: No midi data found for song number ") +
+                                        GetParam().number + "\n       " + told));
+  }
+}
+
+const auto kStrayName = [](const testing::TestParamInfo<Stray>& info) {
+  return std::string(info.param.name);
+};
+INSTANTIATE_TEST_SUITE_P(
+    Audio, AudioWithoutASong,
+    testing::Values(
+        Stray{"UnknownNumber", "7 Lost.obd", "7",
+              "there is no song 7, so the show cannot be opened; add \"songs/7 NAME.mid\", or take this file "
+              "out"},
+        Stray{
+            "NoBlank", "3Galop.obd", "3Galop.obd",
+            "the name has no blank behind the song's number, so the show cannot be opened; rename it to \"3 "
+            "Galop.obd\", or take it out"},
+        Stray{"NoNumber", "Galop.obd", "Galop.obd",
+              "the name has no blank behind the song's number, so the show cannot be opened; rename it to "
+              "\"NUMBER NAME.obd\", or take it out"}),
+    kStrayName);
+
+TEST(MidiInCapitals, IsNamedByEveryVerbThatPlays) {
+  ShowFiles files;
+  files.AddSong("1", "Waltz", 1);
+  files.AddSong("2", "Polka", 1);
+  std::filesystem::rename(files.At("songs/2 Polka.mid"), files.At("songs/2 Polka.MID"));
   const Ended run = Orbel({"render", files.Show(), "-o", files.Beside("out.wav")});
   EXPECT_EQ(run.status, 1);
-  ExpectEndedInWords(run);
-  EXPECT_THAT(run.messages, HasSubstr("7"));
+  EXPECT_THAT(run.messages, HasSubstr("orbel: No midi data found for song number 2\n"));
+  EXPECT_THAT(run.messages,
+              HasSubstr("songs/2 Polka.MID: is not read; the name of a song's MIDI file ends in "));
+}
+
+// The other song is shown and played.
+TEST(UnreadableMidi, IsNoSongToShow) {
+  ShowFiles files;
+  files.AddSong("1", "Waltz", 1);
+  files.AddSong("2", "Polka", 1);
+  std::filesystem::remove(files.At(kMidi));
+  std::filesystem::create_directory(files.At(kMidi));
+  const std::string why = "songs/1 Waltz.mid: is no regular file; put a file of that name there.";
+  const Ended info = Orbel({"info", files.Show()});
+  EXPECT_EQ(info.status, 1);
+  EXPECT_THAT(info.out, HasSubstr("1  Waltz\n    cannot be read: " + why));
+  EXPECT_THAT(info.out, HasSubstr("2  Polka  0:01.000\n"));
+  EXPECT_THAT(info.out, testing::Not(HasSubstr("120 quarters")));
+  EXPECT_THAT(info.messages, HasSubstr("orbel: " + why));
+  for (const auto& arguments : {std::vector<std::string>{"info", files.Show(), "--song", "1"},
+                                std::vector<std::string>{"where", files.Show(), "1", "1"}}) {
+    const Ended run = Orbel(arguments);
+    EXPECT_EQ(run.status, 1);
+    EXPECT_EQ(run.out, "");
+    EXPECT_THAT(run.messages, HasSubstr("orbel: " + why));
+  }
+  EXPECT_THAT(Orbel({"info", "--json", files.Show()}).out, HasSubstr("\"problem\": \"" + why));
+  EXPECT_EQ(Orbel({"where", files.Show(), "2", "1"}).status, 0);
 }
 
 // The reader itself is cut at every byte by its own tests: here a cut must come through the program as words.

@@ -33,6 +33,7 @@ void Duet::Begin_(std::size_t song) {
   index_ = song;
   model_.emplace(songs_[song], rate_);
   framesOfSong_ = 0;
+  readsOfSong_ = 0;
   cameByAttacca_ = false;
   actions_.str("");
   untilAction_ = dice_->Between(1, 20000);
@@ -60,7 +61,9 @@ bool Duet::Step_() {
   Compare_(heard);
   if (report.event == tesk_audio::StepEvent::Caesura) return OnCaesura_();
   if (report.event == tesk_audio::StepEvent::End) return OnEnd_(false);
-  if (framesOfSong_ > mostFrames_) return false;
+  // Of very short ticks a passage may be a frame or two.
+  constexpr long long kFewFramesARead = 50;
+  if (std::max(framesOfSong_, kFewFramesARead * ++readsOfSong_) > mostFrames_) return false;
   untilAction_ -= static_cast<long long>(heard.size());
   if (untilAction_ <= 0 && !model_->OnCue()) Act_();
   return true;

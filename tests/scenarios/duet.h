@@ -68,6 +68,7 @@ class Duet {
   std::size_t index_ = 0;
   std::optional<FlowModel> model_;
   long long framesOfSong_ = 0;
+  long long readsOfSong_ = 0;
   long long framesCompared_ = 0;
   long long untilAction_ = 0;
   bool cameByAttacca_ = false;

@@ -1,6 +1,7 @@
 #include "reference_suite/audio/device/file_device.h"
 
 #include <cmath>
+#include <utility>
 
 #include "reference_suite/audio/device/device_clock.h"
 #include "reference_suite/audio/device/start_thread.h"
@@ -20,9 +21,37 @@ constexpr long long kRenderPatience = 2'000 * kMillisecond;
 
 std::atomic<FileDevice*> theDevice{nullptr};
 
+// A file between two devices.
+struct Unfinished {
+  std::mutex mutex;
+  int keepers = 0;
+  std::string path;
+  double rateHz = 0.0;
+  unsigned channels = 0;
+  std::unique_ptr<SoundFileWriter> writer;
+};
+
+Unfinished& TheUnfinished() {
+  static Unfinished unfinished;
+  return unfinished;
+}
+
 SoundFileFormat FormatOf(const std::string& path) {
   if (path.ends_with(".flac")) return SoundFileFormat::Flac;
   return path.ends_with(".ogg") ? SoundFileFormat::OggVorbis : SoundFileFormat::Float;
+}
+
+std::unique_ptr<SoundFileWriter> BeginOrGoOn(const std::string& path, double rateHz, unsigned channels) {
+  Unfinished& kept = TheUnfinished();
+  const std::lock_guard lock(kept.mutex);
+  if (!kept.writer || kept.path != path)
+    return std::make_unique<SoundFileWriter>(path, FormatOf(path), rateHz, channels);
+  if (kept.rateHz != rateHz || kept.channels != channels) {
+    throw TESKAudioError(ShownPath(path) +
+                         ": what follows has another rate or number of channels than the file; play it into "
+                         "another file");
+  }
+  return std::move(kept.writer);
 }
 
 }  // namespace
@@ -31,7 +60,7 @@ FileDevice::FileDevice(const std::string& path, double rateHz, unsigned channels
     : path_(path),
       rateHz_(rateHz),
       channels_(channels),
-      writer_(path, FormatOf(path), rateHz, channels),
+      writer_(BeginOrGoOn(path, rateHz, channels)),
       frames_(std::size_t{kPeriodFrames} * channels) {
   theDevice = this;
 }
@@ -40,6 +69,14 @@ FileDevice::~FileDevice() {
   FileDevice* self = this;
   theDevice.compare_exchange_strong(self, nullptr);
   Stop();
+  if (isFinished_ || failed_) return;
+  Unfinished& kept = TheUnfinished();
+  const std::lock_guard lock(kept.mutex);
+  if (kept.keepers == 0) return;
+  kept.path = path_;
+  kept.rateHz = rateHz_;
+  kept.channels = channels_;
+  kept.writer = std::move(writer_);
 }
 
 std::string FileDevice::GetDescription() const {
@@ -88,7 +125,7 @@ void FileDevice::TakePeriod_() {
   const long long deadline = MonotonicNow() + kRenderPatience;
   while (!stops_ && !callback_->IsReady(kPeriodFrames) && MonotonicNow() < deadline) SleepFor(kLook);
   callback_->Process(frames_.data(), kPeriodFrames);
-  writer_.Write(frames_.data(), kPeriodFrames);
+  writer_->Write(frames_.data(), kPeriodFrames);
   taken_ += kPeriodFrames;
 }
 
@@ -107,7 +144,20 @@ void FileDevice::Take(double seconds) {
 void FileDevice::Finish() {
   Stop();
   ThrowIfFailed_();
-  writer_.Commit();
+  isFinished_ = true;
+  writer_->Commit();
+}
+
+KeptFile::KeptFile() {
+  Unfinished& kept = TheUnfinished();
+  const std::lock_guard lock(kept.mutex);
+  ++kept.keepers;
+}
+
+KeptFile::~KeptFile() {
+  Unfinished& kept = TheUnfinished();
+  const std::lock_guard lock(kept.mutex);
+  if (--kept.keepers == 0) kept.writer.reset();
 }
 
 bool LetFileDeviceTake(double seconds) {

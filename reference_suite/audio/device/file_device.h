@@ -3,6 +3,7 @@
 #include <pthread.h>
 
 #include <atomic>
+#include <memory>
 #include <mutex>
 #include <string>
 #include <vector>
@@ -15,6 +16,9 @@ namespace tesk_audio {
 // Writes what it takes into a sound file. It has no clock: it takes what it is told to, as fast as that is
 // rendered and written, and what somebody waits for: a fade-out. The file appears under its name with Finish,
 // complete, or not at all.
+//
+// A device that goes without Finish takes the file with it, but while a KeptFile lives: then the next device
+// with the same name goes on behind what was written.
 //
 // Units      frames; seconds of sound.
 // Threads    its own while it runs; Take and Finish by one other thread.
@@ -53,7 +57,7 @@ class FileDevice : public Device {
   const std::string path_;
   const double rateHz_;
   const unsigned channels_;
-  SoundFileWriter writer_;  // the thread's while it runs
+  std::unique_ptr<SoundFileWriter> writer_;  // the thread's while it runs
   std::vector<float> frames_;
   DeviceCallback* callback_ = nullptr;
   double granted_ = 0.0;  // frames in all
@@ -64,7 +68,17 @@ class FileDevice : public Device {
   std::string failure_;  // guarded by it
   pthread_t thread_{};
   bool runs_ = false;
+  bool isFinished_ = false;
   std::atomic<bool> stops_{false};
+};
+
+// See above. Threads: HOST.
+class KeptFile {
+ public:
+  KeptFile();
+  ~KeptFile();
+  KeptFile(const KeptFile&) = delete;
+  KeptFile& operator=(const KeptFile&) = delete;
 };
 
 // Of the file device that there is; false when there is none. Throw TESKAudioError when writing has failed.

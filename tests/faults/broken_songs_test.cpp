@@ -1,0 +1,163 @@
+// Songs that are found broken when they are decoded: said with file and cause, and the others play.
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+
+#include <filesystem>
+#include <fstream>
+
+#include "tests/faults/circumstances.h"
+#include "tests/host/show_files.h"
+#include "tests/host/terminal_program.h"
+
+namespace faults {
+namespace {
+
+using host_tests::Ended;
+using host_tests::FramesFromZero;
+using host_tests::Orbel;
+using host_tests::OrbelInATerminal;
+using host_tests::ReadFloatWav;
+using host_tests::ReadText;
+using host_tests::ShowFiles;
+using host_tests::WriteWav;
+using testing::HasSubstr;
+using testing::Not;
+
+constexpr int kBars = 8;
+constexpr long long kFrames = 1LL * kBars * ShowFiles::kRate;
+
+class BrokenSongs : public testing::Test {
+ protected:
+  void AddSongs(const std::vector<std::string>& names) {
+    for (const std::string& name : names) files_.AddSong(std::to_string(++count_), name, kBars);
+  }
+  // Behind the first tenth of a megabyte, which is more than what is read of a file to look at it.
+  static Environment BreakingReadOf(const std::string& song) {
+    return Refusing({{"ORBEL_REFUSE_READ", song + ":100000"}});
+  }
+  std::string Out() const { return files_.Beside("out.wav"); }
+  Ended PlayIntoFile() const {
+    return Orbel({"play", files_.Show(), "--output", "file", "--device", Out(), "--fade", "0"});
+  }
+  std::vector<float> Heard() const {
+    std::vector<float> frames = ReadFloatWav(Out());
+    std::erase(frames, 0.0F);
+    return frames;
+  }
+  static std::vector<float> Songs(int songs) {
+    std::vector<float> frames;
+    for (const std::vector<float> once = FramesFromZero(kFrames); songs > 0; --songs)
+      frames.insert(frames.end(), once.begin(), once.end());
+    return frames;
+  }
+
+  ShowFiles files_;
+  int count_ = 0;
+};
+
+int Count(const std::string& text, const std::string& words) {
+  int count = 0;
+  for (std::size_t at = text.find(words); at != std::string::npos; at = text.find(words, at + 1)) ++count;
+  return count;
+}
+
+TEST_F(BrokenSongs, TheOnlySongOfAShowIsToldWithFileAndCause) {
+  AddSongs({"Waltz"});
+  const auto breaking = BreakingReadOf("1 Waltz.obd");
+  for (const auto& arguments : {std::vector<std::string>{"render", files_.Show(), "-o", Out()},
+                                std::vector<std::string>{"play", files_.Show(), "--output", "null"}}) {
+    const Ended run = Orbel(arguments);
+    ExpectEndedInWords(run);
+    EXPECT_EQ(run.status, 1);
+    EXPECT_THAT(run.messages, HasSubstr("no song can be played:\n       data/1 Waltz.obd: "));
+    EXPECT_THAT(run.messages, HasSubstr("Input/output error"));
+    EXPECT_FALSE(std::filesystem::exists(Out()));
+  }
+}
+
+TEST_F(BrokenSongs, TheFormatOfTheShowComesFromASongThatCanBePlayed) {
+  AddSongs({"Waltz", "Polka"});
+  WriteWav(files_.At("data/1 Waltz.obd"), FramesFromZero(2 * kFrames), ShowFiles::kRate, 2);
+  const auto breaking = BreakingReadOf("1 Waltz.obd");
+  const Ended run = PlayIntoFile();
+  EXPECT_EQ(run.status, 0) << run.messages;
+  EXPECT_THAT(run.messages, HasSubstr("Song 1 is left out."));
+  EXPECT_THAT(run.messages, Not(HasSubstr("Song 2 is left out.")));
+  EXPECT_TRUE(Heard() == Songs(1));
+}
+
+// Found when others were played already.
+TEST_F(BrokenSongs, AreMissingFromTheFileThatIsPlayedIntoAndNothingElseIs) {
+  AddSongs({"Waltz", "Polka", "Galop", "March"});
+  const auto breaking = BreakingReadOf("3 Galop.obd");
+  const Ended run = PlayIntoFile();
+  EXPECT_EQ(run.status, 0) << run.messages;
+  EXPECT_THAT(run.messages, HasSubstr("Song 3 is left out."));
+  const std::vector<float> heard = Heard();
+  EXPECT_EQ(heard.size(), Songs(3).size());
+  EXPECT_TRUE(heard == Songs(3));
+  EXPECT_FALSE(std::filesystem::exists(Out() + ".part"));
+}
+
+TEST_F(BrokenSongs, InARowAreLeftOutToo) {
+  AddSongs({"Waltz", "Galop", "Polka A", "Polka B", "Polka C", "March"});
+  const auto breaking = BreakingReadOf("Polka");
+  const Ended run = PlayIntoFile();
+  EXPECT_EQ(run.status, 0) << run.messages;
+  EXPECT_TRUE(Heard() == Songs(3));
+  EXPECT_EQ(Count(run.messages, "is left out."), 3);
+}
+
+// Whether the other songs of a show are sound is no question while the next one is waited for.
+TEST_F(BrokenSongs, KeepNobodyWaitingForSongsThatAreNotNeeded) {
+  AddSongs({"Waltz", "Polka", "Galop", "March", "Reel", "Jig", "Hornpipe"});
+  std::ofstream(files_.Beside("script")) << "time 0.2 next\nat 1.3 stop\n";
+  const Environment circumstances = Refusing({{"ORBEL_REFUSE_READ", "2 Polka.obd:100000"},
+                                              {"ORBEL_HOLD_READ", "Hornpipe.obd:100000"},
+                                              {"ORBEL_HOLD_UNTIL", files_.Beside("never")},
+                                              {"ORBEL_COUNT_HELD", files_.Beside("held")}});
+  const Ended run = Orbel({"play", files_.Show(), "--output", "null", "--script", files_.Beside("script")});
+  EXPECT_EQ(run.status, 0) << run.messages;
+  EXPECT_THAT(run.messages, HasSubstr("3 Galop   bar 1.1"));
+  EXPECT_EQ(ReadText(files_.Beside("held")), "") << "the last song was decoded";
+}
+
+TEST_F(BrokenSongs, AreNamedWhereAnAttaccaEndsAndNotAgainWhenTheyHaveBeenLeftOut) {
+  files_.AddSong("1", "Waltz", 1, "attacca = true\n");
+  count_ = 1;
+  AddSongs({"Polka", "Galop"});
+  const std::string gate = files_.Beside("gate");
+  const Environment circumstances = Refusing({{"ORBEL_REFUSE_READ", "2 Polka.obd:100000"},
+                                              {"ORBEL_HOLD_READ", "2 Polka.obd:100000"},
+                                              {"ORBEL_HOLD_UNTIL", gate}});
+  OrbelInATerminal orbel({"play", files_.Show(), "--output", "null"});
+  ASSERT_TRUE(orbel.Shows("1 Waltz   bar 1.1   240 bpm   stopped"));
+  orbel.Type(" ");
+  EXPECT_TRUE(orbel.Shows("song 2 is still loading: waiting for it"));
+  std::ofstream(gate) << "fail";
+  EXPECT_TRUE(orbel.Shows("data/2 Polka.obd: "));
+  EXPECT_TRUE(orbel.Shows("Song 2 could not be loaded; it is left out when you go on"));
+  orbel.Type(" ");
+  EXPECT_TRUE(orbel.Shows("Song 2 is left out."));
+  EXPECT_TRUE(orbel.Shows("3 Galop   bar 1.2   240 bpm   playing"));
+  orbel.Type("qq");
+  EXPECT_EQ(orbel.WaitForEnd(), 0);
+  EXPECT_EQ(Count(orbel.GetScreen(), "could not be loaded"), 1);
+}
+
+TEST_F(BrokenSongs, ARenderWithoutASongOfItsOwnIsNotGivenAnother) {
+  AddSongs({"Waltz", "Polka"});
+  const auto breaking = BreakingReadOf("1 Waltz.obd");
+  const Ended run = Orbel({"render", files_.Show(), "-o", Out()});
+  EXPECT_EQ(run.status, 1);
+  EXPECT_THAT(run.messages, HasSubstr("orbel: data/1 Waltz.obd: "));
+  EXPECT_THAT(
+      run.messages,
+      HasSubstr(Out() + " was not written; name the song to render with --song, for instance --song 2"));
+  EXPECT_FALSE(std::filesystem::exists(Out()));
+  EXPECT_EQ(Orbel({"render", files_.Show(), "-o", Out(), "--song", "2"}).status, 0);
+  EXPECT_TRUE(Heard() == Songs(1));
+}
+
+}  // namespace
+}  // namespace faults
