@@ -47,7 +47,7 @@ release: packages
 
 # A show that exists is played as it is; delete demo-show/ to have it written anew.
 play: release
-	@[ -d demo-show ] || $(STEP) "write the demo show" $(ORBEL) demo demo-show
+	@[ -d demo-show ] || $(STEP) "write the demo show" $(ORBEL) demo demo-show || { rm -rf demo-show; exit 1; }
 	@$(ORBEL) play demo-show
 
 test: packages

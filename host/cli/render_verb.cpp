@@ -79,7 +79,9 @@ void AddRender(CLI::App& app, Action* action) {
   const auto options = std::make_shared<RenderOptions>();
   verb->add_option("SHOW", options->showPath, "The show folder")->required();
   verb->add_option("-o,--output", options->outPath, "The sound file to write")->required();
-  verb->add_option("-n,--song", options->song, "The song to start with; default: the first");
+  verb->add_option("-n,--song", options->song,
+                   "The song to start with; default: the first that has audio,\n"
+                   "and no other when that cannot be played");
   verb->add_option("--from", options->from, "The position to start at, for instance 17 or 17.3");
   verb->add_option("--vamp-passes", options->vampPasses,
                    "Without a script: how often a vamp is played in all")

@@ -1,7 +1,5 @@
 // An attacca that was broken off: a thread or memory was refused on the way into the next song, or the output
 // could not take it. The output, which reports why on the console, then stops as at the end of a song.
-#include <algorithm>
-
 #include "Sources/audio_player/audio_player.h"
 #include "host/session/failure.h"
 #include "host/session/session.h"
@@ -29,10 +27,20 @@ void Session::BeginAfterBrokenAttacca_() {
     LeaveOut_(song, error.what());
     BeginAnew_(song);
   }
-  const std::vector<std::string>& order = folder_.GetData().GetRunningOrder();
-  const auto wanted = std::find(order.begin(), order.end(), song);
-  // Never back to what has been played.
-  if (std::find(wanted, order.end(), GetSongNumber()) == order.end())
+  if (!IsAtOrBehind_(song))
+    throw PlayerLost(Shown(folder_.GetPath()) + ": the show cannot go on: " + WhyLeftOut(song));
+}
+
+// Live, the player goes on in silence through a song that could not be decoded.
+bool Session::AttaccaHasFailed_() const {
+  return kind_ == OutputKind::Live && IsPlaying() && SongNamedIn_(GetLoaderError_()) == GetSongNumber();
+}
+
+void Session::BeginAfterFailedAttacca_() {
+  const std::string song = GetSongNumber();
+  player_->StopAndReset();
+  Recover_(song);
+  if (!IsAtOrBehind_(song))
     throw PlayerLost(Shown(folder_.GetPath()) + ": the show cannot go on: " + WhyLeftOut(song));
 }
 

@@ -145,6 +145,7 @@ class Session {
   void Recover_(const std::string& song);
   void BeginAnew_(const std::string& song);
   void BuildAnew_();
+  bool IsAtOrBehind_(const std::string& song) const;
   bool StandAtOrBehind_(const std::string& song);
   void ChangeSong_(const std::string& target, const std::function<void()>& change);
   void WarnOfLoadingAgain_(const std::string& song, const std::string& why);
@@ -152,6 +153,8 @@ class Session {
   // ---- broken_attacca.cpp ----------------------------------------------------------------------
   bool AttaccaIsBrokenOff_(bool hasJustBegun);
   void BeginAfterBrokenAttacca_();
+  bool AttaccaHasFailed_() const;
+  void BeginAfterFailedAttacca_();
 
   // ---- waits.cpp -------------------------------------------------------------------------------
   bool CanBePlayed_(const std::string& song) const;

@@ -1,4 +1,5 @@
 // From song to song, and a fresh player where one cannot go on.
+#include <algorithm>
 #include <exception>
 
 #include "Sources/audio_player/audio_player.h"
@@ -32,8 +33,17 @@ bool Session::NextSongStopped() {
     waiting_ = ended_ = false;
     return false;
   }
-  if (!SettleStopped_()) Recover_(GetSongNumber());
-  return true;
+  if (SettleStopped_()) return true;
+  const std::string wanted = GetSongNumber();
+  Recover_(wanted);
+  return IsAtOrBehind_(wanted);
+}
+
+// Never back to what has been played: there may be nothing behind a song that cannot be.
+bool Session::IsAtOrBehind_(const std::string& song) const {
+  const std::vector<std::string>& order = folder_.GetData().GetRunningOrder();
+  const auto wanted = std::find(order.begin(), order.end(), song);
+  return std::find(wanted, order.end(), GetSongNumber()) != order.end();
 }
 
 std::string Session::WhyLeftOut(const std::string& song) const {
@@ -128,19 +138,19 @@ void Session::BuildAnew_() {
   }
 }
 
-// At the start of `song`, or of the one after it that can be played. False when that cannot be decoded.
+// At the start of `song`, of the one after it that can be played or, when there is none, of the last. False
+// when that cannot be decoded.
 bool Session::StandAtOrBehind_(const std::string& song) {
-  bool reached = false;
-  for (const std::string& number : folder_.GetData().GetRunningOrder()) {
-    reached = reached || number == song;
-    if (!reached || !CanBePlayed_(number)) continue;
-    if (GetSongNumber() != number) {
-      const LongWait wait(say_, WhatIsWaitedForOnTheWayTo_(number));
-      player_->LoadSong(number);
-    }
-    return SettleStopped_();
+  const std::vector<std::string>& order = folder_.GetData().GetRunningOrder();
+  const auto wanted = std::find(order.begin(), order.end(), song);
+  const auto found =
+      std::find_if(wanted, order.end(), [this](const std::string& number) { return CanBePlayed_(number); });
+  const std::string target = found == order.end() ? PlayableSongs_().back() : *found;
+  if (GetSongNumber() != target) {
+    const LongWait wait(say_, WhatIsWaitedForOnTheWayTo_(target));
+    player_->LoadSong(target);
   }
-  return true;
+  return SettleStopped_();
 }
 
 }  // namespace orbel::host

@@ -91,8 +91,11 @@ std::vector<StageEvent> Session::TakeEvents() {
     }
     taken.push_back(std::move(*event));
   }
-  if (hasJustEnded && !hasFailed && AttaccaIsBrokenOff_(hasJustBegun)) {
-    BeginAfterBrokenAttacca_();
+  const bool isBrokenOff = hasJustEnded && !hasFailed && AttaccaIsBrokenOff_(hasJustBegun);
+  const bool couldNotBeDecoded = hasFailed && AttaccaHasFailed_();
+  if (isBrokenOff) BeginAfterBrokenAttacca_();
+  if (couldNotBeDecoded) BeginAfterFailedAttacca_();
+  if (isBrokenOff || couldNotBeDecoded) {
     StageEvent event;
     event.kind = StageEvent::Kind::AttaccaBrokenOff;
     event.song = GetSongNumber();

@@ -485,7 +485,7 @@ TEST_F(Render, ABrokenSongElsewhereInTheShowIsPassedOverAndSaid) {
   files_.AddSong("2", "Polka", 2);
   files_.AddSong("3", "Galop", 2);
   files_.Write("data/1 Waltz.obd", "this is no audio");
-  const Ended run = Play({});
+  const Ended run = Play({"--song", "2"});
   EXPECT_EQ(run.status, 0) << run.messages;
   EXPECT_THAT(run.messages, HasSubstr("1 Waltz.obd"));
   ExpectOutput({Bars(1, 3)});
