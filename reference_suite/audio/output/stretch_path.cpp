@@ -17,12 +17,17 @@ constexpr double kSeamSeconds = 0.005;
 constexpr double kMostSeamSeconds = 0.010;
 constexpr double kReachSeconds = 0.0025;
 constexpr double kNearSeconds = 0.001;
+// What is heard as recorded before an attack; and the share of a seam within which an attack is soon: later,
+// the recorded sound has given way.
+constexpr double kLeadSeconds = 0.0013;
+constexpr double kSoon = 0.4;
+constexpr double kQuarter = std::numbers::pi / 2.0;
 // Two sounds that weaken each other more than this are not laid on top of each other.
 constexpr double kOpposed = -0.3;
 // How many times as long as a recorded sound is late its way back takes at least.
 constexpr std::size_t kGentle = 8;
-// Samples a second of which a stretch that has weakened begins anew: of more, a beginning takes longer than
-// what waits for the device lasts.
+// Samples a second of which a stretch begins anew by itself: of more, a beginning takes longer than what
+// waits for the device lasts.
 constexpr double kMostRenewed = 200'000.0;
 // Frames behind a place between two that have a say there.
 constexpr long long kBetween = 2;
@@ -46,8 +51,9 @@ StretchPath::StretchPath(AudioPlayerOutputInterface& player, CrossFade& fade, St
       mostSeam_(MostSeamFrames(rateHz)),
       reach_(FramesIn(kReachSeconds, rateHz)),
       near_(FramesIn(kNearSeconds, rateHz)),
-      renews_(rateHz * channels <= kMostRenewed),
-      stream_(CreateStretchEngine(quality, rateHz, channels), *this, rateHz, channels),
+      lead_(FramesIn(kLeadSeconds, rateHz)),
+      stream_(CreateStretchEngine(quality, rateHz, channels), *this, rateHz, channels,
+              rateHz * channels <= kMostRenewed),
       late_(*this, rateHz, channels, std::max({mostFrames, mostSeam_, fade.GetLength()}), reach_),
       incoming_((std::max(mostSeam_, fade.GetLength()) + 2 * reach_) * channels),
       out_((static_cast<std::size_t>(std::ceil(static_cast<double>(mostFrames) / kSlowest)) + 1) * channels) {
@@ -90,7 +96,7 @@ void StretchPath::Turn(const Place& place, const StretchFactors& wanted) {
 bool StretchPath::GoesOn_(const Place& place, const StretchFactors& wanted) {
   if (wanted.AreRecorded() || place.isNextSong || place.index != place.before) return false;
   if (stream_.IsSilencedAt(place.index) || wanted.semitones != stream_.GetFactors().semitones) return false;
-  if (renews_ && stream_.IsWeakened()) return false;
+  if (stream_.IsWeakened()) return false;
   const double scale = std::max(wanted.scale, kSlowest);
   return scale == stream_.GetFactors().scale || stream_.ChangeScale(place.index, scale);
 }
@@ -163,13 +169,47 @@ void StretchPath::BeginStream_(const Place& place, const StretchFactors& wanted)
   if (begins) TakeBeginning_(place.index, length, ending == 0);
   late_.Cancel();
   stream_.Start(place.index, wanted, reach_, stop_);
-  const std::size_t reach = begins || place.index != place.before ? near_ : reach_;
+  if (!begins) LayAttackOver_(place.index, length);
+  JoinStream_(place.index, length, begins || place.index != place.before ? near_ : reach_);
+}
+
+// Goes over into it from what is taken already.
+void StretchPath::JoinStream_(long long index, std::size_t length, std::size_t reach) {
   stream_.Skip(reach_ - reach);
   const SeamMatch match =
       FindSeam(fade_.Outgoing(), stream_.Peek(length + 2 * reach), length, channels_, reach, near_);
   stream_.Skip(match.lag);
-  stream_.DeclareHere(place.index);
+  stream_.DeclareHere(index);
   fade_.Begin(length, match.correlation);
+}
+
+// The stream that plays, from another beginning.
+void StretchPath::BeginAnewAt_(long long index) {
+  stream_.Render(fade_.Outgoing(), seam_);
+  stream_.Start(index, stream_.GetFactors(), reach_, stop_);
+  LayAttackOver_(index, seam_);
+  JoinStream_(index, seam_, near_);
+}
+
+// An attack right behind a beginning is heard as it was recorded, from a moment before it on: whole and in
+// its place.
+void StretchPath::LayAttackOver_(long long index, std::size_t length) {
+  if (stream_.GetFirstAttack() == StretchedStream::kNever) return;
+  const long long attack = std::max(stream_.GetFirstAttack(), index);
+  const auto until = static_cast<double>(attack - index) / stream_.GetFactors().scale;
+  if (until > kSoon * static_cast<double>(length)) return;
+  ReadAt(attack - std::llround(until), incoming_.data(), length);
+  const auto lead = static_cast<double>(lead_);
+  const double from = std::max(0.0, until - lead);
+  const double rise = std::max(1.0, until - from);
+  const float* recorded = incoming_.data();
+  float* out = fade_.Outgoing();
+  for (std::size_t i = 0; i < length; ++i) {
+    const double way = static_cast<double>(i) + 1.0 - from;
+    const auto in = static_cast<float>(std::sin(kQuarter * std::clamp(way / rise, 0.0, 1.0)));
+    const auto rest = static_cast<float>(std::cos(kQuarter * std::clamp(way / lead, 0.0, 1.0)));
+    for (unsigned channel = 0; channel < channels_; ++channel, ++out) *out = *out * rest + *recorded++ * in;
+  }
 }
 
 void StretchPath::JumpAsRecorded_(const Place& place) {
@@ -203,19 +243,32 @@ void StretchPath::LeaveStream_(const Place& place) {
 
 std::size_t StretchPath::Render(long long index, float* frames, std::size_t count) {
   isSounding_ = true;
-  std::size_t made = count;
   frames_ = frames;
-  if (stream_.IsActive()) {
-    due_ += static_cast<double>(count) / stream_.GetFactors().scale;
-    const double whole = std::floor(due_ + 0.5);
-    due_ -= whole;
-    made = static_cast<std::size_t>(whole);
-    frames_ = out_.data();
-    stream_.Render(frames_, made);
-  } else {
+  if (!stream_.IsActive()) {
     late_.Apply(index, frames_, count);
+    fade_.Apply(frames_, count);
+    return count;
   }
-  fade_.Apply(frames_, made);
+  frames_ = out_.data();
+  const long long attack = stream_.GetAttack();
+  const long long border = attack - std::llround(static_cast<double>(lead_) * stream_.GetFactors().scale);
+  const bool isBorder = border >= index && border < index + static_cast<long long>(count);
+  const std::size_t first = isBorder ? static_cast<std::size_t>(border - index) : count;
+  std::size_t made = RenderStretched_(frames_, first);
+  if (isBorder) {
+    BeginAnewAt_(border);
+    made += RenderStretched_(frames_ + made * channels_, count - first);
+  }
+  return made;
+}
+
+std::size_t StretchPath::RenderStretched_(float* out, std::size_t count) {
+  due_ += static_cast<double>(count) / stream_.GetFactors().scale;
+  const double whole = std::floor(due_ + 0.5);
+  due_ -= whole;
+  const auto made = static_cast<std::size_t>(whole);
+  stream_.Render(out, made);
+  fade_.Apply(out, made);
   return made;
 }
 

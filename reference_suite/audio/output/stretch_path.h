@@ -57,6 +57,10 @@ class StretchPath : private FrameSource {
   void TurnBackAtStop_(long long stop, std::size_t from, std::size_t length);
   void TakeBeginning_(long long index, std::size_t length, bool isAlone);
   void BeginStream_(const Place& place, const StretchFactors& wanted);
+  void BeginAnewAt_(long long index);
+  void LayAttackOver_(long long index, std::size_t length);
+  void JoinStream_(long long index, std::size_t length, std::size_t reach);
+  std::size_t RenderStretched_(float* out, std::size_t count);
   void JumpAsRecorded_(const Place& place);
   void LeaveStream_(const Place& place);
 
@@ -67,7 +71,7 @@ class StretchPath : private FrameSource {
   std::size_t mostSeam_;
   std::size_t reach_;  // how far beside its place a sound may begin so that it fits
   std::size_t near_;   // and how far it may where attacks matter
-  bool renews_;
+  std::size_t lead_;   // device frames
   StretchedStream stream_;
   LateRead late_;
   std::vector<float> incoming_;  // frames to compare

@@ -37,6 +37,7 @@ class RubberBandEngine : public StretchEngine {
   double GetRunUp() const override;
   double GetAttackOffset(double scale) const override;
   double GetAttackOffsetAtFirst(double scale) const override;
+  bool SmearsAttacks() const override { return isFaster_; }
 
  private:
   using Stretcher = RubberBand::RubberBandStretcher;

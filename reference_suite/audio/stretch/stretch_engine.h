@@ -44,6 +44,8 @@ class StretchEngine {
   // By how many output frames an attack comes out behind the middle of its chunk's place (negative: before
   // it), on the average, at that scale and the transposition of the last Begin.
   virtual double GetAttackOffset(double scale) const = 0;
+  // Whether it smears attacks, since the last Begin.
+  virtual bool SmearsAttacks() const = 0;
   // What comes to it in the first moments after a Begin.
   virtual double GetAttackOffsetAtFirst(double scale) const = 0;
 

@@ -19,17 +19,23 @@ struct Rein {
 constexpr Rein kRein{0.0004, 0.00005, 0.03, 0.2};
 // How far a change of tempo may put attacks beside their places without a new beginning.
 constexpr double kTolerable = 0.0012;
+// An attack is told this exactly, in frames; between these seconds beside a beginning it belongs to that.
+constexpr std::size_t kSlice = 16;
+constexpr double kBefore = 0.001;
+constexpr double kBehind = 0.006;
 constexpr std::size_t kRoom = std::size_t{1} << 15;
 
 }  // namespace
 
 StretchedStream::StretchedStream(std::unique_ptr<StretchEngine> engine, FrameSource& source, double rateHz,
-                                 unsigned channels)
+                                 unsigned channels, bool asksForBeginnings)
     : engine_(std::move(engine)),
       source_(source),
       rateHz_(rateHz),
       channels_(channels),
+      asksForBeginnings_(asksForBeginnings),
       between_(source, channels, StretchEngine::kMostFrames),
+      watch_(rateHz, channels),
       level_(rateHz, channels),
       in_(StretchEngine::kMostFrames * channels),
       out_(kRoom * channels) {}
@@ -45,7 +51,9 @@ void StretchedStream::Start(long long index, const StretchFactors& factors, std:
       (static_cast<double>(lead) + std::max(0.0, -attack) + engine_->GetRunUp()) * factors.scale;
   origin_ = static_cast<double>(index) - std::ceil(runUp + engine_->GetHalfIn() * engine_->GetStep());
   end_ = end;
-  silentFrom_ = kNever;
+  silentFrom_ = attack_ = firstAttack_ = kNever;
+  begun_ = index;
+  watch_.Forget();
   fed_ = made_ = error_ = 0.0;
   corrects_ = isBased_ = false;
   head_ = ready_ = 0;
@@ -132,18 +140,38 @@ void StretchedStream::DoChunk_() {
 void StretchedStream::Feed_(std::size_t count) {
   const double step = engine_->GetStep();
   const double place = PlaceOf_(fed_);
+  const long long end = std::min(end_, attack_);
   if (step == 1.0) {
     const auto next = static_cast<long long>(place);
-    const long long known = std::clamp<long long>(end_ - next, 0, static_cast<long long>(count));
+    const long long known = std::clamp<long long>(end - next, 0, static_cast<long long>(count));
     const auto sounding = static_cast<std::size_t>(known);
     source_.ReadAt(next, in_.data(), sounding);
     std::fill_n(in_.data() + sounding * channels_, (count - sounding) * channels_, 0.0F);
   } else {
-    between_.Read(place, step, end_, in_.data(), count);
+    between_.Read(place, step, end, in_.data(), count);
   }
+  if (attack_ == kNever) LookForAttack_(count);
   engine_->Process(in_.data(), count);
   fed_ += static_cast<double>(count);
   if (PlaceOf_(fed_) > static_cast<double>(end_)) silentFrom_ = std::min(silentFrom_, end_);
+}
+
+void StretchedStream::LookForAttack_(std::size_t count) {
+  const auto begun = static_cast<double>(begun_);
+  const double frames = rateHz_ * factors_.scale;
+  for (std::size_t at = 0; at < count; at += kSlice) {
+    float* const slice = in_.data() + at * channels_;
+    if (!watch_.See(slice, std::min(kSlice, count - at))) continue;
+    const double place = PlaceOf_(fed_ + static_cast<double>(at));
+    if (place < begun + kBehind * frames) {
+      const bool isBehind = place >= begun - kBefore * frames;
+      if (isBehind) firstAttack_ = std::min(firstAttack_, static_cast<long long>(place));
+    } else if (asksForBeginnings_ && engine_->SmearsAttacks()) {
+      attack_ = static_cast<long long>(place);
+      std::fill_n(slice, (count - at) * channels_, 0.0F);
+      return;
+    }
+  }
 }
 
 void StretchedStream::Collect_() {

@@ -5,6 +5,7 @@
 #include <memory>
 #include <vector>
 
+#include "reference_suite/audio/stretch/attack_watch.h"
 #include "reference_suite/audio/stretch/in_between_reader.h"
 #include "reference_suite/audio/stretch/level_watch.h"
 #include "reference_suite/audio/stretch/stretch_engine.h"
@@ -24,9 +25,10 @@ class StretchedStream {
  public:
   static constexpr long long kNever = std::numeric_limits<long long>::max() / 2;
 
-  // `source` outlives it.
+  // `source` outlives it. `asksForBeginnings`: whoever plays it has it begin anew at attacks and when it is
+  // weakened; without that it says nothing of either, and plays on as it can.
   StretchedStream(std::unique_ptr<StretchEngine> engine, FrameSource& source, double rateHz,
-                  unsigned channels);
+                  unsigned channels, bool asksForBeginnings);
 
   // From now on the frame of song frame `index` comes out after `lead` frames that belong before it. To the
   // stream, the song is silent from `end` on: it reads ahead at once.
@@ -42,10 +44,15 @@ class StretchedStream {
   void SetEnd(long long index) { end_ = index; }
   void SetEndHere() { end_ = static_cast<long long>(PlaceOf_(fed_)); }
   // Whether it has taken silence for the song at `index`, so that it does not know how the song goes on.
-  bool IsSilencedAt(long long index) const { return index >= silentFrom_; }
+  bool IsSilencedAt(long long index) const { return index >= silentFrom_ || index >= attack_; }
+  // The song frame of an attack that it would smear and has taken for silence, and everything behind it:
+  // begin anew there. kNever: none.
+  long long GetAttack() const { return attack_; }
+  // The song frame of an attack at or right behind the place where it began. kNever: none.
+  long long GetFirstAttack() const { return firstAttack_; }
 
   // Whether steady sound has faded in it, which a new beginning would bring back.
-  bool IsWeakened() const { return level_.IsWeakened(); }
+  bool IsWeakened() const { return asksForBeginnings_ && level_.IsWeakened(); }
 
   // The next `count` frames, which still come; valid until the next call.
   const float* Peek(std::size_t count);
@@ -61,6 +68,7 @@ class StretchedStream {
  private:
   void DoChunk_();
   void Feed_(std::size_t count);
+  void LookForAttack_(std::size_t count);
   void Collect_();
   void MeasureError_();
   void Correct_();
@@ -73,6 +81,7 @@ class StretchedStream {
   FrameSource& source_;
   double rateHz_;
   unsigned channels_;
+  const bool asksForBeginnings_;
   bool active_ = false;
   StretchFactors factors_;
 
@@ -80,6 +89,9 @@ class StretchedStream {
   double fed_ = 0.0;     // frames that went in
   long long end_ = kNever;
   long long silentFrom_ = kNever;
+  long long attack_ = kNever;
+  long long firstAttack_ = kNever;
+  long long begun_ = 0;     // song frame
   double made_ = 0.0;       // output frames since the engine began
   double middleIn_ = 0.0;   // the middle of the next chunk: song frame,
   double middleOut_ = 0.0;  // and output frame
@@ -92,6 +104,7 @@ class StretchedStream {
   bool isSettling_ = false;
 
   InBetweenReader between_;
+  AttackWatch watch_;
   LevelWatch level_;
   std::vector<float> in_;
   std::vector<float> out_;  // made and not handed out yet, from head_ on

@@ -164,25 +164,26 @@ std::vector<double> LiveErrors(StretchQuality quality, unsigned seed) {
   return errors;
 }
 
-TEST(AudibleTimeLive, StaysWithinThreeMillisecondsThroughChangesOfTempoAndKey) {
-  for (const double error : LiveErrors(StretchQuality::Finer, 2)) EXPECT_LE(error, kAudible);
-}
+class AudibleTimeLive : public testing::TestWithParam<StretchQuality> {};
 
-// The faster engine is three milliseconds less sure of attacks that it meets while it settles after a change.
-TEST(AudibleTimeLive, TheFasterEngineStaysWithinFiveAndOneAttackInAHundredIsBeyondThree) {
+// An attack in the very moment of a change can come out up to four milliseconds beside its place.
+TEST_P(AudibleTimeLive, StaysWithinThreeMillisecondsThroughChangesButForOneAttackInFiveHundred) {
   long long all = 0;
   long long beyond = 0;
   for (unsigned seed = 1; seed <= 8; ++seed) {
-    for (const double error : LiveErrors(StretchQuality::Faster, seed)) {
-      EXPECT_LE(error, 5.0) << "seed " << seed;
+    for (const double error : LiveErrors(GetParam(), seed)) {
+      EXPECT_LE(error, 4.1) << "seed " << seed;
       ++all;
       beyond += error > kAudible ? 1 : 0;
     }
   }
-  EXPECT_LE(100 * beyond, all);
+  EXPECT_LE(500 * beyond, all);
 }
 
-TEST(AudibleTimeLive, ATempoThatGlidesIsFollowedWithoutASeam) {
+INSTANTIATE_TEST_SUITE_P(Qualities, AudibleTimeLive,
+                         testing::Values(StretchQuality::Faster, StretchQuality::Finer));
+
+TEST(AudibleTimeGlide, ATempoThatGlidesIsFollowedWithoutASeam) {
   constexpr long long kFrames = 240'000;
   const std::vector<long long> attacks = Attacks(kFrames, 3);
   AudibleRun run(Songs{{.frames = kFrames, .scales = {{0, 1.01L}}, .sound = Clicks(attacks, kFrames)}}, 5.0,

@@ -1,0 +1,157 @@
+// Where notes and beats begin, which are more than a click, at other tempos and in other keys; and that
+// nothing of them is heard before. Right behind a jump too.
+#include <gtest/gtest.h>
+
+#include <algorithm>
+#include <cmath>
+#include <memory>
+#include <random>
+
+#include "tests/reference_suite/audio/support/audible_run.h"
+
+namespace {
+
+using tesk_audio::StretchQuality;
+
+constexpr double kAudible = 3.0;  // milliseconds
+constexpr double kRateHz = 48000.0;
+
+enum class Kind { Beep, Snare, Plucked };
+
+float SampleOf(Kind kind, double seconds, double noise) {
+  const double wave = 2.0 * M_PI * seconds;
+  double sample = 0.0;
+  if (kind == Kind::Beep) sample = 0.8 * std::exp(-seconds / 0.02) * std::cos(1500.0 * wave);
+  if (kind == Kind::Snare) sample = 0.8 * std::exp(-seconds / 0.04) * noise;
+  for (int partial = 1; kind == Kind::Plucked && partial <= 8; ++partial) {
+    sample += 0.25 * std::exp(-seconds / 0.15) * std::sin(220.0 * partial * wave) / partial;
+  }
+  return static_cast<float>(sample);
+}
+
+// Two tenths of a second of it from each of these frames on.
+std::shared_ptr<const std::vector<float>> Notes(Kind kind, const std::vector<long long>& at,
+                                                std::size_t frames) {
+  auto sound = std::make_shared<std::vector<float>>(frames, 0.0F);
+  std::mt19937 random(5);
+  std::uniform_real_distribution<double> noise(-1.0, 1.0);
+  for (const long long first : at) {
+    for (std::size_t i = 0; i < 9'000; ++i) {
+      (*sound)[static_cast<std::size_t>(first) + i] =
+          SampleOf(kind, static_cast<double>(i) / kRateHz, noise(random));
+    }
+  }
+  return sound;
+}
+
+// The first frame near `place` that is half as loud as the loudest there, in milliseconds from it.
+double OnsetNear(const std::vector<float>& heard, double place) {
+  constexpr std::ptrdiff_t kReach = 960;
+  const auto begin = heard.begin() + std::max<std::ptrdiff_t>(0, static_cast<std::ptrdiff_t>(place) - kReach);
+  const auto end = heard.begin() + static_cast<std::ptrdiff_t>(place) + kReach;
+  const auto softer = [](float a, float b) { return std::fabs(a) < std::fabs(b); };
+  const float most = std::fabs(*std::max_element(begin, end, softer));
+  const auto onset = std::find_if(begin, end, [&](float each) { return std::fabs(each) >= 0.5F * most; });
+  return (static_cast<double>(onset - heard.begin()) - place) / kRateHz * 1000.0;
+}
+
+// Of two dozen notes a quarter of a second and more apart.
+std::vector<double> OnsetErrors(Kind kind, double scale, int semitones, StretchQuality quality) {
+  constexpr long long kFrames = 330'000;
+  std::mt19937 random(7);
+  std::uniform_int_distribution<long long> distance(12'000, 15'000);
+  std::vector<long long> notes{6'000};
+  while (notes.back() + 16'000 < kFrames) notes.push_back(notes.back() + distance(random));
+  const auto sound = Notes(kind, notes, kFrames);
+  AudibleRun run(
+      Songs{{.frames = kFrames, .scales = {{0, scale}}, .transpositions = {{0, semitones}}, .sound = sound}},
+      5.0, 0.0, kRateHz, 1, quality);
+  run.Play();
+  std::vector<double> errors;
+  for (const long long note : notes) {
+    errors.push_back(OnsetNear(run.heard, run.PlacesOf(note).at(0)) -
+                     OnsetNear(*sound, static_cast<double>(note)));
+  }
+  return errors;
+}
+
+class Onset : public testing::TestWithParam<Kind> {};
+
+TEST_P(Onset, IsInItsPlaceWithTheFasterEngine) {
+  for (const double scale : {0.5, 0.8, 0.9, 0.95, 1.05, 1.1, 1.25, 1.5, 2.0}) {
+    for (const double error : OnsetErrors(GetParam(), scale, 0, StretchQuality::Faster)) {
+      EXPECT_NEAR(error, 0.0, kAudible) << scale;
+    }
+  }
+  for (const int semitones : {-12, -3, 2, 12}) {
+    for (const double error : OnsetErrors(GetParam(), 1.0, semitones, StretchQuality::Faster)) {
+      EXPECT_NEAR(error, 0.0, kAudible) << semitones << " semitones";
+    }
+  }
+}
+
+TEST_P(Onset, IsWithinThreeMillisecondsWithTheFinerEngine) {
+  for (const double scale : {0.8, 0.95, 1.1, 1.5, 2.0}) {
+    for (const double error : OnsetErrors(GetParam(), scale, 0, StretchQuality::Finer)) {
+      EXPECT_NEAR(error, 0.0, kAudible) << scale;
+    }
+  }
+}
+
+INSTANTIATE_TEST_SUITE_P(Sounds, Onset, testing::Values(Kind::Beep, Kind::Snare, Kind::Plucked));
+
+TEST(PreEcho, IsNotHeardBeforeANote) {
+  constexpr long long kFrames = 100'000;
+  const std::vector<long long> notes{20'000, 40'011, 60'301, 80'107};
+  for (const double scale : {0.5, 0.7, 0.9, 1.1, 1.5, 2.0}) {
+    AudibleRun run(
+        Songs{{.frames = kFrames, .scales = {{0, scale}}, .sound = Notes(Kind::Beep, notes, kFrames)}}, 5.0);
+    run.Play();
+    for (const long long note : notes) {
+      const auto place = static_cast<std::size_t>(run.PlacesOf(note).at(0));
+      EXPECT_LT(Level(run.heard, place - 1'500, 1'420), 1e-3) << scale << ", note at " << note;
+    }
+  }
+}
+
+// It does not begin anew at them: nothing of them may be lost for all that.
+TEST(OnsetInManyChannels, IsHeardWithTheFasterEngine) {
+  constexpr long long kFrames = 100'000;
+  const std::vector<long long> notes{20'000, 40'011, 60'301, 80'107};
+  const auto sound = Notes(Kind::Plucked, notes, kFrames);
+  AudibleRun run(Songs{{.frames = kFrames, .scales = {{0, 0.9}}, .sound = sound}}, 5.0, 0.0, kRateHz, 5);
+  run.Play();
+  for (const long long note : notes) {
+    const auto at = static_cast<std::size_t>(static_cast<double>(note) / 0.9) * 5;
+    EXPECT_GT(Level(run.heard, at, 5 * 960), 0.7 * Level(*sound, static_cast<std::size_t>(note), 960));
+  }
+}
+
+class AttackAfterAJump : public testing::TestWithParam<StretchQuality> {};
+
+TEST_P(AttackAfterAJump, IsInItsPlaceHoweverCloseBehindIt) {
+  constexpr long long kFrames = 200'000;
+  const std::vector<long long> attacks{20'000, 41'000, 100'300, 120'000, 150'000};
+  for (const double scale : {0.5, 0.7, 0.8, 0.9, 1.1, 1.3, 1.7, 2.0}) {
+    for (const long long before : {0LL, 1LL, 50LL, 130LL, 300LL, 700LL, 1'500LL, 3'000LL}) {
+      AudibleRun run(
+          Songs{{.frames = kFrames,
+                 .jumps = {{44'000, {100'300 - before, 20'000 - before}}, {104'000, {150'000 - before}}},
+                 .scales = {{0, scale}},
+                 .sound = Clicks(attacks, kFrames)}},
+          5.0, 0.0, kRateHz, 1, GetParam());
+      run.Play();
+      for (const long long attack : {100'300LL, 150'000LL, 20'000LL}) {
+        for (const double place : run.PlacesOf(attack)) {
+          EXPECT_LE(std::fabs(LoudestNear(run.heard, place, 600)), kAudible)
+              << scale << ", " << before << " frames before the attack at " << attack;
+        }
+      }
+    }
+  }
+}
+
+INSTANTIATE_TEST_SUITE_P(Qualities, AttackAfterAJump,
+                         testing::Values(StretchQuality::Faster, StretchQuality::Finer));
+
+}  // namespace
