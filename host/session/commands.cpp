@@ -30,6 +30,8 @@ std::string Session::Do(const Command& command) {
       player_->Pause();
       return "";
     case CommandKind::Play:
+      // Play alone would come to a stand on the caesura once more where a seek has led there.
+      if (IsWaiting()) return Go_();
       Play_();
       return "";
     case CommandKind::Stop:

@@ -107,6 +107,21 @@ TEST(Terminal, ACaesuraWaitsForGo) {
   EXPECT_EQ(orbel.WaitForEnd(), 0);
 }
 
+TEST(Terminal, PlayGoesOnFromACaesuraThatASeekHasReached) {
+  ShowFiles files;
+  files.AddSong("1", "Waltz", 60, "[[caesura]]\nat = \"50\"\n");
+  OrbelInATerminal orbel({"play", files.Show(), "--output", "null"});
+  EXPECT_TRUE(orbel.Shows("stopped   next: 50.1 caesura"));
+  orbel.Type("p");
+  EXPECT_TRUE(orbel.Shows("playing   next: 50.1 caesura"));
+  orbel.Type("\x1b[C");
+  EXPECT_TRUE(orbel.Shows("bar 50.1   240 bpm   waiting at a caesura"));
+  orbel.Type("p");
+  EXPECT_TRUE(orbel.Shows("playing   next: 61.1 end"));
+  orbel.Type("qq");
+  EXPECT_EQ(orbel.WaitForEnd(), 0);
+}
+
 TEST(Terminal, QuittingWhilePlayingTakesASecondTime) {
   ShowFiles files;
   files.AddSong("1", "Waltz", 60);
