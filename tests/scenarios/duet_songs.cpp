@@ -72,7 +72,13 @@ void Duet::PreviousSong_() {
   if (!MayChangeSong_()) return;
   Note_("previous song");
   player_->PreviousSong();
-  PlayFromStart_(ticks > kRestartAfterTicks || index_ == 0 ? index_ : index_ - 1);
+  const bool isSought = ticks > kRestartAfterTicks || index_ == 0;
+  PlayFromStart_(isSought ? index_ : index_ - 1);
+  // The seek to the start was made while nothing played: playing on leaves a caesura there behind.
+  const std::vector<unsigned>& caesuras = songs_[index_].caesuras;
+  const bool isOnCaesura =
+      std::find(caesuras.begin(), caesuras.end(), songs_[index_].audioStart) != caesuras.end();
+  if (isSought && isOnCaesura) model_->Continue();
 }
 
 void Duet::StopAndReset_() {
