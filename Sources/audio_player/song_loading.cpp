@@ -1,3 +1,5 @@
+#include <new>
+
 #include "Sources/audio_player/audio_player.h"
 #include "exc/lock/call_unlocked.h"
 #include "exc/lock/scope_unlock.h"
@@ -47,6 +49,8 @@ AudioPlayer::Placement AudioPlayer::PutSongInPlace_(const std::string& song) {
   }
   // The very first song is waited for: the output is made for its format.
   if (!decoded && !WaitUnlockedForLoader_()) return Placement::Failed;
+  // Decoded without an error, and not to be found: there was no memory to note it.
+  if (decodedContents_.count(song) == 0) throw std::bad_alloc();
   audioSampleOutput_.reset(tesk_audio::CreateAudioSampleOutput(*decodedContents_.at(song), *this));
   IsOutputInitialized_(true);
   NoteTaken_(*decodedContents_.at(song));
