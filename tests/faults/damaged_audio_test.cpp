@@ -141,6 +141,24 @@ TEST_F(DamagedAudio, CutAtEveryThousandthBytePlaysOrIsRefused) {
   }
 }
 
+TEST_F(DamagedAudio, FlacAndWavCutAtEveryThousandthByteArePlayedCheckedOrRefused) {
+  for (const int format : {SF_FORMAT_FLAC | SF_FORMAT_PCM_16, SF_FORMAT_WAV | SF_FORMAT_PCM_16}) {
+    sound_files::Write(Audio(), format, kRate, 1, sound_files::Noise(kRate, 1));
+    const std::string song = sound_files::Bytes(Audio());
+    for (std::size_t length = 0; length < song.size(); length += 1000) {
+      SCOPED_TRACE(length);
+      Give(song.substr(0, length));
+      const Ended check = Check();
+      EXPECT_THAT(check.status, testing::AnyOf(0, 5));
+      EXPECT_THAT(check.out, HasSubstr("data/1 Waltz.obd"));
+      const Ended run = Render("1");
+      ExpectEndedInWords(run);
+      EXPECT_EQ(std::filesystem::exists(Out()), run.status == 0);
+      EXPECT_EQ(check.status == 0, run.status == 0);
+    }
+  }
+}
+
 TEST_F(DamagedAudio, Of27HoursIsRefusedInWordsBeforeItCostsMemory) {
   const auto little = [](unsigned long long value, int bytes) {
     std::string text;

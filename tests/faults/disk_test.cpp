@@ -104,14 +104,17 @@ TEST_F(Disk, ThatFailsInTheMiddleOfASongNamesTheFileAndTheOtherSongsPlay) {
   EXPECT_EQ(host_tests::ReadFloatWav(Out()).size(), 2U * ShowFiles::kRate);
 }
 
-TEST_F(Disk, ThatIsSlowOnlyTakesLonger) {
+TEST_F(Disk, WhoseReadsTakeAFifthOfASecondOnlyTakesLonger) {
   files_.AddSong("1", "Waltz", 1);
   files_.AddSong("2", "Polka", 1);
-  const auto refusing = Refusing({{"ORBEL_SLOW_READ", "20000"}});
-  const Ended run = Orbel({"play", files_.Show()});
+  const auto refusing = Refusing({{"ORBEL_SLOW_READ", "200000"}});
+  const Ended run = Orbel({"play", files_.Show(), "--output", "null", "--ahead", "150"});
   EXPECT_EQ(run.status, 0) << run.messages;
   EXPECT_THAT(run.messages, HasSubstr("1 Waltz   bar 1.1"));
   EXPECT_THAT(run.messages, HasSubstr("2 Polka   bar 1.1"));
+  // A render thread that waited for one of these reads would have run out.
+  EXPECT_THAT(run.messages, HasSubstr("underruns 0"));
+  EXPECT_THAT(run.messages, testing::Not(testing::ContainsRegex("underruns [1-9]")));
 }
 
 TEST_F(Disk, ThatIsPulledOutLetsTheSongPlayOnFromMemoryAndEndsTheShowInWords) {

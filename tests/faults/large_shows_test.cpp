@@ -49,6 +49,40 @@ TEST(LargeSong, OfTenThousandTemposPlays) {
   EXPECT_EQ(host_tests::ReadFloatWav(files.Beside("out.wav")).size(), 50'000U);
 }
 
+// Stretches of 67 and of 68 frames, so that nothing is rounded at their ends: the song is as long as its
+// tempos say, and no tick inside a stretch is a whole frame from its place.
+TEST(LargeSong, OfTenThousandTemposHasItsExactLengthAndPlaces) {
+  ShowFiles files;
+  files.AddSong("1", "Waltz", 85);
+  tesk_midi::SmfWriter midi(480);
+  std::vector<double> startSeconds;
+  double now = 0.0;
+  for (unsigned index = 0; index < 10'000; ++index) {
+    startSeconds.push_back(now);
+    // 5,016 of the 10,000, evenly.
+    const bool isLong = (index + 1) * 5016 / 10'000 > index * 5016 / 10'000;
+    midi.Tempo(index * 12, isLong ? 340'000 : 335'000);
+    now += isLong ? 0.0085 : 0.008375;
+  }
+  midi.End(120'000);
+  WriteSmf(files, "songs/1 Waltz.mid", midi);
+  EXPECT_THAT(Orbel({"info", files.Show()}).out, HasSubstr("1:24.377"));
+  const Ended run = Orbel({"render", files.Show(), "-o", files.Beside("out.wav")});
+  EXPECT_EQ(run.status, 0) << run.messages;
+  EXPECT_EQ(host_tests::ReadFloatWav(files.Beside("out.wav")).size(), 675'016U);
+  for (const unsigned index : {0U, 1U, 777U, 5'000U, 9'998U}) {
+    const double tickSeconds = (startSeconds[index + 1] - startSeconds[index]) / 12;
+    for (const unsigned tick : {0U, 1U, 7U, 11U}) {
+      const Ended where =
+          Orbel({"where", files.Show(), "1", "tick:" + std::to_string(12 * index + tick), "--json"});
+      const std::size_t at = where.out.find("\"sample\":");
+      ASSERT_NE(at, std::string::npos) << where.out << where.messages;
+      const double sample = std::stod(where.out.substr(at + 9));
+      EXPECT_NEAR(sample, (startSeconds[index] + tick * tickSeconds) * ShowFiles::kRate, 0.999);
+    }
+  }
+}
+
 TEST(LargeSong, Of27HoursOfMidiIsShownAndWarnedOf) {
   ShowFiles files;
   files.AddSong("1", "Waltz", 8);

@@ -109,7 +109,7 @@ TEST_F(StrangeFiles, FolderThatMayNotBeRead) {
 }
 
 TEST_F(StrangeFiles, NamesThatAreNoTextOrCommandATerminalPlayAndAreShownEscaped) {
-  const std::string longName(240, 'n');
+  const std::string longName(255 - std::string("13 .mid").size(), 'n');
   const std::vector<std::string> names{"\xFF\xFE", "Bell\x07\x1B[2J", "Two\nlines", longName};
   int number = 10;
   for (const std::string& name : names) files_.AddSong(std::to_string(number++), name, 1);
@@ -126,6 +126,21 @@ TEST_F(StrangeFiles, NamesThatAreNoTextOrCommandATerminalPlayAndAreShownEscaped)
       EXPECT_THAT(text, Not(HasSubstr("\xFF")));
       EXPECT_THAT(text, Not(HasSubstr("Two\nlines")));
     }
+  }
+}
+
+TEST_F(StrangeFiles, TheLongestNameOfAFileIsRenderedInto) {
+  const std::string name = std::string(251, 'n') + ".wav";
+  for (int time = 0; time < 2; ++time) {
+    const Ended run = Orbel({"render", files_.Show(), "-o", files_.Beside(name), "--song", "2"});
+    EXPECT_EQ(run.status, 0) << run.messages;
+    EXPECT_EQ(host_tests::ReadFloatWav(files_.Beside(name)).size(), ShowFiles::kRate);
+  }
+  const Ended run = Orbel({"render", files_.Show(), "-o", files_.Beside("n" + name), "--song", "2"});
+  EXPECT_EQ(run.status, 1);
+  EXPECT_THAT(run.messages, HasSubstr("File name too long"));
+  for (const auto& entry : fs::directory_iterator(fs::path(files_.Show()).parent_path())) {
+    EXPECT_NE(entry.path().extension(), ".part");
   }
 }
 

@@ -33,10 +33,19 @@ std::string LinkTarget(const std::string& path) {
   return target ? target.get() : path;
 }
 
+// PATH.part, of a name that file systems take: as much of the end of a long one goes as is needed.
+std::string PartPath(const std::string& path) {
+  constexpr std::size_t kLongestName = 255;
+  const std::string suffix = ".part";
+  const std::size_t slash = path.rfind('/');
+  const std::size_t name = slash == std::string::npos ? 0 : slash + 1;
+  return path.substr(0, name + kLongestName - suffix.size()) + suffix;
+}
+
 }  // namespace
 
 PartFile::PartFile(const std::string& path)
-    : path_(path), finalPath_(LinkTarget(path)), partPath_(finalPath_ + ".part") {
+    : path_(path), finalPath_(LinkTarget(path)), partPath_(PartPath(finalPath_)) {
   file_ = ::open(partPath_.c_str(), O_RDWR | O_CREAT | O_TRUNC | O_CLOEXEC, 0666);
   if (file_ < 0) error_ = errno;
   Check();

@@ -5,8 +5,8 @@
 
 namespace tesk_audio {
 
-// A file that is written under PATH.part and takes its name when it is complete. The first failure is kept,
-// and every later write fails. Threads    one at a time.
+// A file that is written under PATH.part (PATH cut to what a name can have) and takes its name when it is
+// complete. The first failure is kept, and every later write fails. Threads    one at a time.
 class PartFile {
  public:
   // Throws TESKAudioError.
