@@ -1,7 +1,10 @@
 // What happens around the program: clocks that jump, strange terminals, other places and a
 // second program on the same show.
+#include <fcntl.h>
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
+#include <sys/stat.h>
+#include <unistd.h>
 
 #include <chrono>
 #include <cstdlib>
@@ -54,6 +57,12 @@ class Surroundings : public testing::Test {
   ShowFiles files_;
 };
 
+// Whether the standard output of a process is that file already.
+bool WritesTo(const std::string& path, pid_t process) {
+  std::error_code notYet;
+  return std::filesystem::read_symlink("/proc/" + std::to_string(process) + "/fd/1", notYet) == path;
+}
+
 TEST_F(Surroundings, AClockThatJumpsByHoursChangesNothing) {
   const auto jumping = Refusing({{"ORBEL_JUMPY_CLOCK", "1"}});
   const auto begin = std::chrono::steady_clock::now();
@@ -69,6 +78,32 @@ TEST_F(Surroundings, AFileSizeLimitEndsNothingBySignal) {
   const Limit limit(RLIMIT_FSIZE, 4096);
   const Ended run = Orbel({"render", files_.Show(), "-o", files_.Beside("out.wav")});
   EXPECT_EQ(run.status, 1) << "and not by SIGXFSZ";
+}
+
+// Into a pipe whose reader has gone, as in `orbel info SHOW | head -1`.
+TEST_F(Surroundings, AReaderThatHasGoneEndsNothingBySignal) {
+  const std::string pipe = files_.Beside("pipe");
+  ASSERT_EQ(::mkfifo(pipe.c_str(), 0600), 0);
+  for (const char* verb : {"info", "check", "where"}) {
+    // Full, so that the program cannot have written everything when the reader goes.
+    const int reader = ::open(pipe.c_str(), O_RDONLY | O_NONBLOCK | O_CLOEXEC);
+    ASSERT_GE(reader, 0);
+    const int full = ::open(pipe.c_str(), O_WRONLY | O_NONBLOCK | O_CLOEXEC);
+    ASSERT_GE(full, 0);
+    const std::string block(65'536, ' ');
+    while (::write(full, block.data(), block.size()) > 0) {
+    }
+    std::vector<std::string> arguments{verb, files_.Show()};
+    if (verb == std::string("where")) arguments.insert(arguments.end(), {"1", "1.2"});
+    RunningOrbel running(arguments, pipe);
+    EXPECT_TRUE(test_support::WaitUntil([&] { return WritesTo(pipe, running.GetProcess()); },
+                                        std::chrono::minutes(1)));
+    ::close(full);
+    ::close(reader);
+    const Ended run = running.WaitForEnd();
+    EXPECT_GE(run.status, 0) << verb << ": a signal ended it";
+    EXPECT_THAT(run.status, testing::AnyOf(0, 1)) << verb;
+  }
 }
 
 TEST_F(Surroundings, ATerminalOfNoKnownKindIsNoTerminal) {
