@@ -130,6 +130,8 @@ void Live::ActAlone_(double now) {
     }
     if (session_.IsPlaying()) return standsSince_.reset();
     if (session_.HasEnded()) return GoOnAfterSong_();
+    // It stands at its end: that it has ended is told in a moment.
+    if (!directions_.script && session_.GetTick() >= session_.GetClock().GetEndTick()) return;
     double silence = 0.0;
     const bool atCaesura = session_.IsWaiting();
     if (conductor_.LookWhileStanding(atCaesura, now, &silence) == Conductor::Standing::ScriptEnds) {
