@@ -2,7 +2,6 @@
 
 #include <algorithm>
 #include <cmath>
-#include <cstdlib>
 #include <filesystem>
 #include <fstream>
 #include <map>
@@ -13,6 +12,7 @@
 #include "reference_suite/audio/encode/sound_file_writer.h"
 #include "reference_suite/audio/output/output_settings.h"
 #include "reference_suite/midi/standard_midi_file/smf_writer.h"
+#include "tests/support/temporary_folder.h"
 
 namespace orbel_benchmarks {
 
@@ -20,16 +20,9 @@ namespace {
 
 namespace fs = std::filesystem;
 
-std::string NewFolder() {
-  // mkdtemp puts letters of its own in the place of the last six.
-  std::string pattern = fs::temp_directory_path() / "orbel_benchmark_XXXXXX";
-  if (::mkdtemp(pattern.data()) == nullptr) std::abort();
-  return pattern;
-}
-
 struct Folder {
   ~Folder() { fs::remove_all(path); }
-  const std::string path = NewFolder();
+  const std::string path = test_support::MakeTemporaryFolder();
 };
 
 void WriteMusic(const std::string& path, tesk_audio::SoundFileFormat format, unsigned seconds) {
@@ -69,7 +62,7 @@ void WriteSilence(const std::string& path, unsigned seconds) {
 
 }  // namespace
 
-ShowOnDisk::ShowOnDisk() : path_(NewFolder()) {
+ShowOnDisk::ShowOnDisk() : path_(test_support::MakeTemporaryFolder()) {
   fs::create_directories(path_ + "/songs");
   fs::create_directories(path_ + "/data");
 }

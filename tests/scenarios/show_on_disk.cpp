@@ -2,11 +2,12 @@
 
 #include <bit>
 #include <cstdint>
-#include <cstdlib>
 #include <fstream>
 #include <sstream>
 #include <stdexcept>
 #include <string>
+
+#include "tests/support/temporary_folder.h"
 
 namespace scenarios {
 namespace {
@@ -105,9 +106,7 @@ void Write(const std::filesystem::path& path, const std::string& bytes) {
 }  // namespace
 
 ShowOnDisk::ShowOnDisk(const std::vector<SongPlan>& songs, unsigned rate) {
-  std::string pattern = (std::filesystem::temp_directory_path() / "orbel_show_XXXXXX").string();
-  if (::mkdtemp(pattern.data()) == nullptr) throw std::runtime_error("cannot make " + pattern);
-  path_ = pattern;
+  path_ = test_support::MakeTemporaryFolder();
   std::filesystem::create_directories(path_ / "songs");
   std::filesystem::create_directories(path_ / "data");
   for (std::size_t i = 0; i < songs.size(); ++i) {

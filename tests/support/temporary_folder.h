@@ -9,14 +9,18 @@
 
 namespace test_support {
 
+// A new and empty folder, which whoever asks for it removes.
+inline std::filesystem::path MakeTemporaryFolder() {
+  // mkdtemp puts letters of its own in the place of the last six.
+  std::string pattern = (std::filesystem::temp_directory_path() / "orbel_test_XXXXXX").string();
+  if (::mkdtemp(pattern.data()) == nullptr) throw std::runtime_error("no temporary folder: " + pattern);
+  return pattern;
+}
+
 // A folder of its own that goes, with everything in it, when this object does.
 class TemporaryFolder {
  public:
-  TemporaryFolder() {
-    std::string pattern = (std::filesystem::temp_directory_path() / "folder.XXXXXX").string();
-    if (mkdtemp(pattern.data()) == nullptr) throw std::runtime_error("no temporary folder");
-    path_ = pattern;
-  }
+  TemporaryFolder() = default;
   ~TemporaryFolder() {
     std::error_code ignored;
     std::filesystem::remove_all(path_, ignored);
@@ -33,7 +37,7 @@ class TemporaryFolder {
   }
 
  private:
-  std::filesystem::path path_;
+  std::filesystem::path path_ = MakeTemporaryFolder();
 };
 
 }  // namespace test_support

@@ -1,26 +1,21 @@
 #pragma once
 
 #include <gtest/gtest.h>
-#include <stdlib.h>
 
 #include <algorithm>
 #include <cstdint>
 #include <filesystem>
 #include <fstream>
 #include <iterator>
-#include <stdexcept>
 #include <string>
 #include <vector>
+
+#include "tests/support/temporary_folder.h"
 
 // A folder of a test's own, gone with the test.
 class ScratchFolder {
  public:
-  ScratchFolder() {
-    // mkdtemp puts letters of its own in the place of the last six.
-    std::string pattern = testing::TempDir() + "demo_test_XXXXXX";
-    if (::mkdtemp(pattern.data()) == nullptr) throw std::runtime_error("no folder to test in");
-    path_ = pattern;
-  }
+  ScratchFolder() { path_ = test_support::MakeTemporaryFolder(); }
   ~ScratchFolder() {
     std::error_code ignored;  // nothing that is left behind in a temporary folder spoils a test
     std::filesystem::remove_all(path_, ignored);

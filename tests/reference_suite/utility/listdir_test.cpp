@@ -4,7 +4,6 @@
 #include <sys/stat.h>
 #include <unistd.h>
 
-#include <cstdlib>
 #include <filesystem>
 #include <fstream>
 #include <iostream>
@@ -13,6 +12,7 @@
 #include <type_traits>
 #include <vector>
 
+#include "tests/support/temporary_folder.h"
 #include "tests/support/throws_with_text.h"
 
 using test_support::ThrowsWithText;
@@ -24,11 +24,7 @@ namespace {
 
 class ListdirTest : public testing::Test {
  protected:
-  ListdirTest() {
-    std::string pattern = (fs::temp_directory_path() / "listdir_test_XXXXXX").string();
-    if (mkdtemp(pattern.data()) == nullptr) throw std::runtime_error("no temporary folder");
-    folder_ = pattern;
-  }
+  ListdirTest() { folder_ = test_support::MakeTemporaryFolder(); }
   ~ListdirTest() override { fs::remove_all(folder_); }
 
   void Touch(const std::string& name) { std::ofstream(folder_ + "/" + name) << "x"; }

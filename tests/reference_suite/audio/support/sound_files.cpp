@@ -5,12 +5,13 @@
 
 #include <algorithm>
 #include <cmath>
-#include <cstdlib>
 #include <filesystem>
 #include <fstream>
 #include <numbers>
 #include <random>
 #include <sstream>
+
+#include "tests/support/temporary_folder.h"
 
 namespace sound_files {
 
@@ -29,9 +30,7 @@ sf_count_t WriteIntegers(SNDFILE* file, const float* samples, sf_count_t frames,
 }  // namespace
 
 TemporaryFolder::TemporaryFolder() {
-  std::string pattern = std::filesystem::temp_directory_path() / "orbel_audio_XXXXXX";
-  if (::mkdtemp(pattern.data()) == nullptr) throw std::runtime_error("no temporary folder: " + pattern);
-  path_ = pattern;
+  path_ = test_support::MakeTemporaryFolder();
 }
 
 TemporaryFolder::~TemporaryFolder() {

@@ -1,10 +1,10 @@
 #include "tests/reference_suite/midi/show_folder/show_on_disk.h"
 
-#include <cstdlib>
 #include <fstream>
 #include <stdexcept>
 
 #include "reference_suite/midi/standard_midi_file/smf_writer.h"
+#include "tests/support/temporary_folder.h"
 
 namespace made_show {
 
@@ -26,9 +26,7 @@ std::string Quantity(std::uint32_t value) {
 }  // namespace
 
 ShowOnDisk::ShowOnDisk() {
-  std::string pattern = (std::filesystem::temp_directory_path() / "orbel_show_XXXXXX").string();
-  if (::mkdtemp(pattern.data()) == nullptr) throw std::runtime_error("no temporary folder: " + pattern);
-  path_ = pattern;
+  path_ = test_support::MakeTemporaryFolder();
   std::filesystem::create_directory(path_ / "songs");
 }
 

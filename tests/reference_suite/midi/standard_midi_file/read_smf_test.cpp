@@ -9,6 +9,7 @@
 #include "reference_suite/midi/standard_midi_file/smf_limits.h"
 #include "tests/reference_suite/midi/standard_midi_file/file_calls.h"
 #include "tests/reference_suite/midi/standard_midi_file/midi_bytes.h"
+#include "tests/support/temporary_folder.h"
 
 namespace {
 
@@ -18,11 +19,7 @@ using tesk_midi::ReadSmf;
 
 class ReadSmfTest : public testing::Test {
  protected:
-  void SetUp() override {
-    std::string pattern = testing::TempDir() + "read_smf_XXXXXX";
-    ASSERT_NE(::mkdtemp(pattern.data()), nullptr);
-    folder_ = pattern;
-  }
+  void SetUp() override { folder_ = test_support::MakeTemporaryFolder(); }
   void TearDown() override { fs::remove_all(folder_); }
 
   fs::path Write(const std::string& name, const Bytes& bytes) {
