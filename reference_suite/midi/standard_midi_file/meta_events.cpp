@@ -96,7 +96,7 @@ void TrackReader::AddMarker_(std::span<const std::uint8_t> data) {
   }
   SmfMarker marker;
   marker.tick = tick_;
-  for (const std::uint8_t byte : data) marker.name += static_cast<char>(byte);
+  marker.name.assign(reinterpret_cast<const char*>(data.data()), data.size());
   progress_.file.markers.push_back(std::move(marker));
 }
 

@@ -51,7 +51,9 @@ std::vector<std::uint8_t> ReadToEnd(const OpenFile& file, const std::string& nam
   std::vector<std::uint8_t> bytes;
   std::size_t filled = 0;
   while (filled <= kMaxSmfBytes) {
-    bytes.resize(std::min(std::max(2 * filled, kBlock), kMaxSmfBytes + 1));
+    const std::size_t size = 2 * filled < kMaxSmfBytes ? std::max(2 * filled, kBlock) : kMaxSmfBytes + 1;
+    bytes.reserve(size);  // resize alone may take twice as much
+    bytes.resize(size);
     const ssize_t count = ::read(file.Descriptor(), bytes.data() + filled, bytes.size() - filled);
     if (count < 0 && errno == EINTR) continue;
     if (count < 0) RefuseSmf(name, filled, "not read (" + ErrnoText() + ")", kCheckFile);
