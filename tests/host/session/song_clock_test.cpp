@@ -63,6 +63,70 @@ TEST(SongClock, TheEndIsThatOfTheMidiWhenNoAudioEndIsGiven) {
   EXPECT_EQ(SongClock(song, 22050.0).GetEndTick(), 7680U);
 }
 
+// Every way of writing a place by its samples or its time, and every slip.
+struct Written {
+  const char* text;
+  SampleCount sample;
+};
+
+class WrittenPlaces : public testing::TestWithParam<Written> {};
+
+void PrintTo(const Written& written, std::ostream* out) {
+  *out << written.text;
+}
+
+TEST_P(WrittenPlaces, AreFound) {
+  const tesk_midi::SongData song = Song();
+  EXPECT_EQ(SongClock(song, 22050.0).Find(GetParam().text).sample, GetParam().sample);
+}
+
+INSTANTIATE_TEST_SUITE_P(BySampleAndTime, WrittenPlaces,
+                         testing::Values(Written{"sample:0", 0}, Written{"sample:66150", 66150},
+                                         Written{"time:0", 0}, Written{"time:7.5", 165375},
+                                         Written{"time:0:07.5", 165375}, Written{"time:0:0", 0},
+                                         Written{"time:0:7.9999", 176398}));
+
+struct Refused {
+  const char* text;
+  const char* why;
+};
+
+void PrintTo(const Refused& refused, std::ostream* out) {
+  *out << refused.text;
+}
+
+class RefusedPlaces : public testing::TestWithParam<Refused> {};
+
+TEST_P(RefusedPlaces, AreToldInWords) {
+  const tesk_midi::SongData song = Song();
+  const SongClock clock(song, 22050.0);
+  try {
+    clock.Find(GetParam().text);
+    FAIL() << "found";
+  } catch (const Failure& failure) {
+    EXPECT_EQ(failure.what(), "\"" + std::string(GetParam().text) + "\": " + GetParam().why);
+  }
+}
+
+constexpr const char* kNoFrames = "after \"sample:\" comes a number of frames, for instance sample:44100";
+constexpr const char* kNoTime = "after \"time:\" come minutes and seconds, for instance time:1:07.250";
+constexpr const char* kBehind = "lies after the end of the song, which is 5.1.0, sample 176400, 0:08.000";
+
+INSTANTIATE_TEST_SUITE_P(BySampleAndTime, RefusedPlaces,
+                         testing::Values(Refused{"sample:", kNoFrames}, Refused{"sample:x", kNoFrames},
+                                         Refused{"sample:1x", kNoFrames}, Refused{"sample:-1", kNoFrames},
+                                         Refused{"sample:99999999999999999999", kNoFrames},
+                                         Refused{"sample:176401", kBehind}, Refused{"time:", kNoTime},
+                                         Refused{"time:x", kNoTime}, Refused{"time:1x", kNoTime},
+                                         Refused{"time:-1", kNoTime}, Refused{"time:inf", kNoTime},
+                                         Refused{"time:nan", kNoTime}, Refused{"time:1:60", kNoTime},
+                                         Refused{"time:1:x", kNoTime}, Refused{"time::1", kNoTime},
+                                         Refused{"time:x:1", kNoTime}, Refused{"time:1x:1", kNoTime},
+                                         Refused{"time:-1:1", kNoTime}, Refused{"time:0:-1", kNoTime},
+                                         Refused{"time:8.1", kBehind}, Refused{"time:1:00", kBehind},
+                                         Refused{"time:1e300", "lies after the end of the song"},
+                                         Refused{"6", "bar 6 does not exist: the song has bars 1 to 4"}));
+
 TEST(SongClock, PlacesPastTheEndAreRefusedInWords) {
   const tesk_midi::SongData song = Song();
   const SongClock clock(song, 22050.0);
