@@ -89,6 +89,7 @@ void Session::ChooseFormat_() {
   }
   if (!format) throw Failure(WhyNothingCanBePlayed_());
   choice_.rateHz = wantedRateHz_ == 0.0 ? format->sampleRateHz : wantedRateHz_;
+  channels_ = format->channels;
   LeaveOutShortTicks_();
 }
 
@@ -142,8 +143,9 @@ void Session::Build_() {
   }
 }
 
+// A file may be replaced by another as long as the show is open.
 std::string Session::ContentArgument_() const {
-  return "rate=" + ShortNumber(choice_.rateHz);
+  return "rate=" + ShortNumber(choice_.rateHz) + ",channels=" + std::to_string(channels_);
 }
 
 void Session::BuildOnce_() {

@@ -171,6 +171,7 @@ class Session {
   const std::string wantedSong_;  // empty: any
   const double wantedRateHz_;     // 0: any
   OutputChoice choice_;
+  unsigned channels_ = 0;  // of every song that is played
   const Say say_;
   std::set<std::string> leftOut_;
   std::string formatSong_;                 // from whose audio the format of the output comes

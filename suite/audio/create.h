@@ -10,8 +10,9 @@ class AudioSampleOutput;
 class AudioPlayerOutputInterface;
 
 // Decodes a whole audio file into memory. `argument`: "rate=R" resamples to R frames per second while
-// decoding; empty keeps the file's rate. Threads: ANY. Throws OggVorbisDecodeError, AudioSampleContentError
-// or TESKAudioError. The caller owns the result.
+// decoding, "rate=R,channels=N" also refuses a file that has other channels; empty takes the file as it is.
+// Threads: ANY. Throws OggVorbisDecodeError, AudioSampleContentError or TESKAudioError. The caller owns the
+// result.
 AudioSampleContent* CreateAudioSampleContent(const std::string& path, const std::string& argument);
 
 // The output for this content's format on the configured device; from then on it calls `player`. Throws

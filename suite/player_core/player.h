@@ -108,7 +108,7 @@ class Player : public exc::RLockable {
   std::atomic<PlayerState> playerState_{PlayerState::STOP};
   // Continue is already asked for: a caesura about to stop is passed through.
   bool continueIsPending_ EXC_GUARDED_BY(this) = false;
-  // The show folder, and what the decoder is told besides the path ("rate=R" or empty).
+  // The show folder, and what the decoder is told besides the path (content_argument.h).
   const std::string showPath_;
   const std::string contentArgument_;
 

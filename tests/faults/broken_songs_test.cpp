@@ -169,5 +169,64 @@ TEST_F(BrokenSongs, ARenderWithoutASongOfItsOwnIsNotGivenAnother) {
   EXPECT_TRUE(Heard() == Songs(1));
 }
 
+// While the show is open, by a file that this show cannot play.
+class ReplacedSongs : public BrokenSongs {
+ protected:
+  void PutStereoInPlaceOf(const std::string& song) const {
+    WriteWav(files_.At("data/" + song + ".new"), FramesFromZero(2 * kFrames), ShowFiles::kRate, 2);
+    std::filesystem::rename(files_.At("data/" + song + ".new"), files_.At("data/" + song + ".obd"));
+  }
+  static constexpr const char* kGalopHasChanged =
+      "data/3 Galop.obd: it has 2 channels now and had 1 channel when the show was opened: the file has been "
+      "replaced. Put the recording back as it was, or convert it to 1 channel. Song 3 is left out.";
+};
+
+TEST_F(ReplacedSongs, WithOtherChannelsAreNamedAndTheOthersPlay) {
+  AddSongs({"Waltz", "Polka", "Galop", "March"});
+  OrbelInATerminal orbel({"play", files_.Show(), "--output", "null"});
+  ASSERT_TRUE(orbel.Shows("1 Waltz   bar 1.1   240 bpm   stopped"));
+  PutStereoInPlaceOf("3 Galop");
+  orbel.Type("n");
+  ASSERT_TRUE(orbel.Shows("2 Polka   bar 1.1   240 bpm   stopped"));
+  orbel.Type("n");
+  EXPECT_TRUE(orbel.Shows(kGalopHasChanged));
+  EXPECT_TRUE(orbel.Shows("4 March   bar 1.1   240 bpm   stopped"));
+  orbel.Type(" ");
+  EXPECT_TRUE(orbel.Shows("4 March   bar 1.2   240 bpm   playing"));
+  orbel.Type("qq");
+  EXPECT_EQ(orbel.WaitForEnd(), 0);
+}
+
+TEST_F(ReplacedSongs, WithOtherChannelsThatAnAttaccaRunsIntoAreNamedAndLeftOut) {
+  AddSongs({"Waltz"});
+  files_.AddSong("2", "Polka", 1, "attacca = true\n");
+  count_ = 2;
+  AddSongs({"Galop", "March"});
+  OrbelInATerminal orbel({"play", files_.Show(), "--output", "null"});
+  ASSERT_TRUE(orbel.Shows("1 Waltz   bar 1.1   240 bpm   stopped"));
+  PutStereoInPlaceOf("3 Galop");
+  orbel.Type("n");
+  ASSERT_TRUE(orbel.Shows("2 Polka   bar 1.1   240 bpm   stopped"));
+  orbel.Type(" ");
+  EXPECT_TRUE(orbel.Shows(kGalopHasChanged));
+  EXPECT_TRUE(orbel.Shows("4 March   bar 1.1   240 bpm   stopped"));
+  orbel.Type("q");
+  EXPECT_EQ(orbel.WaitForEnd(), 0);
+}
+
+TEST_F(ReplacedSongs, WithAnotherRateAreResampledAndPlay) {
+  AddSongs({"Waltz", "Polka", "Galop"});
+  OrbelInATerminal orbel({"play", files_.Show(), "--output", "null"});
+  ASSERT_TRUE(orbel.Shows("1 Waltz   bar 1.1   240 bpm   stopped"));
+  WriteWav(files_.At("data/3 Galop.obd"), FramesFromZero(2 * kFrames), 2 * ShowFiles::kRate);
+  orbel.Type("nn");
+  EXPECT_TRUE(orbel.Shows("3 Galop.obd: its 16000 Hz are resampled to 8000 Hz"));
+  EXPECT_TRUE(orbel.Shows("3 Galop   bar 1.1   240 bpm   stopped"));
+  orbel.Type(" ");
+  EXPECT_TRUE(orbel.Shows("3 Galop   bar 2.1   240 bpm   playing"));
+  orbel.Type("qq");
+  EXPECT_EQ(orbel.WaitForEnd(), 0);
+}
+
 }  // namespace
 }  // namespace faults

@@ -9,21 +9,33 @@
 
 namespace tesk_audio {
 
-double RateOfContentArgument(const std::string& shownPath, const std::string& argument) {
-  if (argument.empty()) return 0.0;
-  constexpr std::string_view name = "rate=";
-  double rate = 0.0;
-  if (argument.compare(0, name.size(), name) == 0) {
-    const char* const first = argument.data() + name.size();
-    const char* const last = argument.data() + argument.size();
-    // Not through the locale: a comma is never a decimal point here.
-    const auto [end, error] = std::from_chars(first, last, rate);
-    const bool whole = error == std::errc() && end == last;
-    if (whole && rate >= 1000.0 && rate <= 768000.0) return rate;
-  }
+namespace {
+
+// Takes `name` and the number behind it off the front of `text`; false when they are not there. Not through
+// the locale: a comma is never a decimal point here.
+template <typename Number>
+bool Take(std::string_view* text, std::string_view name, Number least, Number most, Number* number) {
+  if (!text->starts_with(name)) return false;
+  text->remove_prefix(name.size());
+  const auto [end, error] = std::from_chars(text->data(), text->data() + text->size(), *number);
+  if (error != std::errc()) return false;
+  text->remove_prefix(static_cast<std::size_t>(end - text->data()));
+  return *number >= least && *number <= most;
+}
+
+}  // namespace
+
+WantedFormat FormatOfContentArgument(const std::string& shownPath, const std::string& argument) {
+  WantedFormat wanted;
+  std::string_view rest = argument;
+  if (rest.empty()) return wanted;
+  const bool known = Take(&rest, "rate=", 1000.0, 768000.0, &wanted.rateHz) &&
+                     (rest.empty() || Take(&rest, ",channels=", 1U, 1024U, &wanted.channels));
+  if (known && rest.empty()) return wanted;
   throw AudioSampleContentError(shownPath + ": the decoder does not know the argument \"" +
                                 ShownPath(argument) +
-                                "\". Give \"rate=\" and frames per second from 1000 to 768000, or nothing.");
+                                "\". Give \"rate=\" and frames per second from 1000 to 768000, with "
+                                "\",channels=\" and their number behind it or without, or nothing.");
 }
 
 }  // namespace tesk_audio

@@ -17,7 +17,9 @@ AudioSampleContent* CreateAudioSampleContent(const std::string& path, const std:
   try {
     DecodeRequest request;
     request.shownPath = ShownPath(path);
-    request.rateHz = RateOfContentArgument(request.shownPath, argument);
+    const WantedFormat wanted = FormatOfContentArgument(request.shownPath, argument);
+    request.rateHz = wanted.rateHz;
+    request.channels = wanted.channels;
     request.availableMemoryBytes = AvailableMemoryBytes;
     // Before the file is opened: the song that was asked for first gets the cores.
     const DecodingSettings settings = GetDecodingSettings();

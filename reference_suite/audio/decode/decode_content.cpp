@@ -19,6 +19,20 @@ void Warn(const DecodeRequest& request, const std::string& text) {
   exc::CoutBuffer() << "WARNING: " << request.shownPath << ": " << text << "." << exc::EndlT();
 }
 
+std::string Counted(unsigned channels) {
+  return std::to_string(channels) + (channels == 1 ? " channel" : " channels");
+}
+
+// Whoever asks for channels has looked at the file before.
+void RequireChannels(const DecodedFormat& format, const DecodeRequest& request) {
+  if (request.channels == 0 || request.channels == format.channels) return;
+  ThrowUndecodable(format.isOgg, request.shownPath + ": it has " + Counted(format.channels) +
+                                     " now and had " + Counted(request.channels) +
+                                     " when the show was opened: the file has been replaced. Put the "
+                                     "recording back as it was, or convert it to " +
+                                     Counted(request.channels) + ".");
+}
+
 // Runs the work on a thread of lower priority, and here when there is none to be had: a loader's own thread
 // could not get its priority back for what it does afterwards.
 void RunApart(const DecodingPlaces& places, const std::function<void()>& work) {
@@ -54,6 +68,7 @@ void RequirePlayableLength(const DecodedFormat& format, long long frames, const 
 
 std::unique_ptr<MemoryContent> DecodeContent(AudioDecoder& decoder, const DecodeRequest& request) {
   const DecodedFormat& format = decoder.Format();
+  RequireChannels(format, request);
   Intake intake(format, request);
   if (format.frames > 0) {
     RequirePlayableLength(format, format.frames, request);

@@ -20,7 +20,8 @@ struct OpenedAudio {
 
 struct DecodeRequest {
   std::string shownPath;
-  double rateHz = 0.0;  // 0: the file's own
+  double rateHz = 0.0;    // 0: the file's own
+  unsigned channels = 0;  // that the file must have; 0: any
   // What a song may have: its length is a 32-bit number everywhere.
   long long maxFrames = 4'294'967'295LL;
   std::function<unsigned long long()> availableMemoryBytes;  // asked on several threads
@@ -34,7 +35,7 @@ struct DecodeRequest {
 // Decodes to the end. What a header promises is only ever used to refuse what cannot fit; the length is what
 // came out. Samples that are not finite become 0. Everything odd about the file is one warning line on the
 // console. Throws TESKAudioError when memory is short, and the decoder's own class for a file without a
-// single frame or with too many.
+// single frame, with too many, or with other channels than it must have.
 std::unique_ptr<MemoryContent> DecodeContent(AudioDecoder& decoder, const DecodeRequest& request);
 
 // What both decoding and probing refuse at once. `frames` may be -1, unknown.

@@ -80,27 +80,77 @@ TEST_F(ResampledFiles, TheSameFileGivesTheSameBitsEveryTime) {
   EXPECT_EQ(Samples(*Decode(path_, "rate=48000")), Samples(*Decode(path_, "rate=48000")));
 }
 
-TEST(ContentArgument, EmptyKeepsTheFilesRate) {
-  EXPECT_EQ(tesk_audio::RateOfContentArgument("song", ""), 0.0);
+TEST(ContentArgument, EmptyLeavesEverythingToTheFile) {
+  const tesk_audio::WantedFormat wanted = tesk_audio::FormatOfContentArgument("song", "");
+  EXPECT_EQ(wanted.rateHz, 0.0);
+  EXPECT_EQ(wanted.channels, 0U);
 }
 
 TEST(ContentArgument, NamesTheRate) {
-  EXPECT_EQ(tesk_audio::RateOfContentArgument("song", "rate=44100"), 44100.0);
-  EXPECT_EQ(tesk_audio::RateOfContentArgument("song", "rate=47999.5"), 47999.5);
-  EXPECT_EQ(tesk_audio::RateOfContentArgument("song", "rate=1000"), 1000.0);
-  EXPECT_EQ(tesk_audio::RateOfContentArgument("song", "rate=768000"), 768000.0);
+  const auto rate = [](const std::string& argument) {
+    const tesk_audio::WantedFormat wanted = tesk_audio::FormatOfContentArgument("song", argument);
+    EXPECT_EQ(wanted.channels, 0U);
+    return wanted.rateHz;
+  };
+  EXPECT_EQ(rate("rate=44100"), 44100.0);
+  EXPECT_EQ(rate("rate=47999.5"), 47999.5);
+  EXPECT_EQ(rate("rate=1000"), 1000.0);
+  EXPECT_EQ(rate("rate=768000"), 768000.0);
+}
+
+TEST(ContentArgument, NamesTheChannelsBehindTheRate) {
+  for (const unsigned channels : {1U, 2U, 1024U}) {
+    const tesk_audio::WantedFormat wanted =
+        tesk_audio::FormatOfContentArgument("song", "rate=47999.5,channels=" + std::to_string(channels));
+    EXPECT_EQ(wanted.rateHz, 47999.5);
+    EXPECT_EQ(wanted.channels, channels);
+  }
 }
 
 TEST(ContentArgument, AnythingElseIsRefused) {
-  for (const char* const argument :
-       {"rate=", "rate=x", "rate=48000x", "rate= 48000", "rate=-48000", "rate=0", "rate=999", "rate=768001",
-        "rate=nan", "rate=inf", "rate=48000,0", "48000", "Rate=48000", "speed=2"}) {
+  for (const char* const argument : {"rate=",
+                                     "rate=x",
+                                     "rate=48000x",
+                                     "rate= 48000",
+                                     "rate=-48000",
+                                     "rate=0",
+                                     "rate=999",
+                                     "rate=768001",
+                                     "rate=nan",
+                                     "rate=inf",
+                                     "rate=48000,0",
+                                     "48000",
+                                     "Rate=48000",
+                                     "speed=2",
+                                     "rate=48000,",
+                                     "rate=48000,channels=",
+                                     "rate=48000,channels=0",
+                                     "rate=48000,channels=1025",
+                                     "rate=48000,channels=-1",
+                                     "rate=48000,channels=2x",
+                                     "rate=48000channels=2",
+                                     "channels=2"}) {
     EXPECT_TRUE(ThrowsWithText<tesk_audio::AudioSampleContentError>(
-        [&] { tesk_audio::RateOfContentArgument("song", argument); },
+        [&] { tesk_audio::FormatOfContentArgument("song", argument); },
         std::string("song: the decoder does not know the argument \"") + argument +
-            "\". Give \"rate=\" and frames per second from 1000 to 768000, or nothing."));
+            "\". Give \"rate=\" and frames per second from 1000 to 768000, with \",channels=\" and their "
+            "number behind it or without, or nothing."));
   }
   EXPECT_THROW(Decode("/nowhere", "rate=x"), tesk_audio::AudioSampleContentError);
+}
+
+TEST_F(ResampledFiles, OtherChannelsThanTheFileMustHaveAreRefused) {
+  sound_files::Write(path_, SF_FORMAT_WAV | SF_FORMAT_FLOAT, 44100, 2, sound_files::Noise(1000, 2));
+  EXPECT_EQ(Decode(path_, "rate=44100,channels=2")->GetChannelCount(), 2U);
+  EXPECT_TRUE(ThrowsWithText<tesk_audio::AudioSampleContentError>(
+      [&] { Decode(path_, "rate=44100,channels=1"); },
+      path_ + ": it has 2 channels now and had 1 channel when the show was opened: the file has been "
+              "replaced. Put the recording back as it was, or convert it to 1 channel."));
+  sound_files::Write(path_, SF_FORMAT_OGG | SF_FORMAT_VORBIS, 44100, 1, sound_files::Noise(1000, 1));
+  EXPECT_TRUE(ThrowsWithText<tesk_audio::OggVorbisDecodeError>(
+      [&] { Decode(path_, "rate=44100,channels=3"); },
+      path_ + ": it has 1 channel now and had 3 channels when the show was opened: the file has been "
+              "replaced. Put the recording back as it was, or convert it to 3 channels."));
 }
 
 }  // namespace
