@@ -8,6 +8,7 @@
 
 #include "host/session/console_lines.h"
 #include "host/session/failure.h"
+#include "host/session/odd_names.h"
 #include "host/session/short_ticks.h"
 #include "host/session/show_folder.h"
 #include "host/session/shown_text.h"
@@ -44,6 +45,8 @@ void CheckFiles(const ShowFolder& show, Problems* out) {
   }
   const Problems stray = FindStrayAudio(show);
   out->insert(out->end(), stray.begin(), stray.end());
+  const Problems odd = FindOddNames(show);
+  out->insert(out->end(), odd.begin(), odd.end());
   for (const std::string& number : show.GetData().GetRunningOrder()) {
     if (show.HasAudio(number) || !show.GetDataFault().empty()) continue;
     const std::string name = number + " " + show.GetData().GetSong(number).GetName();

@@ -77,6 +77,49 @@ TEST_F(Check, ASongWithoutAudioAndAFileThatIsNotPlayedAreWarnings) {
   EXPECT_THAT(run.out, EndsWith("no errors, 2 warnings\n"));
 }
 
+TEST_F(Check, AFileWithTheNumberOfASongThatIsCalledOtherwiseIsAWarning) {
+  files_.AddSong("1", "Waltz", 4);
+  files_.AddSong("2", "Polka", 4);
+  files_.Write("songs/1 Walz.toml", "format = 1\n");
+  std::filesystem::rename(files_.At("data/2 Polka.obd"), files_.At("data/2 Galop.obd"));
+  const Ended run = Look();
+  EXPECT_EQ(run.status, 0);
+  EXPECT_EQ(
+      run.out,
+      "warning: songs/1 Walz.toml: is taken for song 1 because of its number, though that song is called "
+      "otherwise: \"songs/1 Waltz.mid\"; name both alike, or give the file the number of its own song\n"
+      "warning: data/2 Galop.obd: is taken for song 2 because of its number, though that song is called "
+      "otherwise: \"songs/2 Polka.mid\"; name both alike, or give the file the number of its own song\n"
+      "no errors, 2 warnings\n");
+}
+
+TEST_F(Check, FilesAmongTheSongsThatNobodyReadsAreWarnings) {
+  files_.AddSong("1", "Waltz", 4, "[[caesura]]\nat = \"2\"\n");
+  files_.Write("songs/notes", "bring the tuba");
+  files_.Write("songs/1 Waltz.pdf", "");
+  files_.Write("songs/.hidden", "");
+  const Ended run = Look();
+  EXPECT_EQ(run.status, 0);
+  EXPECT_EQ(run.out,
+            "warning: songs/1 Waltz.pdf: is not read, because its name ends neither in \".mid\" nor in "
+            "\".toml\"; rename it, or take it out\n"
+            "warning: songs/notes: is not read, because its name ends neither in \".mid\" nor in \".toml\"; "
+            "rename it, or take it out\n"
+            "no errors, 2 warnings\n");
+}
+
+// Told once, when the show is loaded.
+TEST_F(Check, AMidiFileOrCuesInCapitalsAreOneWarning) {
+  files_.AddSong("1", "Waltz", 4);
+  files_.Write("songs/1 Waltz.TOML", "");
+  files_.Write("songs/2 Polka.midi", "");
+  const Ended run = Look();
+  EXPECT_EQ(run.status, 0);
+  EXPECT_THAT(run.out, HasSubstr("warning: songs/1 Waltz.TOML: is not read; the name of a song's MIDI file"));
+  EXPECT_THAT(run.out, HasSubstr("warning: songs/2 Polka.midi: is not read; the name of a song's MIDI file"));
+  EXPECT_THAT(run.out, EndsWith("no errors, 2 warnings\n"));
+}
+
 TEST_F(Check, AudioShorterThanTheSongIsAWarning) {
   files_.AddSong("1", "Waltz", 4);
   WriteWav(files_.At("data/1 Waltz.obd"), FramesFromZero(20000), ShowFiles::kRate);
