@@ -13,7 +13,7 @@ ENGINE_TESTS := exc_test exc_lock_impl_test samples_ticks_converter_test ob_show
 SANITIZED := $(ENGINE_TESTS) lock_order_test stress_test reference_core_test reference_player_core_test \
   session_memory_test show_out_of_memory_test audio_memory_test audio_segment_faults_test
 # What runs under the thread sanitizer besides: devices and the live output; and under the address sanitizer.
-LIVE_TESTS := audio_output_test audio_device_test audio_jack_test
+LIVE_TESTS := audio_output_test audio_device_test audio_jack_test live_show_test
 DEVICE_TESTS := audio_output_test audio_device_test audio_desktop_test audio_jack_test audio_pulse_test
 # The engine is covered by its own tests alone: what only a whole show reaches counts as not covered.
 COVERED := $(ENGINE_TESTS) player_wrapper_test

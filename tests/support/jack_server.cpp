@@ -2,8 +2,8 @@
 
 #include <fcntl.h>
 #include <gtest/gtest.h>
-#include <jack/jack.h>
 #include <signal.h>
+#include <spawn.h>
 #include <sys/file.h>
 #include <sys/prctl.h>
 #include <sys/wait.h>
@@ -17,16 +17,21 @@ namespace test_support {
 
 namespace {
 
-void Ignore(const char*) {}
-
+// Asked by another program: an attempt that fails takes memory away from a client of this one whose server
+// has died, and that has not been closed yet.
 bool Answers(const std::string& server) {
-  ::jack_set_error_function(&Ignore);
-  ::jack_set_info_function(&Ignore);
-  const auto options = static_cast<jack_options_t>(JackNoStartServer | JackServerName);
-  jack_client_t* const client = ::jack_client_open("looking", options, nullptr, server.c_str());
-  if (client == nullptr) return false;
-  ::jack_client_close(client);
-  return true;
+  posix_spawn_file_actions_t silence;
+  ::posix_spawn_file_actions_init(&silence);
+  for (const int stream : {STDOUT_FILENO, STDERR_FILENO}) {
+    ::posix_spawn_file_actions_addopen(&silence, stream, "/dev/null", O_WRONLY, 0);
+  }
+  std::string words[] = {"jack_lsp", "-s", server};
+  char* const arguments[] = {words[0].data(), words[1].data(), words[2].data(), nullptr};
+  pid_t process = -1;
+  const int error = ::posix_spawnp(&process, "jack_lsp", &silence, nullptr, arguments, environ);
+  ::posix_spawn_file_actions_destroy(&silence);
+  int status = -1;
+  return error == 0 && ::waitpid(process, &status, 0) == process && status == 0;
 }
 
 }  // namespace
@@ -49,8 +54,12 @@ std::string JackServer::NewName() {
 
 JackServer::JackServer(const Shape& shape, std::string name)
     : name_(name.empty() ? NewName() : std::move(name)) {
+  const std::vector<std::string> words = WordsFor_(shape);
+  std::vector<const char*> arguments;
+  for (const std::string& word : words) arguments.push_back(word.c_str());
+  arguments.push_back(nullptr);
   process_ = ::fork();
-  if (process_ == 0) Run_(shape);
+  if (process_ == 0) Run_(arguments.data());
   const auto deadline = std::chrono::steady_clock::now() + std::chrono::minutes(1);
   while (!Answers(name_)) {
     if (::waitpid(process_, nullptr, WNOHANG) == process_) {
@@ -70,17 +79,23 @@ JackServer::~JackServer() {
   End(SIGTERM);
 }
 
-void JackServer::Run_(const Shape& shape) const {
+std::vector<std::string> JackServer::WordsFor_(const Shape& shape) const {
+  const std::string realTime = shape.priority == 0 ? "--no-realtime" : "-P" + std::to_string(shape.priority);
+  return {"jackd", "-n",
+          name_,   realTime,
+          "-d",    "dummy",
+          "-r",    std::to_string(shape.rateHz),
+          "-p",    std::to_string(shape.periodFrames),
+          "-P",    std::to_string(shape.outputs)};
+}
+
+// Between fork and exec: other threads of the test may have held any lock.
+void JackServer::Run_(const char* const* arguments) {
   // A test that dies takes its server along.
   ::prctl(PR_SET_PDEATHSIG, SIGTERM);
   const int silence = ::open("/dev/null", O_RDWR);
   for (int stream = 0; stream < 3; ++stream) ::dup2(silence, stream);
-  const std::string rate = std::to_string(shape.rateHz);
-  const std::string period = std::to_string(shape.periodFrames);
-  const std::string outputs = std::to_string(shape.outputs);
-  const std::string realTime = shape.priority == 0 ? "--no-realtime" : "-P" + std::to_string(shape.priority);
-  ::execlp("jackd", "jackd", "-n", name_.c_str(), realTime.c_str(), "-d", "dummy", "-r", rate.c_str(), "-p",
-           period.c_str(), "-P", outputs.c_str(), static_cast<char*>(nullptr));
+  ::execvp("jackd", const_cast<char* const*>(arguments));
   ::_exit(127);
 }
 

@@ -3,6 +3,7 @@
 #include <sys/types.h>
 
 #include <string>
+#include <vector>
 
 namespace test_support {
 
@@ -33,7 +34,8 @@ class JackServer {
   static std::string NewName();
 
  private:
-  void Run_(const Shape& shape) const;
+  std::vector<std::string> WordsFor_(const Shape& shape) const;
+  static void Run_(const char* const* arguments);
 
   std::string name_;
   pid_t process_ = -1;
