@@ -12,4 +12,21 @@ bool ForbidSystemCallsBut(std::initializer_list<long> allowed);
 // Of all threads.
 int GetForbiddenSystemCalls();
 
+// Notices whether this thread calls the system while it lives; the call passes. For threads that call the
+// system rightly before and after.
+//
+// Not within one another.
+class SystemCallWatch {
+ public:
+  SystemCallWatch();
+  ~SystemCallWatch();
+  SystemCallWatch(const SystemCallWatch&) = delete;
+  SystemCallWatch& operator=(const SystemCallWatch&) = delete;
+
+  // The number of the first call; -1: there was none. On the thread that made it.
+  long GetFirst() const;
+  // Whether the system, and the kind of machine, let their calls be noticed.
+  static bool IsPossible();
+};
+
 }  // namespace test_support

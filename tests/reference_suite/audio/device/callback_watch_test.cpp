@@ -1,11 +1,11 @@
 // What runs on the device's thread allocates nothing, takes no lock and calls nothing of the system.
-#include <dlfcn.h>
 #include <gtest/gtest.h>
-#include <pthread.h>
 #include <sys/syscall.h>
+#include <unistd.h>
 
 #include <array>
 #include <atomic>
+#include <cmath>
 #include <deque>
 #include <memory>
 #include <mutex>
@@ -15,24 +15,11 @@
 #include "reference_suite/audio/output/live_sample_output.h"
 #include "suite/audio/errors.h"
 #include "tests/reference_suite/audio/support/await.h"
+#include "tests/reference_suite/audio/support/device_changes.h"
 #include "tests/reference_suite/audio/support/scripted_player.h"
 #include "tests/support/allocation_watch.h"
+#include "tests/support/lock_watch.h"
 #include "tests/support/system_call_watch.h"
-
-namespace {
-
-thread_local bool insideCallback = false;
-std::atomic<int> locks{0};
-
-}  // namespace
-
-// Stands before the system's.
-extern "C" int pthread_mutex_lock(pthread_mutex_t* mutex) noexcept {
-  using Lock = int (*)(pthread_mutex_t*);
-  static const auto next = reinterpret_cast<Lock>(::dlsym(RTLD_NEXT, "pthread_mutex_lock"));
-  if (insideCallback) ++locks;
-  return next(mutex);
-}
 
 namespace {
 
@@ -59,6 +46,9 @@ class WatchedDevice : public tesk_audio::Device {
   std::atomic<bool> failed{false};
   static inline std::atomic<int> blocks{0};
   static inline std::atomic<int> allocations{0};
+  static inline std::atomic<int> locks{0};
+  static inline std::atomic<long long> ofSecondSong{0};  // frames that came out
+  static inline std::atomic<long long> stretched{0};
   static inline std::atomic<bool> forbidden{true};
 
  private:
@@ -69,11 +59,16 @@ class WatchedDevice : public tesk_audio::Device {
     if (!test_support::ForbidSystemCallsBut({SYS_clock_nanosleep, SYS_nanosleep})) forbidden = false;
     while (!stops_) {
       {
-        const test_support::AllocationWatch watch;
-        insideCallback = true;
+        const test_support::AllocationWatch memory;
+        const test_support::LockWatch taken;
         callback.Process(frames.data(), kPeriod);
-        insideCallback = false;
-        allocations += static_cast<int>(watch.Count());
+        allocations += memory.Count();
+        locks += taken.Count();
+      }
+      for (const float frame : frames) {
+        // Numbers of frames as they are, or what is between them.
+        if (frame != std::floor(frame)) ++stretched;
+        if (frame > ScriptedPlayer::Sample(0, 1)) ++ofSecondSong;
       }
       ++blocks;
       ::nanosleep(&third, nullptr);
@@ -99,21 +94,25 @@ TEST(DeviceCallback, AllocatesLocksAndCallsNothingInTenThousandBlocks) {
   };
   ScriptedPlayer player(Songs{{.frames = 30'000, .jumps = {{20'000, {5'000, 5'000}}}, .isAttacca = true},
                               {.frames = 15'000'000}});
+  DeviceChanges changes;
   tesk_audio::OutputSettings settings;
-  tesk_audio::LiveSampleOutput output(
-      player,
-      std::make_unique<tesk_audio::ResilientDevice>(tesk_audio::ResilientDevice::Shape{48'000.0, 1, 64},
-                                                    source, nullptr),
-      settings);
+  tesk_audio::LiveSampleOutput output(player,
+                                      std::make_unique<tesk_audio::ResilientDevice>(
+                                          tesk_audio::ResilientDevice::Shape{48'000.0, 1, 64}, source,
+                                          [&](const notify::DeviceUpdate& update) { changes.Note(update); }),
+                                      settings);
   player.SetOutput(&output);
   player.RewindAndRefill();
   player.SetPlays(true);
   output.Start();
   const auto reaches = [](int count) { return Await([count] { return WatchedDevice::blocks >= count; }); };
-  ASSERT_TRUE(reaches(3'000)) << "jumps, and the next song";
+  ASSERT_TRUE(reaches(3'000));
+  ASSERT_TRUE(Await([] { return WatchedDevice::ofSecondSong > 10'000; })) << "jumps, and the next song";
+  const long long faded = WatchedDevice::stretched;
   player.liveScale = 1.1;
   player.liveSemitones = 2;
-  ASSERT_TRUE(reaches(3'500)) << "another tempo and key";
+  ASSERT_TRUE(reaches(3'500));
+  ASSERT_TRUE(Await([&] { return WatchedDevice::stretched > faded + 5'000; })) << "another tempo and key";
   player.liveScale = 0.9;
   player.liveSemitones = 0;
   ASSERT_TRUE(reaches(3'750)) << "and others again";
@@ -124,7 +123,9 @@ TEST(DeviceCallback, AllocatesLocksAndCallsNothingInTenThousandBlocks) {
       const std::lock_guard lock(mutex);
       current->failed = true;
     }
-    ASSERT_TRUE(reaches(4'500 + 1'500 * i)) << "a device is lost and another comes";
+    ASSERT_TRUE(Await([&] { return changes.losses == i + 1 && changes.returns == i + 1; }))
+        << "a device is lost, another comes";
+    ASSERT_TRUE(reaches(4'500 + 1'500 * i));
     player.SeekTo(1'000'000 + i);
     player.SetPlays(false);
     output.Pause();
@@ -134,32 +135,32 @@ TEST(DeviceCallback, AllocatesLocksAndCallsNothingInTenThousandBlocks) {
   }
   ASSERT_TRUE(reaches(10'000));
   EXPECT_EQ(WatchedDevice::allocations, 0);
-  EXPECT_EQ(locks, 0);
+  EXPECT_EQ(WatchedDevice::locks, 0);
   ASSERT_TRUE(WatchedDevice::forbidden) << "the system does not let its calls be watched";
   EXPECT_EQ(test_support::GetForbiddenSystemCalls(), 0);
   player.SetOutput(nullptr);
 }
 
 TEST(DeviceCallback, TheWatchSeesWhatItLooksFor) {
-  const int locksBefore = locks;
   const int callsBefore = test_support::GetForbiddenSystemCalls();
-  std::size_t allocations = 0;
+  int allocations = 0;
+  int locks = 0;
   std::thread([&] {
     ASSERT_TRUE(test_support::ForbidSystemCallsBut({}));
-    const test_support::AllocationWatch watch;
-    insideCallback = true;
+    const test_support::AllocationWatch memory;
+    const test_support::LockWatch taken;
     std::mutex mutex;
     mutex.lock();
     mutex.unlock();
     ::syscall(SYS_getppid);
     const auto owned = std::make_unique<std::array<char, 64>>();
     (*owned)[0] = 1;
-    insideCallback = false;
-    allocations = static_cast<std::size_t>(watch.Count());
+    allocations = memory.Count();
+    locks = taken.Count();
   }).join();
-  EXPECT_EQ(locks, locksBefore + 1);
+  EXPECT_EQ(locks, 1);
   EXPECT_EQ(test_support::GetForbiddenSystemCalls(), callsBefore + 1);
-  EXPECT_EQ(allocations, 1U);
+  EXPECT_EQ(allocations, 1);
 }
 
 }  // namespace

@@ -3,128 +3,17 @@
 
 #include <gtest/gtest.h>
 
-#include <atomic>
 #include <cstdlib>
-#include <deque>
+#include <memory>
 #include <string>
 #include <vector>
 
 #include "reference_suite/audio/output/timed_condition.h"
 #include "suite/audio/errors.h"
 #include "tests/reference_suite/audio/support/await.h"
+#include "tests/reference_suite/audio/support/fake_soundio.h"
 #include "tests/support/no_threads.h"
 #include "tests/support/throws_with_text.h"
-
-namespace {
-
-// What there is to play to, and what it answers.
-struct FakeSystem {
-  struct Output {
-    std::string name;
-    std::string id;
-    SoundIoDevice device{};
-  };
-  std::deque<Output> outputs;
-  int usual = 0;
-  std::atomic<bool> isBare{false};  // all outputs have been unplugged
-  bool dies = false;                // while it is asked what there is
-  bool asksToTheLast = false;       // also while the stream is being closed
-  int beginError = 0;
-  int endError = 0;
-  SoundIo soundio{};
-  SoundIoOutStream stream{};
-  SoundIoChannelLayout layout{};
-  std::vector<float> written;
-  SoundIoChannelArea areas[2]{};
-  std::string opened;
-
-  void Add(const std::string& name, const std::string& id) {
-    outputs.push_back({name, id, {}});
-    for (Output& output : outputs) {
-      output.device.name = output.name.data();
-      output.device.id = output.id.data();
-    }
-  }
-  // The system's thread asks for frames.
-  void Ask(int frames) { stream.write_callback(&stream, 0, frames); }
-};
-
-FakeSystem* theSystem = nullptr;
-
-}  // namespace
-
-extern "C" {
-
-SoundIo* soundio_create(void) {
-  return &theSystem->soundio;
-}
-void soundio_destroy(SoundIo*) {}
-int soundio_connect_backend(SoundIo* soundio, SoundIoBackend backend) {
-  soundio->current_backend = backend;
-  return 0;
-}
-const char* soundio_backend_name(SoundIoBackend) {
-  return "Fake";
-}
-const char* soundio_strerror(int) {
-  return "no";
-}
-void soundio_flush_events(SoundIo* soundio) {
-  if (theSystem->dies) soundio->on_backend_disconnect(soundio, SoundIoErrorBackendDisconnected);
-}
-int soundio_output_device_count(SoundIo*) {
-  return theSystem->isBare ? 0 : static_cast<int>(theSystem->outputs.size());
-}
-int soundio_default_output_device_index(SoundIo*) {
-  return theSystem->usual;
-}
-SoundIoDevice* soundio_get_output_device(SoundIo*, int index) {
-  return &theSystem->outputs.at(static_cast<std::size_t>(index)).device;
-}
-void soundio_device_unref(SoundIoDevice*) {}
-int soundio_device_nearest_sample_rate(SoundIoDevice*, int rate) {
-  return rate;
-}
-bool soundio_device_supports_layout(SoundIoDevice*, const SoundIoChannelLayout*) {
-  return true;
-}
-const SoundIoChannelLayout* soundio_channel_layout_get_default(int channels) {
-  theSystem->layout.channel_count = channels;
-  return &theSystem->layout;
-}
-SoundIoOutStream* soundio_outstream_create(SoundIoDevice* device) {
-  theSystem->opened = device->id;
-  theSystem->stream = {};
-  return &theSystem->stream;
-}
-void soundio_outstream_destroy(SoundIoOutStream* stream) {
-  if (theSystem->asksToTheLast) stream->write_callback(stream, 0, 256);
-}
-int soundio_outstream_open(SoundIoOutStream*) {
-  return 0;
-}
-int soundio_outstream_start(SoundIoOutStream*) {
-  return 0;
-}
-int soundio_outstream_begin_write(SoundIoOutStream*, SoundIoChannelArea** areas, int* frames) {
-  if (theSystem->beginError != 0) return theSystem->beginError;
-  theSystem->written.assign(2 * static_cast<std::size_t>(*frames), -1.0F);
-  for (std::size_t channel = 0; channel < 2; ++channel) {
-    theSystem->areas[channel].ptr = reinterpret_cast<char*>(theSystem->written.data() + channel);
-    theSystem->areas[channel].step = 2 * sizeof(float);
-  }
-  *areas = theSystem->areas;
-  return 0;
-}
-int soundio_outstream_end_write(SoundIoOutStream*) {
-  return theSystem->endError;
-}
-int soundio_outstream_get_latency(SoundIoOutStream*, double* seconds) {
-  *seconds = 0.02;
-  return 0;
-}
-
-}  // extern "C"
 
 namespace {
 
@@ -147,7 +36,6 @@ class Desktop : public testing::Test {
  protected:
   Desktop() {
     ::setenv("PULSE_SERVER", "of the test", 1);
-    theSystem = &system_;
     system_.Add("Built in", "pci");
     system_.Add("Stage", "usb");
     system_.usual = 1;
