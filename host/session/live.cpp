@@ -130,10 +130,11 @@ void Live::ActAlone_(double now) {
     }
     if (session_.IsPlaying()) return standsSince_.reset();
     if (session_.HasEnded()) return GoOnAfterSong_();
-    // It stands at its end: that it has ended is told in a moment.
-    if (!directions_.script && session_.GetTick() >= session_.GetClock().GetEndTick()) return;
-    double silence = 0.0;
     const bool atCaesura = session_.IsWaiting();
+    // It stands at its end: that it has ended is told in a moment. A caesura may lie there too, and is left.
+    const bool atEnd = session_.GetTick() >= session_.GetClock().GetEndTick();
+    if (!directions_.script && atEnd && !atCaesura) return;
+    double silence = 0.0;
     if (conductor_.LookWhileStanding(atCaesura, now, &silence) == Conductor::Standing::ScriptEnds) {
       if (!attended_) EndWith_(kDone, "the script ends here");
       return;
@@ -142,7 +143,8 @@ void Live::ActAlone_(double now) {
     if (now < *standsSince_) return;
     standsSince_.reset();
     conductor_.Resume(atCaesura, now);
-    const bool stuck = !directions_.script && !session_.IsPlaying();
+    // Behind a caesura at its end a song may have ended already.
+    const bool stuck = !directions_.script && !atEnd && !session_.IsPlaying();
     if (stuck) EndWith_(kCannotEnd, "nothing leads on from here");
   } catch (const PlayerLost&) {
     throw;
@@ -155,7 +157,8 @@ void Live::ActAlone_(double now) {
 // render.
 void Live::GoOnAfterSong_() {
   if (attended_) return;
-  if (directions_.script || !session_.NextSongStopped()) return EndWith_(kDone, "");
+  // Of the last one it is told how it ended: asking for the next would put it back to its start.
+  if (directions_.script || session_.IsLastSong() || !session_.NextSongStopped()) return EndWith_(kDone, "");
   StandAtSong_();
   session_.Do({CommandKind::Play, 0.0, ""});
 }

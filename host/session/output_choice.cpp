@@ -12,6 +12,10 @@ OutputChoice ChooseOutput(const std::string& output, OutputChoice wishes, const 
   if (output == "file" && wishes.device.empty()) {
     throw Failure("--output file needs the name of the file: --device FILE", kUsage);
   }
+  if (output == "null" && !wishes.device.empty()) {
+    throw Failure("--output null is a clock and has no devices: leave --device out, or choose another output",
+                  kUsage);
+  }
   if (output == "null" || output == "file") return wishes;
   const std::vector<DeviceLine> devices = LookAtDevices(wishes.device, say);
   if (output == "auto") {

@@ -52,6 +52,8 @@ class Session {
   void LoadStopped(const std::string& song);
   // False at the end of the show, where the current song is back at its start.
   bool NextSongStopped();
+  // No song behind the current one can be played.
+  bool IsLastSong() const { return SongFromHere_(1) == GetSongNumber(); }
 
   // ---- state -----------------------------------------------------------------------------------
   bool IsPlaying() const;

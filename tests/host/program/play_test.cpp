@@ -30,6 +30,39 @@ TEST(Play, WithoutATerminalPlaysTheShowThroughAndEnds) {
   EXPECT_THAT(run.messages, HasSubstr("2 Polka   bar "));
 }
 
+TEST(Play, AtTheEndItTellsWhereTheLastSongHasEnded) {
+  ShowFiles files;
+  files.AddSong("1", "Waltz", 1);
+  files.AddSong("2", "Polka", 2);
+  files.Write("../nothing.txt", "");
+  for (const bool scripted : {false, true}) {
+    std::vector<std::string> words{"play", files.Show(), "--output", "null", "--json", "--song", "2"};
+    if (scripted) words.insert(words.end(), {"--script", files.Beside("nothing.txt")});
+    const Ended run = Orbel(words);
+    EXPECT_EQ(run.status, 0) << run.messages;
+    EXPECT_THAT(run.out, HasSubstr("\"song\": \"2 Polka\""));
+    EXPECT_THAT(run.out, HasSubstr("\"position\": \"3.1\""));
+    EXPECT_THAT(run.out, HasSubstr("\"state\": \"ended\""));
+  }
+}
+
+// Where nobody sits at the keys it is left like any other.
+TEST(Play, BehindACaesuraAtTheEndOfASongTheNextFollows) {
+  ShowFiles files;
+  files.AddSong("1", "Waltz", 1, "[[caesura]]\nat = \"2\"\n");
+  files.AddSong("2", "Polka", 1);
+  const std::string out = files.Beside("take.wav");
+  for (const bool intoAFile : {false, true}) {
+    std::vector<std::string> words{"play", files.Show(), "--output", intoAFile ? "file" : "null", "--json"};
+    if (intoAFile) words.insert(words.end(), {"--device", out});
+    RunningOrbel orbel(words);
+    EXPECT_TRUE(orbel.Says("2 Polka   bar "));
+    const Ended run = orbel.WaitForEnd();
+    EXPECT_EQ(run.status, 0) << run.messages;
+    EXPECT_THAT(run.out, HasSubstr("\"song\": \"2 Polka\""));
+  }
+}
+
 TEST(Play, AScriptActsWhereNobodyIsAtTheKeys) {
   ShowFiles files;
   files.AddSong("1", "Waltz", 30, "[[vamp]]\nfrom = \"1.1\"\nto = \"1.2\"\n");
@@ -153,7 +186,9 @@ TEST(PlayOptions, WrongValuesAreToldWithStatusTwo) {
       {{"--period", "8"}, "orbel: --period: \"8\" is not a whole number from 16 to 8192"},
       {{"--ahead", "0"}, "orbel: --ahead: \"0\" is not a number from 1 to 2000"},
       {{"--channels", "1,0"}, "orbel: --channels: \"0\" is not a whole number from 1 to 1024"},
-      {{"--connect", "("}, "orbel: "}};
+      {{"--connect", "("}, "orbel: "},
+      {{"--output", "null", "--device", "horn"},
+       "orbel: --output null is a clock and has no devices: leave --device out, or choose another output"}};
   ShowFiles files;
   files.AddSong("1", "Waltz", 1);
   for (const auto& [options, message] : kWrong) {
