@@ -38,6 +38,23 @@ std::binary_semaphore& TheOnlyClient() {
   return semaphore;
 }
 
+// And what to do.
+std::string WhyItRefuses(jack_status_t status) {
+  if ((status & JackVersionError) != 0) {
+    return "is of another version than the JACK library here. Install both from the same source.";
+  }
+  if ((status & JackShmFailure) != 0) {
+    return "cannot share memory with this program. Run both as the same user, and make room in /dev/shm.";
+  }
+  if ((status & (JackServerError | JackClientZombie)) != 0) {
+    return "does not answer a new client to the end, as one that has just been stopped or is about to end. "
+           "If "
+           "it stays so, start it again, or choose another output.";
+  }
+  return "takes no further client (status " + std::to_string(status) +
+         "). Close other programs that play to it, start it again, or choose another output.";
+}
+
 std::string NameOfDefaultServer() {
   const char* const name = std::getenv("JACK_DEFAULT_SERVER");
   return name != nullptr && *name != '\0' ? name : "default";
@@ -58,8 +75,7 @@ JackClient::JackClient(const std::string& server) : server_(server.empty() ? Nam
     throw TESKAudioError("No JACK server \"" + server_ +
                          "\" answers. Start it, or choose another output; \"orbel devices\" lists them.");
   }
-  throw TESKAudioError("The JACK server \"" + server_ + "\" refuses a client (status " +
-                       std::to_string(status) + "). Start it again, or choose another output.");
+  throw TESKAudioError("The JACK server \"" + server_ + "\" " + WhyItRefuses(status));
 }
 
 JackClient::~JackClient() {

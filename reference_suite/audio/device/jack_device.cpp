@@ -18,6 +18,8 @@ namespace {
 constexpr std::size_t kSliceFrames = kMostPeriodFrames;
 constexpr long long kLookNanoseconds = 50'000'000;
 constexpr double kUnheardSeconds = 0.3;
+// A server that is started again may have its outputs a moment later, and connect later still.
+constexpr double kConnectSeconds = 3.0;
 
 double Seconds() {
   return static_cast<double>(MonotonicNow()) * 1e-9;
@@ -76,6 +78,7 @@ void JackDevice::Start(DeviceCallback& callback) {
                          "\" does not start to ask for sound. Start it again.");
   }
   links_->Reopen();
+  connectUntil_ = links_->GetRemembered().empty() ? 0.0 : Seconds() + kConnectSeconds;
   LookAfterLinks_();
   try {
     keeper_ = StartThread(&JackDevice::KeeperBody_, this, "The JACK output");
@@ -164,11 +167,14 @@ void JackDevice::NoteTargetLatency_(const std::set<JackLink>& links) {
 void JackDevice::NoteWhoHears_(const std::vector<std::string>& inputs) {
   const bool isHeard = !GetLinks_().empty();
   if (isHeard) heardUntil_ = Seconds();
+  if (isHeard) connectUntil_ = 0.0;
   std::string unheard = isHeard || Seconds() < heardUntil_ + kUnheardSeconds ? "" : AdviceWhenUnheard_();
   std::string missing = isHeard ? AdviceOnMissing_(inputs) : "";
   const std::lock_guard lock(mutex_);
   unheard_.swap(unheard);
   missing_.swap(missing);
+  // Behind the words, which are read once this is known.
+  connecting_ = Seconds() < connectUntil_;
 }
 
 std::string JackDevice::AdviceOnMissing_(const std::vector<std::string>& inputs) const {

@@ -42,6 +42,7 @@ class JackDevice : public Device {
   long long GetXrunCount() const override { return xruns_; }
   std::string WhyUnheard() const override;
   std::string WhatIsMissing() const override;
+  bool IsConnecting() const override { return connecting_; }
   int GetRealTimePriority() const override { return priority_; }
   bool HasFailed() const override { return failed_; }
   std::string GetFailure() const override;
@@ -94,6 +95,7 @@ class JackDevice : public Device {
   std::atomic<long long> xruns_{0};
   std::atomic<bool> freewheels_{false};
   std::atomic<bool> failed_{false};
+  std::atomic<bool> connecting_{false};
   std::atomic<bool> stops_{false};  // for the keeper, and for a process thread that waits
 
   mutable std::mutex mutex_;
@@ -103,7 +105,8 @@ class JackDevice : public Device {
   std::vector<jack_port_id_t> newPorts_;
 
   // The keeper's, once it runs.
-  double heardUntil_ = 0.0;  // seconds
+  double heardUntil_ = 0.0;    // seconds
+  double connectUntil_ = 0.0;  // what was connected before is waited for
 
   pthread_t keeper_{};
   bool runs_ = false;  // active, and the keeper exists

@@ -13,6 +13,8 @@ namespace {
 // A server that goes down takes the links away first. What is gone for longer while the server lives was
 // taken away on purpose.
 constexpr double kPurposeSeconds = 1.0;
+// A server that is started again may have its ports a moment later, and connect later still.
+constexpr double kReturnSeconds = 3.0;
 
 std::regex Compile(const std::string& pattern) {
   try {
@@ -44,6 +46,7 @@ void JackLinks::Reopen() {
   taken_.clear();
   gone_.clear();
   missing_.clear();
+  firstLook_.reset();
 }
 
 void JackLinks::Renew(const std::string& input) {
@@ -56,6 +59,7 @@ std::set<JackLink> JackLinks::Observe(const std::set<JackLink>& connected,
                                       const std::vector<std::string>& physical, double seconds) {
   const std::lock_guard lock(mutex_);
   const std::set<std::string> present(inputs.begin(), inputs.end());
+  if (!firstLook_) firstLook_ = seconds;
   ForgetLost_(connected, present, seconds);
   remembered_.insert(connected.begin(), connected.end());
   AddWished_(inputs, physical);
@@ -105,7 +109,8 @@ void JackLinks::NoteMissing_(const std::set<JackLink>& connected, double seconds
       const auto before = gone_.find(link);
       const double since = before == gone_.end() ? seconds : before->second;
       gone[link] = since;
-      if (seconds - since >= kPurposeSeconds) missing_.insert(link);
+      const double patience = since > *firstLook_ ? kPurposeSeconds : kReturnSeconds;
+      if (seconds - since >= patience) missing_.insert(link);
     }
   }
   gone_.swap(gone);

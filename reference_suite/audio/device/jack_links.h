@@ -2,6 +2,7 @@
 
 #include <map>
 #include <mutex>
+#include <optional>
 #include <set>
 #include <string>
 #include <utility>
@@ -47,7 +48,7 @@ class JackLinks {
 
   std::set<JackLink> GetRemembered() const;
   // Links that there ought to be, or that somebody has taken away on this server, and that there have not
-  // been for a second.
+  // been for a second; for three since the first look when they have not been there at all.
   std::set<JackLink> GetMissing() const;
   bool HasPatterns() const { return !wishes_.patterns.empty(); }
 
@@ -66,6 +67,7 @@ class JackLinks {
   std::map<JackLink, double> lost_;  // since when
   std::set<JackLink> taken_;         // away on purpose, and not remembered any more
   std::map<JackLink, double> gone_;  // remembered or taken, and not there: since when
+  std::optional<double> firstLook_;  // at this server
   std::set<JackLink> missing_;       // of these, since long enough
 };
 

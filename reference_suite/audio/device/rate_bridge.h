@@ -39,6 +39,7 @@ class RateBridge : public Device, private DeviceCallback {
   long long GetSilentFrames() const override;
   std::string WhyUnheard() const override { return device_->WhyUnheard(); }
   std::string WhatIsMissing() const override { return device_->WhatIsMissing(); }
+  bool IsConnecting() const override { return device_->IsConnecting(); }
   int GetRealTimePriority() const override { return device_->GetRealTimePriority(); }
   bool HasFailed() const override { return device_->HasFailed(); }
   std::string GetFailure() const override { return device_->GetFailure(); }

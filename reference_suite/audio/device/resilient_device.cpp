@@ -200,11 +200,13 @@ void ResilientDevice::LookForDevice_() {
     }
     search_.reset();
   }
-  if (candidate_.gate->GetLastCall() != 0) {
-    ChangeOver_(std::move(candidate_));
-    candidate_ = {};
-  } else if (candidate_.device->HasFailed() || MonotonicNow() - candidateSince_ > kPatience) {
+  const bool asks = candidate_.gate->GetLastCall() != 0;
+  const bool isInVain = !asks && MonotonicNow() - candidateSince_ > kPatience;
+  if (candidate_.device->HasFailed() || isInVain) {
     CloseDevice(std::move(candidate_), 0);
+    candidate_ = {};
+  } else if (asks && !candidate_.device->IsConnecting()) {
+    ChangeOver_(std::move(candidate_));
     candidate_ = {};
   }
 }

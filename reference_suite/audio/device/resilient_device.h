@@ -85,7 +85,7 @@ class ResilientDevice : public Device {
 
   // The watching thread's, and of whoever starts and stops it.
   RunningDevice running_;    // empty while the clock stands in
-  RunningDevice candidate_;  // opened, but it has not asked for a frame yet
+  RunningDevice candidate_;  // opened, but it has not asked for a frame yet, or is still being connected
   RunningDevice standIn_;
   std::unique_ptr<DeviceSearch> search_;
   DeviceWatch watch_;

@@ -9,6 +9,7 @@
 #include <unistd.h>
 
 #include <atomic>
+#include <cstdarg>
 #include <cstdlib>
 #include <utility>
 
@@ -23,6 +24,8 @@ namespace {
 // What the library was given last, so that a test can say what a server would.
 std::pair<JackSampleRateCallback, void*> rateCallback;
 void (*messageFunction)(const char*) = nullptr;
+// What opening a client answers without asking a server; 0: it asks one.
+int refusal = 0;
 
 template <typename Function>
 Function* TheLibrarys(const char* name) {
@@ -37,6 +40,20 @@ int jack_set_sample_rate_callback(jack_client_t* client, JackSampleRateCallback 
   rateCallback = {callback, argument};
   return TheLibrarys<int(jack_client_t*, JackSampleRateCallback, void*)>("jack_set_sample_rate_callback")(
       client, callback, argument);
+}
+
+jack_client_t* jack_client_open(const char* name, jack_options_t options, jack_status_t* status, ...) {
+  if (refusal != 0) {
+    *status = static_cast<jack_status_t>(refusal);
+    return nullptr;
+  }
+  // All clients here name their server.
+  va_list arguments;
+  va_start(arguments, status);
+  const char* const server = va_arg(arguments, const char*);
+  va_end(arguments);
+  return TheLibrarys<jack_client_t*(const char*, jack_options_t, jack_status_t*, ...)>("jack_client_open")(
+      name, options, status, server);
 }
 
 void jack_set_error_function(void (*function)(const char*)) {
@@ -95,6 +112,29 @@ TEST(JackDevice, WithoutAServerOpeningSaysWhatToDo) {
       [] { JackDevice device("nobody_is_called_so", 2, LinksTo({})); },
       "No JACK server \"nobody_is_called_so\" answers. Start it, or choose another output; \"orbel devices\" "
       "lists them."));
+}
+
+TEST(JackDevice, WhyAServerRefusesAClientIsSaidWithWhatToDo) {
+  const std::pair<int, const char*> kRefusals[] = {
+      {JackFailure | JackServerError,
+       "does not answer a new client to the end, as one that has just been stopped or is about to end. If it "
+       "stays so, start it again, or choose another output."},
+      {JackFailure | JackClientZombie,
+       "does not answer a new client to the end, as one that has just been stopped or is about to end. If it "
+       "stays so, start it again, or choose another output."},
+      {JackFailure | JackServerError | JackVersionError,
+       "is of another version than the JACK library here. Install both from the same source."},
+      {JackFailure | JackShmFailure,
+       "cannot share memory with this program. Run both as the same user, and make room in /dev/shm."},
+      {JackFailure,
+       "takes no further client (status 1). Close other programs that play to it, start it again, or choose "
+       "another output."}};
+  for (const auto& [status, why] : kRefusals) {
+    refusal = status;
+    EXPECT_TRUE(test_support::ThrowsWithText<tesk_audio::TESKAudioError>(
+        [] { JackDevice device("stage", 1, LinksTo({})); }, std::string("The JACK server \"stage\" ") + why));
+  }
+  refusal = 0;
 }
 
 TEST(JackDevice, NeverBearsTheNameOfItsServer) {
@@ -313,6 +353,36 @@ TEST(JackDevice, BehindARestartTheSamePortsAreConnectedAgain) {
     server.End(run % 2 == 0 ? SIGKILL : SIGTERM);
     ASSERT_TRUE(Await([&] { return device.HasFailed(); }));
     EXPECT_EQ(links->GetRemembered().size(), 2U);
+  }
+}
+
+TEST(JackDevice, BehindARestartWhatWasConnectedIsWaitedForAWhile) {
+  const std::string name = JackServer::NewName();
+  const auto links = LinksTo({"recorder:in_1"});
+  Counter counter(1);
+  {
+    const JackServer server({}, name);
+    JackDevice device(name, 1, links);
+    device.Start(counter);
+    EXPECT_FALSE(device.IsConnecting()) << "nobody has heard it yet";
+    const JackRecorder recorder(name, 1);
+    ASSERT_TRUE(Await([&] { return links->GetRemembered().size() == 1; }));
+  }
+  for (const bool comesBack : {true, false}) {
+    const JackServer server({}, name);
+    JackDevice device(name, 1, links);
+    EXPECT_FALSE(device.IsConnecting());
+    device.Start(counter);
+    if (comesBack) {
+      EXPECT_TRUE(device.IsConnecting());
+      const JackRecorder recorder(name, 1);
+      EXPECT_TRUE(Await([&] { return !device.IsConnecting(); }));
+      EXPECT_EQ(device.WhyUnheard(), "");
+      EXPECT_EQ(recorder.GetSources(), kOurs);
+    } else {
+      EXPECT_TRUE(Await([&] { return !device.IsConnecting(); })) << "not for ever";
+      EXPECT_NE(device.WhyUnheard(), "");
+    }
   }
 }
 

@@ -139,12 +139,14 @@ TEST(JackLinks, APortThatGoesAwayOrIsNeverReadyIsMissingToo) {
   const Names inputs{"mixer:in_1"};
   const Links mixer{{0, "mixer:in_1"}};
   links.Observe({}, inputs, {}, 0.0);
-  links.Observe({}, inputs, {}, 1.0);
+  links.Observe({}, inputs, {}, 2.9);
+  EXPECT_EQ(links.GetMissing(), Links{}) << "it may be on its way";
+  links.Observe({}, inputs, {}, 3.0);
   EXPECT_EQ(links.GetMissing(), mixer) << "it has refused";
-  links.Observe(mixer, inputs, {}, 2.0);
+  links.Observe(mixer, inputs, {}, 4.0);
   EXPECT_EQ(links.GetMissing(), Links{});
-  links.Observe({}, {}, {}, 3.0);
-  links.Observe({}, {}, {}, 4.0);
+  links.Observe({}, {}, {}, 5.0);
+  links.Observe({}, {}, {}, 6.0);
   EXPECT_EQ(links.GetMissing(), mixer);
 }
 
@@ -157,7 +159,9 @@ TEST(JackLinks, OnAnotherServerOnlyWhatIsRememberedIsMissing) {
   links.Reopen();
   EXPECT_EQ(links.GetMissing(), Links{});
   links.Observe({}, {}, {}, 10.0);
-  links.Observe({}, {}, {}, 11.0);
+  links.Observe({}, {}, {}, 12.9);
+  EXPECT_EQ(links.GetMissing(), Links{}) << "its ports may come later";
+  links.Observe({}, {}, {}, 13.0);
   EXPECT_EQ(links.GetMissing(), (Links{{0, "system:playback_1"}}));
 }
 

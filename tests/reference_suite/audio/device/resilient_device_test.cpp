@@ -53,6 +53,10 @@ class MortalDevice : public NullDevice {
     return missing_;
   }
   int GetRealTimePriority() const override { return 7; }
+  bool IsConnecting() const override {
+    ++timesAsked;
+    return connecting;
+  }
   void SetMissing(const std::string& what) {
     const std::lock_guard lock(mutex_);
     missing_ = what;
@@ -62,6 +66,8 @@ class MortalDevice : public NullDevice {
     unheard_ = why;
   }
   std::atomic<bool> failed{false};
+  std::atomic<bool> connecting{false};
+  mutable std::atomic<int> timesAsked{0};  // whether it is connecting
 
  private:
   mutable std::mutex mutex_;
@@ -294,6 +300,33 @@ TEST(ResilientDevice, ADeviceThatNobodyHearsIsToldAndToldAgainWhenSomebodyDoes) 
   ASSERT_TRUE(told.Is(4));
   EXPECT_TRUE(told.Get()[3].recovering);
   EXPECT_EQ(told.Get()[3].unheard, "");
+}
+
+// Also one that has its frames converted.
+TEST(ResilientDevice, ADeviceThatIsStillBeingConnectedIsTakenWhenItIs) {
+  Shop shop;
+  Told told;
+  Counter counter;
+  MortalDevice* device = shop.Put();
+  ResilientDevice resilient(kMono, shop.Source(), told.Tell());
+  resilient.Start(counter);
+  device->failed = true;
+  ASSERT_TRUE(told.Is(1));
+  for (const bool dies : {true, false}) {
+    auto found = std::make_unique<MortalDevice>(dies ? kRate : 44'100.0);
+    device = found.get();
+    device->connecting = true;
+    device->SetUnheard("It is connected to nothing.");
+    shop.PutDevice(std::move(found));
+    ASSERT_TRUE(Await([&] { return device->timesAsked > 20; }));
+    EXPECT_TRUE(resilient.IsRecovering()) << "nobody has heard it yet, and somebody may in a moment";
+    if (dies) device->failed = true;
+  }
+  device->SetUnheard("");
+  device->connecting = false;
+  ASSERT_TRUE(told.Is(2)) << "and the one that had failed meanwhile was let go of";
+  EXPECT_FALSE(told.Get()[1].recovering);
+  EXPECT_EQ(told.Get()[1].unheard, "");
 }
 
 TEST(ResilientDevice, WhatIsMissingOfItsConnectionsIsToldOnceAndWhenItIsThereAgain) {
