@@ -1,10 +1,7 @@
 // The program against a real PulseAudio server without hardware, which the tests start themselves.
-#include <fcntl.h>
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 #include <signal.h>
-#include <sys/prctl.h>
-#include <sys/wait.h>
 #include <unistd.h>
 
 #include <algorithm>
@@ -19,6 +16,7 @@
 
 #include "tests/host/run_orbel.h"
 #include "tests/host/show_files.h"
+#include "tests/host/started.h"
 #include "tests/host/terminal_program.h"
 
 namespace host_tests {
@@ -38,45 +36,6 @@ bool Await(Condition condition) {
   }
   return true;
 }
-
-// A program of the system's, ended with this object. Its output goes nowhere.
-class Started {
- public:
-  explicit Started(std::vector<std::string> words) {
-    std::vector<char*> argv;
-    for (std::string& word : words) argv.push_back(word.data());
-    argv.push_back(nullptr);
-    process_ = ::fork();
-    if (process_ != 0) return;
-    ::prctl(PR_SET_PDEATHSIG, SIGTERM);
-    const int silence = ::open("/dev/null", O_RDWR);
-    for (int stream = 0; stream < 3; ++stream) ::dup2(silence, stream);
-    ::execvp(argv[0], argv.data());
-    ::_exit(127);
-  }
-  ~Started() { End(SIGTERM); }
-  Started(const Started&) = delete;
-  Started& operator=(const Started&) = delete;
-
-  void Signal(int signal) const {
-    if (process_ > 0) ::kill(process_, signal);
-  }
-  void End(int signal) {
-    if (process_ <= 0) return;
-    Signal(signal);
-    Signal(SIGCONT);
-    Wait();
-  }
-  // For its own end. False when it did not do what it was asked.
-  bool Wait() {
-    int status = -1;
-    ::waitpid(std::exchange(process_, -1), &status, 0);
-    return status == 0;
-  }
-
- private:
-  pid_t process_ = -1;
-};
 
 class Desktop : public testing::Test {
  protected:
