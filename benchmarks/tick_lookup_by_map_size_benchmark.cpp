@@ -99,6 +99,13 @@ BENCHMARK_DEFINE_F(Lookup, SamplesToTicksRoundedAtRandom)(benchmark::State& stat
   for (auto _ : state)
     benchmark::DoNotOptimize(converter_->SamplesToTicksRounded(samples_[at++ % 4096], nullptr));
 }
+BENCHMARK_DEFINE_F(Lookup, SamplesToTicksRoundedWhilePlaying)(benchmark::State& state) {
+  long long sample = 0;
+  for (auto _ : state) {
+    benchmark::DoNotOptimize(converter_->SamplesToTicksRounded(sample, nullptr));
+    sample = sample + kRead > last_ ? 0 : sample + kRead;
+  }
+}
 BENCHMARK_DEFINE_F(Lookup, TicksToSamplesInTheMiddle)(benchmark::State& state) {
   for (auto _ : state) benchmark::DoNotOptimize(converter_->TicksToSamples(lastTick_ / 2));
 }
@@ -136,6 +143,7 @@ BENCHMARK_REGISTER_F(Lookup, SamplesToTicksNearTheEnd)->Apply(MapSizes);
 BENCHMARK_REGISTER_F(Lookup, SamplesToTicksAtRandom)->Apply(MapSizes);
 BENCHMARK_REGISTER_F(Lookup, SamplesToTicksWhilePlaying)->Apply(MapSizes);
 BENCHMARK_REGISTER_F(Lookup, SamplesToTicksRoundedAtRandom)->Apply(MapSizes);
+BENCHMARK_REGISTER_F(Lookup, SamplesToTicksRoundedWhilePlaying)->Apply(MapSizes);
 BENCHMARK_REGISTER_F(Lookup, TicksToSamplesInTheMiddle)->Apply(MapSizes);
 BENCHMARK_REGISTER_F(Lookup, TicksToSamplesNearTheEnd)->Apply(MapSizes);
 BENCHMARK_REGISTER_F(Lookup, TicksToSamplesAtRandom)->Apply(MapSizes);

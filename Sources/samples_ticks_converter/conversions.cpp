@@ -28,12 +28,24 @@ SampleCount SamplesTicksConverter::ComputeSampleCount_(SampleCount samplesAtEven
   return AddSamples(samplesAtEvent, RoundedSamples(seconds, sampleRate_));
 }
 
+SamplesTicksConverter::CountedTick SamplesTicksConverter::Count_(const TempoSegment& segment,
+                                                                 unsigned ticksSinceEvent) const {
+  return {&segment, ticksSinceEvent,
+          ComputeSampleCount_(segment.samples, ticksSinceEvent, segment.secondsPerTick)};
+}
+
 SampleCount SamplesTicksConverter::TicksToSamples(TickIndex ticks) {
   exc::ScopeLock lock(*this);
+  return TicksToSamples_(ticks, CountedTick());
+}
+
+SampleCount SamplesTicksConverter::TicksToSamples_(TickIndex ticks, const CountedTick& counted) {
   if (ticks < audioStart_) return 0;
   const TempoSegment* const segment = segments_.FindByTick(ticks);
   if (segment == nullptr) return 0;
-  return ComputeSampleCount_(segment->samples, ticks - segment->tick, segment->secondsPerTick);
+  const unsigned ticksSinceEvent = ticks - segment->tick;
+  if (segment == counted.segment && ticksSinceEvent == counted.ticksSinceEvent) return counted.samples;
+  return Count_(*segment, ticksSinceEvent).samples;
 }
 
 TickIndex SamplesTicksConverter::SamplesToTicksRounded(SampleCount sampleCount, int* roundingErrorSamples) {
@@ -54,20 +66,17 @@ TickIndex SamplesTicksConverter::SamplesToTicksRounded(SampleCount sampleCount, 
 TickIndex SamplesTicksConverter::SamplesToTicksInteger(SampleCount sampleCount,
                                                        unsigned* extraSamplesBeyondResultTicks) {
   exc::ScopeLock lock(*this);
-  // A copy: the conversions back look for segments of their own.
-  const TempoSegment segment = FindSegmentBySamples_(sampleCount);
-  const double secondsPerTick = segment.secondsPerTick;
+  const TempoSegment& segment = FindSegmentBySamples_(sampleCount);
   const double sampleDelta = static_cast<double>(sampleCount) - static_cast<double>(segment.samples);
   const double samplesPerTick = segment.samplesPerTick;
   double resultTicks = ::floor(sampleDelta / samplesPerTick);
 
   // The first sample of a tick can divide to just below the integer. Tried once, and upwards only.
-  if (ComputeSampleCount_(segment.samples, ToTicks(resultTicks + 1.0), secondsPerTick) == sampleCount) {
-    resultTicks += 1.0;
-  }
+  const CountedTick next = Count_(segment, ToTicks(resultTicks + 1.0));
+  if (next.samples == sampleCount) resultTicks += 1.0;
 
-  const SampleCount sampleCountAtResultTicks =
-      ComputeSampleCount_(segment.samples, ToTicks(resultTicks), secondsPerTick);
+  const CountedTick result = Count_(segment, ToTicks(resultTicks));
+  const SampleCount sampleCountAtResultTicks = result.samples;
   checks::RequireResultNotAfterSample(sampleCount, sampleCountAtResultTicks);
   const SampleCount extraSamples = sampleCount - sampleCountAtResultTicks;
   // Before the checks that follow: it is set also when one of them fails.
@@ -77,11 +86,12 @@ TickIndex SamplesTicksConverter::SamplesToTicksInteger(SampleCount sampleCount,
 
   // The result is converted back and compared in 32 bits, so that samples past 4,294,967,295 fail here.
   const TickIndex resultTick = segment.tick + ToTicks(resultTicks);
-  const auto checkSampleCount = static_cast<unsigned>(TicksToSamples(resultTick));
+  const auto checkSampleCount = static_cast<unsigned>(TicksToSamples_(resultTick, result));
   checks::RequireSameSampleBack(checkSampleCount, sampleCountAtResultTicks);
   checks::RequireSampleCountsAddUp(sampleCount, checkSampleCount, extraSamples);
   checks::RequireRemainderWithinTick(extraSamples, samplesPerTick);
-  checks::RequireNextTickAfterSample(static_cast<unsigned>(TicksToSamples(resultTick + 1)), sampleCount);
+  checks::RequireNextTickAfterSample(static_cast<unsigned>(TicksToSamples_(resultTick + 1, next)),
+                                     sampleCount);
   return resultTick;
 }
 

@@ -101,6 +101,17 @@ class SamplesTicksConverter : public exc::RLockable {
   SampleCount ComputeSampleCount_(SampleCount samplesAtEvent, unsigned ticksSinceEvent,
                                   double secondsPerTick) const EXC_HOLDS(this);
 
+  // A tick, by its place in a tempo segment, and its first sample.
+  struct CountedTick {
+    const samples_ticks_converter::TempoSegment* segment = nullptr;
+    unsigned ticksSinceEvent = 0;
+    SampleCount samples = 0;
+  };
+  CountedTick Count_(const samples_ticks_converter::TempoSegment& segment, unsigned ticksSinceEvent) const
+      EXC_HOLDS(this);
+  // TicksToSamples, which is spared the arithmetic where `ticks` is `counted`.
+  SampleCount TicksToSamples_(TickIndex ticks, const CountedTick& counted) EXC_HOLDS(this);
+
   TickIndex audioStart_ EXC_GUARDED_BY(this) = 0;
   long double sampleRate_ EXC_GUARDED_BY(this) = 44100.0L;
   TempoEvents tempoEvents_ EXC_GUARDED_BY(this);
