@@ -6,6 +6,8 @@
 #include <filesystem>
 #include <fstream>
 #include <functional>
+#include <regex>
+#include <string>
 
 #include "tests/faults/circumstances.h"
 #include "tests/host/show_files.h"
@@ -119,9 +121,13 @@ TEST_F(LongSongs, ReplacedOrRemovedInTheMiddleTheyPlayAsTheyWere) {
 TEST_F(LongSongs, CutOffInTheMiddleTheyPlayWhatIsThereAndSilence) {
   const Ended run = RenderWhile([&] { std::filesystem::resize_file(Audio(), kHeader + kBytes * 5 / 8); });
   EXPECT_EQ(run.status, 0);
+  std::smatch only;
+  const std::regex words("1 Waltz\\.obd: only ([0-9]+) of 800000 frames could be decoded\\.");
+  ASSERT_TRUE(std::regex_search(run.messages, only, words)) << run.messages;
+  const int decoded = std::stoi(only[1]);
   // What lies behind the cut may have been read before, by another thread.
-  EXPECT_THAT(run.messages, HasSubstr("1 Waltz.obd: only "));
-  EXPECT_THAT(run.messages, HasSubstr(" of 800000 frames could be decoded."));
+  EXPECT_GE(decoded, 490'000);
+  EXPECT_LT(decoded, 800'000);
   std::vector<float> expected = host_tests::FramesFromZero(500'000);
   expected.resize(kSeconds * ShowFiles::kRate);
   const std::vector<float> heard = ReadFloatWav(Out());
