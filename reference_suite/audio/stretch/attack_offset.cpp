@@ -41,7 +41,8 @@ double MeasuredAttackOffset(StretchQuality quality, double stretch, double step)
 }
 
 double MeasuredAttackOffsetAtFirst(StretchQuality quality, double stretch) {
-  if (quality == StretchQuality::Finer) return 0.0;
+  // What the finer one puts forward later on, it does not put forward at first.
+  if (quality == StretchQuality::Finer) return std::max(0.0, -MeasuredAttackOffset(quality, stretch, 1.0));
   const double octaves = -std::log2(stretch);
   const double share = std::clamp(std::min(octaves, 1.5 - 0.5 * octaves), 0.0, 1.0);
   return share * kShorterAtFirst * kFramesPerMillisecond / 1024.0;

@@ -14,10 +14,12 @@ constexpr double kQuietest = 1e-18;
 
 }  // namespace
 
-AttackWatch::AttackWatch(double rateHz, unsigned channels)
-    : channels_(channels), block_(static_cast<std::size_t>(std::ceil(kBlockSeconds * rateHz))) {}
+AttackWatch::AttackWatch(double rateHz, unsigned channels) : rateHz_(rateHz), channels_(channels) {
+  Forget(1.0);
+}
 
-void AttackWatch::Forget() {
+void AttackWatch::Forget(double step) {
+  block_ = static_cast<std::size_t>(std::ceil(kBlockSeconds * rateHz_ / step));
   taken_ = known_ = 0;
   last_ = 0.0;
   whole_ = high_ = {};

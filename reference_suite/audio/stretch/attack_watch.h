@@ -15,8 +15,9 @@ class AttackWatch {
  public:
   AttackWatch(double rateHz, unsigned channels);
 
-  // What comes next has nothing to do with what came before, and shows no attack before it is known.
-  void Forget();
+  // What comes next has nothing to do with what came before, and shows no attack before it is known. Its
+  // frames are `step` of a song frame apart: what beats, beats as slowly in it as it is read densely.
+  void Forget(double step);
   // Whether there is an attack in the frames that follow.
   bool See(const float* frames, std::size_t count);
 
@@ -35,8 +36,9 @@ class AttackWatch {
   bool IsSudden_() const;
   void CloseBlock_();
 
+  double rateHz_;
   unsigned channels_;
-  std::size_t block_;  // frames
+  std::size_t block_ = 0;  // frames
   std::size_t taken_ = 0;
   std::size_t index_ = 0;
   std::size_t known_ = 0;  // blocks

@@ -14,7 +14,7 @@ std::unique_ptr<StretchEngine> CreateStretchEngine(StretchQuality quality, doubl
     engine->Begin(factors);
     for (std::size_t required = engine->GetRequired(); required > 0; required = engine->GetRequired()) {
       const std::size_t count = std::min(required, StretchEngine::kMostFrames);
-      engine->Process(silence.data(), count);
+      engine->Process(silence.data(), count, false);
       if (engine->Retrieve(silence.data(), StretchEngine::kMostFrames) > 0) break;
     }
   }

@@ -12,6 +12,11 @@ namespace {
 // What the engines stretch by at most and at least: beyond, the other plays.
 constexpr double kMostOfTheFaster = 2.0;
 constexpr double kLeastOfTheFiner = 0.34;
+// Beyond, the finer one puts the attacks of some sounds beside their places; and the samples a second up to
+// which it begins anew in a third of what waits for a device.
+constexpr double kMostInPlace = 1.3;
+constexpr double kLeastInPlace = 0.72;
+constexpr double kMostSoonReady = 100'000.0;
 // At higher rates the finer one puts attacks elsewhere, by kinds of sound.
 constexpr double kMostRateOfTheFiner = 50'000.0;
 // The faster engine takes other steps where it stretches than where it compresses, and loses the phases when
@@ -37,9 +42,9 @@ RubberBandEngine::RubberBandEngine(StretchQuality quality, double rateHz, unsign
     : finer_(Make(Stretcher::OptionEngineFiner, rateHz, channels)),
       faster_(Make(Stretcher::OptionEngineFaster, rateHz, channels)),
       quality_(rateHz > kMostRateOfTheFiner ? StretchQuality::Faster : quality),
+      isFinerSoonReady_(rateHz * channels <= kMostSoonReady),
       stretcher_(finer_.get()),
       halfWindow_(static_cast<double>(stretcher_->getPreferredStartPad())),
-      watch_(rateHz, channels),
       higher_(channels, kMostFrames),
       stretched_(kMostFrames * channels),
       planes_(channels, std::vector<float>(kMostFrames)) {
@@ -62,7 +67,6 @@ void RubberBandEngine::Begin(const StretchFactors& factors) {
   stretcher_->reset();
   if (isFaster_) ForgetPhases_();
   higher_.Begin(raised_);
-  watch_.Forget();
   keeps_ = 0;
   SetScale(factors.scale);
   halfWindow_ = static_cast<double>(stretcher_->getPreferredStartPad());
@@ -94,8 +98,7 @@ void RubberBandEngine::SetScale(double scale) {
   stretcher_->setTimeRatio(stretch);
 }
 
-void RubberBandEngine::KeepAttacks_(const float* frames, std::size_t count) {
-  const bool isAttack = watch_.See(frames, count);
+void RubberBandEngine::KeepAttacks_(std::size_t count, bool isAttack) {
   keeps_ = isAttack ? static_cast<std::size_t>(halfWindow_) + count : keeps_ - std::min(keeps_, count);
   if (isCrisp_ == (keeps_ > 0)) return;
   isCrisp_ = keeps_ > 0;
@@ -103,8 +106,8 @@ void RubberBandEngine::KeepAttacks_(const float* frames, std::size_t count) {
                                            : Stretcher::OptionTransientsSmooth);
 }
 
-void RubberBandEngine::Process(const float* frames, std::size_t count) {
-  if (isFaster_) KeepAttacks_(frames, count);
+void RubberBandEngine::Process(const float* frames, std::size_t count, bool isAttack) {
+  if (isFaster_) KeepAttacks_(count, isAttack);
   for (std::size_t i = 0; i < count; ++i) {
     for (float* head : heads_) head[i] = *frames++;
   }
@@ -131,6 +134,11 @@ std::size_t RubberBandEngine::RetrieveStretched_(float* frames, std::size_t room
 // The faster one begins with a chunk that it does not stretch and makes up for it bit by bit.
 double RubberBandEngine::GetRunUp() const {
   return isFaster_ ? 2.0 * halfWindow_ : 0.5 * halfWindow_;
+}
+
+bool RubberBandEngine::SmearsAttacks() const {
+  const double stretch = pitch_ / scale_;
+  return isFaster_ || (isFinerSoonReady_ && (stretch > kMostInPlace || stretch < kLeastInPlace));
 }
 
 double RubberBandEngine::GetAttackOffsetAtFirst(double scale) const {

@@ -6,7 +6,6 @@
 #include <memory>
 #include <vector>
 
-#include "reference_suite/audio/stretch/attack_watch.h"
 #include "reference_suite/audio/stretch/raised_frames.h"
 #include "reference_suite/audio/stretch/stretch_engine.h"
 
@@ -20,7 +19,7 @@ namespace tesk_audio {
 //
 // Left to itself, the faster engine takes the waves of steady tones for attacks; each time their phases begin
 // anew, which puts pure tones up to a semitone beside their pitch. It is allowed to look for attacks only
-// where AttackWatch sees one; in between it keeps every phase.
+// where it is told of one; in between it keeps every phase.
 class RubberBandEngine : public StretchEngine {
  public:
   RubberBandEngine(StretchQuality quality, double rateHz, unsigned channels);
@@ -30,14 +29,14 @@ class RubberBandEngine : public StretchEngine {
   bool CanGoOnAt(double scale) const override;
   void SetScale(double scale) override;
   std::size_t GetRequired() override { return stretcher_->getSamplesRequired(); }
-  void Process(const float* frames, std::size_t count) override;
+  void Process(const float* frames, std::size_t count, bool isAttack) override;
   std::size_t Retrieve(float* frames, std::size_t room) override;
   double GetHalfIn() const override { return halfWindow_; }
   double GetHalfOut() const override { return halfWindow_ / raised_; }
   double GetRunUp() const override;
   double GetAttackOffset(double scale) const override;
   double GetAttackOffsetAtFirst(double scale) const override;
-  bool SmearsAttacks() const override { return isFaster_; }
+  bool SmearsAttacks() const override;
 
  private:
   using Stretcher = RubberBand::RubberBandStretcher;
@@ -45,20 +44,20 @@ class RubberBandEngine : public StretchEngine {
   StretchQuality QualityFor_(double scale) const;
   std::size_t RetrieveStretched_(float* frames, std::size_t room);
   void ForgetPhases_();
-  void KeepAttacks_(const float* frames, std::size_t count);
+  void KeepAttacks_(std::size_t count, bool isAttack);
 
   std::unique_ptr<Stretcher> finer_;
   std::unique_ptr<Stretcher> faster_;
-  StretchQuality quality_;  // asked for
-  Stretcher* stretcher_;    // the one that plays
-  bool isFaster_ = false;   // which that is
-  double halfWindow_;       // its, in frames
-  double pitch_ = 1.0;      // frequency ratio, as a whole,
-  double step_ = 1.0;       // by reading the song more densely,
-  double raised_ = 1.0;     // and by playing faster what was stretched
-  double scale_ = 1.0;      // of the last Begin
-  AttackWatch watch_;
-  std::size_t keeps_ = 0;  // frames to come that attacks are looked for in
+  StretchQuality quality_;       // asked for
+  const bool isFinerSoonReady_;  // after a Begin
+  Stretcher* stretcher_;         // the one that plays
+  bool isFaster_ = false;        // which that is
+  double halfWindow_;            // its, in frames
+  double pitch_ = 1.0;           // frequency ratio, as a whole,
+  double step_ = 1.0;            // by reading the song more densely,
+  double raised_ = 1.0;          // and by playing faster what was stretched
+  double scale_ = 1.0;           // of the last Begin
+  std::size_t keeps_ = 0;        // frames to come that attacks are looked for in
   bool isCrisp_ = true;
   RaisedFrames higher_;
   std::vector<float> stretched_;

@@ -30,8 +30,8 @@ class StretchEngine {
 
   // How many frames it wants before it can do another chunk, when everything has been retrieved.
   virtual std::size_t GetRequired() = 0;
-  // At most kMostFrames at a time.
-  virtual void Process(const float* frames, std::size_t count) = 0;
+  // At most kMostFrames at a time. `isAttack`: an attack is among them.
+  virtual void Process(const float* frames, std::size_t count, bool isAttack) = 0;
   // Frames that have come out, at most `room`.
   virtual std::size_t Retrieve(float* frames, std::size_t room) = 0;
 
@@ -44,7 +44,8 @@ class StretchEngine {
   // By how many output frames an attack comes out behind the middle of its chunk's place (negative: before
   // it), on the average, at that scale and the transposition of the last Begin.
   virtual double GetAttackOffset(double scale) const = 0;
-  // Whether it smears attacks, since the last Begin.
+  // Whether it smears attacks or puts them beside their places, since the last Begin, and can begin anew at
+  // each of them in time.
   virtual bool SmearsAttacks() const = 0;
   // What comes to it in the first moments after a Begin.
   virtual double GetAttackOffsetAtFirst(double scale) const = 0;

@@ -22,7 +22,7 @@ constexpr double kTolerable = 0.0012;
 // An attack is told this exactly, in frames; between these seconds beside a beginning it belongs to that.
 constexpr std::size_t kSlice = 16;
 constexpr double kBefore = 0.001;
-constexpr double kBehind = 0.006;
+constexpr double kBehind = 0.004;
 constexpr std::size_t kRoom = std::size_t{1} << 15;
 
 }  // namespace
@@ -53,7 +53,7 @@ void StretchedStream::Start(long long index, const StretchFactors& factors, std:
   end_ = end;
   silentFrom_ = attack_ = firstAttack_ = kNever;
   begun_ = index;
-  watch_.Forget();
+  watch_.Forget(engine_->GetStep());
   fed_ = made_ = error_ = 0.0;
   corrects_ = isBased_ = false;
   head_ = ready_ = 0;
@@ -150,28 +150,32 @@ void StretchedStream::Feed_(std::size_t count) {
   } else {
     between_.Read(place, step, end, in_.data(), count);
   }
-  if (attack_ == kNever) LookForAttack_(count);
-  engine_->Process(in_.data(), count);
+  engine_->Process(in_.data(), count, LookForAttacks_(count));
   fed_ += static_cast<double>(count);
   if (PlaceOf_(fed_) > static_cast<double>(end_)) silentFrom_ = std::min(silentFrom_, end_);
 }
 
-void StretchedStream::LookForAttack_(std::size_t count) {
+// Behind the beginning, attacks matter only to an engine that smears them.
+bool StretchedStream::LookForAttacks_(std::size_t count) {
   const auto begun = static_cast<double>(begun_);
   const double frames = rateHz_ * factors_.scale;
-  for (std::size_t at = 0; at < count; at += kSlice) {
+  bool isAny = false;
+  for (std::size_t at = 0; at < count && attack_ == kNever; at += kSlice) {
+    const double place = PlaceOf_(fed_ + static_cast<double>(at));
+    const bool isAtBeginning = place < begun + kBehind * frames;
+    if (!isAtBeginning && !engine_->SmearsAttacks()) break;
     float* const slice = in_.data() + at * channels_;
     if (!watch_.See(slice, std::min(kSlice, count - at))) continue;
-    const double place = PlaceOf_(fed_ + static_cast<double>(at));
-    if (place < begun + kBehind * frames) {
+    isAny = true;
+    if (isAtBeginning) {
       const bool isBehind = place >= begun - kBefore * frames;
       if (isBehind) firstAttack_ = std::min(firstAttack_, static_cast<long long>(place));
-    } else if (asksForBeginnings_ && engine_->SmearsAttacks()) {
+    } else if (asksForBeginnings_) {
       attack_ = static_cast<long long>(place);
       std::fill_n(slice, (count - at) * channels_, 0.0F);
-      return;
     }
   }
+  return isAny;
 }
 
 void StretchedStream::Collect_() {

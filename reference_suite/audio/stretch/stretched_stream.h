@@ -68,7 +68,9 @@ class StretchedStream {
  private:
   void DoChunk_();
   void Feed_(std::size_t count);
-  void LookForAttack_(std::size_t count);
+  // Whether there is an attack in the next `count` frames that go in; silences them from the one on at which
+  // it is to begin anew.
+  bool LookForAttacks_(std::size_t count);
   void Collect_();
   void MeasureError_();
   void Correct_();

@@ -31,46 +31,53 @@ float SampleOf(Kind kind, double seconds, double noise) {
 
 // Two tenths of a second of it from each of these frames on.
 std::shared_ptr<const std::vector<float>> Notes(Kind kind, const std::vector<long long>& at,
-                                                std::size_t frames) {
+                                                std::size_t frames, double rateHz = kRateHz) {
   auto sound = std::make_shared<std::vector<float>>(frames, 0.0F);
   std::mt19937 random(5);
   std::uniform_real_distribution<double> noise(-1.0, 1.0);
   for (const long long first : at) {
-    for (std::size_t i = 0; i < 9'000; ++i) {
+    for (std::size_t i = 0; static_cast<double>(i) < 0.18 * rateHz; ++i) {
       (*sound)[static_cast<std::size_t>(first) + i] =
-          SampleOf(kind, static_cast<double>(i) / kRateHz, noise(random));
+          SampleOf(kind, static_cast<double>(i) / rateHz, noise(random));
     }
   }
   return sound;
 }
 
-// The first frame near `place` that is half as loud as the loudest there, in milliseconds from it.
-double OnsetNear(const std::vector<float>& heard, double place) {
-  constexpr std::ptrdiff_t kReach = 960;
-  const auto begin = heard.begin() + std::max<std::ptrdiff_t>(0, static_cast<std::ptrdiff_t>(place) - kReach);
-  const auto end = heard.begin() + static_cast<std::ptrdiff_t>(place) + kReach;
+// The first frame near `place` that is as loud as `enough`, in milliseconds from it.
+double OnsetNear(const std::vector<float>& heard, double place, float enough, double rateHz) {
+  const auto reach = static_cast<std::ptrdiff_t>(0.02 * rateHz);
+  const auto begin = heard.begin() + std::max<std::ptrdiff_t>(0, static_cast<std::ptrdiff_t>(place) - reach);
+  const auto end = heard.begin() + static_cast<std::ptrdiff_t>(place) + reach;
+  const auto onset = std::find_if(begin, end, [&](float each) { return std::fabs(each) >= enough; });
+  return (static_cast<double>(onset - heard.begin()) - place) / rateHz * 1000.0;
+}
+
+// Of its first ten milliseconds.
+float LoudestOf(const std::vector<float>& sound, long long note, double rateHz) {
+  const auto begin = sound.begin() + note;
   const auto softer = [](float a, float b) { return std::fabs(a) < std::fabs(b); };
-  const float most = std::fabs(*std::max_element(begin, end, softer));
-  const auto onset = std::find_if(begin, end, [&](float each) { return std::fabs(each) >= 0.5F * most; });
-  return (static_cast<double>(onset - heard.begin()) - place) / kRateHz * 1000.0;
+  return std::fabs(*std::max_element(begin, begin + std::lround(0.01 * rateHz), softer));
 }
 
 // Of two dozen notes a quarter of a second and more apart.
-std::vector<double> OnsetErrors(Kind kind, double scale, int semitones, StretchQuality quality) {
-  constexpr long long kFrames = 330'000;
+std::vector<double> OnsetErrors(Kind kind, double scale, int semitones, StretchQuality quality,
+                                double rateHz = kRateHz) {
+  const auto frames = static_cast<long long>(6.9 * rateHz);
   std::mt19937 random(7);
-  std::uniform_int_distribution<long long> distance(12'000, 15'000);
-  std::vector<long long> notes{6'000};
-  while (notes.back() + 16'000 < kFrames) notes.push_back(notes.back() + distance(random));
-  const auto sound = Notes(kind, notes, kFrames);
+  std::uniform_int_distribution<long long> distance(std::lround(0.25 * rateHz), std::lround(0.3125 * rateHz));
+  std::vector<long long> notes{std::lround(0.125 * rateHz)};
+  while (notes.back() + std::lround(0.5 * rateHz) < frames) notes.push_back(notes.back() + distance(random));
+  const auto sound = Notes(kind, notes, static_cast<std::size_t>(frames), rateHz);
   AudibleRun run(
-      Songs{{.frames = kFrames, .scales = {{0, scale}}, .transpositions = {{0, semitones}}, .sound = sound}},
-      5.0, 0.0, kRateHz, 1, quality);
+      Songs{{.frames = frames, .scales = {{0, scale}}, .transpositions = {{0, semitones}}, .sound = sound}},
+      5.0, 0.0, rateHz, 1, quality);
   run.Play();
   std::vector<double> errors;
   for (const long long note : notes) {
-    errors.push_back(OnsetNear(run.heard, run.PlacesOf(note).at(0)) -
-                     OnsetNear(*sound, static_cast<double>(note)));
+    const float enough = 0.5F * LoudestOf(*sound, note, rateHz);
+    errors.push_back(OnsetNear(run.heard, run.PlacesOf(note).at(0), enough, rateHz) -
+                     OnsetNear(*sound, static_cast<double>(note), enough, rateHz));
   }
   return errors;
 }
@@ -91,9 +98,26 @@ TEST_P(Onset, IsInItsPlaceWithTheFasterEngine) {
 }
 
 TEST_P(Onset, IsWithinThreeMillisecondsWithTheFinerEngine) {
-  for (const double scale : {0.8, 0.95, 1.1, 1.5, 2.0}) {
+  for (const double scale : {0.25, 0.5, 0.6, 0.7, 0.8, 0.95, 1.1, 1.5, 2.0}) {
     for (const double error : OnsetErrors(GetParam(), scale, 0, StretchQuality::Finer)) {
       EXPECT_NEAR(error, 0.0, kAudible) << scale;
+    }
+  }
+  for (const int semitones : {-12, -3, 2, 7, 12}) {
+    for (const double error : OnsetErrors(GetParam(), 1.0, semitones, StretchQuality::Finer)) {
+      EXPECT_NEAR(error, 0.0, kAudible) << semitones << " semitones";
+    }
+  }
+}
+
+TEST_P(Onset, IsInItsPlaceAtOtherRates) {
+  for (const double rateHz : {44'100.0, 96'000.0}) {
+    for (const StretchQuality quality : {StretchQuality::Faster, StretchQuality::Finer}) {
+      for (const double scale : {0.25, 0.5, 0.8, 1.1, 1.5, 2.0}) {
+        for (const double error : OnsetErrors(GetParam(), scale, 0, quality, rateHz)) {
+          EXPECT_NEAR(error, 0.0, kAudible) << rateHz << " Hz, " << scale;
+        }
+      }
     }
   }
 }

@@ -57,8 +57,9 @@ std::vector<Factors> AllFactors() {
     for (const double scale : {0.5, 0.6, 0.7, 0.8, 0.9, 0.95, 1.05, 1.1, 1.25, 1.5, 1.75, 2.0}) {
       all.push_back({quality, scale, 0});
     }
-    for (const int semitones : {-12, -10, -7, -5, -3, -1, 1, 3, 5, 7, 10, 12})
-      all.push_back({quality, 1.0, semitones});
+    for (int semitones = -12; semitones <= 12; ++semitones) {
+      if (semitones != 0) all.push_back({quality, 1.0, semitones});
+    }
     all.push_back({quality, 0.8, -5});
     all.push_back({quality, 1.1, 2});
   }
@@ -66,6 +67,47 @@ std::vector<Factors> AllFactors() {
 }
 
 INSTANTIATE_TEST_SUITE_P(ScalesAndTranspositions, AudibleTime, testing::ValuesIn(AllFactors()));
+
+class AudibleTimeOfEngines : public testing::TestWithParam<StretchQuality> {};
+
+// Tempo and key as the song's own change log has them, from one place to the next.
+TEST_P(AudibleTimeOfEngines, EveryAttackIsInItsPlaceAcrossTheChangesOfASong) {
+  constexpr long long kFrames = 400'000;
+  const std::vector<long long> attacks = Attacks(kFrames, 11);
+  AudibleRun run(Songs{{.frames = kFrames,
+                        .scales = {{0, 1.0L},
+                                   {40'000, 1.1L},
+                                   {90'000, 0.8L},
+                                   {140'000, 0.97L},
+                                   {190'000, 1.0L},
+                                   {240'000, 1.5L},
+                                   {330'000, 0.6L}},
+                        .transpositions = {{115'000, 2}, {165'000, -3}, {215'000, 0}, {290'000, 7}},
+                        .sound = Clicks(attacks, kFrames)}},
+                 5.0, 0.0, 48000.0, 1, GetParam());
+  run.Play();
+  for (const long long attack : attacks) {
+    const double place = run.PlacesOf(attack).at(0);
+    EXPECT_LE(std::fabs(LoudestNear(run.heard, place, kReach)), kAudible) << "attack at frame " << attack;
+  }
+}
+
+TEST_P(AudibleTimeOfEngines, ATempoThatGlidesIsFollowed) {
+  constexpr long long kFrames = 240'000;
+  const std::vector<long long> attacks = Attacks(kFrames, 3);
+  AudibleRun run(Songs{{.frames = kFrames, .scales = {{0, 1.01L}}, .sound = Clicks(attacks, kFrames)}}, 5.0,
+                 0.0, 48000.0, 1, GetParam());
+  double scale = 1.0;
+  run.Play([&] { run.player.liveScale = scale *= 1.0003; });
+  EXPECT_GT(run.pieces.back().scale, 1.25);
+  for (const long long attack : attacks) {
+    const double place = run.PlacesOf(attack).at(0);
+    EXPECT_LE(std::fabs(LoudestNear(run.heard, place, 600)), kAudible) << "attack at frame " << attack;
+  }
+}
+
+INSTANTIATE_TEST_SUITE_P(Qualities, AudibleTimeOfEngines,
+                         testing::Values(StretchQuality::Faster, StretchQuality::Finer));
 
 struct Rate {
   StretchQuality quality;
@@ -105,9 +147,7 @@ INSTANTIATE_TEST_SUITE_P(Rates, AudibleTimeAtRates,
                                          Rate{StretchQuality::Finer, 44'100.0},
                                          Rate{StretchQuality::Finer, 96'000.0}));
 
-// Four times as slow, a chunk that an attack is found in stands for less than a millisecond of the song and
-// for more than three of what is heard.
-TEST(AudibleTimeExtremes, IsWithinThreeMillisecondsAndFourAtAQuarterOfTheTempo) {
+TEST(AudibleTimeExtremes, EveryAttackIsHeardWithinThreeMillisecondsOfItsPlace) {
   constexpr long long kFrames = 200'000;
   const std::vector<long long> attacks = Attacks(kFrames, 7);
   const std::vector<std::pair<double, int>> all{{0.25, 0}, {0.35, 0},  {2.8, 0},   {4.0, 0},   {1.0, 24},
@@ -122,7 +162,7 @@ TEST(AudibleTimeExtremes, IsWithinThreeMillisecondsAndFourAtAQuarterOfTheTempo) 
       run.Play();
       for (const long long attack : attacks) {
         const double place = run.PlacesOf(attack).at(0);
-        EXPECT_LE(std::fabs(LoudestNear(run.heard, place, kReach)), scale == 0.25 ? 4.0 : kAudible)
+        EXPECT_LE(std::fabs(LoudestNear(run.heard, place, kReach)), kAudible)
             << "scale " << scale << ", " << semitones << " semitones, attack at frame " << attack;
       }
     }
@@ -166,36 +206,22 @@ std::vector<double> LiveErrors(StretchQuality quality, unsigned seed) {
 
 class AudibleTimeLive : public testing::TestWithParam<StretchQuality> {};
 
-// An attack in the very moment of a change can come out up to four milliseconds beside its place.
-TEST_P(AudibleTimeLive, StaysWithinThreeMillisecondsThroughChangesButForOneAttackInFiveHundred) {
+// An attack in the very moment of a change can come out a little farther beside its place.
+TEST_P(AudibleTimeLive, StaysWithinThreeMillisecondsThroughChangesButForOneAttackInAThousand) {
   long long all = 0;
   long long beyond = 0;
   for (unsigned seed = 1; seed <= 8; ++seed) {
     for (const double error : LiveErrors(GetParam(), seed)) {
-      EXPECT_LE(error, 4.1) << "seed " << seed;
+      EXPECT_LE(error, 3.2) << "seed " << seed;
       ++all;
       beyond += error > kAudible ? 1 : 0;
     }
   }
-  EXPECT_LE(500 * beyond, all);
+  EXPECT_LE(1'000 * beyond, all);
 }
 
 INSTANTIATE_TEST_SUITE_P(Qualities, AudibleTimeLive,
                          testing::Values(StretchQuality::Faster, StretchQuality::Finer));
-
-TEST(AudibleTimeGlide, ATempoThatGlidesIsFollowedWithoutASeam) {
-  constexpr long long kFrames = 240'000;
-  const std::vector<long long> attacks = Attacks(kFrames, 3);
-  AudibleRun run(Songs{{.frames = kFrames, .scales = {{0, 1.01L}}, .sound = Clicks(attacks, kFrames)}}, 5.0,
-                 0.0, 48000.0, 1, StretchQuality::Finer);
-  double scale = 1.0;
-  run.Play([&] { run.player.liveScale = scale *= 1.0003; });
-  EXPECT_GT(run.pieces.back().scale, 1.25);
-  for (const long long attack : attacks) {
-    const double place = run.PlacesOf(attack).at(0);
-    EXPECT_LE(std::fabs(LoudestNear(run.heard, place, 600)), kAudible) << "attack at frame " << attack;
-  }
-}
 
 TEST(AudibleTimeJumps, TheFirstAttackAfterAJumpOrASeekIsInItsPlace) {
   constexpr long long kFrames = 200'000;

@@ -80,7 +80,7 @@ TEST(AttackWatch, TakesTheBeginningForNone) {
   const std::vector<float> tone = Sines({330.0}, 0.5);
   EXPECT_FALSE(watch.See(tone.data(), 500));
   watch.See(tone.data() + 500, 4'000);
-  watch.Forget();
+  watch.Forget(1.0);
   EXPECT_FALSE(watch.See(tone.data(), 500));
 }
 
