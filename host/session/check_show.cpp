@@ -4,6 +4,7 @@
 #include <map>
 #include <memory>
 #include <optional>
+#include <typeinfo>
 #include <utility>
 
 #include "host/session/console_lines.h"
@@ -15,6 +16,7 @@
 #include "host/session/song_check.h"
 #include "host/session/stray_audio.h"
 #include "suite/audio/audio_sample_content.h"
+#include "suite/audio/errors.h"
 #include "suite/utility/listdir.h"
 #include "suite/utility/path.h"
 
@@ -80,7 +82,9 @@ void CheckAudio(const ShowFolder& show, const std::string& song, std::optional<F
     content.reset(tesk_audio::CreateAudioSampleContent(show.AudioPath(song), ""));
   } catch (const std::exception& error) {
     const std::string why = WithoutFullStop(WithoutPath(error.what(), file));
-    Add(out, file, song, why + ". The song is left out; replace the file", false);
+    // What the system refused, memory for instance, says nothing about the file.
+    const bool isTheFile = typeid(error) != typeid(tesk_audio::TESKAudioError);
+    Add(out, file, song, why + ". The song is left out" + (isTheFile ? "; replace the file" : ""), false);
     return;
   }
   for (const std::string& line : console.Take()) {

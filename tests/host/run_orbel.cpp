@@ -68,6 +68,21 @@ bool RunningOrbel::Says(const std::string& text) const {
   return false;
 }
 
+bool RunningOrbel::EndsWithin(std::chrono::seconds time) const {
+  const auto deadline = std::chrono::steady_clock::now() + time;
+  siginfo_t ended{};
+  // Looked at and left for WaitForEnd.
+  while (::waitid(P_PID, static_cast<id_t>(process_), &ended, WEXITED | WNOHANG | WNOWAIT) == 0 &&
+         ended.si_pid == 0) {
+    if (std::chrono::steady_clock::now() > deadline) {
+      Signal(SIGKILL);
+      return false;
+    }
+    std::this_thread::sleep_for(std::chrono::milliseconds(5));
+  }
+  return true;
+}
+
 Ended RunningOrbel::WaitForEnd() {
   int status = 0;
   ::waitpid(process_, &status, 0);

@@ -2,6 +2,7 @@
 
 #include <sys/types.h>
 
+#include <chrono>
 #include <string>
 #include <vector>
 
@@ -30,6 +31,8 @@ class RunningOrbel {
   pid_t GetProcess() const { return process_; }
   // Whether standard error has this text by now; waits up to a minute for it.
   bool Says(const std::string& text) const;
+  // Whether it has come to its end by itself; ends it otherwise. Before WaitForEnd.
+  bool EndsWithin(std::chrono::seconds time) const;
   Ended WaitForEnd();
 
  private:

@@ -6,9 +6,12 @@
 #include <cstdint>
 #include <new>
 
+#include "reference_suite/audio/decode/library_memory.h"
+
 namespace tesk_audio {
 
 SamplePages::SamplePages() {
+  RequireMemoryBesidesClaims(2 * kBytes);
   // Twice as much, so that an aligned piece lies in it; what stands over goes back at once.
   void* const taken = ::mmap(nullptr, 2 * kBytes, PROT_READ | PROT_WRITE, MAP_PRIVATE | MAP_ANONYMOUS, -1, 0);
   if (taken == MAP_FAILED) throw std::bad_alloc();

@@ -8,6 +8,7 @@
 
 #include "reference_suite/audio/decode/audio_decoder.h"
 #include "reference_suite/audio/decode/audio_file.h"
+#include "reference_suite/audio/decode/library_memory.h"
 
 namespace tesk_audio {
 
@@ -31,6 +32,7 @@ class SndfileDecoder : public AudioDecoder {
  private:
   [[noreturn]] void ThrowOpenFailed_(bool isOgg);
 
+  const LibraryMemoryClaim memory_;  // before the library is asked for anything
   AudioFile& file_;
   SNDFILE* sound_ = nullptr;
   DecodedFormat format_;

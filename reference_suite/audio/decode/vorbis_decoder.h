@@ -8,6 +8,7 @@
 
 #include "reference_suite/audio/decode/audio_decoder.h"
 #include "reference_suite/audio/decode/audio_file.h"
+#include "reference_suite/audio/decode/library_memory.h"
 
 namespace tesk_audio {
 
@@ -53,6 +54,7 @@ class VorbisDecoder : public AudioDecoder {
   void FillGap_(long long frames);
   std::size_t QueuedFrames_() const { return queue_.size() / format_.channels; }
 
+  const LibraryMemoryClaim memory_;  // before the library is asked for anything
   AudioFile& file_;
   // The library looks for a page for ever where a file has changed under it since it saw one there; what it
   // reads beyond this fails.

@@ -1,0 +1,79 @@
+// Memory that the system refuses to everybody in the program, the libraries that decode included.
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+
+#include <chrono>
+#include <filesystem>
+#include <memory>
+
+#include "tests/faults/circumstances.h"
+#include "tests/host/show_files.h"
+#include "tests/support/limit.h"
+
+namespace faults {
+namespace {
+
+using host_tests::Ended;
+using host_tests::Orbel;
+using host_tests::RunningOrbel;
+using host_tests::ShowFiles;
+using test_support::Limit;
+using testing::AnyOf;
+using testing::HasSubstr;
+
+constexpr rlim_t kMegabyte = 1'000'000;
+// Below that not even the program's libraries find a place; from the last on nothing is refused.
+constexpr rlim_t kLeast = 60 * kMegabyte;
+constexpr rlim_t kEnough = 2000 * kMegabyte;
+
+class AddressSpace : public testing::Test {
+ protected:
+  Ended RunWithin(rlim_t bytes, const std::vector<std::string>& arguments) {
+    std::unique_ptr<RunningOrbel> running;
+    {
+      const Limit limit(RLIMIT_AS, bytes);
+      running = std::make_unique<RunningOrbel>(arguments);
+    }
+    EXPECT_TRUE(running->EndsWithin(std::chrono::minutes(1))) << "it hangs";
+    return running->WaitForEnd();
+  }
+  // By itself, in words that name the show or a file of it, and without a file that is not whole.
+  void ExpectToldOrDone(const Ended& run, const std::string& told) {
+    EXPECT_THAT(run.status, AnyOf(0, 1, 5)) << run.messages;
+    EXPECT_EQ(std::filesystem::exists(Out()), run.status == 0 && isRender_);
+    EXPECT_FALSE(std::filesystem::exists(Out() + ".part"));
+    if (run.status == 0) return;
+    ++refusals_;
+    EXPECT_THAT(told, AnyOf(HasSubstr(show_), HasSubstr("data/"), HasSubstr("songs/")));
+    EXPECT_THAT(told, AnyOf(HasSubstr("memory"), HasSubstr("resources")));
+  }
+  std::string Out() const { return files_.Beside("out.wav"); }
+
+  ShowFiles files_;
+  const std::string show_ = files_.Beside("demo");
+  bool isRender_ = false;
+  int refusals_ = 0;
+};
+
+// Threads race for what is left, so that no two runs are refused the same.
+TEST_F(AddressSpace, ThatIsShortEndsARenderOrACheckInWordsAndNeverBySignal) {
+  ASSERT_EQ(Orbel({"demo", show_}).status, 0);
+  for (rlim_t bytes = kLeast; bytes < 300 * kMegabyte; bytes += 12 * kMegabyte) {
+    SCOPED_TRACE(bytes);
+    isRender_ = true;
+    std::filesystem::remove(Out());
+    const Ended render = RunWithin(bytes, {"render", show_, "-o", Out()});
+    ExpectToldOrDone(render, render.messages);
+    isRender_ = false;
+    std::filesystem::remove(Out());
+    const Ended check = RunWithin(bytes, {"check", show_});
+    ExpectToldOrDone(check, check.messages + check.out);
+    if (HasFailure()) return;
+  }
+  EXPECT_GT(refusals_, 10);
+  isRender_ = true;
+  EXPECT_EQ(RunWithin(kEnough, {"render", show_, "-o", Out()}).status, 0);
+}
+
+}  // namespace
+}  // namespace faults
