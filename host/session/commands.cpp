@@ -91,8 +91,10 @@ std::string Session::Go_() {
     const bool moved = NextSongStopped();
     if (!moved) return "the show is over; p plays the last song again";
   } else if (waiting_ && player_->Continue()) {
-    waiting_ = false;
-    return "";
+    if (IsPlaying() || !LoadHasFailed_()) {
+      waiting_ = false;
+      return "";
+    }
   } else if (player_->HasPendingCaesura()) {
     // Playback was brought to a stand on the caesura by a seek: seeking there once more leaves it behind.
     player_->Seek(GetTick());
@@ -105,11 +107,23 @@ std::string Session::Go_() {
 // player from ever playing again.
 void Session::Play_() {
   if (ended_) player_->StopAndReset();
+  const bool leavesCaesura = IsWaiting();
+  const bool goesOn = leavesCaesura || IsPaused();
   waiting_ = ended_ = false;
   PlayWhenLoaded_();
   if (IsPlaying() || !LoadHasFailed_()) return;
-  Recover_(GetSongNumber());
+  const std::string song = GetSongNumber();
+  const TickIndex place = GetTick();
+  Recover_(song);
+  if (goesOn && GetSongNumber() == song) StandAgainAt_(place, leavesCaesura);
   player_->Play();
+}
+
+// A fresh player stands at the start of its song. Seeking onto a caesura stands on it, and once more leaves
+// it behind.
+void Session::StandAgainAt_(TickIndex place, bool leavesCaesura) {
+  player_->Seek(place);
+  if (leavesCaesura && player_->HasPendingCaesura()) player_->Seek(place);
 }
 
 void Session::PlayWhenLoaded_() {

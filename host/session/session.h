@@ -136,6 +136,7 @@ class Session {
   std::string Go_();
   void Play_();
   void PlayWhenLoaded_();
+  void StandAgainAt_(TickIndex place, bool leavesCaesura);
   void Stop_();
   void Seek_(const std::string& position);
   std::string SetTempoScale_(double scale);

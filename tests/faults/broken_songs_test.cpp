@@ -8,6 +8,7 @@
 #include "tests/faults/circumstances.h"
 #include "tests/host/show_files.h"
 #include "tests/host/terminal_program.h"
+#include "tests/support/wait_until.h"
 
 namespace faults {
 namespace {
@@ -105,7 +106,8 @@ TEST_F(BrokenSongs, AtTheEndOfTheShowEndIt) {
   const Ended run = PlayIntoFile();
   EXPECT_EQ(run.status, 0) << run.messages;
   EXPECT_THAT(run.messages, HasSubstr("Song 3 is left out."));
-  EXPECT_TRUE(Heard() == Songs(2)) << "nothing is played again";
+  EXPECT_TRUE(Heard() == Songs(2)) << "nothing is played again: " << Heard().size() << " frames\n"
+                                   << run.messages;
 }
 
 TEST_F(BrokenSongs, InARowAreLeftOutToo) {
@@ -155,6 +157,66 @@ TEST_F(BrokenSongs, AreLeftOutWhereAnAttaccaWouldRunIntoThemAndNamedOnce) {
   EXPECT_EQ(Count(orbel.GetScreen(), "a song could not be loaded"), 0);
 }
 
+bool HasThread(pid_t process, const std::string& name) {
+  std::error_code gone;
+  for (const auto& task :
+       std::filesystem::directory_iterator("/proc/" + std::to_string(process) + "/task", gone)) {
+    if (ReadText((task.path() / "comm").string()) == name + "\n") return true;
+  }
+  return false;
+}
+
+// With `cues`, and `keys` typed while it plays, the first song comes to a stand; the second one fails to load
+// then, and a go is to take the first one on from where it stands.
+class BrokenSongsBehindAStand : public BrokenSongs {
+ protected:
+  void ExpectToGoOn(const std::string& cues, const std::string& keys, const std::string& stands) {
+    files_.AddSong("1", "Waltz", 60, cues);
+    count_ = 1;
+    AddSongs({"Polka", "Galop"});
+    const std::string gate = files_.Beside("gate");
+    const Environment circumstances = Refusing({{"ORBEL_REFUSE_READ", "2 Polka.obd:100000"},
+                                                {"ORBEL_HOLD_READ", "2 Polka.obd:100000"},
+                                                {"ORBEL_HOLD_UNTIL", gate}});
+    OrbelInATerminal orbel({"play", files_.Show(), "--output", "null"});
+    ASSERT_TRUE(orbel.Shows("1 Waltz   bar 1.1   240 bpm   stopped"));
+    orbel.Type(" ");
+    ASSERT_TRUE(orbel.Shows("1 Waltz   bar 1.2   240 bpm   playing"));
+    orbel.Type(keys);
+    ASSERT_TRUE(orbel.Shows(stands));
+    ASSERT_TRUE(HasThread(orbel.GetProcess(), "file_loader2"));
+    std::ofstream(gate) << "fail";
+    ASSERT_TRUE(test_support::WaitUntil([&] { return !HasThread(orbel.GetProcess(), "file_loader2"); },
+                                        std::chrono::minutes(1)));
+    const std::size_t before = orbel.GetScreen().size();
+    orbel.Type(" ");
+    EXPECT_TRUE(orbel.Shows("Song 2 is left out."));
+    EXPECT_TRUE(orbel.Shows("1 Waltz   bar 3.1   240 bpm   playing"));
+    EXPECT_EQ(orbel.GetScreen().find("bar 1.1   240 bpm   playing", before), std::string::npos)
+        << "it began at the start of the song";
+    orbel.Type("qq");
+    EXPECT_EQ(orbel.WaitForEnd(), 0);
+  }
+};
+
+TEST_F(BrokenSongsBehindAStand, DoNotKeepACaesuraFromBeingLeft) {
+  ExpectToGoOn("[[caesura]]\nat = \"1.4\"\n", "", "bar 1.4   240 bpm   waiting at a caesura");
+}
+
+TEST_F(BrokenSongsBehindAStand, DoNotKeepAPauseFromBeingLeft) {
+  ExpectToGoOn("", "p", "240 bpm   paused");
+}
+
+TEST_F(BrokenSongs, BehindACaesuraDoNotKeepARenderFromItsEnd) {
+  files_.AddSong("1", "Waltz", kBars, "[[caesura]]\nat = \"5\"\n");
+  count_ = 1;
+  AddSongs({"Polka", "Galop"});
+  const auto breaking = BreakingReadOf("2 Polka.obd");
+  const Ended run = Orbel({"render", files_.Show(), "-o", Out(), "--song", "1", "--crossfade", "0"});
+  EXPECT_EQ(run.status, 0) << run.messages;
+  EXPECT_TRUE(Heard() == Songs(1));
+}
+
 TEST_F(BrokenSongs, ARenderWithoutASongOfItsOwnIsNotGivenAnother) {
   AddSongs({"Waltz", "Polka"});
   const auto breaking = BreakingReadOf("1 Waltz.obd");
@@ -202,12 +264,18 @@ TEST_F(ReplacedSongs, WithOtherChannelsThatAnAttaccaRunsIntoAreNamedAndLeftOut) 
   files_.AddSong("2", "Polka", 1, "attacca = true\n");
   count_ = 2;
   AddSongs({"Galop", "March"});
+  const std::string gate = files_.Beside("gate");
+  std::ofstream(gate) << "open";
+  const auto holding = Refusing({{"ORBEL_HOLD_READ", "3 Galop.obd:0"}, {"ORBEL_HOLD_UNTIL", gate}});
   OrbelInATerminal orbel({"play", files_.Show(), "--output", "null"});
   ASSERT_TRUE(orbel.Shows("1 Waltz   bar 1.1   240 bpm   stopped"));
   PutStereoInPlaceOf("3 Galop");
+  std::filesystem::remove(gate);
   orbel.Type("n");
   ASSERT_TRUE(orbel.Shows("2 Polka   bar 1.1   240 bpm   stopped"));
   orbel.Type(" ");
+  EXPECT_TRUE(orbel.Shows("3 Galop   bar 1.1   240 bpm   loading"));
+  std::ofstream(gate) << "open";
   EXPECT_TRUE(orbel.Shows(kGalopHasChanged));
   EXPECT_TRUE(orbel.Shows("4 March   bar 1.1   240 bpm   stopped"));
   orbel.Type("q");

@@ -24,6 +24,7 @@ class OrbelInATerminal {
   void CloseTerminal();
   // Exit status; -1 when a signal ended it.
   int WaitForEnd();
+  pid_t GetProcess() const { return process_; }
   const std::string& GetScreen() const { return screen_; }
 
  private:
