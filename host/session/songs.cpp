@@ -146,9 +146,14 @@ bool Session::StandAtOrBehind_(const std::string& song) {
   const auto found =
       std::find_if(wanted, order.end(), [this](const std::string& number) { return CanBePlayed_(number); });
   const std::string target = found == order.end() ? PlayableSongs_().back() : *found;
-  if (GetSongNumber() != target) {
+  if (GetSongNumber() == target) return SettleStopped_();
+  try {
     const LongWait wait(say_, WhatIsWaitedForOnTheWayTo_(target));
     player_->LoadSong(target);
+  } catch (const AudioPlayer::NoAudioForSong&) {
+    // The player has looked into the folder again.
+    LeaveOut_(target, "the file is not there any more; put it back and open the show again");
+    return StandAtOrBehind_(song);
   }
   return SettleStopped_();
 }

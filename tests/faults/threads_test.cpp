@@ -3,13 +3,17 @@
 #include <gtest/gtest.h>
 
 #include <array>
+#include <chrono>
 #include <filesystem>
+#include <fstream>
+#include <functional>
 #include <utility>
 #include <vector>
 
 #include "tests/faults/circumstances.h"
 #include "tests/host/show_files.h"
 #include "tests/host/terminal_program.h"
+#include "tests/support/wait_until.h"
 
 namespace faults {
 namespace {
@@ -190,6 +194,66 @@ TEST_F(RefusedSongs, ThatAnAttaccaComesUponLeaveThePerformerToBeginTheNextSong) 
   EXPECT_TRUE(orbel.Shows("2 Polka   bar 1.2   240 bpm   playing"));
   orbel.Type("qq");
   EXPECT_EQ(orbel.WaitForEnd(), 0);
+}
+
+// The thread of the third song is refused once, when the second one is run into. That one is held in the
+// middle of its file, which has gone when a fresh player looks for it.
+class RefusedSongsBesideMissingOnes : public RefusedSongs {
+ protected:
+  Ended RenderWithout(const std::vector<std::string>& songs) {
+    MakeAttacca({"1", "2", "3"});
+    const std::string gate = files_.Beside("gate");
+    const std::string held = files_.Beside("held");
+    const auto refusing = RefusingThreads({{"ORBEL_REFUSE_THREAD", std::to_string(kThreadsOfARender + 1)},
+                                           {"ORBEL_HOLD_READ", "2 Polka.obd:20000"},
+                                           {"ORBEL_HOLD_UNTIL", gate},
+                                           {"ORBEL_COUNT_HELD", held}});
+    host_tests::RunningOrbel running({"render", files_.Show(), "-o", files_.Beside("out.wav")});
+    const auto await = [](const std::function<bool()>& condition) {
+      EXPECT_TRUE(test_support::WaitUntil(condition, std::chrono::minutes(1)));
+    };
+    await([&] { return !host_tests::ReadText(held).empty(); });
+    for (const std::string& song : songs) std::filesystem::remove(files_.At("data/" + NameOf(song) + ".obd"));
+    await([&] { return CountRefusals() > 0; });
+    std::ofstream(gate) << "go";
+    return running.WaitForEnd();
+  }
+  static constexpr const char* kPolkaHasGone =
+      "data/2 Polka.obd: the file is not there any more; put it back and open the show again. Song 2 is left "
+      "out.";
+};
+
+TEST_F(RefusedSongsBesideMissingOnes, LeaveTheMissingOneOutAndTheOthersPlay) {
+  const Ended run = RenderWithout({"2"});
+  ExpectEndedInWords(run);
+  EXPECT_EQ(run.status, 0) << run.messages;
+  EXPECT_THAT(run.messages, HasSubstr(kLoadedOnceMore));
+  EXPECT_THAT(run.messages, HasSubstr(kPolkaHasGone));
+  EXPECT_EQ(host_tests::ReadFloatWav(files_.Beside("out.wav")), FramesOf(3));
+}
+
+TEST_F(RefusedSongsBesideMissingOnes, EndTheShowWhenNothingIsLeftBehindThem) {
+  const Ended run = RenderWithout({"2", "3", "4"});
+  EXPECT_EQ(run.status, 1);
+  EXPECT_THAT(run.messages, testing::EndsWith("orbel: " + files_.Show() + ": the show cannot go on: " +
+                                              std::string(kPolkaHasGone) + "\n"));
+  EXPECT_FALSE(std::filesystem::exists(files_.Beside("out.wav")));
+  EXPECT_FALSE(std::filesystem::exists(files_.Beside("out.wav.part")));
+}
+
+// The player that is to be made anew needs threads as well.
+TEST_F(RefusedSongs, ForGoodFromAnAttaccaOnEndTheShowInWords) {
+  MakeAttacca({"1", "2", "3"});
+  const auto refusing = RefusingThreads({{"ORBEL_REFUSE_THREAD", std::to_string(kThreadsOfARender + 1)},
+                                         {"ORBEL_REFUSE_THREAD_FOR_GOOD", "1"}});
+  const Ended run = Orbel({"render", files_.Show(), "-o", files_.Beside("out.wav")});
+  ExpectEndedInWords(run);
+  EXPECT_EQ(run.status, 1);
+  EXPECT_THAT(run.messages,
+              HasSubstr("orbel: " + files_.Show() + ": the system refuses what playing needs: "));
+  EXPECT_THAT(run.messages, HasSubstr("Close other programs and open the show again.\n"));
+  EXPECT_FALSE(std::filesystem::exists(files_.Beside("out.wav")));
+  EXPECT_FALSE(std::filesystem::exists(files_.Beside("out.wav.part")));
 }
 
 // A fresh player goes on in the same file.
