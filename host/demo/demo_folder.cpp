@@ -10,19 +10,6 @@ namespace orbel::host::demo {
 
 namespace fs = std::filesystem;
 
-namespace {
-
-void MakeFolder(const fs::path& folder) {
-  std::error_code error;
-  fs::create_directories(folder, error);
-  if (error) {
-    throw DemoError(folder.string() + ": not made as a folder (" + error.message() +
-                    "); choose another place for the demo.");
-  }
-}
-
-}  // namespace
-
 DemoFolder::DemoFolder(fs::path folder, std::set<std::string> names, std::string mark)
     : folder_(std::move(folder)), names_(std::move(names)), mark_(std::move(mark)) {
   for (const std::string& name : names_) {
@@ -35,12 +22,46 @@ DemoFolder::DemoFolder(fs::path folder, std::set<std::string> names, std::string
     throw DemoError(folder_.string() + ": not read as a folder (" + error.code().message() +
                     "); choose another place for the demo.");
   }
-  MakeFolder(folder_);
-  for (const std::string& subfolder : subfolders_) MakeFolder(folder_ / subfolder);
+  try {
+    MakeFolder_(folder_);
+    for (const std::string& subfolder : subfolders_) MakeFolder_(folder_ / subfolder);
+  } catch (const DemoError&) {
+    TakeAway_();
+    throw;
+  }
+}
+
+DemoFolder::~DemoFolder() {
+  TakeAway_();
 }
 
 void DemoFolder::Write(const std::string& name, const std::vector<std::uint8_t>& bytes) {
-  WriteFile(folder_ / name, bytes);
+  const fs::path path = folder_ / name;
+  std::error_code ignored;
+  const bool isNew = !fs::exists(path, ignored);
+  WriteFile(path, bytes);
+  if (isNew) made_.push_back(path);
+}
+
+// With the folders above it that are missing.
+void DemoFolder::MakeFolder_(const fs::path& folder) {
+  std::error_code error;
+  std::vector<fs::path> missing;
+  for (fs::path path = folder; !path.empty() && !fs::exists(path, error); path = path.parent_path())
+    missing.push_back(path);
+  made_.insert(made_.end(), missing.rbegin(), missing.rend());
+  fs::create_directories(folder, error);
+  if (error) {
+    throw DemoError(folder.string() + ": not made as a folder (" + error.message() +
+                    "); choose another place for the demo.");
+  }
+}
+
+// The last first, so that folders are empty by then; one into which somebody has put something stays.
+void DemoFolder::TakeAway_() noexcept {
+  std::error_code ignored;
+  for (auto path = made_.rbegin(); path != made_.rend(); ++path) fs::remove(*path, ignored);
+  made_.clear();
 }
 
 void DemoFolder::RequireNothingForeign_() const {

@@ -22,10 +22,19 @@ class DemoFolder {
   // line of a demo's show file, or how it begins.
   DemoFolder(std::filesystem::path folder, std::set<std::string> names, std::string mark);
 
+  // Unless Keep was called, takes away again what was not there before.
+  ~DemoFolder();
+  DemoFolder(const DemoFolder&) = delete;
+  DemoFolder& operator=(const DemoFolder&) = delete;
+
   // Writes the file `name`, one of the names, whole or not at all.
   void Write(const std::string& name, const std::vector<std::uint8_t>& bytes);
+  // The demo is complete.
+  void Keep() { made_.clear(); }
 
  private:
+  void MakeFolder_(const std::filesystem::path& folder);
+  void TakeAway_() noexcept;
   void RequireNothingForeign_() const;
   void RequireMark_() const;
   bool IsOurs_(const std::filesystem::directory_entry& entry) const;
@@ -34,6 +43,7 @@ class DemoFolder {
   std::set<std::string> names_;
   std::set<std::string> subfolders_;
   std::string mark_;
+  std::vector<std::filesystem::path> made_;  // files and folders, in their order
 };
 
 }  // namespace orbel::host::demo

@@ -84,6 +84,7 @@ void WriteDemoShow(const std::filesystem::path& folder, const DemoProgressFuncti
     });
     ++serial;
   }
+  target.Keep();
   writer.Finish();
 }
 

@@ -38,7 +38,8 @@ class PartFile {
       const ssize_t count = ::write(descriptor_, bytes.data() + written, bytes.size() - written);
       if (count < 0 && errno == EINTR) continue;
       if (count <= 0) {
-        Fail_(", " + std::to_string(written) + " of " + std::to_string(bytes.size()) + " bytes came through");
+        Fail_(", " + std::to_string(bytes.size() - written) + " of " + std::to_string(bytes.size()) +
+              " bytes are missing");
       }
       written += static_cast<std::size_t>(count);
     }

@@ -69,12 +69,36 @@ TEST_F(Disk, ThatIsFullWhileASongIsAddedLeavesTheShowAsItWas) {
   }
 }
 
-TEST_F(Disk, ThatIsFullWhileADemoIsWrittenIsToldWithItsFile) {
-  const Limit limit(RLIMIT_FSIZE, 5'000);
-  const Ended run = Orbel({"demo", files_.Beside("demo")});
-  EXPECT_EQ(run.status, 1);
-  ExpectEndedInWords(run);
-  EXPECT_THAT(run.messages, HasSubstr(files_.Beside("demo") + "/"));
+// At the first file, in a song's MIDI file, in its audio.
+TEST_F(Disk, ThatIsFullWhileADemoIsWrittenIsToldWithFileAndMissingBytesAndNothingIsLeft) {
+  const std::string demo = files_.Beside("new/demo");
+  const std::vector<std::pair<long, std::string>> kRooms{
+      {0, "/show\\.toml"}, {1000, "/songs/1 Overture\\.mid"}, {100'000, "/data/1 Overture\\.obd"}};
+  for (const auto& [room, file] : kRooms) {
+    SCOPED_TRACE(room);
+    const auto full = Refusing({{"ORBEL_FULL_DISK", "new/demo:" + std::to_string(room)}});
+    const Ended run = Orbel({"demo", demo});
+    EXPECT_EQ(run.status, 1);
+    EXPECT_EQ(run.out, "");
+    EXPECT_THAT(run.messages,
+                testing::MatchesRegex("orbel: " + demo + file +
+                                      ": not written \\(No space left on device, [0-9]+ of [0-9]+ bytes are "
+                                      "missing\\); make room on the disk and write the demo again\\.\n"));
+    EXPECT_FALSE(std::filesystem::exists(files_.Beside("new")));
+  }
+}
+
+TEST_F(Disk, ThatIsFullWhileADemoIsWrittenOverAnotherLeavesThatOne) {
+  const std::string demo = files_.Beside("demo");
+  const Ended first = Orbel({"demo", demo});
+  ASSERT_EQ(first.status, 0) << first.messages;
+  const std::string before = host_tests::ReadText(demo + "/data/1 Overture.obd");
+  ASSERT_FALSE(before.empty());
+  const auto full = Refusing({{"ORBEL_FULL_DISK", "/demo/data:100000"}});
+  EXPECT_EQ(Orbel({"demo", demo}).status, 1);
+  EXPECT_EQ(host_tests::ReadText(demo + "/data/1 Overture.obd"), before);
+  EXPECT_FALSE(std::filesystem::exists(demo + "/data/1 Overture.obd.part"));
+  EXPECT_EQ(Orbel({"info", demo}).status, 0);
 }
 
 TEST_F(Disk, ThatIsFullForTheResultsIsNoSuccess) {

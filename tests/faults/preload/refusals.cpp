@@ -10,6 +10,8 @@
 //   ORBEL_HOLD_READ=TEXT:BYTES      reading waits there
 //   ORBEL_HOLD_UNTIL=PATH           until this exists, or for a minute
 //   ORBEL_SLOW_READ=US              every read takes as many microseconds longer
+//   ORBEL_FULL_DISK=TEXT:BYTES      so many bytes find a place in files whose path contains TEXT, all of them
+//                                   together
 //   ORBEL_JUMPY_CLOCK=1             the time of day jumps to and fro by hours
 //   ORBEL_USE_LOCALE=FILE           the program takes the locale of its environment, for C and for C++, and
 //                                   "%.1f" of one and a half is written to this file
@@ -27,6 +29,7 @@
 #include <time.h>
 #include <unistd.h>
 
+#include <algorithm>
 #include <atomic>
 #include <cstddef>
 #include <locale>
@@ -69,8 +72,10 @@ class PlaceInFiles {
     offset_ = atol(colon + 1);
   }
   // Whether what ends at `end` in that file lies behind the place.
-  bool IsBefore(int file, long long end) const {
-    if (text_[0] == '\0' || end <= offset_) return false;
+  bool IsBefore(int file, long long end) const { return text_[0] != '\0' && end > offset_ && IsIn(file); }
+  long GetOffset() const { return offset_; }
+  bool IsIn(int file) const {
+    if (text_[0] == '\0') return false;
     char link[64];
     char name[4096];
     snprintf(link, sizeof link, "/proc/self/fd/%d", file);
@@ -87,6 +92,8 @@ class PlaceInFiles {
 
 PlaceInFiles refusedRead;
 PlaceInFiles heldRead;
+PlaceInFiles fullDisk;
+std::atomic<long> bytesOnDisk{0};
 useconds_t slowRead = 0;
 bool clockJumps = false;
 
@@ -108,6 +115,7 @@ __attribute__((constructor)) void ReadEnvironment() {
   refusesForGood = Number("ORBEL_REFUSE_MEMORY_FOR_GOOD") != 0;
   refusedRead.Take(getenv("ORBEL_REFUSE_READ"));
   heldRead.Take(getenv("ORBEL_HOLD_READ"));
+  fullDisk.Take(getenv("ORBEL_FULL_DISK"));
   slowRead = static_cast<useconds_t>(Number("ORBEL_SLOW_READ"));
   clockJumps = Number("ORBEL_JUMPY_CLOCK") != 0;
 }
@@ -203,6 +211,19 @@ ssize_t pread(int file, void* buffer, std::size_t count, off_t offset) {
   static const auto real = Real<decltype(&pread)>("pread");
   if (IsRefused(file, offset + static_cast<long long>(count))) return -1;
   return real(file, buffer, count, offset);
+}
+
+ssize_t write(int file, const void* buffer, std::size_t count) {
+  static const auto real = Real<decltype(&write)>("write");
+  if (!fullDisk.IsIn(file)) return real(file, buffer, count);
+  const long room = fullDisk.GetOffset() - bytesOnDisk;
+  if (room <= 0) {
+    errno = ENOSPC;
+    return -1;
+  }
+  const ssize_t written = real(file, buffer, std::min(count, static_cast<std::size_t>(room)));
+  if (written > 0) bytesOnDisk += written;
+  return written;
 }
 
 int clock_gettime(clockid_t clock, struct timespec* now) {

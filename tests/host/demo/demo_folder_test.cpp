@@ -42,6 +42,33 @@ TEST_F(DemoFolderTest, AMissingFolderIsMadeWithItsSubfolders) {
   EXPECT_EQ(BytesOfFile(folder_.Path() / "a" / "b" / "songs" / "1 A.mid"), std::vector<std::uint8_t>{'x'});
 }
 
+TEST_F(DemoFolderTest, WhatIsNotKeptIsTakenAwayWithTheFoldersThatWereMadeForIt) {
+  {
+    DemoFolder folder(folder_.Path() / "a" / "b", kNames, "# Mark");
+    folder.Write("show.toml", {'x'});
+    folder.Write("songs/1 A.mid", {'x'});
+  }
+  EXPECT_TRUE(fs::is_empty(folder_.Path()));
+  {
+    DemoFolder folder(folder_.Path() / "a" / "b", kNames, "# Mark");
+    folder.Write("songs/1 A.mid", {'x'});
+    folder.Keep();
+  }
+  EXPECT_EQ(FilesIn(folder_.Path()), std::vector<std::string>{"a/b/songs/1 A.mid"});
+}
+
+TEST_F(DemoFolderTest, WhatWasThereBeforeStaysWhenTheRestIsTakenAway) {
+  PutFile(folder_.Path() / "show.toml", "# Mark\n");
+  PutFile(folder_.Path() / "songs/1 A.mid", "old");
+  {
+    DemoFolder folder(folder_.Path(), kNames, "# Mark");
+    folder.Write("songs/1 A.mid", {'x'});
+    folder.Write("data/1 A.obd", {'x'});
+  }
+  EXPECT_EQ(FilesIn(folder_.Path()), std::vector<std::string>({"show.toml", "songs/1 A.mid"}));
+  EXPECT_FALSE(fs::exists(folder_.Path() / "data"));
+}
+
 TEST_F(DemoFolderTest, AnEmptyFolderIsTaken) {
   EXPECT_EQ(Refusal(), "accepted");
 }

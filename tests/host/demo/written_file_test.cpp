@@ -66,7 +66,7 @@ TEST_F(WrittenFile, AFullDiskIsToldAndTheOldFileStays) {
     const Provoke fullDisk({.room = 3});
     EXPECT_EQ(Failure(),
               Path().string() +
-                  ": not written (No space left on device, 3 of 4 bytes came through); make room on the "
+                  ": not written (No space left on device, 1 of 4 bytes are missing); make room on the "
                   "disk and write the demo again.");
   }
   ExpectOldFileOnly();
