@@ -2,7 +2,9 @@
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
+#include <cmath>
 #include <filesystem>
+#include <fstream>
 
 #include "reference_suite/midi/standard_midi_file/smf_writer.h"
 #include "tests/faults/circumstances.h"
@@ -81,6 +83,33 @@ TEST(LargeSong, OfTenThousandTemposHasItsExactLengthAndPlaces) {
       EXPECT_NEAR(sample, (startSeconds[index] + tick * tickSeconds) * ShowFiles::kRate, 0.999);
     }
   }
+}
+
+// Each plays what it holds twice: of the whole there would be no end.
+TEST(LargeSong, OfThreeThousandNestedRepeatsIsCheckedShownAndPlayed) {
+  constexpr int kRepeats = 3000;
+  std::string cues;
+  for (int depth = 0; depth < kRepeats; ++depth) {
+    cues += "[[repeat]]\nfrom = { tick = " + std::to_string(depth) +
+            " }\nto = { tick = " + std::to_string(15'360 - depth) + " }\n";
+  }
+  ShowFiles files;
+  files.AddSong("1", "Waltz", 8, cues);
+  const Ended check = Orbel({"check", files.Show()});
+  EXPECT_EQ(check.status, 0) << check.out.substr(0, 1000);
+  EXPECT_EQ(Orbel({"info", files.Show()}).status, 0);
+  std::ofstream(files.Beside("script")) << "time 60 stop\n";
+  const Ended run = Orbel({"render", files.Show(), "-o", files.Beside("out.wav"), "--crossfade", "0",
+                           "--script", files.Beside("script")});
+  EXPECT_EQ(run.status, 0) << run.messages;
+  const std::vector<float> heard = host_tests::ReadFloatWav(files.Beside("out.wav"));
+  ASSERT_GE(heard.size(), 60U * ShowFiles::kRate);
+  // The innermost one first: bars 1 to 7 and a bit, then back by all that it holds.
+  const auto frameOf = [](unsigned tick) { return std::llround(tick * ShowFiles::kRate / 1920.0); };
+  const long long from = frameOf(kRepeats - 1);
+  const long long to = frameOf(15'360 - (kRepeats - 1));
+  EXPECT_EQ(heard[static_cast<std::size_t>(to) - 1], host_tests::FrameValue(to - 1));
+  EXPECT_EQ(heard[static_cast<std::size_t>(to)], host_tests::FrameValue(from));
 }
 
 TEST(LargeSong, Of27HoursOfMidiIsShownAndWarnedOf) {
