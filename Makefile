@@ -17,7 +17,7 @@ LIVE_TESTS := audio_output_test audio_device_test audio_jack_test live_show_test
 DEVICE_TESTS := audio_output_test audio_device_test audio_desktop_test audio_jack_test audio_pulse_test
 # The engine is covered by its own tests alone: what only a whole show reaches counts as not covered.
 COVERED := $(ENGINE_TESTS) player_wrapper_test
-READER_TESTS := standard_midi_file_test toml_test timeline_test show_folder_test song_clock_test
+READER_TESTS := standard_midi_file_test toml_test timeline_test show_folder_test show_out_of_memory_test song_clock_test
 # Every test carries the name of its program as a label.
 labels_of = ^($(shell echo $(1) | tr ' ' '|'))$$
 

@@ -6,22 +6,29 @@ cd "$(dirname "$0")/../build/reader-coverage"
 root=$(cd ../.. && pwd)
 status=0
 
-# count NAME PROGRAM SOURCES: SOURCES is how the paths of the reader's sources begin.
+# count NAME SOURCES PROGRAM...: SOURCES is how the paths of the reader's sources begin.
 count() {
-  LLVM_PROFILE_FILE=$1.profraw "$2" --gtest_brief=1 > "$1.txt" || { cat "$1.txt"; exit 1; }
-  llvm-profdata merge -o "$1.profdata" "$1.profraw"
-  llvm-cov export -format=lcov -instr-profile="$1.profdata" "$2" > "$1.lcov"
-  awk -F '[:,]' -v reader="$1" -v sources="^$3" -v root="$root/" '
+  local name=$1 sources=$2 profiles=() objects=()
+  for program in "${@:3}"; do
+    LLVM_PROFILE_FILE=$program.profraw "$program" --gtest_brief=1 > "$name.txt" || { cat "$name.txt"; exit 1; }
+    profiles+=("$program.profraw")
+    objects+=(-object "$program")
+  done
+  llvm-profdata merge -o "$name.profdata" "${profiles[@]}"
+  llvm-cov export -format=lcov -instr-profile="$name.profdata" "${objects[@]}" > "$name.lcov"
+  awk -F '[:,]' -v reader="$name" -v sources="^$sources" -v root="$root/" '
     /^SF:/ { file = $2; sub(/.*\.\.\//, "", file); sub("^" root, "", file); counts = file ~ sources }
     /^BRDA:/ && counts { ++branches; if ($5 == "0" || $5 == "-") { ++missing; print file ":" $2 ": a branch is not taken" } }
     END {
       printf "%-20s %3d of %3d branches\n", reader, branches - missing, branches
       exit branches == 0 || missing != 0
-    }' "$1.lcov" || status=1
+    }' "$name.lcov" || status=1
 }
 
-for reader in standard_midi_file toml timeline show_folder; do
-  count $reader tests/reference_suite/midi/$reader/${reader}_test reference_suite/midi/$reader/
+midi=reference_suite/midi
+for reader in standard_midi_file toml timeline; do
+  count $reader $midi/$reader/ tests/$midi/$reader/${reader}_test
 done
-count song_clock tests/host/song_clock_test host/session/song_clock
+count show_folder $midi/show_folder/ tests/$midi/show_folder/show_folder_test tests/$midi/show_folder/show_out_of_memory_test
+count song_clock host/session/song_clock tests/host/song_clock_test
 exit $status

@@ -52,6 +52,18 @@ TEST_F(Preloading, TheFirstSongIsDecodedWithTheNextOnly) {
   EXPECT_EQ(Decoded(), Paths({"1", "2"}));
 }
 
+TEST_F(Preloading, ASongIsBeingDecodedUntilItsLoaderHasHandedItOver) {
+  fakes::decoder::HoldLoader(Path("2"));
+  GetPlayer().LoadSong("1");
+  ASSERT_TRUE(fakes::decoder::WaitUntilHeld(Path("2")));
+  EXPECT_TRUE(GetPlayer().IsBeingDecoded("2"));
+  EXPECT_FALSE(GetPlayer().IsBeingDecoded("1"));
+  EXPECT_FALSE(GetPlayer().IsBeingDecoded("3"));
+  fakes::decoder::ReleaseLoader(Path("2"));
+  ASSERT_TRUE(AwaitLoaders());
+  EXPECT_FALSE(GetPlayer().IsBeingDecoded("2"));
+}
+
 TEST_F(Preloading, ASongIsDecodedWithBothNeighbours) {
   LoadReady("3");
   EXPECT_EQ(Decoded(), Paths({"2", "3", "4"}));
