@@ -88,7 +88,7 @@ class PipeWire : public testing::Test {
   }
 
  private:
-  const test_support::TemporaryFolder folder_;
+  test_support::TemporaryFolder folder_;
   std::unique_ptr<Started> bus_;
   std::unique_ptr<Started> server_;
   std::unique_ptr<Started> manager_;
