@@ -13,7 +13,7 @@ OfflineSampleOutput::OfflineSampleOutput(AudioPlayerOutputInterface& player, dou
       rateHz_(rateHz),
       channels_(channels),
       fadeFrames_(FramesOf(settings.fadeMs, rateHz)),
-      step_(player, channels, rateHz, settings.crossfadeMs, settings.stretch),
+      step_(player, channels, rateHz, settings.crossfadeMs, settings.stretch, StretchPace::AtLeisure),
       fade_(channels),
       seekFlag_("AudioSampleOutput_Seek") {
   OfflineRegistry::Instance().Add(this);

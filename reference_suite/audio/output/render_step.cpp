@@ -18,13 +18,13 @@ std::size_t QuantumAt(double rateHz) {
 }  // namespace
 
 RenderStep::RenderStep(AudioPlayerOutputInterface& player, unsigned channels, double rateHz,
-                       double crossfadeMs, StretchQuality quality)
+                       double crossfadeMs, StretchQuality quality, StretchPace pace)
     : player_(player),
       channels_(channels),
       quantum_(QuantumAt(rateHz)),
       frames_(quantum_ * channels),
       crossFade_(channels, FramesOf(crossfadeMs, rateHz), StretchPath::MostSeamFrames(rateHz)),
-      path_(player, crossFade_, quality, rateHz, channels, quantum_) {}
+      path_(player, crossFade_, quality, pace, rateHz, channels, quantum_) {}
 
 void RenderStep::Reset() {
   crossFade_.Cancel();

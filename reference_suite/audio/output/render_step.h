@@ -50,9 +50,10 @@ struct StepResult {
 //            otherwise what the stretcher does when it begins and when a factor changes.
 class RenderStep {
  public:
-  // `crossfadeMs` 0 makes jumps bit-exact splices where nothing is stretched.
+  // `crossfadeMs` 0 makes jumps bit-exact splices where nothing is stretched. `pace`: InTime where a device
+  // waits for what is rendered.
   RenderStep(AudioPlayerOutputInterface& player, unsigned channels, double rateHz, double crossfadeMs,
-             StretchQuality quality = StretchQuality::Faster);
+             StretchQuality quality = StretchQuality::Faster, StretchPace pace = StretchPace::InTime);
 
   // Asked for in every plan, and never the rest of an earlier one: more than two ticks, whose length is at
   // most 2.5 ms, so that a read can always end on the first frame of a cue.

@@ -43,7 +43,7 @@ std::size_t StretchPath::MostSeamFrames(double rateHz) {
 }
 
 StretchPath::StretchPath(AudioPlayerOutputInterface& player, CrossFade& fade, StretchQuality quality,
-                         double rateHz, unsigned channels, std::size_t mostFrames)
+                         StretchPace pace, double rateHz, unsigned channels, std::size_t mostFrames)
     : player_(player),
       fade_(fade),
       channels_(channels),
@@ -52,8 +52,8 @@ StretchPath::StretchPath(AudioPlayerOutputInterface& player, CrossFade& fade, St
       reach_(FramesIn(kReachSeconds, rateHz)),
       near_(FramesIn(kNearSeconds, rateHz)),
       lead_(FramesIn(kLeadSeconds, rateHz)),
-      stream_(CreateStretchEngine(quality, rateHz, channels), *this, rateHz, channels,
-              rateHz * channels <= kMostRenewed),
+      stream_(CreateStretchEngine(quality, pace, rateHz, channels), *this, rateHz, channels,
+              pace == StretchPace::AtLeisure || rateHz * channels <= kMostRenewed),
       late_(*this, rateHz, channels, std::max({mostFrames, mostSeam_, fade.GetLength()}), reach_),
       incoming_((std::max(mostSeam_, fade.GetLength()) + 2 * reach_) * channels),
       out_((static_cast<std::size_t>(std::ceil(static_cast<double>(mostFrames) / kSlowest)) + 1) * channels) {

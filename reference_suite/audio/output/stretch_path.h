@@ -23,8 +23,8 @@ namespace tesk_audio {
 class StretchPath : private FrameSource {
  public:
   // `mostFrames`: the longest read.
-  StretchPath(AudioPlayerOutputInterface& player, CrossFade& fade, StretchQuality quality, double rateHz,
-              unsigned channels, std::size_t mostFrames);
+  StretchPath(AudioPlayerOutputInterface& player, CrossFade& fade, StretchQuality quality, StretchPace pace,
+              double rateHz, unsigned channels, std::size_t mostFrames);
 
   // The longest cross-fade with stretched sound. Its last frames have to be there before the stretcher can
   // begin anew, so that they are made at once: a long one would keep the render thread from its time.

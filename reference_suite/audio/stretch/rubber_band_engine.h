@@ -22,7 +22,7 @@ namespace tesk_audio {
 // where it is told of one; in between it keeps every phase.
 class RubberBandEngine : public StretchEngine {
  public:
-  RubberBandEngine(StretchQuality quality, double rateHz, unsigned channels);
+  RubberBandEngine(StretchQuality quality, StretchPace pace, double rateHz, unsigned channels);
 
   void Begin(const StretchFactors& factors) override;
   double GetStep() const override { return step_; }
@@ -49,7 +49,7 @@ class RubberBandEngine : public StretchEngine {
   std::unique_ptr<Stretcher> finer_;
   std::unique_ptr<Stretcher> faster_;
   StretchQuality quality_;       // asked for
-  const bool isFinerSoonReady_;  // after a Begin
+  const bool isFinerSoonReady_;  // after a Begin, for who waits
   Stretcher* stretcher_;         // the one that plays
   bool isFaster_ = false;        // which that is
   double halfWindow_;            // its, in frames

@@ -44,8 +44,8 @@ class StretchEngine {
   // By how many output frames an attack comes out behind the middle of its chunk's place (negative: before
   // it), on the average, at that scale and the transposition of the last Begin.
   virtual double GetAttackOffset(double scale) const = 0;
-  // Whether it smears attacks or puts them beside their places, since the last Begin, and can begin anew at
-  // each of them in time.
+  // Whether it smears attacks or puts them beside their places, since the last Begin, and is to begin anew at
+  // each of them.
   virtual bool SmearsAttacks() const = 0;
   // What comes to it in the first moments after a Begin.
   virtual double GetAttackOffsetAtFirst(double scale) const = 0;
@@ -54,6 +54,7 @@ class StretchEngine {
 };
 
 // Does a chunk of silence, so that nothing is set up later.
-std::unique_ptr<StretchEngine> CreateStretchEngine(StretchQuality quality, double rateHz, unsigned channels);
+std::unique_ptr<StretchEngine> CreateStretchEngine(StretchQuality quality, StretchPace pace, double rateHz,
+                                                   unsigned channels);
 
 }  // namespace tesk_audio

@@ -6,7 +6,9 @@
 #include <cmath>
 #include <memory>
 #include <random>
+#include <tuple>
 
+#include "reference_suite/audio/output/render_step.h"
 #include "tests/reference_suite/audio/support/audible_run.h"
 
 namespace {
@@ -138,16 +140,54 @@ TEST(PreEcho, IsNotHeardBeforeANote) {
   }
 }
 
-// It does not begin anew at them: nothing of them may be lost for all that.
-TEST(OnsetInManyChannels, IsHeardWithTheFasterEngine) {
+class OpenGate : public tesk_audio::StepGate {
+  bool MayStep() override { return true; }
+};
+
+// What a device that waits is given of it.
+std::vector<float> RenderedInTime(const Songs& songs, unsigned channels, StretchQuality quality) {
+  ScriptedPlayer player(songs, channels);
+  tesk_audio::RenderStep step(player, channels, kRateHz, 5.0, quality, tesk_audio::StretchPace::InTime);
+  OpenGate gate;
+  std::vector<float> heard;
+  for (;;) {
+    const tesk_audio::StepResult result = step.Run(gate);
+    if (result.outcome != tesk_audio::StepOutcome::Frames) return heard;
+    heard.insert(heard.end(), step.Frames(), step.Frames() + result.deviceFrames * channels);
+  }
+}
+
+// Where it would not be ready in time it does not begin anew at them: nothing of them may be lost for all
+// that.
+TEST(OnsetInManyChannels, IsHeard) {
   constexpr long long kFrames = 100'000;
   const std::vector<long long> notes{20'000, 40'011, 60'301, 80'107};
   const auto sound = Notes(Kind::Plucked, notes, kFrames);
-  AudibleRun run(Songs{{.frames = kFrames, .scales = {{0, 0.9}}, .sound = sound}}, 5.0, 0.0, kRateHz, 5);
-  run.Play();
-  for (const long long note : notes) {
-    const auto at = static_cast<std::size_t>(static_cast<double>(note) / 0.9) * 5;
-    EXPECT_GT(Level(run.heard, at, 5 * 960), 0.7 * Level(*sound, static_cast<std::size_t>(note), 960));
+  for (const auto& [quality, scale, channels] :
+       {std::tuple(StretchQuality::Faster, 0.9, 5U), std::tuple(StretchQuality::Finer, 0.6, 2U)}) {
+    const Songs songs{{.frames = kFrames, .scales = {{0, scale}}, .sound = sound}};
+    const std::vector<float> heard = RenderedInTime(songs, channels, quality);
+    for (const long long note : notes) {
+      const auto at = static_cast<std::size_t>(static_cast<double>(note) / scale) * channels;
+      EXPECT_GT(Level(heard, at, channels * std::size_t{960}),
+                0.7 * Level(*sound, static_cast<std::size_t>(note), 960));
+    }
+  }
+}
+
+// It would be heard that it does, for it begins at attacks as they were recorded.
+TEST(OnsetInManyChannels, IsBegunAtOnlyWhereNobodyWaits) {
+  constexpr long long kFrames = 60'000;
+  for (const StretchQuality quality : {StretchQuality::Faster, StretchQuality::Finer}) {
+    const Songs songs{
+        {.frames = kFrames, .scales = {{0, 0.6}}, .sound = Notes(Kind::Beep, {20'000, 40'011}, kFrames)}};
+    const auto atLeisure = [&](unsigned channels) {
+      AudibleRun run(songs, 5.0, 0.0, kRateHz, channels, quality);
+      run.Play();
+      return run.heard;
+    };
+    EXPECT_TRUE(RenderedInTime(songs, 1, quality) == atLeisure(1));
+    EXPECT_FALSE(RenderedInTime(songs, 5, quality) == atLeisure(5));
   }
 }
 

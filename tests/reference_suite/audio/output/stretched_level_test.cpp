@@ -70,11 +70,8 @@ TEST(StretchedLevel, TheFasterEngineLosesNoNoteForLong) {
   }
 }
 
-TEST(StretchedLevel, OfManyChannelsABeginningWouldTakeTooLong) {
-  const std::vector<double> few = Gains(Playing::Detached, 0.5, StretchQuality::Faster, 4);
-  const std::vector<double> many = Gains(Playing::Detached, 0.5, StretchQuality::Faster, 5);
-  for (const double gain : few) EXPECT_GT(gain, -3.1);
-  EXPECT_LT(*std::min_element(many.begin(), many.end()), -10.0);
+TEST(StretchedLevel, OfManyChannelsIsKeptWhereNobodyWaits) {
+  for (const double gain : Gains(Playing::Detached, 0.5, StretchQuality::Faster, 5)) EXPECT_GT(gain, -3.1);
 }
 
 // Half a note, and from a jump on another that goes on from `target`: the decibels by which that is louder
