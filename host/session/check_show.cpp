@@ -17,7 +17,6 @@
 #include "host/session/stray_audio.h"
 #include "suite/audio/audio_sample_content.h"
 #include "suite/audio/errors.h"
-#include "suite/utility/listdir.h"
 #include "suite/utility/path.h"
 
 namespace orbel::host {
@@ -38,7 +37,7 @@ void Add(Problems* out, const std::string& file, const std::string& song, const 
 // Files in "data" that are not played, and songs and files that do not find each other.
 void CheckFiles(const ShowFolder& show, Problems* out) {
   std::vector<std::string> duplicates;
-  ListAudioFiles(show.GetPath(), &duplicates);
+  FindAudioFiles(show.GetDataNames(), &duplicates);
   for (std::size_t index = 0; index + 1 < duplicates.size(); index += 2) {
     Add(out, duplicates[index], "",
         "has the same number as \"" + duplicates[index + 1] +
@@ -56,8 +55,7 @@ void CheckFiles(const ShowFolder& show, Problems* out) {
         true);
   }
   if (!show.GetDataFault().empty()) return Add(out, "data", "", show.GetDataFault(), false);
-  const std::string folder = exc::path::Join(show.GetPath(), "data");
-  for (const std::string& name : exc::listdir(folder)) {
+  for (const std::string& name : show.GetDataNames()) {
     if (exc::path::extension(name) == ".obd" || name.front() == '.') continue;
     Add(out, "data/" + name, "",
         "is not played, because its name does not end in \".obd\"; rename it, or take it out", true);

@@ -1,6 +1,8 @@
 #include "host/session/show_folder.h"
 
+#include <cerrno>
 #include <filesystem>
+#include <system_error>
 
 #include "exc/text/split_string.h"
 #include "host/session/at_work.h"
@@ -24,16 +26,16 @@ tesk_midi::LoadedShow Load(const std::string& path) {
   return tesk_midi::LoadShow(path);
 }
 
-std::vector<std::string> NamesIn(const std::string& folder) {
-  try {
-    return exc::listdir(folder);
-  } catch (const exc::ListdirError&) {
-    return {};
-  }
+// Rights are blamed, and mended, only when it is they that are missing.
+std::string WhyUnlisted(int reason) {
+  if (reason == EACCES || reason == EPERM)
+    return "may not be read by this user; give the rights to read and enter it: chmod a+rx";
+  return "cannot be read: " + std::generic_category().message(reason);
 }
 
-// The system's reason first: a folder that may not be entered looks like one that is not there.
-std::string DataFault(const std::string& folder, bool* isMissing) {
+// Empty for a folder. The system's reason first: a folder that may not be entered looks like one that is not
+// there.
+std::string WhyNoFolder(const std::string& folder, bool* isMissing) {
   namespace fs = std::filesystem;
   std::error_code reason;
   std::error_code ignored;
@@ -48,20 +50,27 @@ std::string DataFault(const std::string& folder, bool* isMissing) {
     return "is a link that leads nowhere; put a folder with the recordings in its place";
   if (fs::exists(status) && !fs::is_directory(status))
     return "is no folder; put a folder with the recordings in its place";
-  try {
-    exc::listdir(folder);
-  } catch (const exc::ListdirError&) {
-    return "may not be read by this user; give the rights to read and enter it: chmod a+rx";
-  }
   return "";
+}
+
+Recordings ReadRecordings(const std::string& folder) {
+  Recordings recordings;
+  recordings.fault = WhyNoFolder(folder, &recordings.isMissing);
+  if (!recordings.fault.empty()) return recordings;
+  try {
+    recordings.names = exc::listdir(folder);
+  } catch (const exc::ListdirError& error) {
+    recordings.fault = WhyUnlisted(error.GetReason());
+  }
+  return recordings;
 }
 
 }  // namespace
 
-ShowFolder::AudioFiles ListAudioFiles(const std::string& showPath, std::vector<std::string>* duplicates) {
+ShowFolder::AudioFiles FindAudioFiles(const std::vector<std::string>& names,
+                                      std::vector<std::string>* duplicates) {
   ShowFolder::AudioFiles files;
-  const std::string folder = exc::path::Join(showPath, "data");
-  for (const std::string& name : NamesIn(folder)) {
+  for (const std::string& name : names) {
     if (exc::path::extension(name) != ".obd") continue;
     const std::string number = exc::SplitString(name, ' ').front();
     const auto known = files.find(number);
@@ -77,8 +86,8 @@ ShowFolder::AudioFiles ListAudioFiles(const std::string& showPath, std::vector<s
 ShowFolder::ShowFolder(const std::string& path)
     : path_(path),
       show_(Load(path)),
-      audioFiles_(ListAudioFiles(path, nullptr)),
-      dataFault_(DataFault(exc::path::Join(path, "data"), &lacksData_)) {}
+      recordings_(ReadRecordings(exc::path::Join(path, "data"))),
+      audioFiles_(FindAudioFiles(recordings_.names, nullptr)) {}
 
 const tesk_midi::Problem* ShowFolder::WhyUnreadable(const std::string& song) const {
   for (const tesk_midi::Problem& problem : GetWarnings()) {

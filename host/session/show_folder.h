@@ -11,6 +11,14 @@
 
 namespace orbel::host {
 
+// What lies in the folder of recordings, or why that cannot be known. Read in one go, so that the names and
+// the fault never contradict each other.
+struct Recordings {
+  std::vector<std::string> names;
+  std::string fault;
+  bool isMissing = false;
+};
+
 // A show folder as it lies on disk, without a player: data, cues and the names of the audio files.
 // Threads    one at a time.
 class ShowFolder {
@@ -35,10 +43,12 @@ class ShowFolder {
   std::string MidiFile(const std::string& song) const;
   std::string CueFile(const std::string& song) const;
 
+  // Everything that lies in "data", as it was read once and for all; nothing when that failed.
+  const std::vector<std::string>& GetDataNames() const { return recordings_.names; }
   // Why nothing can be known of the folder of recordings, and what to do; empty when it can be read.
-  const std::string& GetDataFault() const { return dataFault_; }
+  const std::string& GetDataFault() const { return recordings_.fault; }
   // It is merely not there, as in a show whose recordings are still to be made.
-  bool LacksData() const { return lacksData_; }
+  bool LacksData() const { return recordings_.isMissing; }
   // Why a song's music or cues cannot be read; nothing when they can.
   const tesk_midi::Problem* WhyUnreadable(const std::string& song) const;
 
@@ -55,15 +65,14 @@ class ShowFolder {
  private:
   std::string path_;
   tesk_midi::LoadedShow show_;
+  Recordings recordings_;
   AudioFiles audioFiles_;
-  bool lacksData_ = false;
-  std::string dataFault_;
 };
 
-// The names of the audio files of a show's "data" folder, by the number before their first blank; none when
-// the folder cannot be read. A later
-// file with the same number replaces an earlier one, as when the show is opened; `duplicates` receives both
-// names.
-ShowFolder::AudioFiles ListAudioFiles(const std::string& showPath, std::vector<std::string>* duplicates);
+// The names of the audio files among those of a show's "data" folder, by the number before their first blank.
+// A later file with the same number replaces an earlier one, as when the show is opened; `duplicates`
+// receives both names.
+ShowFolder::AudioFiles FindAudioFiles(const std::vector<std::string>& names,
+                                      std::vector<std::string>* duplicates);
 
 }  // namespace orbel::host

@@ -13,8 +13,9 @@ namespace exc {
 namespace {
 
 [[noreturn]] void Refuse(const std::string& folder) {
-  const std::string reason = std::generic_category().message(errno);
-  throw ListdirError(format("Unable to list folder \"%s\": %s", folder.c_str(), reason.c_str()));
+  const int reason = errno;
+  const std::string words = std::generic_category().message(reason);
+  throw ListdirError(format("Unable to list folder \"%s\": %s", folder.c_str(), words.c_str()), reason);
 }
 
 struct Closer {

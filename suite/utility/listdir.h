@@ -8,7 +8,13 @@ namespace exc {
 
 class ListdirError : public std::runtime_error {
  public:
-  using std::runtime_error::runtime_error;
+  explicit ListdirError(const std::string& what, int reason = 0)
+      : std::runtime_error(what), reason_(reason) {}
+  // The system's number for what was wrong, as in errno; 0 when it gave none.
+  int GetReason() const { return reason_; }
+
+ private:
+  int reason_;
 };
 
 // The names of a folder's entries without "." and "..", of every kind, hidden ones included, sorted by byte

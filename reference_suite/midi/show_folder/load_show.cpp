@@ -36,6 +36,12 @@ void RequireFolder(const std::string& path) {
   if (!S_ISDIR(status.st_mode)) RefuseAtOnce("", Quoted(path) + " is no folder; a show is a folder.");
 }
 
+// What is no folder, or not one for this user, can be mended; a disk that fails or memory that is short
+// cannot by looking at the folder.
+bool IsMendedAtTheFolder(int reason) {
+  return reason == EACCES || reason == EPERM || reason == ENOTDIR || reason == ELOOP;
+}
+
 std::vector<std::string> ListSongs(const std::string& showPath) {
   const std::string folder = exc::path::Join(showPath, "songs");
   struct stat status {};
@@ -46,7 +52,9 @@ std::vector<std::string> ListSongs(const std::string& showPath) {
   try {
     return exc::listdir(folder);
   } catch (const exc::ListdirError& error) {
-    RefuseAtOnce("songs", ShownText(error.what()) + "; see that it is a folder that may be read.");
+    const bool isMended = IsMendedAtTheFolder(error.GetReason());
+    RefuseAtOnce("songs",
+                 ShownText(error.what()) + (isMended ? "; see that it is a folder that may be read." : "."));
   }
 }
 

@@ -7,6 +7,7 @@
 //   ORBEL_REFUSE_MEMORY=N           the N-th allocation of C++ after the show was first looked at
 //   ORBEL_REFUSE_MEMORY_FOR_GOOD=1  and every one behind it
 //   ORBEL_REFUSE_READ=TEXT:BYTES    reading fails behind BYTES bytes of a file whose name contains TEXT
+//   ORBEL_REFUSE_FOLDER=TEXT:ERRNO  opening a folder whose path ends in TEXT fails for that reason
 //   ORBEL_HOLD_READ=TEXT:BYTES      reading waits there
 //   ORBEL_HOLD_UNTIL=PATH           until this exists, or for a minute
 //   ORBEL_SLOW_READ=US              every read takes as many microseconds longer
@@ -17,6 +18,7 @@
 //                                   "%.1f" of one and a half is written to this file
 //   ORBEL_COUNT_REFUSALS=FILE       one byte is appended to this file for every thread that was refused
 //   ORBEL_COUNT_HELD=FILE           and to this one for every program that has begun to wait in a read
+#include <dirent.h>
 #include <dlfcn.h>
 #include <errno.h>
 #include <fcntl.h>
@@ -160,6 +162,17 @@ bool IsRefusedLoader(void* (*body)(void*), const void* argument) {
   return ("," + std::string(refusedLoader) + ",").find("," + song + ",") != std::string::npos;
 }
 
+// 0 when it is not refused, the reason otherwise.
+int WhyRefused(const std::string& folder) {
+  const char* const description = getenv("ORBEL_REFUSE_FOLDER");
+  if (description == nullptr) return 0;
+  const char* const colon = strrchr(description, ':');
+  const std::string end(description, colon);
+  const bool isIt =
+      folder.size() >= end.size() && folder.compare(folder.size() - end.size(), std::string::npos, end) == 0;
+  return isIt ? atoi(colon + 1) : 0;
+}
+
 long Jump() {
   static constexpr long kHour = 3600;
   return (static_cast<long>(++clockLooks * 7U % 11U) - 5) * kHour;
@@ -199,6 +212,14 @@ int stat(const char* path, struct stat* status) {
   static const auto real = Real<decltype(&stat)>("stat");
   showSeen = showSeen || strstr(path, "/show") != nullptr;
   return real(path, status);
+}
+
+DIR* opendir(const char* path) {
+  static const auto real = Real<decltype(&opendir)>("opendir");
+  const int reason = WhyRefused(path);
+  if (reason == 0) return real(path);
+  errno = reason;
+  return nullptr;
 }
 
 ssize_t read(int file, void* buffer, std::size_t count) {

@@ -4,6 +4,7 @@
 #include <sys/stat.h>
 #include <unistd.h>
 
+#include <cerrno>
 #include <filesystem>
 #include <fstream>
 #include <iostream>
@@ -114,6 +115,16 @@ TEST_F(ListdirDeathTest, AFolderThatMayNotBeReadIsAnError) {
   EXPECT_EXIT(ListAsNobody(folder_), testing::ExitedWithCode(1),
               "Unable to list folder \".*\": Permission denied");
   chmod(folder_.c_str(), 0700);
+}
+
+TEST_F(ListdirTest, AnErrorKnowsTheSystemsReason) {
+  try {
+    exc::listdir(folder_ + "/none");
+    FAIL() << "there is no such folder";
+  } catch (const exc::ListdirError& error) {
+    EXPECT_EQ(error.GetReason(), ENOENT);
+  }
+  EXPECT_EQ(exc::ListdirError("by hand").GetReason(), 0);
 }
 
 TEST(ListdirError, IsARuntimeError) {
