@@ -6,6 +6,7 @@
 #include <utility>
 
 #include "host/session/show_folder.h"
+#include "host/session/shown_text.h"
 #include "suite/midi/song_data.h"
 #include "suite/utility/listdir.h"
 #include "suite/utility/path.h"
@@ -31,8 +32,9 @@ void CompareWithItsSong(const ShowFolder& show, const std::string& folder, const
   const std::size_t blank = whole.find(' ');
   if (blank == std::string::npos) return;
   const std::string song = whole.substr(0, blank);
-  if (!show.GetData().HasSong(song) || whole.substr(blank + 1) == show.GetData().GetSong(song).GetName())
-    return;
+  if (!show.GetData().HasSong(song)) return;
+  // A song knows its name only as it may be shown, so the file's is compared as it is shown too.
+  if (Shown(whole.substr(blank + 1)) == Shown(show.GetData().GetSong(song).GetName())) return;
   Warn(out, folder + file, song,
        "is taken for song " + song + " because of its number, though that song is called otherwise: \"" +
            show.MidiFile(song) + "\"; name both alike, or give the file the number of its own song");
