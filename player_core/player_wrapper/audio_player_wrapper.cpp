@@ -57,8 +57,9 @@ AudioPlayer* AudioPlayerWrapper::GetPlayer() {
 }
 
 void AudioPlayerWrapper::RequireMidiDataForEverySong_() {
+  const auto songs = GetShowData().GetSongNamesBySongNumber();  // a copy, so it is asked for only once
   for (const auto& [number, file] : dataFilesByNumber_) {
-    if (GetShowData().GetSongNamesBySongNumber().count(number) == 0) {
+    if (songs.count(number) == 0) {
       throw MP3NoMatchError("No midi data found for song number " + number);
     }
   }
