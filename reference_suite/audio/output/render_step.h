@@ -41,7 +41,7 @@ struct StepResult {
 
 // One step of rendering: plans a read, executes a jump that is due, reads exactly what was planned,
 // cross-fades after a jump, and brings it to the tempo and the key in force. The same for every output, so
-// that what is rendered into a file is what is heard.
+// that what is rendered into a file is what is heard, but for what a device does not wait for (StretchPace).
 //
 // Units      frames of song audio, unscaled; of the device where it says so.
 // Threads    one at a time (the output sees to it).

@@ -201,7 +201,9 @@ void StretchPath::LayAttackOver_(long long index, std::size_t length) {
   ReadAt(attack - std::llround(until), incoming_.data(), length);
   const auto lead = static_cast<double>(lead_);
   const double from = std::max(0.0, until - lead);
-  const double rise = std::max(1.0, until - from);
+  // What began before goes on: nothing of it is there at once.
+  const bool goesOn = stream_.GetFirstAttack() + StretchedStream::kExactly < index;
+  const double rise = std::max(goesOn ? lead : 1.0, until - from);
   const float* recorded = incoming_.data();
   float* out = fade_.Outgoing();
   for (std::size_t i = 0; i < length; ++i) {
@@ -250,16 +252,21 @@ std::size_t StretchPath::Render(long long index, float* frames, std::size_t coun
     return count;
   }
   frames_ = out_.data();
+  const long long end = index + static_cast<long long>(count);
+  std::size_t made = 0;
+  for (long long border = BorderFrom_(index); border < end; border = BorderFrom_(index)) {
+    made += RenderStretched_(frames_ + made * channels_, static_cast<std::size_t>(border - index));
+    BeginAnewAt_(border);
+    index = border;
+  }
+  return made + RenderStretched_(frames_ + made * channels_, static_cast<std::size_t>(end - index));
+}
+
+// Where the stream that plays is to begin anew, in time for an attack; `index` is the next frame.
+long long StretchPath::BorderFrom_(long long index) const {
   const long long attack = stream_.GetAttack();
   const long long border = attack - std::llround(static_cast<double>(lead_) * stream_.GetFactors().scale);
-  const bool isBorder = border >= index && border < index + static_cast<long long>(count);
-  const std::size_t first = isBorder ? static_cast<std::size_t>(border - index) : count;
-  std::size_t made = RenderStretched_(frames_, first);
-  if (isBorder) {
-    BeginAnewAt_(border);
-    made += RenderStretched_(frames_ + made * channels_, count - first);
-  }
-  return made;
+  return std::max(border, index);
 }
 
 std::size_t StretchPath::RenderStretched_(float* out, std::size_t count) {

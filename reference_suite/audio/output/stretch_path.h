@@ -57,6 +57,7 @@ class StretchPath : private FrameSource {
   void TurnBackAtStop_(long long stop, std::size_t from, std::size_t length);
   void TakeBeginning_(long long index, std::size_t length, bool isAlone);
   void BeginStream_(const Place& place, const StretchFactors& wanted);
+  long long BorderFrom_(long long index) const;
   void BeginAnewAt_(long long index);
   void LayAttackOver_(long long index, std::size_t length);
   void JoinStream_(long long index, std::size_t length, std::size_t reach);

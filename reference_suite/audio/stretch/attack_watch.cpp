@@ -14,25 +14,26 @@ constexpr double kQuietest = 1e-18;
 
 }  // namespace
 
-AttackWatch::AttackWatch(double rateHz, unsigned channels) : rateHz_(rateHz), channels_(channels) {
+AttackWatch::AttackWatch(double rateHz, unsigned channels) : rateHz_(rateHz), last_(channels) {
   Forget(1.0);
 }
 
 void AttackWatch::Forget(double step) {
   block_ = static_cast<std::size_t>(std::ceil(kBlockSeconds * rateHz_ / step));
   taken_ = known_ = 0;
-  last_ = 0.0;
+  std::fill(last_.begin(), last_.end(), 0.0);
   whole_ = high_ = {};
 }
 
 bool AttackWatch::See(const float* frames, std::size_t count) {
   bool isAttack = false;
   for (std::size_t i = 0; i < count; ++i) {
-    double sum = 0.0;
-    for (unsigned channel = 0; channel < channels_; ++channel) sum += static_cast<double>(*frames++);
-    whole_.now += sum * sum;
-    high_.now += (sum - last_) * (sum - last_);
-    last_ = sum;
+    for (double& last : last_) {
+      const auto now = static_cast<double>(*frames++);
+      whole_.now += now * now;
+      high_.now += (now - last) * (now - last);
+      last = now;
+    }
     if (++taken_ < block_) continue;
     isAttack = isAttack || IsSudden_();
     CloseBlock_();

@@ -2,11 +2,13 @@
 
 #include <array>
 #include <cstddef>
+#include <vector>
 
 namespace tesk_audio {
 
 // Sees attacks in a song as it goes by: sound that is suddenly louder than all of the last moments, as a
-// whole or in its high frequencies alone. Tones that go on, swell or beat are none.
+// whole or in its high frequencies alone, in all channels together, whatever their phases. Tones that go on,
+// swell or beat are none.
 //
 // Units      interleaved frames.
 // Threads    one at a time.
@@ -37,12 +39,11 @@ class AttackWatch {
   void CloseBlock_();
 
   double rateHz_;
-  unsigned channels_;
   std::size_t block_ = 0;  // frames
   std::size_t taken_ = 0;
   std::size_t index_ = 0;
-  std::size_t known_ = 0;  // blocks
-  double last_ = 0.0;      // frame, channels added up
+  std::size_t known_ = 0;     // blocks
+  std::vector<double> last_;  // frame
   Memory whole_;
   Memory high_;
 };

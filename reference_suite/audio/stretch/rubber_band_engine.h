@@ -37,6 +37,7 @@ class RubberBandEngine : public StretchEngine {
   double GetAttackOffset(double scale) const override;
   double GetAttackOffsetAtFirst(double scale) const override;
   bool SmearsAttacks() const override;
+  bool WeakensSound() const override { return isFaster_; }
 
  private:
   using Stretcher = RubberBand::RubberBandStretcher;

@@ -47,6 +47,8 @@ class StretchEngine {
   // Whether it smears attacks or puts them beside their places, since the last Begin, and is to begin anew at
   // each of them.
   virtual bool SmearsAttacks() const = 0;
+  // Whether steady sound can fade in it, since the last Begin.
+  virtual bool WeakensSound() const = 0;
   // What comes to it in the first moments after a Begin.
   virtual double GetAttackOffsetAtFirst(double scale) const = 0;
 

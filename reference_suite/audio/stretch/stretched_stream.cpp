@@ -19,10 +19,12 @@ struct Rein {
 constexpr Rein kRein{0.0004, 0.00005, 0.03, 0.2};
 // How far a change of tempo may put attacks beside their places without a new beginning.
 constexpr double kTolerable = 0.0012;
-// An attack is told this exactly, in frames; between these seconds beside a beginning it belongs to that.
-constexpr std::size_t kSlice = 16;
+// Between these seconds beside a beginning, as heard, an attack belongs to that. So does, for longer, what is
+// left of an attack at the beginning: a note takes its time to rise, in seconds of the song.
+constexpr std::size_t kSlice{StretchedStream::kExactly};
 constexpr double kBefore = 0.001;
 constexpr double kBehind = 0.004;
+constexpr double kRise = 0.03;
 constexpr std::size_t kRoom = std::size_t{1} << 15;
 
 }  // namespace
@@ -162,7 +164,8 @@ bool StretchedStream::LookForAttacks_(std::size_t count) {
   bool isAny = false;
   for (std::size_t at = 0; at < count && attack_ == kNever; at += kSlice) {
     const double place = PlaceOf_(fed_ + static_cast<double>(at));
-    const bool isAtBeginning = place < begun + kBehind * frames;
+    const double behind = firstAttack_ == kNever ? kBehind * frames : kRise * rateHz_;
+    const bool isAtBeginning = place < begun + behind;
     if (!isAtBeginning && !engine_->SmearsAttacks()) break;
     float* const slice = in_.data() + at * channels_;
     if (!watch_.See(slice, std::min(kSlice, count - at))) continue;

@@ -24,6 +24,8 @@ namespace tesk_audio {
 class StretchedStream {
  public:
   static constexpr long long kNever = std::numeric_limits<long long>::max() / 2;
+  // Attacks are told this exactly: frames that go in.
+  static constexpr long long kExactly = 16;
 
   // `source` outlives it. `asksForBeginnings`: whoever plays it has it begin anew at attacks and when it is
   // weakened; without that it says nothing of either, and plays on as it can.
@@ -52,7 +54,7 @@ class StretchedStream {
   long long GetFirstAttack() const { return firstAttack_; }
 
   // Whether steady sound has faded in it, which a new beginning would bring back.
-  bool IsWeakened() const { return asksForBeginnings_ && level_.IsWeakened(); }
+  bool IsWeakened() const { return asksForBeginnings_ && engine_->WeakensSound() && level_.IsWeakened(); }
 
   // The next `count` frames, which still come; valid until the next call.
   const float* Peek(std::size_t count);

@@ -191,6 +191,51 @@ TEST(OnsetInManyChannels, IsBegunAtOnlyWhereNobodyWaits) {
   }
 }
 
+// Notes that rise out of silence for so many seconds, and die away.
+std::shared_ptr<const std::vector<float>> SoftNotes(double hertz, double rise,
+                                                    const std::vector<long long>& at, std::size_t frames) {
+  auto sound = std::make_shared<std::vector<float>>(frames, 0.0F);
+  for (const long long first : at) {
+    for (std::size_t i = 0; i < 9'000; ++i) {
+      const double seconds = static_cast<double>(i) / kRateHz;
+      const double level = std::min(1.0, seconds / rise) * std::min(1.0, (0.1875 - seconds) / 0.05);
+      double sum = 0.0;
+      for (const int partial : {1, 2, 3}) sum += std::sin(2.0 * M_PI * hertz * partial * seconds) / partial;
+      (*sound)[static_cast<std::size_t>(first) + i] = static_cast<float>(0.3 * level * sum);
+    }
+  }
+  return sound;
+}
+
+class SoftOnset : public testing::TestWithParam<StretchQuality> {};
+
+TEST_P(SoftOnset, IsHeardWithoutAStepAndWithoutAHole) {
+  constexpr long long kFrames = 100'000;
+  const std::vector<long long> notes{6'000, 20'000, 33'011, 46'301, 60'107, 75'007};
+  for (const double hertz : {82.0, 330.0}) {
+    for (const double rise : {0.005, 0.01, 0.02, 0.04}) {
+      const auto sound = SoftNotes(hertz, rise, notes, kFrames);
+      for (const double scale : {0.5, 0.7, 0.9, 1.1, 1.5}) {
+        AudibleRun run(Songs{{.frames = kFrames, .scales = {{0, scale}}, .sound = sound}}, 5.0, 0.0, kRateHz,
+                       1, GetParam());
+        run.Play();
+        EXPECT_LE(LargestBend(run.heard, 0, run.heard.size()), 1.2 * LargestBend(*sound, 0, sound->size()))
+            << hertz << " Hz, " << rise << " s, " << scale;
+        if (GetParam() == StretchQuality::Faster) continue;
+        for (const long long note : notes) {
+          const auto at = static_cast<std::size_t>(run.PlacesOf(note).at(0));
+          const auto steady = static_cast<std::size_t>(note) + 4'800;
+          EXPECT_GT(Level(run.heard, at + 2'400, 2'400), 0.7 * Level(*sound, steady, 2'400))
+              << hertz << " Hz, " << rise << " s, " << scale;
+        }
+      }
+    }
+  }
+}
+
+INSTANTIATE_TEST_SUITE_P(Qualities, SoftOnset,
+                         testing::Values(StretchQuality::Faster, StretchQuality::Finer));
+
 class AttackAfterAJump : public testing::TestWithParam<StretchQuality> {};
 
 TEST_P(AttackAfterAJump, IsInItsPlaceHoweverCloseBehindIt) {

@@ -84,6 +84,13 @@ TEST(AttackWatch, TakesTheBeginningForNone) {
   EXPECT_FALSE(watch.See(tone.data(), 500));
 }
 
+TEST(AttackWatch, SeesWhatIsOfOppositeSignInTwoChannels) {
+  std::vector<float> frames(96'000, 0.0F);
+  frames[40'000] = 0.5F;
+  frames[40'001] = -0.5F;
+  EXPECT_EQ(Seen(frames, 2), 1);
+}
+
 TEST(AttackWatch, SeesWhatOneChannelOfTwoPlays) {
   std::vector<float> frames(96'000, 0.0F);
   frames[40'001] = 0.5F;
