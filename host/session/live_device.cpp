@@ -90,7 +90,7 @@ void Live::DealWithLoss_(const notify::DeviceUpdate& update) {
   }
   unheard_.clear();
   missing_.clear();
-  ++deviceLosses_;
+  if (hasSounded_) ++deviceLosses_;
   const std::string what = "no audio: null device. " + Shown(update.reason);
   const bool plays = session_.IsPlaying();
   if (sound_.onDeviceLoss == "end" && hasSounded_) {

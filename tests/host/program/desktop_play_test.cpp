@@ -216,11 +216,12 @@ TEST_F(Desktop, AShowThatBeginsWithoutAnOutputSoundsWhenThereIsOne) {
   Unplug();
   ShowFiles files;
   files.AddSong("1", "Waltz", 300);
-  OrbelInATerminal orbel({"play", files.Show(), "--output", "desktop"});
+  OrbelInATerminal orbel({"play", files.Show(), "--output", "desktop", "--json"});
   ASSERT_TRUE(orbel.Shows("no audio: null device. The sound of the desktop has no output."));
   PlugIn();
   ASSERT_TRUE(orbel.Shows("sound again"));
   orbel.Type("qq");
+  EXPECT_TRUE(orbel.Shows("\"deviceLosses\": 0")) << "none was lost";
   EXPECT_EQ(orbel.WaitForEnd(), 0);
 }
 
