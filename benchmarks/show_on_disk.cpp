@@ -94,7 +94,7 @@ void ShowOnDisk::Add(const SongOnDisk& song) {
   if (song.audio.empty()) {
     WriteSilence(data, song.seconds);
   } else {
-    fs::create_hard_link(song.audio, data);
+    fs::copy_file(song.audio, data);
   }
 }
 

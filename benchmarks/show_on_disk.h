@@ -18,7 +18,7 @@ struct SongOnDisk {
   unsigned seconds = 30;
   unsigned tempoEvents = 1;  // of two tempos in turn that differ by a microsecond, evenly spread
   unsigned cues = 0;         // safeties that nobody asks for: each ends a read and is passed
-  std::string audio;         // a file to link to; empty: silence
+  std::string audio;         // a file to copy; empty: silence
 };
 
 class ShowOnDisk {

@@ -71,7 +71,7 @@ def write_show(path, songs, audio):
     os.makedirs(f"{path}/data")
     for number in range(1, songs + 1):
         write_midi(f"{path}/songs/{number} Song.mid")
-        os.link(audio, f"{path}/data/{number} Song.obd")
+        shutil.copyfile(audio, f"{path}/data/{number} Song.obd")
     return path
 
 
