@@ -53,6 +53,7 @@ TEST_F(Preloading, TheFirstSongIsDecodedWithTheNextOnly) {
 }
 
 TEST_F(Preloading, ASongIsBeingDecodedUntilItsLoaderHasHandedItOver) {
+  MakePlayer();
   fakes::decoder::HoldLoader(Path("2"));
   GetPlayer().LoadSong("1");
   ASSERT_TRUE(fakes::decoder::WaitUntilHeld(Path("2")));
