@@ -6,6 +6,8 @@
 #include <deque>
 #include <mutex>
 
+#include "reference_suite/audio/device/uncancelled.h"
+
 namespace {
 
 struct Tapped {
@@ -40,8 +42,12 @@ extern "C" int jack_set_process_callback(jack_client_t* client, JackProcessCallb
   return next(
       client,
       [](jack_nframes_t frames, void* tapped) {
-        const Tapped& one = *static_cast<Tapped*>(tapped);
-        return one.tap->Process(one.client, frames, one.call, one.argument);
+        int result = 0;
+        tesk_audio::RunUncancelled([&]() noexcept {
+          const Tapped& one = *static_cast<Tapped*>(tapped);
+          result = one.tap->Process(one.client, frames, one.call, one.argument);
+        });
+        return result;
       },
       &all.back());
 }

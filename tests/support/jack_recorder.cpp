@@ -7,6 +7,8 @@
 #include <thread>
 #include <utility>
 
+#include "reference_suite/audio/device/uncancelled.h"
+
 namespace test_support {
 
 JackRecorder::JackRecorder(const std::string& server, std::size_t frames, unsigned ports,
@@ -28,7 +30,7 @@ JackRecorder::JackRecorder(const std::string& server, std::size_t frames, unsign
   ::jack_set_process_callback(
       client_,
       [](jack_nframes_t count, void* self) {
-        static_cast<JackRecorder*>(self)->Process_(count);
+        tesk_audio::RunUncancelled([&]() noexcept { static_cast<JackRecorder*>(self)->Process_(count); });
         return 0;
       },
       this);

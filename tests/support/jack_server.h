@@ -35,6 +35,7 @@ class JackServer {
 
  private:
   std::vector<std::string> WordsFor_(const Shape& shape) const;
+  void Start_(const char* const* arguments);
   static void Run_(const char* const* arguments);
 
   std::string name_;

@@ -3,8 +3,10 @@
 #include <cstdlib>
 #include <deque>
 #include <mutex>
+#include <new>
 #include <semaphore>
 
+#include "reference_suite/audio/device/uncancelled.h"
 #include "suite/audio/errors.h"
 
 namespace tesk_audio {
@@ -24,11 +26,18 @@ Messages& TheMessages() {
   return messages;
 }
 
+// On whatever thread the library has something to say.
 void Keep(const char* line) {
-  Messages& messages = TheMessages();
-  const std::lock_guard lock(messages.mutex);
-  if (messages.lines.size() == kKeptMessages) messages.lines.pop_front();
-  messages.lines.emplace_back(line);
+  RunUncancelled([line]() noexcept {
+    try {
+      Messages& messages = TheMessages();
+      const std::lock_guard lock(messages.mutex);
+      if (messages.lines.size() == kKeptMessages) messages.lines.pop_front();
+      messages.lines.emplace_back(line);
+    } catch (const std::bad_alloc&) {
+      // Nobody can be told that nobody is told.
+    }
+  });
 }
 
 // An attempt to open that fails takes memory away which a client of a server that has died still uses, and
@@ -48,8 +57,7 @@ std::string WhyItRefuses(jack_status_t status) {
   }
   if ((status & (JackServerError | JackClientZombie)) != 0) {
     return "does not answer a new client to the end, as one that has just been stopped or is about to end. "
-           "If "
-           "it stays so, start it again, or choose another output.";
+           "If it stays so, start it again, or choose another output.";
   }
   return "takes no further client (status " + std::to_string(status) +
          "). Close other programs that play to it, start it again, or choose another output.";

@@ -1,8 +1,11 @@
 // What the JACK server tells JackDevice. Nothing here calls the server back.
 #include <algorithm>
+#include <mutex>
+#include <new>
 #include <string>
 
 #include "reference_suite/audio/device/jack_device.h"
+#include "reference_suite/audio/device/uncancelled.h"
 
 namespace tesk_audio {
 
@@ -75,16 +78,26 @@ void JackDevice::NoteRate_(jack_nframes_t rateHz) {
 }
 
 void JackDevice::NotePort_(jack_port_id_t port) {
-  const std::lock_guard lock(mutex_);
-  newPorts_.push_back(port);
+  RunUncancelled([&]() noexcept {
+    try {
+      const std::lock_guard lock(mutex_);
+      newPorts_.push_back(port);
+    } catch (const std::bad_alloc&) {
+      // A program that is started again between two looks is not noticed then.
+    }
+  });
 }
 
 void JackDevice::Fail_(const char* reason) {
-  {
-    const std::lock_guard lock(mutex_);
-    failure_ = reason != nullptr && *reason != '\0' ? reason : "the server has closed the connection";
-  }
-  failed_ = true;
+  RunUncancelled([&]() noexcept {
+    try {
+      const std::lock_guard lock(mutex_);
+      failure_ = reason != nullptr && *reason != '\0' ? reason : "the server has closed the connection";
+    } catch (const std::bad_alloc&) {
+      // Failed without a word.
+    }
+    failed_ = true;
+  });
 }
 
 }  // namespace tesk_audio

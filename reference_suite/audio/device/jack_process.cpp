@@ -3,6 +3,7 @@
 
 #include "reference_suite/audio/device/device_clock.h"
 #include "reference_suite/audio/device/jack_device.h"
+#include "reference_suite/audio/device/uncancelled.h"
 
 namespace tesk_audio {
 
@@ -16,7 +17,7 @@ constexpr long long kWaitNanoseconds = 50'000;
 }  // namespace
 
 int JackDevice::ProcessCallback_(jack_nframes_t frames, void* self) {
-  static_cast<JackDevice*>(self)->Process_(frames);
+  RunUncancelled([&]() noexcept { static_cast<JackDevice*>(self)->Process_(frames); });
   return 0;
 }
 

@@ -24,6 +24,8 @@ namespace {
 // What the library was given last, so that a test can say what a server would.
 std::pair<JackSampleRateCallback, void*> rateCallback;
 void (*messageFunction)(const char*) = nullptr;
+// How many threads have been cancelled.
+std::atomic<int> cancelled{0};
 // What opening a client answers without asking a server; 0: it asks one.
 int refusal = 0;
 
@@ -54,6 +56,12 @@ jack_client_t* jack_client_open(const char* name, jack_options_t options, jack_s
   va_end(arguments);
   return TheLibrarys<jack_client_t*(const char*, jack_options_t, jack_status_t*, ...)>("jack_client_open")(
       name, options, status, server);
+}
+
+int pthread_cancel(pthread_t thread) {
+  const int result = TheLibrarys<int(pthread_t)>("pthread_cancel")(thread);
+  ++cancelled;
+  return result;
 }
 
 void jack_set_error_function(void (*function)(const char*)) {
@@ -395,6 +403,36 @@ TEST(JackDevice, APortThatComesBackIsConnectedAgain) {
     const JackRecorder recorder(server.GetName(), 1);
     EXPECT_TRUE(Await([&] { return recorder.GetSources() == kOurs; }));
   }
+}
+
+// Is in the middle of a period when its thread is cancelled.
+class Late : public tesk_audio::DeviceCallback {
+ public:
+  void Process(float* out, std::size_t frames) noexcept override {
+    std::fill_n(out, frames, 0.0F);
+    if (wasCancelled) return;
+    hasBegun = true;
+    if (!Await([] { return cancelled > 0; })) return;
+    // What is left of a period takes a moment, and nothing in it may be unwound.
+    for (std::size_t i = 0; i < 1'000 * frames; ++i) out[i % frames] += 1.0F;
+    wasCancelled = true;
+  }
+  std::atomic<bool> hasBegun{false};
+  std::atomic<bool> wasCancelled{false};
+};
+
+// The library cancels its thread when the client is closed, wherever that is.
+TEST(JackDevice, APeriodThatHasBegunIsEndedBeforeItsThreadIs) {
+  JackServer server;
+  Late late;
+  cancelled = 0;
+  {
+    JackDevice device(server.GetName(), 1, LinksTo({}));
+    device.Start(late);
+    ASSERT_TRUE(Await([&] { return late.hasBegun.load(); }));
+  }
+  EXPECT_GT(cancelled, 0);
+  EXPECT_TRUE(late.wasCancelled);
 }
 
 TEST(JackDevice, NothingThatTheLibraryPrintsReachesTheTerminal) {
