@@ -3,7 +3,6 @@
 #include <algorithm>
 #include <array>
 #include <string>
-#include <utility>
 
 #include "host/session/show_folder.h"
 #include "host/session/shown_text.h"
@@ -16,13 +15,8 @@ namespace {
 
 using Problems = std::vector<tesk_midi::Problem>;
 
-void Warn(Problems* out, const std::string& file, const std::string& song, const std::string& message) {
-  tesk_midi::Problem problem;
-  problem.file = file;
-  problem.songNumber = song;
-  problem.message = message;
-  problem.isWarning = true;
-  out->push_back(std::move(problem));
+tesk_midi::Problem Warning(const std::string& file, const std::string& song, const std::string& message) {
+  return {.file = file, .songNumber = song, .message = message, .isWarning = true};
 }
 
 // A name with the number of a song and another name behind it.
@@ -35,9 +29,10 @@ void CompareWithItsSong(const ShowFolder& show, const std::string& folder, const
   if (!show.GetData().HasSong(song)) return;
   // A song knows its name only as it may be shown, so the file's is compared as it is shown too.
   if (Shown(whole.substr(blank + 1)) == Shown(show.GetData().GetSong(song).GetName())) return;
-  Warn(out, folder + file, song,
-       "is taken for song " + song + " because of its number, though that song is called otherwise: \"" +
-           show.MidiFile(song) + "\"; name both alike, or give the file the number of its own song");
+  out->push_back(Warning(
+      folder + file, song,
+      "is taken for song " + song + " because of its number, though that song is called otherwise: \"" +
+          show.MidiFile(song) + "\"; name both alike, or give the file the number of its own song"));
 }
 
 // What looks like a MIDI file or cues and is not read is told when the show is loaded.
@@ -58,9 +53,10 @@ Problems FindOddNames(const ShowFolder& show) {
     if (exc::path::extension(file) == ".toml") {
       CompareWithItsSong(show, "songs/", file, &problems);
     } else if (!LooksLikeASong(file)) {
-      Warn(&problems, "songs/" + file, "",
-           "is not read, because its name ends neither in \".mid\" nor in \".toml\"; rename it, or take it "
-           "out");
+      problems.push_back(Warning(
+          "songs/" + file, "",
+          "is not read, because its name ends neither in \".mid\" nor in \".toml\"; rename it, or take it "
+          "out"));
     }
   }
   for (const auto& [song, file] : show.GetAudioFiles()) CompareWithItsSong(show, "data/", file, &problems);

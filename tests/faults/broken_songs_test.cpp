@@ -36,6 +36,12 @@ class BrokenSongs : public testing::Test {
   static Environment BreakingReadOf(const std::string& song) {
     return Refusing({{"ORBEL_REFUSE_READ", song + ":100000"}});
   }
+  // When the file `gate` has something in it, and not before.
+  static Environment BreakingReadBehind(const std::string& gate, const std::string& song) {
+    return Refusing({{"ORBEL_REFUSE_READ", song + ":100000"},
+                     {"ORBEL_HOLD_READ", song + ":100000"},
+                     {"ORBEL_HOLD_UNTIL", gate}});
+  }
   std::string Out() const { return files_.Beside("out.wav"); }
   Ended PlayIntoFile() const {
     return Orbel({"play", files_.Show(), "--output", "file", "--device", Out(), "--fade", "0"});
@@ -138,9 +144,7 @@ TEST_F(BrokenSongs, AreLeftOutWhereAnAttaccaWouldRunIntoThemAndNamedOnce) {
   count_ = 1;
   AddSongs({"Polka", "Galop"});
   const std::string gate = files_.Beside("gate");
-  const Environment circumstances = Refusing({{"ORBEL_REFUSE_READ", "2 Polka.obd:100000"},
-                                              {"ORBEL_HOLD_READ", "2 Polka.obd:100000"},
-                                              {"ORBEL_HOLD_UNTIL", gate}});
+  const Environment circumstances = BreakingReadBehind(gate, "2 Polka.obd");
   OrbelInATerminal orbel({"play", files_.Show(), "--output", "null"});
   ASSERT_TRUE(orbel.Shows("1 Waltz   bar 1.1   240 bpm   stopped"));
   orbel.Type(" ");
@@ -175,9 +179,7 @@ class BrokenSongsBehindAStand : public BrokenSongs {
     count_ = 1;
     AddSongs({"Polka", "Galop"});
     const std::string gate = files_.Beside("gate");
-    const Environment circumstances = Refusing({{"ORBEL_REFUSE_READ", "2 Polka.obd:100000"},
-                                                {"ORBEL_HOLD_READ", "2 Polka.obd:100000"},
-                                                {"ORBEL_HOLD_UNTIL", gate}});
+    const Environment circumstances = BreakingReadBehind(gate, "2 Polka.obd");
     OrbelInATerminal orbel({"play", files_.Show(), "--output", "null"});
     ASSERT_TRUE(orbel.Shows("1 Waltz   bar 1.1   240 bpm   stopped"));
     orbel.Type(" ");

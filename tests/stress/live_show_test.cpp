@@ -22,6 +22,7 @@
 #include "suite/core/notification_names.h"
 #include "tests/reference_suite/audio/support/await.h"
 #include "tests/scenarios/show_on_disk.h"
+#include "tests/stress/display.h"
 #include "tests/support/jack_recorder.h"
 #include "tests/support/jack_server.h"
 
@@ -37,6 +38,7 @@ constexpr unsigned kRate = 48'000;
 constexpr unsigned kBeat = 480;            // ticks
 constexpr long long kBeatFrames = 12'000;  // at 240 beats a minute
 constexpr double kTickSeconds = 0.25 / kBeat;
+constexpr unsigned kNoSongIsLonger = 480 * kBeat;
 constexpr unsigned kShortSong = 24;  // beats
 
 SongPlan Song(unsigned beats, long long firstValue) {
@@ -82,35 +84,6 @@ class DeviceNews {
 
  private:
   std::atomic<bool> isAway_{false};
-};
-
-// Asks all the time where the listener is.
-class Display {
- public:
-  explicit Display(AudioPlayer* player) : thread_([this, player] { Run_(player); }) {}
-  ~Display() {
-    ends_ = true;
-    thread_.join();
-    EXPECT_LE(furthest_, 480 * kBeat) << "no song is longer";
-  }
-  Display(const Display&) = delete;
-  Display& operator=(const Display&) = delete;
-
- private:
-  void Run_(AudioPlayer* player) {
-    while (!ends_) {
-      unsigned tick = 0;
-      player->GetAudibleTickIndex(&tick);
-      furthest_ = std::max(furthest_, tick);
-      player->GetElapsedSeconds();
-      player->HasPendingCaesura();
-      std::this_thread::sleep_for(std::chrono::microseconds(300));
-    }
-  }
-
-  unsigned furthest_ = 0;
-  std::atomic<bool> ends_{false};
-  std::thread thread_;
 };
 
 void DoAnything(AudioPlayer& player, Random& random) {
@@ -307,7 +280,7 @@ TEST(LiveShow, OnAJackServerThatComesAndGoesEveryFrameIsInItsPlace) {
        {Outage{SIGKILL, 128}, Outage{SIGTERM, 1024}, Outage{SIGSTOP, 0}, Outage{SIGKILL, 64}}) {
     {
       const JackRecorder recorder(stage.GetServer(), 2'000'000);
-      const Display display(&player);
+      const Display display(&player, kNoSongIsLonger);
       for (int i = 0; i < 150; ++i) DoAnything(player, random);
       player.Stop();
       ExpectSound(recorder);
@@ -315,7 +288,7 @@ TEST(LiveShow, OnAJackServerThatComesAndGoesEveryFrameIsInItsPlace) {
     ExpectEveryFrame(player, stage.GetServer());
     if (HasFatalFailure()) return;
     {
-      const Display display(&player);
+      const Display display(&player, kNoSongIsLonger);
       stage.BeAwayOnce(player, news, outage);
       if (HasFatalFailure()) return;
     }
@@ -331,7 +304,7 @@ TEST(LiveShow, OnTheNullDeviceItIsWhereTheClockSays) {
   tesk_audio::ConfigureOutput(settings);
   AudioPlayerWrapper wrapper(show.Path().string(), "");
   AudioPlayer& player = *wrapper.GetPlayer();
-  const Display display(&player);
+  const Display display(&player, kNoSongIsLonger);
   Random random(20'261);
   for (const double scale : {0.5, 1.25, 2.0}) {
     for (int i = 0; i < 150; ++i) DoAnything(player, random);

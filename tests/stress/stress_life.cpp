@@ -11,6 +11,7 @@
 #include "suite/core/callback_dispatcher.h"
 #include "suite/core/notification_names.h"
 #include "suite/player_core/gui_update.h"
+#include "tests/stress/display.h"
 #include "tests/stress/vandal.h"
 #include "tests/support/wait_until.h"
 
@@ -23,35 +24,6 @@ using Random = std::mt19937;
 unsigned Below(Random& random, unsigned limit) {
   return static_cast<unsigned>(random()) % limit;
 }
-
-// What a display and a remote control do all the time: ask.
-class Display {
- public:
-  explicit Display(AudioPlayer* player) : thread_([this, player] { Run_(player); }) {}
-  ~Display() {
-    ends_ = true;
-    thread_.join();
-  }
-  Display(const Display&) = delete;
-  Display& operator=(const Display&) = delete;
-
- private:
-  void Run_(AudioPlayer* player) {
-    while (!ends_) {
-      unsigned tick = 0;
-      player->GetAudibleTickIndex(&tick);
-      player->GetElapsedSeconds();
-      player->GetTotalDurationSeconds();
-      player->HasPendingCaesura();
-      Jump jump;
-      player->GetJumpForVampRepeatOrCut(&jump);
-      std::this_thread::sleep_for(std::chrono::microseconds(300));
-    }
-  }
-
-  std::atomic<bool> ends_{false};
-  std::thread thread_;
-};
 
 struct Command {
   const char* name;

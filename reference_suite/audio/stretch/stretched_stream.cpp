@@ -134,7 +134,8 @@ void StretchedStream::DoChunk_() {
   const std::size_t made = ready_;
   Feed_(count);
   Collect_();
-  level_.See(in_.data(), count, out_.data() + (head_ + made) * channels_, ready_ - made);
+  const float* const came = out_.data() + (head_ + made) * channels_;
+  if (WatchesLevel_()) level_.See(in_.data(), count, came, ready_ - made);
   MeasureError_();
   Correct_();
 }

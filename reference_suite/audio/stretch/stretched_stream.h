@@ -54,7 +54,7 @@ class StretchedStream {
   long long GetFirstAttack() const { return firstAttack_; }
 
   // Whether steady sound has faded in it, which a new beginning would bring back.
-  bool IsWeakened() const { return asksForBeginnings_ && engine_->WeakensSound() && level_.IsWeakened(); }
+  bool IsWeakened() const { return WatchesLevel_() && level_.IsWeakened(); }
 
   // The next `count` frames, which still come; valid until the next call.
   const float* Peek(std::size_t count);
@@ -68,6 +68,7 @@ class StretchedStream {
   double GetError() const { return error_; }
 
  private:
+  bool WatchesLevel_() const { return asksForBeginnings_ && engine_->WeakensSound(); }
   void DoChunk_();
   void Feed_(std::size_t count);
   // Whether there is an attack in the next `count` frames that go in; silences them from the one on at which

@@ -51,6 +51,8 @@ bool Await(Condition condition) {
 class PipeWire : public testing::Test {
  protected:
   void SetUp() override {
+    // It is not among the packages: a session manager takes hold of the sound cards of who installs it. There
+    // is nothing to stand in for a server.
     for (const char* const program :
          {"pipewire", "wireplumber", "pw-cli", "pw-jack", "jack_lsp", "dbus-daemon"}) {
       if (OutputOf(std::string("command -v ") + program).empty()) GTEST_SKIP() << program << " is not here";

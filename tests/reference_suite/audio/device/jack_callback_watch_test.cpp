@@ -93,8 +93,8 @@ struct Stage {
   tesk_audio::LiveSampleOutput output;
 };
 
+// Where the system lets no calls be noticed, allocations and locks are watched all the same.
 TEST(JackCallback, AllocatesLocksAndCallsNothingInTenThousandBlocks) {
-  if (!test_support::SystemCallWatch::IsPossible()) GTEST_SKIP() << "the system lets no calls be noticed";
   const JackServer::Shape shape{.periodFrames = 32};
   auto server = std::make_unique<JackServer>(shape);
   Watched watched;
@@ -138,8 +138,7 @@ TEST(JackCallback, AllocatesLocksAndCallsNothingInTenThousandBlocks) {
   EXPECT_EQ(watched.systemCall, -1) << "the number of the call";
 }
 
-TEST(JackCallback, TheWatchSeesWhatItLooksFor) {
-  if (!test_support::SystemCallWatch::IsPossible()) GTEST_SKIP() << "the system lets no calls be noticed";
+TEST(JackCallback, TheWatchSeesEveryKindOfLock) {
   std::thread([] {
     const test_support::LockWatch locks;
     std::mutex mutex;
@@ -159,6 +158,12 @@ TEST(JackCallback, TheWatchSeesWhatItLooksFor) {
     EXPECT_EQ(::sem_trywait(&semaphore), -1);
     EXPECT_EQ(locks.Count(), 5);
   }).join();
+}
+
+TEST(JackCallback, TheWatchSeesACallToTheSystem) {
+  // It takes a kernel that sends calls of a thread's own choice back to it, and this kind of processor: where
+  // they are not there, there is no watch that could be tried.
+  if (!test_support::SystemCallWatch::IsPossible()) GTEST_SKIP() << "the system lets no calls be noticed";
   std::thread([] {
     long pid = 0;
     long first = 0;
