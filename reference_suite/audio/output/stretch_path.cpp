@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <cmath>
+#include <limits>
 #include <numbers>
 #include <utility>
 
@@ -26,8 +27,8 @@ constexpr double kQuarter = std::numbers::pi / 2.0;
 constexpr double kOpposed = -0.3;
 // How many times as long as a recorded sound is late its way back takes at least.
 constexpr std::size_t kGentle = 8;
-// Samples a second of which a stretch begins anew by itself: of more, a beginning takes longer than what
-// waits for the device lasts.
+// Samples a second of which a stretch begins anew by itself: of more, playing and preparing the beginning at
+// once may take longer than there is time.
 constexpr double kMostRenewed = 200'000.0;
 // Frames behind a place between two that have a say there.
 constexpr long long kBetween = 2;
@@ -37,6 +38,14 @@ std::size_t FramesIn(double seconds, double rateHz) {
 }
 
 }  // namespace
+
+std::unique_ptr<StretchedStream> StretchPath::MakeStream_(StretchQuality quality, StretchPace pace,
+                                                          double rateHz) {
+  const bool beginsAnew = pace == StretchPace::AtLeisure || rateHz * channels_ <= kMostRenewed;
+  FrameSource& source = *this;
+  return std::make_unique<StretchedStream>(CreateStretchEngine(quality, rateHz, channels_), source, rateHz,
+                                           channels_, beginsAnew);
+}
 
 std::size_t StretchPath::MostSeamFrames(double rateHz) {
   return FramesIn(kMostSeamSeconds, rateHz);
@@ -52,15 +61,16 @@ StretchPath::StretchPath(AudioPlayerOutputInterface& player, CrossFade& fade, St
       reach_(FramesIn(kReachSeconds, rateHz)),
       near_(FramesIn(kNearSeconds, rateHz)),
       lead_(FramesIn(kLeadSeconds, rateHz)),
-      stream_(CreateStretchEngine(quality, pace, rateHz, channels), *this, rateHz, channels,
-              pace == StretchPace::AtLeisure || rateHz * channels <= kMostRenewed),
+      stream_(MakeStream_(quality, pace, rateHz)),
+      next_(MakeStream_(quality, pace, rateHz)),
       late_(*this, rateHz, channels, std::max({mostFrames, mostSeam_, fade.GetLength()}), reach_),
       incoming_((std::max(mostSeam_, fade.GetLength()) + 2 * reach_) * channels),
       out_((static_cast<std::size_t>(std::ceil(static_cast<double>(mostFrames) / kSlowest)) + 1) * channels) {
 }
 
 void StretchPath::Drop() {
-  stream_.Stop();
+  stream_->Stop();
+  next_->Stop();
   late_.Cancel();
   due_ = 0.0;
   isSounding_ = false;
@@ -76,29 +86,32 @@ void StretchPath::ReadAt(long long index, float* frames, std::size_t count) {
 }
 
 void StretchPath::Turn(const Place& place, const StretchFactors& wanted) {
-  if (stream_.IsActive() || !wanted.AreRecorded() || late_.IsActive()) {
+  if (stream_->IsActive() || !wanted.AreRecorded() || late_.IsActive()) {
     // Asked for first: a stream that begins reads ahead at once.
     const long long caesura = player_.GetNextCaesuraSampleIndex(place.index);
     stop_ = caesura > place.index ? caesura : StretchedStream::kNever;
   }
-  if (stream_.IsActive() ? GoesOn_(place, wanted) : wanted.AreRecorded()) {
+  if (stream_->IsActive() ? GoesOn_(place, wanted) : wanted.AreRecorded()) {
     if (place.index != place.before) JumpAsRecorded_(place);
   } else if (wanted.AreRecorded()) {
+    next_->Stop();
     LeaveStream_(place);
   } else {
+    next_->Stop();
     BeginStream_(place, {std::max(wanted.scale, kSlowest), wanted.semitones});
   }
   // Not even the shadow of an attack behind it is heard before it.
-  if (stream_.IsActive()) stream_.SetEnd(stop_);
+  if (stream_->IsActive()) stream_->SetEnd(stop_);
+  if (next_->IsActive()) next_->SetEnd(stop_);
 }
 
 // Whether the stream that plays is the one to play on.
 bool StretchPath::GoesOn_(const Place& place, const StretchFactors& wanted) {
   if (wanted.AreRecorded() || place.isNextSong || place.index != place.before) return false;
-  if (stream_.IsSilencedAt(place.index) || wanted.semitones != stream_.GetFactors().semitones) return false;
-  if (stream_.IsWeakened()) return false;
+  if (stream_->IsSilencedAt(place.index) || wanted.semitones != stream_->GetFactors().semitones) return false;
+  if (stream_->IsWeakened()) return false;
   const double scale = std::max(wanted.scale, kSlowest);
-  return scale == stream_.GetFactors().scale || stream_.ChangeScale(place.index, scale);
+  return scale == stream_->GetFactors().scale || stream_->ChangeScale(place.index, scale);
 }
 
 std::size_t StretchPath::SeamLength_(const Place& place) const {
@@ -108,9 +121,9 @@ std::size_t StretchPath::SeamLength_(const Place& place) const {
 }
 
 void StretchPath::TakeOutgoing_(const Place& place, std::size_t length) {
-  if (stream_.IsActive()) {
-    if (place.isNextSong) stream_.SetEndHere();
-    stream_.Render(fade_.Outgoing(), length);
+  if (stream_->IsActive()) {
+    if (place.isNextSong) stream_->SetEndHere();
+    stream_->Render(fade_.Outgoing(), length);
     return;
   }
   TakeRecorded_(place, length);
@@ -161,48 +174,68 @@ void StretchPath::TakeBeginning_(long long index, std::size_t length, bool isAlo
 
 void StretchPath::BeginStream_(const Place& place, const StretchFactors& wanted) {
   // As recorded, the next song follows the one before without a fade, and nothing of that one is left.
-  const bool follows = place.isNextSong && !stream_.IsActive();
+  const bool follows = place.isNextSong && !stream_->IsActive();
   const std::size_t ending = follows ? 0 : SeamLength_(place);
   const std::size_t length = ending > 0 ? ending : seam_;
   if (ending > 0) TakeOutgoing_(place, length);
   const bool begins = ending == 0 || place.isNextSong;
   if (begins) TakeBeginning_(place.index, length, ending == 0);
   late_.Cancel();
-  stream_.Start(place.index, wanted, reach_, stop_);
+  stream_->Start(place.index, wanted, reach_, stop_);
   if (!begins) LayAttackOver_(place.index, length);
   JoinStream_(place.index, length, begins || place.index != place.before ? near_ : reach_);
 }
 
 // Goes over into it from what is taken already.
 void StretchPath::JoinStream_(long long index, std::size_t length, std::size_t reach) {
-  stream_.Skip(reach_ - reach);
+  stream_->Skip(reach_ - reach);
   const SeamMatch match =
-      FindSeam(fade_.Outgoing(), stream_.Peek(length + 2 * reach), length, channels_, reach, near_);
-  stream_.Skip(match.lag);
-  stream_.DeclareHere(index);
+      FindSeam(fade_.Outgoing(), stream_->Peek(length + 2 * reach), length, channels_, reach, near_);
+  stream_->Skip(match.lag);
+  stream_->DeclareHere(index);
   fade_.Begin(length, match.correlation);
 }
 
-// The stream that plays, from another beginning.
+// Goes over into another beginning of what the stream plays.
 void StretchPath::BeginAnewAt_(long long index) {
-  stream_.Render(fade_.Outgoing(), seam_);
-  stream_.Start(index, stream_.GetFactors(), reach_, stop_);
+  PrepareNext_(index, index);
+  stream_->Render(fade_.Outgoing(), seam_);
+  std::swap(stream_, next_);
+  next_->Stop();
   LayAttackOver_(index, seam_);
   JoinStream_(index, seam_, near_);
+}
+
+// An attack is seen coming long before it is heard. What begins anew there is made in between, little by
+// little: at once, it would take longer than what waits for the device lasts. What comes next is `index`;
+// before `soon` nothing more can be made.
+void StretchPath::PrepareNext_(long long index, long long soon) {
+  if (stream_->GetAttack() == StretchedStream::kNever) return;
+  const long long border = BorderFrom_(index);
+  if (!next_->IsFrom(border, stream_->GetFactors())) {
+    next_->Prepare(border, stream_->GetFactors(), reach_, stop_);
+    preparedFrom_ = index;
+  }
+  const std::size_t ahead = reach_ + near_ + seam_;
+  const double share =
+      soon < border ? static_cast<double>(soon - preparedFrom_) / static_cast<double>(border - preparedFrom_)
+                    : std::numeric_limits<double>::infinity();
+  while (next_->GetSharePrepared(ahead) < share && !next_->PrepareFurther(ahead)) {
+  }
 }
 
 // An attack right behind a beginning is heard as it was recorded, from a moment before it on: whole and in
 // its place.
 void StretchPath::LayAttackOver_(long long index, std::size_t length) {
-  if (stream_.GetFirstAttack() == StretchedStream::kNever) return;
-  const long long attack = std::max(stream_.GetFirstAttack(), index);
-  const auto until = static_cast<double>(attack - index) / stream_.GetFactors().scale;
+  if (stream_->GetFirstAttack() == StretchedStream::kNever) return;
+  const long long attack = std::max(stream_->GetFirstAttack(), index);
+  const auto until = static_cast<double>(attack - index) / stream_->GetFactors().scale;
   if (until > kSoon * static_cast<double>(length)) return;
   ReadAt(attack - std::llround(until), incoming_.data(), length);
   const auto lead = static_cast<double>(lead_);
   const double from = std::max(0.0, until - lead);
   // What began before goes on: nothing of it is there at once.
-  const bool goesOn = stream_.GetFirstAttack() + StretchedStream::kExactly < index;
+  const bool goesOn = stream_->GetFirstAttack() + StretchedStream::kExactly < index;
   const double rise = std::max(goesOn ? lead : 1.0, until - from);
   const float* recorded = incoming_.data();
   float* out = fade_.Outgoing();
@@ -224,7 +257,7 @@ void StretchPath::JumpAsRecorded_(const Place& place) {
 void StretchPath::LeaveStream_(const Place& place) {
   const std::size_t length = SeamLength_(place);
   if (length > 0) TakeOutgoing_(place, length);
-  stream_.Stop();
+  stream_->Stop();
   if (length == 0) return;
   if (place.isNextSong) {
     fade_.BeginTail(length);
@@ -246,7 +279,7 @@ void StretchPath::LeaveStream_(const Place& place) {
 std::size_t StretchPath::Render(long long index, float* frames, std::size_t count) {
   isSounding_ = true;
   frames_ = frames;
-  if (!stream_.IsActive()) {
+  if (!stream_->IsActive()) {
     late_.Apply(index, frames_, count);
     fade_.Apply(frames_, count);
     return count;
@@ -259,22 +292,24 @@ std::size_t StretchPath::Render(long long index, float* frames, std::size_t coun
     BeginAnewAt_(border);
     index = border;
   }
-  return made + RenderStretched_(frames_ + made * channels_, static_cast<std::size_t>(end - index));
+  made += RenderStretched_(frames_ + made * channels_, static_cast<std::size_t>(end - index));
+  PrepareNext_(end, end + static_cast<long long>(count));
+  return made;
 }
 
 // Where the stream that plays is to begin anew, in time for an attack; `index` is the next frame.
 long long StretchPath::BorderFrom_(long long index) const {
-  const long long attack = stream_.GetAttack();
-  const long long border = attack - std::llround(static_cast<double>(lead_) * stream_.GetFactors().scale);
+  const long long attack = stream_->GetAttack();
+  const long long border = attack - std::llround(static_cast<double>(lead_) * stream_->GetFactors().scale);
   return std::max(border, index);
 }
 
 std::size_t StretchPath::RenderStretched_(float* out, std::size_t count) {
-  due_ += static_cast<double>(count) / stream_.GetFactors().scale;
+  due_ += static_cast<double>(count) / stream_->GetFactors().scale;
   const double whole = std::floor(due_ + 0.5);
   due_ -= whole;
   const auto made = static_cast<std::size_t>(whole);
-  stream_.Render(out, made);
+  stream_->Render(out, made);
   fade_.Apply(out, made);
   return made;
 }

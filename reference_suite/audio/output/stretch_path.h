@@ -1,6 +1,7 @@
 #pragma once
 
 #include <cstddef>
+#include <memory>
 #include <vector>
 
 #include "reference_suite/audio/output/cross_fade.h"
@@ -50,6 +51,7 @@ class StretchPath : private FrameSource {
 
  private:
   void ReadAt(long long index, float* frames, std::size_t count) override;
+  std::unique_ptr<StretchedStream> MakeStream_(StretchQuality quality, StretchPace pace, double rateHz);
   bool GoesOn_(const Place& place, const StretchFactors& wanted);
   std::size_t SeamLength_(const Place& place) const;
   void TakeOutgoing_(const Place& place, std::size_t length);
@@ -59,6 +61,7 @@ class StretchPath : private FrameSource {
   void BeginStream_(const Place& place, const StretchFactors& wanted);
   long long BorderFrom_(long long index) const;
   void BeginAnewAt_(long long index);
+  void PrepareNext_(long long index, long long soon);
   void LayAttackOver_(long long index, std::size_t length);
   void JoinStream_(long long index, std::size_t length, std::size_t reach);
   std::size_t RenderStretched_(float* out, std::size_t count);
@@ -70,10 +73,12 @@ class StretchPath : private FrameSource {
   unsigned channels_;
   std::size_t seam_;
   std::size_t mostSeam_;
-  std::size_t reach_;  // how far beside its place a sound may begin so that it fits
-  std::size_t near_;   // and how far it may where attacks matter
-  std::size_t lead_;   // device frames
-  StretchedStream stream_;
+  std::size_t reach_;                        // how far beside its place a sound may begin so that it fits
+  std::size_t near_;                         // and how far it may where attacks matter
+  std::size_t lead_;                         // device frames
+  std::unique_ptr<StretchedStream> stream_;  // what plays,
+  std::unique_ptr<StretchedStream> next_;    // and what will, from an attack on
+  long long preparedFrom_ = 0;               // the next frame when that was begun with
   LateRead late_;
   std::vector<float> incoming_;  // frames to compare
   std::vector<float> out_;

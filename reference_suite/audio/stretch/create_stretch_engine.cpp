@@ -7,9 +7,8 @@
 
 namespace tesk_audio {
 
-std::unique_ptr<StretchEngine> CreateStretchEngine(StretchQuality quality, StretchPace pace, double rateHz,
-                                                   unsigned channels) {
-  auto engine = std::make_unique<RubberBandEngine>(quality, pace, rateHz, channels);
+std::unique_ptr<StretchEngine> CreateStretchEngine(StretchQuality quality, double rateHz, unsigned channels) {
+  auto engine = std::make_unique<RubberBandEngine>(quality, rateHz, channels);
   std::vector<float> silence(StretchEngine::kMostFrames * channels, 0.0F);
   for (const StretchFactors factors : {StretchFactors{1.0, 1}, {0.25, 0}, {4.0, 0}, {4.0, -12}, {4.0, -24}}) {
     engine->Begin(factors);

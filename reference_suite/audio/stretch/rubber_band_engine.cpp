@@ -12,11 +12,9 @@ namespace {
 // What the engines stretch by at most and at least: beyond, the other plays.
 constexpr double kMostOfTheFaster = 2.0;
 constexpr double kLeastOfTheFiner = 0.34;
-// Beyond, the finer one puts the attacks of some sounds beside their places; and the samples a second up to
-// which it begins anew in less than half of what waits for a device.
+// Beyond, the finer one puts the attacks of some sounds beside their places.
 constexpr double kMostInPlace = 1.3;
 constexpr double kLeastInPlace = 0.72;
-constexpr double kMostSoonReady = 50'000.0;
 // At higher rates the finer one puts attacks elsewhere, by kinds of sound.
 constexpr double kMostRateOfTheFiner = 50'000.0;
 // The faster engine takes other steps where it stretches than where it compresses, and loses the phases when
@@ -38,11 +36,10 @@ std::unique_ptr<RubberBand::RubberBandStretcher> Make(int engine, double rateHz,
 
 }  // namespace
 
-RubberBandEngine::RubberBandEngine(StretchQuality quality, StretchPace pace, double rateHz, unsigned channels)
+RubberBandEngine::RubberBandEngine(StretchQuality quality, double rateHz, unsigned channels)
     : finer_(Make(Stretcher::OptionEngineFiner, rateHz, channels)),
       faster_(Make(Stretcher::OptionEngineFaster, rateHz, channels)),
       quality_(rateHz > kMostRateOfTheFiner ? StretchQuality::Faster : quality),
-      isFinerSoonReady_(pace == StretchPace::AtLeisure || rateHz * channels <= kMostSoonReady),
       stretcher_(finer_.get()),
       halfWindow_(static_cast<double>(stretcher_->getPreferredStartPad())),
       higher_(channels, kMostFrames),
@@ -138,7 +135,7 @@ double RubberBandEngine::GetRunUp() const {
 
 bool RubberBandEngine::SmearsAttacks() const {
   const double stretch = pitch_ / scale_;
-  return isFaster_ || (isFinerSoonReady_ && (stretch > kMostInPlace || stretch < kLeastInPlace));
+  return isFaster_ || stretch > kMostInPlace || stretch < kLeastInPlace;
 }
 
 double RubberBandEngine::GetAttackOffsetAtFirst(double scale) const {

@@ -22,7 +22,7 @@ namespace tesk_audio {
 // where it is told of one; in between it keeps every phase.
 class RubberBandEngine : public StretchEngine {
  public:
-  RubberBandEngine(StretchQuality quality, StretchPace pace, double rateHz, unsigned channels);
+  RubberBandEngine(StretchQuality quality, double rateHz, unsigned channels);
 
   void Begin(const StretchFactors& factors) override;
   double GetStep() const override { return step_; }
@@ -49,16 +49,15 @@ class RubberBandEngine : public StretchEngine {
 
   std::unique_ptr<Stretcher> finer_;
   std::unique_ptr<Stretcher> faster_;
-  StretchQuality quality_;       // asked for
-  const bool isFinerSoonReady_;  // after a Begin, for who waits
-  Stretcher* stretcher_;         // the one that plays
-  bool isFaster_ = false;        // which that is
-  double halfWindow_;            // its, in frames
-  double pitch_ = 1.0;           // frequency ratio, as a whole,
-  double step_ = 1.0;            // by reading the song more densely,
-  double raised_ = 1.0;          // and by playing faster what was stretched
-  double scale_ = 1.0;           // of the last Begin
-  std::size_t keeps_ = 0;        // frames to come that attacks are looked for in
+  StretchQuality quality_;  // asked for
+  Stretcher* stretcher_;    // the one that plays
+  bool isFaster_ = false;   // which that is
+  double halfWindow_;       // its, in frames
+  double pitch_ = 1.0;      // frequency ratio, as a whole,
+  double step_ = 1.0;       // by reading the song more densely,
+  double raised_ = 1.0;     // and by playing faster what was stretched
+  double scale_ = 1.0;      // of the last Begin
+  std::size_t keeps_ = 0;   // frames to come that attacks are looked for in
   bool isCrisp_ = true;
   RaisedFrames higher_;
   std::vector<float> stretched_;

@@ -56,7 +56,6 @@ class StretchEngine {
 };
 
 // Does a chunk of silence, so that nothing is set up later.
-std::unique_ptr<StretchEngine> CreateStretchEngine(StretchQuality quality, StretchPace pace, double rateHz,
-                                                   unsigned channels);
+std::unique_ptr<StretchEngine> CreateStretchEngine(StretchQuality quality, double rateHz, unsigned channels);
 
 }  // namespace tesk_audio

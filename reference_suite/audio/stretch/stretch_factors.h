@@ -15,8 +15,8 @@ struct StretchFactors {
 // What the library is to spend on it.
 enum class StretchQuality { Faster, Finer };
 
-// Whether a device waits for the frames: then nothing begins anew by itself that takes longer than what is
-// ready for the device lasts.
+// Whether a device waits for the frames: then nothing begins anew by itself that would take longer than there
+// is time.
 enum class StretchPace { InTime, AtLeisure };
 
 }  // namespace tesk_audio

@@ -43,14 +43,18 @@ StretchedStream::StretchedStream(std::unique_ptr<StretchEngine> engine, FrameSou
       out_(kRoom * channels) {}
 
 void StretchedStream::Start(long long index, const StretchFactors& factors, std::size_t lead, long long end) {
+  Prepare(index, factors, lead, end);
+  while (!PrepareFurther(0)) {
+  }
+}
+
+void StretchedStream::Prepare(long long index, const StretchFactors& factors, std::size_t lead,
+                              long long end) {
   engine_->Begin(factors);
   factors_ = factors;
   active_ = true;
-  // The part that passes is not declared: what it moved is made up for little by little.
-  const double attack =
-      engine_->GetAttackOffset(factors.scale) + engine_->GetAttackOffsetAtFirst(factors.scale);
   const double runUp =
-      (static_cast<double>(lead) + std::max(0.0, -attack) + engine_->GetRunUp()) * factors.scale;
+      (static_cast<double>(lead) + std::max(0.0, -OffsetAtFirst_()) + engine_->GetRunUp()) * factors.scale;
   origin_ = static_cast<double>(index) - std::ceil(runUp + engine_->GetHalfIn() * engine_->GetStep());
   end_ = end;
   silentFrom_ = attack_ = firstAttack_ = kNever;
@@ -60,20 +64,42 @@ void StretchedStream::Start(long long index, const StretchFactors& factors, std:
   corrects_ = isBased_ = false;
   head_ = ready_ = 0;
   index_ = index;
+  lead_ = static_cast<double>(lead);
   isSettling_ = true;
-  Fill_(1);
-  // An engine that has just begun moves its output a little, until it has settled.
-  for (;;) {
-    const double passed = made_ - static_cast<double>(ready_) + static_cast<double>(lead);
-    const long long left = std::llround(base_ + error_ + attack - passed);
-    if (left <= 0) break;
-    Skip(std::min(static_cast<std::size_t>(left), ready_));
-    Fill_(1);
+}
+
+bool StretchedStream::PrepareFurther(std::size_t count) {
+  if (isSettling_ || ready_ < count) {
+    MakeRoom_();
+    DoChunk_();
   }
+  if (isSettling_ && ready_ > 0) PassOverRunUp_();
+  return !isSettling_ && ready_ >= count;
+}
+
+// The part of it that passes is not declared: what it moved is made up for little by little.
+double StretchedStream::OffsetAtFirst_() const {
+  return engine_->GetAttackOffset(factors_.scale) + engine_->GetAttackOffsetAtFirst(factors_.scale);
+}
+
+// An engine that has just begun moves its output a little, until it has settled.
+void StretchedStream::PassOverRunUp_() {
+  const double passed = made_ - static_cast<double>(ready_) + lead_;
+  const auto left =
+      static_cast<std::size_t>(std::max(0LL, std::llround(base_ + error_ + OffsetAtFirst_() - passed)));
+  const std::size_t passes = std::min(left, ready_);
+  head_ += passes;
+  ready_ -= passes;
+  if (ready_ == 0) return;
   isSettling_ = false;
   level_.Forget();
   base_ += error_;
   error_ = 0.0;
+}
+
+double StretchedStream::GetSharePrepared(std::size_t count) const {
+  if (!isBased_) return 0.0;
+  return made_ / (base_ + error_ + OffsetAtFirst_() - lead_ + static_cast<double>(count));
 }
 
 double StretchedStream::ErrorOf_(double base, long long index, double scale) const {
@@ -124,9 +150,13 @@ void StretchedStream::Render(float* frames, std::size_t count) {
 
 void StretchedStream::Fill_(std::size_t count) {
   if (ready_ >= count) return;
+  MakeRoom_();
+  while (ready_ < count) DoChunk_();
+}
+
+void StretchedStream::MakeRoom_() {
   std::copy_n(out_.data() + head_ * channels_, ready_ * channels_, out_.data());
   head_ = 0;
-  while (ready_ < count) DoChunk_();
 }
 
 void StretchedStream::DoChunk_() {

@@ -35,6 +35,17 @@ class StretchedStream {
   // From now on the frame of song frame `index` comes out after `lead` frames that belong before it. To the
   // stream, the song is silent from `end` on: it reads ahead at once.
   void Start(long long index, const StretchFactors& factors, std::size_t lead, long long end = kNever);
+  // The same little by little: Prepare, and then PrepareFurther as often as it takes. Until then nothing else
+  // is asked of it but SetEnd, Stop and the questions about it.
+  void Prepare(long long index, const StretchFactors& factors, std::size_t lead, long long end = kNever);
+  // Does a chunk. Whether it has begun and the next `count` frames are there; then it does nothing.
+  bool PrepareFurther(std::size_t count);
+  // How much of that is done, from 0 to about 1.
+  double GetSharePrepared(std::size_t count) const;
+  // Whether that is where and how it began, or is being prepared to.
+  bool IsFrom(long long index, const StretchFactors& factors) const {
+    return active_ && begun_ == index && factors_ == factors;
+  }
   void Stop() { active_ = false; }
   bool IsActive() const { return active_; }
   const StretchFactors& GetFactors() const { return factors_; }
@@ -69,6 +80,8 @@ class StretchedStream {
 
  private:
   bool WatchesLevel_() const { return asksForBeginnings_ && engine_->WeakensSound(); }
+  double OffsetAtFirst_() const;
+  void PassOverRunUp_();
   void DoChunk_();
   void Feed_(std::size_t count);
   // Whether there is an attack in the next `count` frames that go in; silences them from the one on at which
@@ -78,6 +91,7 @@ class StretchedStream {
   void MeasureError_();
   void Correct_();
   void Fill_(std::size_t count);
+  void MakeRoom_();
   // The place in the song of a frame that goes in.
   double PlaceOf_(double fed) const { return origin_ + fed * engine_->GetStep(); }
   double ErrorOf_(double base, long long index, double scale) const;
@@ -106,7 +120,8 @@ class StretchedStream {
   bool isBased_ = false;
   double error_ = 0.0;
   bool corrects_ = false;
-  bool isSettling_ = false;
+  bool isSettling_ = false;  // until it has begun
+  double lead_ = 0.0;        // output frames
 
   InBetweenReader between_;
   AttackWatch watch_;

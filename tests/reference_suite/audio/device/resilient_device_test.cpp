@@ -449,7 +449,7 @@ TEST(ResilientDevice, AnOpeningThatHangsForLongIsTriedAgainBesideIt) {
   Told told;
   {
     ResilientDevice resilient(
-        {kRate, 1, 256, 0.05},
+        {kRate, 1, 256, 0.5},
         [&tries, end]() -> std::unique_ptr<Device> {
           if (++tries < 3) end.wait();
           return std::make_unique<MortalDevice>();
@@ -476,7 +476,7 @@ TEST(ResilientDevice, OfOpeningsThatHangThereAreFourAtMost) {
   std::atomic<bool> isFirst{true};
   {
     ResilientDevice resilient(
-        {kRate, 1, 256, 0.02},
+        {kRate, 1, 256, 0.5},
         [&, end, tries]() -> std::unique_ptr<Device> {
           if (isFirst.exchange(false)) return shop.Source()();
           ++*tries;
