@@ -12,6 +12,7 @@
 #include "host/cli/verbs.h"
 #include "host/session/bench_live.h"
 #include "host/session/console_lines.h"
+#include "host/session/drawn_on.h"
 #include "host/session/failure.h"
 #include "host/session/memory_lock.h"
 #include "host/session/shown_text.h"
@@ -106,7 +107,7 @@ int Run(const Faces& faces, LiveBenchOptions options, bool asJson) {
   BenchLive(options, &Say, [&](const LiveBenchRow& row) {
     rows.push_back(ToJson(row));
     table.Add(ToCells(row));
-    if (MessagesAreOnTerminal()) Say("period " + std::to_string(row.periodFrames) + ": done");
+    if (MessagesAreDrawnOn()) Say("period " + std::to_string(row.periodFrames) + ": done");
   });
   if (asJson) {
     Print(rows);

@@ -7,6 +7,7 @@
 #include "host/cli/verbs.h"
 #include "host/session/check_show.h"
 #include "host/session/console_lines.h"
+#include "host/session/drawn_on.h"
 #include "host/session/failure.h"
 #include "host/session/shown_text.h"
 
@@ -43,7 +44,7 @@ int Run(const Options& options) {
     std::cerr << "\r\x1b[K"
               << "decoding " << file << std::flush;
   };
-  const bool shows = MessagesAreOnTerminal() && !options.json;
+  const bool shows = MessagesAreDrawnOn() && !options.json;
   const Problems problems =
       CheckShow(options.show, shows ? std::function<void(const std::string&)>(progress) : nullptr);
   if (shows) std::cerr << "\r\x1b[K" << std::flush;

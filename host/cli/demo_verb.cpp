@@ -5,6 +5,7 @@
 #include "host/cli/json_text.h"
 #include "host/cli/verbs.h"
 #include "host/session/console_lines.h"
+#include "host/session/drawn_on.h"
 #include "host/session/failure.h"
 #include "host/session/shown_text.h"
 
@@ -17,7 +18,7 @@ struct Options {
 };
 
 int Run(const Faces& faces, const Options& options) {
-  const bool shows = MessagesAreOnTerminal();
+  const bool shows = MessagesAreDrawnOn();
   faces.writeDemo(options.folder, [&](const std::string& file) {
     if (shows) std::cerr << "\r\x1b[K" << (file.empty() ? "" : "making " + Shown(file)) << std::flush;
   });

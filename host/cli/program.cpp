@@ -60,15 +60,11 @@ int Carry(const Action& action) {
   try {
     const int status = action();
     return RequireWritten(status);
-  } catch (const Failure& failure) {
-    SayError(failure.what());
-    return failure.GetStatus();
   } catch (const std::bad_alloc&) {
     throw;
   } catch (const std::exception& error) {
-    SayError(error.what());
+    return SayWhatFailed(error);
   }
-  return kFailed;
 }
 
 void WriteToStandardError(std::string_view words) {
@@ -117,12 +113,10 @@ void Say(const std::string& message) {
   std::cerr << message << std::endl;
 }
 
-bool OutputIsTerminal() {
-  return ::isatty(STDOUT_FILENO) == 1;
-}
-
-bool MessagesAreOnTerminal() {
-  return ::isatty(STDERR_FILENO) == 1;
+int SayWhatFailed(const std::exception& error) {
+  SayError(error.what());
+  const auto* const failure = dynamic_cast<const Failure*>(&error);
+  return failure == nullptr ? kFailed : failure->GetStatus();
 }
 
 int RunProgram(int argc, char** argv, const Faces& faces) try {

@@ -5,6 +5,7 @@
 
 #include "host/cli/between.h"
 #include "host/cli/verbs.h"
+#include "host/session/drawn_on.h"
 #include "host/session/failure.h"
 #include "host/session/render.h"
 #include "host/session/shown_text.h"
@@ -55,7 +56,7 @@ int Tell(const RenderOptions& options, const RenderResult& result) {
 int Run(const RenderOptions& options) {
   auto bar = std::make_unique<ProgressBar>();
   RenderListener listener;
-  if (MessagesAreOnTerminal()) {
+  if (MessagesAreDrawnOn()) {
     listener.progress = [&](const RenderProgress& progress) { bar->Show(progress); };
     listener.waiting = [&](const std::string& text) { bar->Wait(text); };
   }
@@ -64,6 +65,13 @@ int Run(const RenderOptions& options) {
   listener.complete = [&](const RenderResult& result) {
     bar.reset();
     const int status = Tell(options, result);
+    std::cout.flush();
+    std::cerr.flush();
+    std::_Exit(status);
+  };
+  listener.failed = [&](const std::exception& error) {
+    bar.reset();
+    const int status = SayWhatFailed(error);
     std::cout.flush();
     std::cerr.flush();
     std::_Exit(status);

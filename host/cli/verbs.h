@@ -1,5 +1,6 @@
 #pragma once
 
+#include <exception>
 #include <functional>
 #include <string>
 
@@ -31,9 +32,7 @@ extern const char* const kExitStatuses;
 
 // One line on standard error.
 void Say(const std::string& message);
-
-// Whether standard output, or standard error, is a terminal on which a line may be written over.
-bool OutputIsTerminal();
-bool MessagesAreOnTerminal();
+// The words of an error on standard error; returns the exit status that goes with it.
+int SayWhatFailed(const std::exception& error);
 
 }  // namespace orbel::host::cli

@@ -1,12 +1,11 @@
 #include "host/session/console_lines.h"
 
-#include <unistd.h>
-
 #include <iostream>
 #include <mutex>
 #include <streambuf>
 #include <utility>
 
+#include "host/session/drawn_on.h"
 #include "suite/core/log_sink.h"
 
 namespace orbel::host {
@@ -59,7 +58,7 @@ class Console : public std::streambuf {
 
   // In one piece. On a terminal it takes the place of the progress that stands on the line.
   void Write_(const std::string& line) {
-    static const bool onTerminal = ::isatty(STDERR_FILENO) == 1;
+    static const bool onTerminal = MessagesAreDrawnOn();
     std::cerr << (onTerminal ? "\r\x1b[K" + line + "\n" : line + "\n");
   }
 

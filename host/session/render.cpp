@@ -2,7 +2,9 @@
 
 #include <algorithm>
 #include <cmath>
+#include <exception>
 #include <memory>
+#include <new>
 #include <utility>
 
 #include "host/session/at_work.h"
@@ -41,6 +43,11 @@ class Renderer {
         conductor_(session_, directions_) {}
 
   RenderResult Run();
+  // What is not complete yet leaves nothing behind.
+  void DropFiles() {
+    file_.reset();
+    trace_.reset();
+  }
 
  private:
   void RequireTheFirstSong_();
@@ -244,8 +251,16 @@ void Render(const RenderOptions& options, const RenderListener& listener) {
   NoteShow(options.showPath);
   RequireNothingIsOverwritten(options);
   Renderer renderer(options, listener);
-  const RenderResult result = renderer.Run();
-  if (listener.complete) listener.complete(result);
+  try {
+    const RenderResult result = renderer.Run();
+    if (listener.complete) listener.complete(result);
+  } catch (const std::bad_alloc&) {
+    throw;
+  } catch (const std::exception& error) {
+    renderer.DropFiles();
+    if (listener.failed) listener.failed(error);
+    throw;
+  }
 }
 
 }  // namespace orbel::host

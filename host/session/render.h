@@ -1,5 +1,6 @@
 #pragma once
 
+#include <exception>
 #include <functional>
 #include <optional>
 #include <string>
@@ -45,6 +46,8 @@ struct RenderListener {
   // When the file is complete and has its name. Render returns after taking the engine down, which can wait a
   // second for the thread that frees audio; whoever ends the program anyway need not wait for that.
   std::function<void(const RenderResult&)> complete;
+  // When it has failed and no file is left: likewise. Not without memory for the error.
+  std::function<void(const std::exception&)> failed;
 };
 
 // Plays into a sound file through the engine, faster than real time. When Ctrl-C was pressed, or anything

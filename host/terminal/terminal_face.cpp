@@ -8,6 +8,7 @@
 #include <memory>
 
 #include "host/session/console_lines.h"
+#include "host/session/drawn_on.h"
 #include "host/session/interrupts.h"
 #include "host/session/memory_lock.h"
 #include "host/session/shown_text.h"
@@ -26,7 +27,7 @@ class Performance {
  public:
   Performance(const PlayOptions& options, bool attended)
       : attended_(attended),
-        display_(attended && ::isatty(STDERR_FILENO) == 1),
+        display_(attended && MessagesAreDrawnOn()),
         live_(WithMessages_(options), attended) {}
 
   int Run(PlayReport* report) {

@@ -9,10 +9,11 @@
 #include <utmp.h>
 
 #include <chrono>
+#include <cstdlib>
 
 namespace host_tests {
 
-OrbelInATerminal::OrbelInATerminal(const std::vector<std::string>& arguments) {
+OrbelInATerminal::OrbelInATerminal(const std::vector<std::string>& arguments, const char* kind) {
   std::vector<std::string> words{ORBEL_PROGRAM};
   words.insert(words.end(), arguments.begin(), arguments.end());
   std::vector<char*> argv;
@@ -24,7 +25,7 @@ OrbelInATerminal::OrbelInATerminal(const std::vector<std::string>& arguments) {
   process_ = ::fork();
   if (process_ != 0) return;
   ::close(terminal_);
-  if (::login_tty(keptOpen_) != 0) ::_exit(126);
+  if (::login_tty(keptOpen_) != 0 || ::setenv("TERM", kind, 1) != 0) ::_exit(126);
   ::execv(argv[0], argv.data());
   ::_exit(127);
 }

@@ -7,10 +7,10 @@
 
 namespace host_tests {
 
-// The program in a terminal of its own, in which a test can type.
+// The program in a terminal of its own, in which a test can type. `kind` is what TERM says of it.
 class OrbelInATerminal {
  public:
-  explicit OrbelInATerminal(const std::vector<std::string>& arguments);
+  explicit OrbelInATerminal(const std::vector<std::string>& arguments, const char* kind = "xterm");
   ~OrbelInATerminal();
   OrbelInATerminal(const OrbelInATerminal&) = delete;
   OrbelInATerminal& operator=(const OrbelInATerminal&) = delete;

@@ -39,6 +39,25 @@ TEST(Terminal, NothingPlaysBeforeGoAndTheKeysDriveTheShow) {
   EXPECT_TRUE(orbel.IsAsBefore());
 }
 
+TEST(Terminal, WhereNothingCanBeWrittenOverLinesStandUnderEachOther) {
+  ShowFiles files;
+  files.AddSong("1", "Waltz", 60);
+  OrbelInATerminal orbel({"play", files.Show(), "--output", "null"}, "dumb");
+  EXPECT_TRUE(orbel.Shows("1 Waltz   bar 1.1   240 bpm   stopped"));
+  orbel.Type(" ");
+  EXPECT_TRUE(orbel.Shows("240 bpm   playing   next: 61.1 end"));
+  orbel.Type("p");
+  EXPECT_TRUE(orbel.Shows("paused"));
+  orbel.Type("q");
+  orbel.Type("q");
+  EXPECT_EQ(orbel.WaitForEnd(), 0);
+  EXPECT_EQ(orbel.GetScreen().find('\x1b'), std::string::npos) << orbel.GetScreen();
+  OrbelInATerminal render({"render", files.Show(), "-o", files.Beside("out.wav")}, "dumb");
+  EXPECT_TRUE(render.Shows("frames"));
+  EXPECT_EQ(render.WaitForEnd(), 0);
+  EXPECT_EQ(render.GetScreen().find('\x1b'), std::string::npos) << render.GetScreen();
+}
+
 TEST(Terminal, ThePassOfAVampIsShownFromTheSecondOn) {
   ShowFiles files;
   files.AddSong("1", "Waltz", 60, "[[vamp]]\nfrom = \"2\"\nto = \"3\"\n");
