@@ -11,6 +11,16 @@
 
 namespace test_support {
 
+namespace {
+
+// What one client of JACK writes into a port another reads behind it in the graph. The server sees to the
+// order, through memory of its own that the thread sanitizer does not know.
+__attribute__((noinline, no_sanitize("thread"))) float Arrived(const float* in, std::size_t frame) {
+  return in[frame];
+}
+
+}  // namespace
+
 JackRecorder::JackRecorder(const std::string& server, std::size_t frames, unsigned ports,
                            const std::string& name)
     : room_(frames) {
@@ -53,11 +63,11 @@ void JackRecorder::Process_(jack_nframes_t frames) {
   }
   std::size_t count = count_;
   for (std::size_t i = 0; i < frames && count < room_; ++i) {
-    const bool silent = in[0][i] == 0.0F;
+    const bool silent = Arrived(in[0], i) == 0.0F;
     if (silent && count > 0) ++lastSilence_;
     if (!silent) silence_ += std::exchange(lastSilence_, 0);
     if (silent && (count == 0 || kept_[0][count - 1] == 0.0F)) continue;
-    for (std::size_t port = 0; port < ports_.size(); ++port) kept_[port][count] = in[port][i];
+    for (std::size_t port = 0; port < ports_.size(); ++port) kept_[port][count] = Arrived(in[port], i);
     ++count;
   }
   ++changes_;
