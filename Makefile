@@ -30,7 +30,7 @@ help:
 	@echo "make sanitize  the engine's tests under the address, undefined-behaviour and thread sanitizers"
 	@echo "make coverage  lines and branches of the engine that the tests reach; fails under 98 % and 90 %,"
 	@echo "               and when the tests of the readers leave one of their branches out"
-	@echo "make mutate    break the engine in one place after the other: do its tests notice? (hours)"
+	@echo "make mutate    break the engine in one place after the other: do its tests notice? (four hours)"
 	@echo "make fuzz      a minute of random bytes for every reader and the planner (SECONDS=60)"
 	@echo "make bench     the benchmarks, beside peers that it installs; figures and goals in docs/performance.md"
 	@echo "make stress    50,000 random commands against a live player, plain and under the sanitizers; half an hour"
@@ -93,7 +93,7 @@ coverage: packages
 
 mutate: packages
 	@$(STEP) "configure for mutations" cmake --preset mutate --log-level=WARNING
-	@tools/mutate.py $(if $(MINUTES),--minutes $(MINUTES))
+	@tools/mutate.py --minutes $(or $(MINUTES),240)
 
 fuzz: packages
 	@$(STEP) "configure fuzz" cmake --preset fuzz --log-level=WARNING
