@@ -563,11 +563,11 @@ TEST(JackLoss, WithoutASoundSystemTheFirstThatComesIsTaken) {
   EXPECT_EQ(orbel.WaitForEnd(), 0);
 }
 
-// How far what a recorder hears is ahead of the clock, in seconds: of many periods the one that came least
-// late.
-double AheadOf(const JackRecorder& recorder) {
+// How far what a recorder hears is ahead of the clock, in seconds: of the periods in `frames`, the one that
+// came least late.
+double AheadOf(const JackRecorder& recorder, std::size_t frames) {
   double most = -1e9;
-  const std::size_t end = recorder.GetCount() + 2 * kRate;
+  const std::size_t end = recorder.GetCount() + frames;
   const bool sounds = Await([&] {
     const JackRecorder::Newest newest = recorder.GetNewest();
     if (newest.count < 2'000) return false;
@@ -578,41 +578,51 @@ double AheadOf(const JackRecorder& recorder) {
   return sounds ? most : -1e9;
 }
 
+// The same at this moment, when the server has lost nothing lately. One that is held up stands still.
+double AheadNow(const JackRecorder& recorder) {
+  double now = 0.0;
+  const bool isSteady = Await([&] {
+    const double before = AheadOf(recorder, kRate / 2);
+    now = AheadOf(recorder, kRate / 10);
+    return std::fabs(now - before) < 0.005;
+  });
+  return isSteady ? now : -1e9;
+}
+
 // With 256 frames a period a frame sounds 512 later, with 2048 that is 4096: 75 ms more.
 TEST(JackLoss, AServerThatComesBackWithAnotherLatencyIsHeardWhereTheShowIs) {
   ShowFiles files;
   files.AddSong("1", "Waltz", 300);
   WriteWav(files.At("data/1 Waltz.obd"), FramesFromZero(300LL * kRate), kRate);
   const std::string name = JackServer::NewName();
-  auto server = std::make_unique<JackServer>(JackServer::Shape{.rateHz = kRate, .periodFrames = 256}, name);
+  unsigned period = 256;
+  const auto start = [&] {
+    return std::make_unique<JackServer>(JackServer::Shape{.rateHz = kRate, .periodFrames = period}, name);
+  };
+  auto server = start();
   OrbelInATerminal orbel({"play", files.Show(), "--output", "jack", "--device", name, "--connect",
                           "recorder:in_1", "--connect", "system:playback_1", "--crossfade", "0", "--fade",
                           "0"});
   ASSERT_TRUE(orbel.Shows("stopped"));
-  double before = 0.0;
-  {
-    const JackRecorder recorder(name, 20'000'000);
-    orbel.Type("p");
-    // Until the server loses nothing while it is looked at, as one does that is held up.
-    double earlier = 0.0;
-    ASSERT_TRUE(Await([&] {
-      earlier = std::exchange(before, AheadOf(recorder));
-      return std::fabs(before - earlier) < 0.005;
-    }));
-  }
-  for (const unsigned period : {2048U, 256U}) {
+  auto recorder = std::make_unique<JackRecorder>(name, 20'000'000);
+  orbel.Type("p");
+  for (const unsigned next : {2048U, 256U}) {
+    const double before = AheadNow(*recorder);
     server->End(SIGKILL);
+    recorder.reset();
     ASSERT_TRUE(orbel.Shows("recovering"));
-    server = std::make_unique<JackServer>(JackServer::Shape{.rateHz = kRate, .periodFrames = period}, name);
-    const JackRecorder recorder(name, 20'000'000);
-    ASSERT_TRUE(orbel.Shows("sound again")) << orbel.GetScreen();
-    const double after = AheadOf(recorder);
     // A recorder has the whole period when it begins, the last frame of which is as much later.
-    const double earlier = (2.0 + 1.0) * (period - 256.0) / kRate;
-    std::printf("%u frames a period: taken %.1f ms earlier than at first; %.1f would be right\n", period,
+    const double earlier = (2.0 + 1.0) * (static_cast<double>(next) - period) / kRate;
+    period = next;
+    server = start();
+    recorder = std::make_unique<JackRecorder>(name, 20'000'000);
+    ASSERT_TRUE(orbel.Shows("sound again")) << orbel.GetScreen();
+    const double after = AheadOf(*recorder, kRate);
+    std::printf("%u frames a period: taken %.1f ms earlier than before; %.1f would be right\n", period,
                 (after - before) * 1000.0, earlier * 1000.0);
     EXPECT_NEAR(after - before, earlier, 0.03);
   }
+  recorder.reset();
   orbel.Type("qq");
   EXPECT_EQ(orbel.WaitForEnd(), 0);
 }
