@@ -9,7 +9,9 @@ extern "C" {
 const char* __lsan_default_suppressions();
 const char* __lsan_default_suppressions() {
   return "leak:StartFileLoaderThread\n"
-         "leak:librubberband.so\n";
+         "leak:RubberBand::allocate<\n"
+         "leak:RubberBand::CompoundAudioCurve::\n"
+         "leak:RubberBand::R2Stretcher::\n";
 }
 
 // The thread of such a record is neither joined nor detached, for the same reason. These four take the show
