@@ -17,6 +17,11 @@ namespace {
 // Frames that are fetched at a time.
 constexpr std::size_t kBlock = 256;
 constexpr long long kMillisecond = 1'000'000;
+// What is ready beyond a period: the thread may be late by as much.
+constexpr double kReadySeconds = 0.005;
+// Binary logarithm of the shortest blocks that the converter works in. The longer ones that it prefers spare
+// little and hold four times as much back.
+constexpr unsigned kShortestBlock = 8;
 
 }  // namespace
 
@@ -29,9 +34,11 @@ RateBridge::RateBridge(std::unique_ptr<Device> device, double rateHz)
                  device_->GetChannelCount()) {
   const soxr_io_spec_t io = soxr_io_spec(SOXR_FLOAT32_I, SOXR_FLOAT32_I);
   const soxr_quality_spec_t quality = soxr_quality_spec(SOXR_HQ, 0);
+  soxr_runtime_spec_t blocks = soxr_runtime_spec(1);
+  blocks.log2_min_dft_size = blocks.log2_large_dft_size = kShortestBlock;
   soxr_error_t error = nullptr;
   converter_ =
-      soxr_create(rateHz_, device_->GetRateHz(), device_->GetChannelCount(), &error, &io, &quality, nullptr);
+      soxr_create(rateHz_, device_->GetRateHz(), device_->GetChannelCount(), &error, &io, &quality, &blocks);
   if (error != nullptr) {
     throw TESKAudioError("The rate of the audio device cannot be converted: " + std::string(error) + ".");
   }
@@ -44,7 +51,8 @@ RateBridge::~RateBridge() {
 }
 
 std::size_t RateBridge::GetWanted_() const {
-  return std::min<std::size_t>(2 * device_->GetPeriodFrames() + kBlock, 3 * kMostPeriodFrames);
+  const auto ready = static_cast<std::size_t>(std::lround(kReadySeconds * device_->GetRateHz()));
+  return std::min<std::size_t>(device_->GetPeriodFrames() + ready, 3 * kMostPeriodFrames);
 }
 
 unsigned RateBridge::GetLatencyFrames() const {

@@ -19,8 +19,7 @@ namespace tesk_audio {
 //
 // Units      what callers see are frames of the rate given, but for the period, which is the device's.
 // Threads    Process on the device's thread; the callback is asked on the thread of this object, a real-time
-// one where
-//            the system grants it.
+//            one where the system grants it.
 // Render     Process takes no lock and allocates nothing.
 class RateBridge : public Device, private DeviceCallback {
  public:
