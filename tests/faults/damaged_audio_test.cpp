@@ -98,6 +98,51 @@ TEST_F(DamagedAudio, ChainedOggWhoseRateChangesIsRefused) {
   ExpectRefused("Keep one recording in each file");
 }
 
+// Neither the rate of the show, which the others would be blamed for, nor one to resample from.
+TEST_F(DamagedAudio, OfARateThatCannotBePlayedIsRefusedAloneWhicheverSongItIs) {
+  struct Odd {
+    std::string number, name;
+    int rate;
+    std::string other;
+  };
+  for (const Odd& odd :
+       {Odd{"1", "Waltz", 100, "2"}, {"1", "Waltz", 1'000'000, "2"}, {"2", "Polka", 900, "1"}}) {
+    const std::string file = "data/" + odd.number + " " + odd.name + ".obd";
+    const std::string good = sound_files::Bytes(files_.At(file));
+    sound_files::Write(files_.At(file), SF_FORMAT_WAV | SF_FORMAT_PCM_16, odd.rate, 1,
+                       sound_files::Noise(4'000, 1));
+    const std::string words = file + ": it has " + std::to_string(odd.rate) +
+                              " frames a second, and only 8000 to 384000 can be played. Export the recording "
+                              "again at 48000 Hz";
+    const std::string leftOut = words + ". Song " + odd.number + " is left out.\n";
+    const Ended check = Check();
+    EXPECT_EQ(check.status, 5);
+    EXPECT_EQ(check.out,
+              "error: " + words + ". The song is left out; replace the file\n1 error, no warnings\n");
+    const Ended asked = Render(odd.number);
+    EXPECT_EQ(asked.status, 1);
+    EXPECT_THAT(asked.messages, HasSubstr(words));
+    const Ended other = Render(odd.other);
+    EXPECT_EQ(other.status, 0);
+    EXPECT_THAT(other.messages, HasSubstr(leftOut));
+    const Ended play = Orbel({"play", files_.Show(), "--output", "file", "--device", Out()});
+    EXPECT_EQ(play.status, 0);
+    EXPECT_THAT(play.messages, HasSubstr(leftOut));
+    EXPECT_THAT(play.messages, HasSubstr("out.wav, 8000 Hz.\n"));
+    sound_files::WriteBytes(files_.At(file), good);
+  }
+}
+
+TEST_F(DamagedAudio, OfTheLeastAndTheMostFramesASecondPlays) {
+  for (const int rate : {8'000, 384'000}) {
+    sound_files::Write(Audio(), SF_FORMAT_WAV | SF_FORMAT_PCM_16, rate, 1,
+                       sound_files::Noise(kBars * rate, 1));
+    EXPECT_EQ(Check().status, 0);
+    EXPECT_EQ(Render("1").status, 0);
+    EXPECT_EQ(ReadFloatWav(Out()).size(), static_cast<std::size_t>(kBars * rate));
+  }
+}
+
 TEST_F(DamagedAudio, EmptyFile) {
   Give("");
   ExpectRefused("the file is empty");

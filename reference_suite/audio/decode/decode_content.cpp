@@ -15,6 +15,10 @@ namespace tesk_audio {
 
 namespace {
 
+// What a show can be played and rendered at; a song plays at its own rate where it is the show's.
+constexpr double kLeastRateHz = 8000.0;
+constexpr double kMostRateHz = 384000.0;
+
 void Warn(const DecodeRequest& request, const std::string& text) {
   exc::CoutBuffer() << "WARNING: " << request.shownPath << ": " << text << "." << exc::EndlT();
 }
@@ -52,6 +56,15 @@ void RunApart(const DecodingPlaces& places, const std::function<void()>& work) {
 
 }  // namespace
 
+void RequirePlayableRate(const DecodedFormat& format, const DecodeRequest& request) {
+  if (format.rateHz >= kLeastRateHz && format.rateHz <= kMostRateHz) return;
+  ThrowUndecodable(format.isOgg,
+                   request.shownPath + ": it has " + std::to_string(std::llround(format.rateHz)) +
+                       " frames a second, and only " + std::to_string(std::lround(kLeastRateHz)) + " to " +
+                       std::to_string(std::lround(kMostRateHz)) +
+                       " can be played. Export the recording again at 48000 Hz.");
+}
+
 void RequirePlayableLength(const DecodedFormat& format, long long frames, const DecodeRequest& request) {
   if (frames == 0) {
     ThrowUndecodable(format.isOgg, request.shownPath + ": the " + format.name +
@@ -68,6 +81,7 @@ void RequirePlayableLength(const DecodedFormat& format, long long frames, const 
 
 std::unique_ptr<MemoryContent> DecodeContent(AudioDecoder& decoder, const DecodeRequest& request) {
   const DecodedFormat& format = decoder.Format();
+  RequirePlayableRate(format, request);
   RequireChannels(format, request);
   Intake intake(format, request);
   if (format.frames > 0) {

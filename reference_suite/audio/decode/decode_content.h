@@ -35,10 +35,11 @@ struct DecodeRequest {
 // Decodes to the end. What a header promises is only ever used to refuse what cannot fit; the length is what
 // came out. Samples that are not finite become 0. Everything odd about the file is one warning line on the
 // console. Throws TESKAudioError when memory is short, and the decoder's own class for a file without a
-// single frame, with too many, or with other channels than it must have.
+// single frame, with too many, of a rate that no show has, or with other channels than it must have.
 std::unique_ptr<MemoryContent> DecodeContent(AudioDecoder& decoder, const DecodeRequest& request);
 
 // What both decoding and probing refuse at once. `frames` may be -1, unknown.
+void RequirePlayableRate(const DecodedFormat& format, const DecodeRequest& request);
 void RequirePlayableLength(const DecodedFormat& format, long long frames, const DecodeRequest& request);
 
 }  // namespace tesk_audio

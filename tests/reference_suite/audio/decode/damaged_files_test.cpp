@@ -200,6 +200,28 @@ TEST_F(DamagedFiles, NotANumberAndInfinitiesBecomeSilence) {
   EXPECT_EQ(console.Text(), Warning("3 samples that are not finite are replaced by 0"));
 }
 
+// The song whose rate is the show's is played at it, and the rest is resampled to it.
+TEST_F(DamagedFiles, RatesThatNoShowCanHaveAreRefusedAndTheEndsOfTheRangePlay) {
+  const auto refusal = [](const std::string& rate) {
+    return "it has " + rate +
+           " frames a second, and only 8000 to 384000 can be played. Export the recording again at 48000 Hz.";
+  };
+  for (const int rate : {1, 100, 900, 7'999, 384'001, 1'000'000, 2'147'483'647}) {
+    sound_files::Write(path_, kWav16, rate, 1, sound_files::Noise(1'000, 1));
+    ExpectRefused(sound_files::Bytes(path_), refusal(std::to_string(rate)));
+    EXPECT_TRUE(ThrowsWithText<AudioSampleContentError>([&] { Decode(path_, "rate=48000"); },
+                                                        path_ + ": " + refusal(std::to_string(rate))));
+  }
+  sound_files::Write(path_, SF_FORMAT_OGG | SF_FORMAT_VORBIS, 7'999, 1, sound_files::Noise(1'000, 1));
+  EXPECT_TRUE(ThrowsWithText<tesk_audio::OggVorbisDecodeError>([&] { Decode(path_); },
+                                                               path_ + ": " + refusal("7999")));
+  for (const int rate : {8'000, 384'000}) {
+    sound_files::Write(path_, kWav16, rate, 1, sound_files::Noise(1'000, 1));
+    ExpectPlaysWithWarning(sound_files::Bytes(path_), 1'000, "");
+    EXPECT_EQ(tesk_audio::ProbeAudioFile(path_).sampleRateHz, rate);
+  }
+}
+
 TEST_F(DamagedFiles, RecordingOf27Hours) {
   // A header, and behind it a hole of 9.3 GB: 4 665 600 000 frames of 16 bits.
   const std::uint64_t dataBytes = 9'331'200'000ULL;
