@@ -9,6 +9,7 @@
 #include "host/session/console_lines.h"
 #include "host/session/drawn_on.h"
 #include "host/session/failure.h"
+#include "host/session/interrupts.h"
 #include "host/session/shown_text.h"
 
 namespace orbel::host::cli {
@@ -45,8 +46,11 @@ int Run(const Options& options) {
               << "decoding " << file << std::flush;
   };
   const bool shows = MessagesAreDrawnOn() && !options.json;
-  const Problems problems =
-      CheckShow(options.show, shows ? std::function<void(const std::string&)>(progress) : nullptr);
+  Problems problems;
+  {
+    const EndedByInterrupts ended(Shown(options.show) + " was not checked", EndedByInterrupts::HangUp::Ends);
+    problems = CheckShow(options.show, shows ? std::function<void(const std::string&)>(progress) : nullptr);
+  }
   if (shows) std::cerr << "\r\x1b[K" << std::flush;
   const auto errors =
       std::count_if(problems.begin(), problems.end(), [](const auto& one) { return !one.isWarning; });

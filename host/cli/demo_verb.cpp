@@ -7,6 +7,7 @@
 #include "host/session/console_lines.h"
 #include "host/session/drawn_on.h"
 #include "host/session/failure.h"
+#include "host/session/interrupts.h"
 #include "host/session/shown_text.h"
 
 namespace orbel::host::cli {
@@ -20,7 +21,9 @@ struct Options {
 int Run(const Faces& faces, const Options& options) {
   const bool shows = MessagesAreDrawnOn();
   faces.writeDemo(options.folder, [&](const std::string& file) {
-    if (shows) std::cerr << "\r\x1b[K" << (file.empty() ? "" : "making " + Shown(file)) << std::flush;
+    const bool isComplete = file.empty();
+    if (!isComplete) RequireUninterrupted(Shown(options.folder) + " was not written");
+    if (shows) std::cerr << "\r\x1b[K" << (isComplete ? "" : "making " + Shown(file)) << std::flush;
   });
   if (options.json) {
     Print({{"show", options.folder}});

@@ -8,6 +8,7 @@
 #include "host/session/console_lines.h"
 #include "host/session/device_setup.h"
 #include "host/session/failure.h"
+#include "host/session/interrupts.h"
 #include "host/session/output_choice.h"
 #include "host/session/shown_text.h"
 
@@ -34,8 +35,13 @@ nlohmann::ordered_json ToJson(const DeviceLine& line) {
   return device;
 }
 
+std::vector<DeviceLine> Look(const std::string& server) {
+  const EndedByInterrupts ended("not every device was looked at", EndedByInterrupts::HangUp::Ends);
+  return LookAtDevices(server, &Say);
+}
+
 int Run(const std::string& server, bool asJson) {
-  const std::vector<DeviceLine> devices = LookAtDevices(server, &Say);
+  const std::vector<DeviceLine> devices = Look(server);
   if (asJson) {
     nlohmann::ordered_json list = nlohmann::ordered_json::array();
     for (const DeviceLine& line : devices) list.push_back(ToJson(line));

@@ -7,6 +7,7 @@
 #include "host/cli/verbs.h"
 #include "host/session/console_lines.h"
 #include "host/session/failure.h"
+#include "host/session/interrupts.h"
 #include "host/session/show_summary.h"
 #include "host/session/shown_text.h"
 
@@ -124,8 +125,13 @@ int Tell(const ShowSummary& show) {
   return show.problems.empty() ? kDone : kFailed;
 }
 
+ShowSummary Read(const Options& options) {
+  const EndedByInterrupts ended(Shown(options.show) + " was not read", EndedByInterrupts::HangUp::Ends);
+  return Summarise(options.show, options.song);
+}
+
 int Run(const Options& options) {
-  const ShowSummary show = Summarise(options.show, options.song);
+  const ShowSummary show = Read(options);
   if (options.json) {
     Json json = {{"title", show.title}, {"songs", Json::array()}};
     for (const SongSummary& song : show.songs) json["songs"].push_back(ToJson(song));

@@ -6,6 +6,7 @@
 #include "host/cli/verbs.h"
 #include "host/session/console_lines.h"
 #include "host/session/failure.h"
+#include "host/session/interrupts.h"
 #include "host/session/show_summary.h"
 #include "host/session/shown_text.h"
 
@@ -19,8 +20,13 @@ struct Options {
   bool json = false;
 };
 
+std::vector<Place> Find(const Options& options) {
+  const EndedByInterrupts ended(Shown(options.show) + " was not read", EndedByInterrupts::HangUp::Ends);
+  return FindPlaces(options.show, options.song, options.positions);
+}
+
 int Run(const Options& options) {
-  const std::vector<Place> places = FindPlaces(options.show, options.song, options.positions);
+  const std::vector<Place> places = Find(options);
   if (options.json) {
     nlohmann::ordered_json json = nlohmann::ordered_json::array();
     for (const Place& place : places) json.push_back(ToJson(place));

@@ -8,6 +8,7 @@
 #include "exc/text/split_string.h"
 #include "host/session/copy_to_disk.h"
 #include "host/session/failure.h"
+#include "host/session/interrupts.h"
 #include "host/session/shown_text.h"
 #include "suite/audio/create.h"
 #include "suite/midi/load_show.h"
@@ -165,6 +166,7 @@ std::vector<std::string> AddSong(const std::string& showPath, const NewSong& son
     throw Failure(Shown(song.midiPath) + ": cannot be added: " + Shown(error.what()));
   }
   tesk_audio::ProbeAudioFile(song.audioPath);
+  RequireUninterrupted("song " + Shown(song.number) + " was not added");
   Place(draft, show, audio, song.number);
   Place(draft, show, midi, song.number);
   folders.Keep();

@@ -8,6 +8,7 @@
 #include <vector>
 
 #include "host/session/failure.h"
+#include "host/session/interrupts.h"
 #include "host/session/shown_text.h"
 
 namespace orbel::host {
@@ -43,6 +44,7 @@ void CopyToDisk(const std::string& from, const std::string& to) {
   std::vector<char> bytes(1 << 16);
   while (const ssize_t got = ::read(in.Get(), bytes.data(), bytes.size())) {
     if (got < 0) FailToCopy(from);
+    RequireUninterrupted(Shown(from) + " was not copied into the show");
     for (ssize_t done = 0; done < got;) {
       const ssize_t written = ::write(out.Get(), bytes.data() + done, static_cast<std::size_t>(got - done));
       if (written <= 0) FailToCopy(from);

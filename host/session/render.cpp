@@ -31,6 +31,10 @@ OutputChoice ChooseOutput(const RenderOptions& options) {
   return choice;
 }
 
+std::string NotWritten(const RenderOptions& options) {
+  return Shown(options.outPath) + " was not written";
+}
+
 // One render from its first read to its last.
 class Renderer {
  public:
@@ -109,7 +113,7 @@ RenderResult Renderer::Run() {
 
 // False when the performance is over.
 bool Renderer::Step_() {
-  if (InterruptCount() > 0) throw Failure("interrupted: " + Shown(options_.outPath) + " was not written");
+  if (InterruptCount() > 0) throw Failure("interrupted: " + NotWritten(options_));
   conductor_.OnTime(Now_());
   Act_();
   const SongClock& clock = session_.GetClock();  // the step may run into another song
@@ -245,19 +249,25 @@ void Renderer::Report_() {
   listener_.progress(progress);
 }
 
+// Nothing is written yet.
+std::unique_ptr<Renderer> Open(const RenderOptions& options, const RenderListener& listener) {
+  const EndedByInterrupts ended(NotWritten(options), EndedByInterrupts::HangUp::GoesOn);
+  return std::make_unique<Renderer>(options, listener);
+}
+
 }  // namespace
 
 void Render(const RenderOptions& options, const RenderListener& listener) {
   NoteShow(options.showPath);
   RequireNothingIsOverwritten(options);
-  Renderer renderer(options, listener);
+  const std::unique_ptr<Renderer> renderer = Open(options, listener);
   try {
-    const RenderResult result = renderer.Run();
+    const RenderResult result = renderer->Run();
     if (listener.complete) listener.complete(result);
   } catch (const std::bad_alloc&) {
     throw;
   } catch (const std::exception& error) {
-    renderer.DropFiles();
+    renderer->DropFiles();
     if (listener.failed) listener.failed(error);
     throw;
   }

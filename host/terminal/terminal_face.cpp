@@ -9,6 +9,7 @@
 
 #include "host/session/console_lines.h"
 #include "host/session/drawn_on.h"
+#include "host/session/failure.h"
 #include "host/session/interrupts.h"
 #include "host/session/memory_lock.h"
 #include "host/session/shown_text.h"
@@ -22,13 +23,27 @@ namespace {
 // Often enough that a key is felt at once and a bar line is never missed.
 constexpr int kPollMilliseconds = 10;
 
+std::string NotPlayed(const PlayOptions& options) {
+  return Shown(options.showPath) + " was not played";
+}
+
+// While the show is opened there is nothing to keep, except where a file is begun, which takes itself away.
+std::unique_ptr<EndedByInterrupts> WhileOpening(const PlayOptions& options) {
+  if (options.output == "file") return nullptr;
+  return std::make_unique<EndedByInterrupts>(NotPlayed(options), EndedByInterrupts::HangUp::GoesOn);
+}
+
 // One performance, from opening to quitting.
 class Performance {
  public:
   Performance(const PlayOptions& options, bool attended)
       : attended_(attended),
         display_(attended && MessagesAreDrawnOn()),
-        live_(WithMessages_(options), attended) {}
+        opening_(WhileOpening(options)),
+        live_(WithMessages_(options), attended) {
+    opening_.reset();
+    if (InterruptCount() > 0) throw Failure("interrupted: " + NotPlayed(options));
+  }
 
   int Run(PlayReport* report) {
     std::unique_ptr<RawMode> raw;
@@ -108,6 +123,7 @@ class Performance {
   const bool attended_;
   HeldConsoleLines console_;  // so that no line of another thread falls into the status line
   Display display_;
+  std::unique_ptr<EndedByInterrupts> opening_;  // gone when the show is open
   Live live_;
   KeyReader keys_;
   const std::chrono::steady_clock::time_point start_ = std::chrono::steady_clock::now();
