@@ -13,6 +13,8 @@ struct DecodedFormat {
   unsigned channels = 0;
   long long frames = -1;  // -1 when only decoding can tell; a promise, never to be allocated from
   bool isOgg = false;     // decides the class of its errors
+  // What the header promises of a file that may have been cut off, where that is known.
+  long long promisedFrames = 0;
 };
 
 // Decodes one file from its first frame to its last. Threads: one at a time.

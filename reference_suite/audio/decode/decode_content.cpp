@@ -37,6 +37,12 @@ void RequireChannels(const DecodedFormat& format, const DecodeRequest& request) 
                                      Counted(request.channels) + ".");
 }
 
+[[noreturn]] void RefuseLength(const DecodedFormat& format, long long length, const DecodeRequest& request) {
+  ThrowUndecodable(format.isOgg, request.shownPath + ": " + std::to_string(length) +
+                                     " frames are more than the " + std::to_string(request.maxFrames) +
+                                     " that a song can have. Split the recording.");
+}
+
 // Runs the work on a thread of lower priority, and here when there is none to be had: a loader's own thread
 // could not get its priority back for what it does afterwards.
 void RunApart(const DecodingPlaces& places, const std::function<void()>& work) {
@@ -56,7 +62,8 @@ void RunApart(const DecodingPlaces& places, const std::function<void()>& work) {
 
 }  // namespace
 
-void RequirePlayableRate(const DecodedFormat& format, const DecodeRequest& request) {
+void RequirePlayableFormat(const DecodedFormat& format, const DecodeRequest& request) {
+  if (format.promisedFrames > request.maxFrames) RefuseLength(format, format.promisedFrames, request);
   if (format.rateHz >= kLeastRateHz && format.rateHz <= kMostRateHz) return;
   ThrowUndecodable(format.isOgg,
                    request.shownPath + ": it has " + std::to_string(std::llround(format.rateHz)) +
@@ -73,15 +80,12 @@ void RequirePlayableLength(const DecodedFormat& format, long long frames, const 
   }
   const bool converts = request.rateHz > 0.0 && request.rateHz != format.rateHz;
   const long long length = converts ? ResampledLength(frames, format.rateHz, request.rateHz) : frames;
-  if (length <= request.maxFrames) return;
-  ThrowUndecodable(format.isOgg, request.shownPath + ": " + std::to_string(length) +
-                                     " frames are more than the " + std::to_string(request.maxFrames) +
-                                     " that a song can have. Split the recording.");
+  if (length > request.maxFrames) RefuseLength(format, length, request);
 }
 
 std::unique_ptr<MemoryContent> DecodeContent(AudioDecoder& decoder, const DecodeRequest& request) {
   const DecodedFormat& format = decoder.Format();
-  RequirePlayableRate(format, request);
+  RequirePlayableFormat(format, request);
   RequireChannels(format, request);
   Intake intake(format, request);
   if (format.frames > 0) {

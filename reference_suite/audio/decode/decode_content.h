@@ -38,8 +38,9 @@ struct DecodeRequest {
 // single frame, with too many, of a rate that no show has, or with other channels than it must have.
 std::unique_ptr<MemoryContent> DecodeContent(AudioDecoder& decoder, const DecodeRequest& request);
 
-// What both decoding and probing refuse at once. `frames` may be -1, unknown.
-void RequirePlayableRate(const DecodedFormat& format, const DecodeRequest& request);
+// What both decoding and probing refuse at once: a rate that no show has, a length that is promised, though
+// not there, and one that is. `frames` may be -1, unknown.
+void RequirePlayableFormat(const DecodedFormat& format, const DecodeRequest& request);
 void RequirePlayableLength(const DecodedFormat& format, long long frames, const DecodeRequest& request);
 
 }  // namespace tesk_audio

@@ -21,7 +21,7 @@ AudioFileInfo Probe(const std::string& path) {
   const DecodedFormat& format = decoder->Format();
   DecodeRequest request;
   request.shownPath = file.Name();
-  RequirePlayableRate(format, request);
+  RequirePlayableFormat(format, request);
   RequirePlayableLength(format, format.frames > 0 ? format.frames : -1, request);
   // Whatever the header promises, there must at least be a first frame.
   std::vector<float> frame(format.channels);

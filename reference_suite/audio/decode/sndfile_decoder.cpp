@@ -4,6 +4,7 @@
 #include <new>
 
 #include "exc/lock/scope_lock.h"
+#include "reference_suite/audio/decode/header_claims.h"
 #include "reference_suite/audio/decode/ogg_scan.h"
 #include "reference_suite/audio/decode/sndfile_opening.h"
 
@@ -64,6 +65,26 @@ std::string FormatName(int format) {
   return known ? info.name : "unknown";
 }
 
+// How many bytes a sample has that is coded by itself; 0 for all others.
+int BytesOfASample(int format) {
+  switch (format & SF_FORMAT_SUBMASK) {
+    case SF_FORMAT_PCM_S8:
+    case SF_FORMAT_PCM_U8:
+      return 1;
+    case SF_FORMAT_PCM_16:
+      return 2;
+    case SF_FORMAT_PCM_24:
+      return 3;
+    case SF_FORMAT_PCM_32:
+    case SF_FORMAT_FLOAT:
+      return 4;
+    case SF_FORMAT_DOUBLE:
+      return 8;
+    default:
+      return 0;
+  }
+}
+
 // Formats whose frames, or groups of frames, are coded each by itself, and that seek to the frame.
 bool SeeksToTheFrame(const SF_INFO& info) {
   if (info.seekable == 0) return false;
@@ -73,52 +94,15 @@ bool SeeksToTheFrame(const SF_INFO& info) {
     case SF_FORMAT_RF64:
     case SF_FORMAT_AIFF:
     case SF_FORMAT_FLAC:
-      break;
-    default:
-      return false;
-  }
-  switch (info.format & SF_FORMAT_SUBMASK) {
-    case SF_FORMAT_PCM_S8:
-    case SF_FORMAT_PCM_U8:
-    case SF_FORMAT_PCM_16:
-    case SF_FORMAT_PCM_24:
-    case SF_FORMAT_PCM_32:
-    case SF_FORMAT_FLOAT:
-    case SF_FORMAT_DOUBLE:
-      return true;
+      return BytesOfASample(info.format) > 0;
     default:
       return false;
   }
 }
 
-// What the first bytes claim the file to be; empty when they claim nothing.
-std::string ClaimedName(const std::string& head) {
-  const auto begins = [&head](const char* with) { return head.compare(0, std::strlen(with), with) == 0; };
-  if (begins("OggS")) return "Ogg";
-  if (begins("RIFF") && head.size() >= 12 && head.compare(8, 4, "WAVE") == 0) return "WAV";
-  if (begins("RF64")) return "RF64";
-  if (begins("FORM")) return "AIFF";
-  if (begins("fLaC")) return "FLAC";
-  if (begins("ID3")) return "MP3";
-  return "";
-}
-
-unsigned long long SizeField(const std::string& head, bool bigEndian) {
-  unsigned long long size = 0;
-  for (std::size_t i = 0; i < 4; ++i) {
-    const std::size_t at = bigEndian ? 4 + i : 7 - i;
-    size = size * 256 + static_cast<unsigned char>(head[at]);
-  }
-  return size;
-}
-
-// Whether a WAV or AIFF header promises more bytes than the file has. Recorders that could not go back to
-// their header leave sizes from 2 GiB up (or 0) there, which promise nothing.
-bool IsCutOff(const std::string& head, long long fileSize) {
-  const std::string name = ClaimedName(head);
-  if (head.size() < 12 || (name != "WAV" && name != "AIFF")) return false;
-  const unsigned long long size = SizeField(head, name == "AIFF");
-  return size < 0x7FFFFFFFULL && size + 8 > static_cast<unsigned long long>(fileSize);
+long long PromisedFrames(const std::string& head, const SF_INFO& info) {
+  const int bytes = BytesOfASample(info.format) * info.channels;
+  return bytes > 0 ? static_cast<long long>(PromisedRf64Bytes(head)) / bytes : 0;
 }
 
 }  // namespace
@@ -135,6 +119,7 @@ SndfileDecoder::SndfileDecoder(AudioFile& file, bool isOgg) : file_(file) {
   const bool isCounted = info.frames >= 0 && info.frames != SF_COUNT_MAX;
   format_ = {FormatName(info.format), static_cast<double>(info.samplerate),
              static_cast<unsigned>(info.channels), isCounted ? info.frames : -1, isOgg};
+  format_.promisedFrames = PromisedFrames(file_.Head(kClaimBytes), info);
   seeksToTheFrame_ = SeeksToTheFrame(info);
 }
 
@@ -146,7 +131,7 @@ void SndfileDecoder::ThrowOpenFailed_(bool isOgg) {
   const int error = sf_error(nullptr);
   file_.ThrowIfReadFailed();
   if (std::strcmp(sf_error_number(error), "Internal malloc () failed.") == 0) throw std::bad_alloc();
-  const std::string name = ClaimedName(file_.Head(12));
+  const std::string name = ClaimedName(file_.Head(kClaimBytes));
   if (name.empty()) {
     ThrowUndecodable(isOgg, file_.Name() +
                                 ": this is not audio that can be decoded. Use Ogg Vorbis, "
@@ -159,7 +144,7 @@ void SndfileDecoder::ThrowOpenFailed_(bool isOgg) {
 }
 
 void SndfileDecoder::Inspect() {
-  if (IsCutOff(file_.Head(12), file_.Size())) {
+  if (IsCutOff(file_.Head(kClaimBytes), file_.Size())) {
     warnings_.push_back("the file is shorter than its header says: it was cut off");
   }
   if (!format_.isOgg) return;

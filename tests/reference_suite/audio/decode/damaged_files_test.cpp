@@ -140,6 +140,57 @@ TEST_F(DamagedFiles, AiffCutInHalfPlaysItsHalf) {
                          Warning("the file is shorter than its header says: it was cut off"));
 }
 
+TEST_F(DamagedFiles, Rf64W64AndAuCutInHalfPlayTheirHalf) {
+  struct Cut {
+    int format;
+    unsigned frames;
+  };
+  for (const Cut& cut : {Cut{SF_FORMAT_RF64, 71'987}, Cut{SF_FORMAT_W64, 71'987}, Cut{SF_FORMAT_AU, 71'997},
+                         Cut{SF_FORMAT_AU | SF_ENDIAN_LITTLE, 71'997}}) {
+    const std::string song = Song(cut.format | SF_FORMAT_PCM_16);
+    ExpectPlaysWithWarning(song, 144'000, "");
+    ExpectPlaysWithWarning(song.substr(0, song.size() / 2), cut.frames,
+                           Warning("the file is shorter than its header says: it was cut off"));
+    ExpectPlaysWithWarning(song.substr(0, song.size() - 4), 143'999,
+                           Warning("the file is shorter than its header says: it was cut off"));
+  }
+}
+
+TEST_F(DamagedFiles, Rf64W64AndAuWhoseLengthWasNeverWrittenPlayCompletely) {
+  const std::string rf64 = Song(SF_FORMAT_RF64 | SF_FORMAT_PCM_16);
+  ExpectPlaysWithWarning(std::string(rf64).replace(20, 8, 8, '\xFF'), 144'000, "");
+  ExpectPlaysWithWarning(std::string(rf64).replace(20, 8, 8, '\0'), 144'000, "");
+  const std::string w64 = Song(SF_FORMAT_W64 | SF_FORMAT_PCM_16);
+  ExpectPlaysWithWarning(std::string(w64).replace(16, 8, 8, '\xFF'), 144'000, "");
+  const std::string au = Song(SF_FORMAT_AU | SF_FORMAT_PCM_16);
+  ExpectPlaysWithWarning(std::string(au).replace(8, 4, 4, '\xFF'), 144'000, "");
+}
+
+TEST_F(DamagedFiles, CafCutInHalfIsRefused) {
+  const std::string song = Song(SF_FORMAT_CAF | SF_FORMAT_PCM_16);
+  ExpectPlaysWithWarning(song, 144'000, "");
+  ExpectRefused(
+      song.substr(0, song.size() / 2),
+      "the CAF file cannot be decoded: its header is damaged, cut off or of an unknown kind. Export "
+      "the recording again.");
+}
+
+// Of a file that promises too much it does not matter how much of it is there.
+TEST_F(DamagedFiles, Rf64ThatPromisesMoreThanASongCanHave) {
+  const auto promising = [this](std::uint64_t frames) {
+    std::string song = Song(SF_FORMAT_RF64 | SF_FORMAT_PCM_16);
+    for (std::size_t i = 0; i < 8; ++i) song[28 + i] = static_cast<char>(frames * 4 >> (8 * i) & 0xFF);
+    return song;
+  };
+  ExpectRefused(promising(4'294'967'296),
+                "4294967296 frames are more than the 4294967295 that a song can have. Split the recording.");
+  ExpectRefused(promising(1'000'000'000'000'000),
+                "1000000000000000 frames are more than the 4294967295 that a song can have. Split the "
+                "recording.");
+  ExpectPlaysWithWarning(promising(4'294'967'295), 144'000,
+                         Warning("the file is shorter than its header says: it was cut off"));
+}
+
 TEST_F(DamagedFiles, FlacCutInHalfPlaysItsHalf) {
   ExpectPlaysAboutHalf(Song(kFlac));
 }
