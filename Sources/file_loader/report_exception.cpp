@@ -6,11 +6,7 @@
 namespace file_loader {
 
 void ReportException(const char* message, int line) noexcept {
-  try {
-    TeskLogException(message, kSourcePath, line);
-  } catch (...) {
-    // Only the making of the strings can fail, and there is nobody left to tell.
-  }
+  TeskLogException(message, kSourcePath, line);
 }
 
 }  // namespace file_loader

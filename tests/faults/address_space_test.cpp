@@ -20,6 +20,7 @@ using host_tests::ShowFiles;
 using test_support::Limit;
 using testing::AnyOf;
 using testing::HasSubstr;
+using testing::Not;
 
 constexpr rlim_t kMegabyte = 1'000'000;
 // Below that not even the program's libraries find a place; from the last on nothing is refused.
@@ -43,6 +44,7 @@ class AddressSpace : public testing::Test {
   }
   // By itself, in words that name the show or a file of it, and without a file that is not whole.
   void ExpectToldOrDone(const Ended& run, const std::string& told) {
+    EXPECT_THAT(run.messages, Not(HasSubstr("terminate called"))) << "by ourselves";
     if (run.status == kEndedByASignal) {
       ++signals_;
       return;
@@ -83,6 +85,21 @@ TEST_F(AddressSpace, ThatIsShortEndsARenderOrACheckInWordsAndHardlyEverByASignal
   EXPECT_LE(signals_, kMostSignals);
   isRender_ = true;
   EXPECT_EQ(RunWithin(kEnough, {"render", show_, "-o", Out()}).status, 0);
+}
+
+TEST_F(AddressSpace, ThatIsShortWhileAShowIsPlayedNeverEndsItByOurselves) {
+  ASSERT_EQ(Orbel({"demo", show_}).status, 0);
+  for (rlim_t bytes = 140 * kMegabyte; bytes < 260 * kMegabyte; bytes += 12 * kMegabyte) {
+    SCOPED_TRACE(bytes);
+    const Ended play =
+        RunWithin(bytes, {"play", show_, "--output", "file", "--device", Out(), "--caesura-silence", "0"});
+    EXPECT_THAT(play.messages, Not(HasSubstr("terminate called")));
+    EXPECT_THAT(play.status, AnyOf(0, 1, kEndedByASignal)) << play.messages;
+    if (play.status == kEndedByASignal) ++signals_;
+    if (play.status != 0) ++refusals_;
+  }
+  EXPECT_GT(refusals_, 0);
+  EXPECT_LE(signals_, kMostSignals);
 }
 
 }  // namespace

@@ -1,6 +1,7 @@
 #include "reference_suite/audio/device/file_device.h"
 
 #include <cmath>
+#include <new>
 #include <utility>
 
 #include "reference_suite/audio/device/device_clock.h"
@@ -114,11 +115,19 @@ void FileDevice::Run_() noexcept {
     try {
       TakePeriod_();
     } catch (const std::exception& error) {
-      const std::lock_guard lock(mutex_);
-      failure_ = error.what();
-      failed_ = true;
+      Fail_(error.what());
     }
   }
+}
+
+void FileDevice::Fail_(const char* what) noexcept {
+  const std::lock_guard lock(mutex_);
+  try {
+    failure_ = what;
+  } catch (const std::bad_alloc&) {
+    failure_ = "no memory left";  // short enough to stand in a string without memory
+  }
+  failed_ = true;
 }
 
 void FileDevice::TakePeriod_() {

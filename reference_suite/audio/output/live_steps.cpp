@@ -1,8 +1,9 @@
 // One render step of LiveSampleOutput, and what follows the last frame.
 #include <exception>
+#include <new>
 #include <utility>
 
-#include "exc/console/cout_buffer.h"
+#include "exc/console/thread_safe_ostream.h"
 #include "exc/lock/scope_lock.h"
 #include "reference_suite/audio/output/go_on_attacca.h"
 #include "reference_suite/audio/output/live_sample_output.h"
@@ -13,6 +14,18 @@ namespace tesk_audio {
 namespace {
 
 const char* const kSourcePath = "reference_suite/audio/output";
+// Short enough to stand in a string without memory.
+const char* const kNoMemory = "no memory left";
+
+// Whether there is memory for the words or not; a buffer that finds none in the end ends the program.
+void SayWhyItStops(const std::string& failure) noexcept {
+  TeskLogException(failure.c_str(), kSourcePath, __LINE__);
+  try {
+    exc::thread_safe_cout << "WARNING: playback stops: " + failure + "\n";
+  } catch (const std::exception&) {
+    // The log has it, or there was no memory for that either.
+  }
+}
 
 }  // namespace
 
@@ -40,12 +53,18 @@ StepOutcome LiveSampleOutput::StepIntoRing_(StepGate& gate) {
     if (result.outcome == StepOutcome::End) SetEnding_(Ending::SongEnd);
     return result.outcome;
   } catch (const std::exception& error) {
-    {
-      exc::ScopeLock lock(*this);
-      failure_ = error.what();
-    }
+    NoteFailure_(error.what());
     SetEnding_(Ending::Failure);
     return StepOutcome::End;
+  }
+}
+
+void LiveSampleOutput::NoteFailure_(const char* what) noexcept {
+  exc::ScopeLock lock(*this);
+  try {
+    failure_ = what;
+  } catch (const std::bad_alloc&) {
+    failure_ = kNoMemory;
   }
 }
 
@@ -149,10 +168,7 @@ void LiveSampleOutput::FinishEnding_() {
     StopAtCaesura_();
     return;
   }
-  if (ending == Ending::Failure) {
-    TeskLogException(failure, kSourcePath, __LINE__);
-    exc::CoutBuffer() << "WARNING: playback stops: " << failure << exc::EndlT();
-  }
+  if (ending == Ending::Failure) SayWhyItStops(failure);
   NotifyStopped_();
 }
 

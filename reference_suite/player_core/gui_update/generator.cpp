@@ -1,5 +1,6 @@
 #include <algorithm>
 #include <exception>
+#include <new>
 
 #include "exc/lock/scope_lock.h"
 #include "reference_suite/player_core/gui_update/state.h"
@@ -60,17 +61,25 @@ bool GuiUpdate::State::WaitForTurn(long long* nextTurn, UpdateNumber* number) {
 
 // Nothing leaves the thread. What goes wrong at every turn is reported once.
 void GuiUpdate::State::TakeTurn(UpdateNumber number) noexcept {
-  std::string error;
   try {
     unsigned tick = 0;
     if (audibleTick(&tick) && Show(number, tick, false)) SendShown();
+    lastError.clear();
   } catch (const std::exception& exception) {
-    error = exception.what();
+    ReportOnce(exception.what());
   } catch (...) {
-    error = "The audible tick cannot be told.";
+    ReportOnce("The audible tick cannot be told.");
   }
-  if (!error.empty() && error != lastError) TeskLogException(error, kSourceFile, __LINE__);
-  lastError = error;
+}
+
+void GuiUpdate::State::ReportOnce(const char* error) noexcept {
+  if (lastError == error) return;
+  TeskLogException(error, kSourceFile, __LINE__);
+  try {
+    lastError = error;
+  } catch (const std::bad_alloc&) {
+    // It is reported again at the next turn.
+  }
 }
 
 }  // namespace gui

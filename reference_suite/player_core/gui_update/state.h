@@ -42,6 +42,7 @@ struct GuiUpdate::State {
   // Waits for the next turn and begins an update. False: the thread is to end.
   bool WaitForTurn(long long* nextTurn, UpdateNumber* number);
   void TakeTurn(UpdateNumber number) noexcept;
+  void ReportOnce(const char* error) noexcept;
 
   exc::ExLock& lock;
   Player& player;
