@@ -11,6 +11,11 @@
 namespace orbel::host {
 namespace {
 
+// The engine's, of whoever asks for the position between the start and the first read, as a display does at
+// any moment. The answer is right, and there is nothing to be done.
+constexpr const char* kBeforeTheFirstRead =
+    "[Warning] SamplesTicksConverter::tickIndexByElapsedSampleCount_ is empty. Returning 0.";
+
 class Console : public std::streambuf {
  public:
   void Hold() {
@@ -49,6 +54,7 @@ class Console : public std::streambuf {
       return;
     }
     std::string line = std::exchange(line_, "");
+    if (line == kBeforeTheFirstRead) return;
     if (holds_) {
       held_.push_back(std::move(line));
     } else {

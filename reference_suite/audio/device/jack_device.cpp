@@ -170,9 +170,11 @@ void JackDevice::NoteWhoHears_(const std::vector<std::string>& inputs) {
   if (isHeard) connectUntil_ = 0.0;
   std::string unheard = isHeard || Seconds() < heardUntil_ + kUnheardSeconds ? "" : AdviceWhenUnheard_();
   std::string missing = isHeard ? AdviceOnMissing_(inputs) : "";
+  // What is missing stays so until the other words take its place.
+  const bool isTold = isHeard || !unheard.empty();
   const std::lock_guard lock(mutex_);
   unheard_.swap(unheard);
-  missing_.swap(missing);
+  if (isTold) missing_.swap(missing);
   // Behind the words, which are read once this is known.
   connecting_ = Seconds() < connectUntil_;
 }

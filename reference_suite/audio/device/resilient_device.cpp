@@ -248,8 +248,9 @@ void ResilientDevice::Publish_() {
   priority_ = current.device->GetRealTimePriority();
   PublishCounts_(current);
   std::string description = current.device->GetDescription();
-  std::string unheard = current.device->WhyUnheard();
+  // In this order: when nothing is missing any more because nobody hears anything, both are known.
   std::string missing = current.device->WhatIsMissing();
+  std::string unheard = current.device->WhyUnheard();
   const std::lock_guard lock(mutex_);
   description_.swap(description);
   unheard_.swap(unheard);

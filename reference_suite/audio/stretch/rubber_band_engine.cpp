@@ -27,9 +27,9 @@ std::unique_ptr<RubberBand::RubberBandStretcher> Make(int engine, double rateHz,
   using Stretcher = RubberBand::RubberBandStretcher;
   const int options = engine | Stretcher::OptionProcessRealTime | Stretcher::OptionThreadingNever |
                       Stretcher::OptionPitchHighSpeed | Stretcher::OptionChannelsTogether;
+  Stretcher::setDefaultDebugLevel(-1);  // it would write to the terminal
   auto stretcher =
       std::make_unique<Stretcher>(static_cast<std::size_t>(std::lround(rateHz)), channels, options);
-  stretcher->setDebugLevel(-1);  // it would write to the terminal
   stretcher->setMaxProcessSize(StretchEngine::kMostFrames);
   return stretcher;
 }

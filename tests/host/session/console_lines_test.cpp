@@ -37,6 +37,13 @@ TEST_F(ConsoleLines, AreMessagesAndNoResults) {
   EXPECT_THAT(error_.str(), testing::HasSubstr("WARNING: something\n"));
 }
 
+TEST_F(ConsoleLines, AreNotWhatADisplayAlwaysHears) {
+  exc::CoutBuffer()
+      << "[Warning] SamplesTicksConverter::tickIndexByElapsedSampleCount_ is empty. Returning 0."
+      << exc::EndlT();
+  EXPECT_EQ(error_.str(), "");
+}
+
 TEST_F(ConsoleLines, AreWhatGoesIntoTheLogToo) {
   tesk_log::WriteLine("ERROR: something");
   EXPECT_THAT(error_.str(), testing::HasSubstr("ERROR: something\n"));

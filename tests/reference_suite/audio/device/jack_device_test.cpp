@@ -318,6 +318,20 @@ TEST(JackDevice, AConnectionThatIsTakenAwayIsMissedUntilItIsThereAgain) {
   device.Stop();
 }
 
+TEST(JackDevice, WhatIsMissingIsSaidUntilItIsSaidThatNobodyHears) {
+  JackServer server({.outputs = 2});
+  JackRecorder other(server.GetName(), 1);
+  Counter counter(2);
+  JackDevice device(server.GetName(), 2, LinksTo({}, 2));
+  device.Start(counter);
+  other.DisconnectPorts("orbel:out_1", "system:playback_1");
+  ASSERT_TRUE(Await([&] { return !device.WhatIsMissing().empty(); }));
+  other.DisconnectPorts("orbel:out_2", "system:playback_2");
+  ASSERT_TRUE(Await([&] { return device.WhatIsMissing().empty(); }));
+  EXPECT_NE(device.WhyUnheard(), "") << "at no moment all seemed well";
+  device.Stop();
+}
+
 TEST(JackDevice, AProgramThatGoesAwayIsMissedUntilItIsThereAgain) {
   JackServer server;
   auto recorder = std::make_unique<JackRecorder>(server.GetName(), 1);
