@@ -85,10 +85,7 @@ void CheckAudio(const ShowFolder& show, const std::string& song, std::optional<F
     Add(out, file, song, why + ". The song is left out" + (isTheFile ? "; replace the file" : ""), false);
     return;
   }
-  for (const std::string& line : console.Take()) {
-    const std::string oddity = WithoutFullStop(WithoutPath(line, file));
-    Add(out, file, song, oddity + "; it plays like that, or export the recording again", true);
-  }
+  for (const std::string& line : console.Take()) Add(out, file, song, WithoutPath(line, file), true);
   if (!*first) *first = Format{song, content->GetSampleRateHz(), content->GetChannelCount()};
   if (content->GetSampleRateHz() != (*first)->rateHz) {
     Add(out, file, song,

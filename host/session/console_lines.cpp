@@ -6,6 +6,7 @@
 #include <utility>
 
 #include "host/session/drawn_on.h"
+#include "host/session/recording_lines.h"
 #include "suite/core/log_sink.h"
 
 namespace orbel::host {
@@ -53,7 +54,7 @@ class Console : public std::streambuf {
       line_ += letter;
       return;
     }
-    std::string line = std::exchange(line_, "");
+    std::string line = AsTheCheckSays(std::exchange(line_, ""));
     if (line == kBeforeTheFirstRead) return;
     if (holds_) {
       held_.push_back(std::move(line));

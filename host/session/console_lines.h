@@ -8,7 +8,8 @@ namespace orbel::host {
 
 // The engine and the audio library write lines ("WARNING: ...") on std::cout, and errors into the log. To
 // whoever reads the program's results they are messages, so they go to standard error, or to whoever holds
-// them; standard output belongs to the results alone.
+// them; standard output belongs to the results alone. What is said of a recording is put into the words of
+// the check (recording_lines.h).
 //
 // Threads    any thread writes lines; everything declared here is HOST.
 // Locks      one of its own, innermost.

@@ -76,6 +76,20 @@ class DamagedAudio : public testing::Test {
   ShowFiles files_;
 };
 
+TEST_F(DamagedAudio, CheckRenderAndPlaySayTheSameOfWhatIsCutOff) {
+  sound_files::Write(Audio(), SF_FORMAT_AU | SF_FORMAT_PCM_16, kRate, 1,
+                     sound_files::Noise(kBars * kRate, 1));
+  const std::string song = sound_files::Bytes(Audio());
+  Give(song.substr(0, song.size() / 2));
+  const std::string words =
+      "warning: data/1 Waltz.obd: the file is shorter than its header says: it was cut off; it plays like "
+      "that, or export the recording again\n";
+  EXPECT_THAT(Check().out, HasSubstr(words));
+  EXPECT_THAT(Render("1").messages, HasSubstr(words));
+  const Ended play = Orbel({"play", files_.Show(), "--output", "file", "--device", Out()});
+  EXPECT_THAT(play.messages, HasSubstr(words));
+}
+
 TEST_F(DamagedAudio, TruncatedOggPlaysWithSilenceAtItsEnd) {
   const std::string song = Ogg();
   Give(song.substr(0, song.size() / 2));

@@ -44,6 +44,23 @@ TEST_F(ConsoleLines, AreNotWhatADisplayAlwaysHears) {
   EXPECT_EQ(error_.str(), "");
 }
 
+TEST_F(ConsoleLines, OfARecordingAreInTheWordsOfTheCheck) {
+  HeldConsoleLines held;
+  const std::string end = "; it plays like that, or export the recording again";
+  std::cout << "WARNING: /a/data/show/data/1 A.obd: only 61440 of 192000 frames could be decoded.\n"
+               "WARNING: show/data/1 A.obd.obd: one thing: another.\n"
+               "WARNING: show/data/1 A.obd: its 44100 Hz are resampled to 48000 Hz.\n"
+               "WARNING: 1 A.obd: not in a show.\n"
+               "WARNING: show/data/1 A.mid: no recording.\n"
+               "ERROR: show/data/1 A.obd: no warning.\n";
+  EXPECT_THAT(held.Take(),
+              ElementsAre("warning: data/1 A.obd: only 61440 of 192000 frames could be decoded" + end,
+                          "warning: data/1 A.obd.obd: one thing: another" + end,
+                          "warning: data/1 A.obd: its 44100 Hz are resampled to 48000 Hz.",
+                          "WARNING: 1 A.obd: not in a show.", "WARNING: show/data/1 A.mid: no recording.",
+                          "ERROR: show/data/1 A.obd: no warning."));
+}
+
 TEST_F(ConsoleLines, AreWhatGoesIntoTheLogToo) {
   tesk_log::WriteLine("ERROR: something");
   EXPECT_THAT(error_.str(), testing::HasSubstr("ERROR: something\n"));
