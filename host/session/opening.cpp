@@ -131,12 +131,10 @@ void Session::Build_() {
     try {
       return BuildOnce_();
     } catch (const std::exception& error) {
-      // What keeps a file from being written does not pass, and says itself what to do.
-      if (!IsRefusalOfTheMoment(error) || choice_.output == "file") throw;
+      if (!IsRefusalOfTheMoment(error)) throw;
       if (attemptsLeft == 0) {
         if (IsRefusalOfAThread(error) && DoWithoutRefusedSongs_("", [this] { BuildOnce_(); })) return;
-        throw PlayerLost(Shown(folder_.GetPath()) + ": the system refuses what playing needs: " +
-                         WhatWasRefused(error) + ". Close other programs and open the show again.");
+        throw PlayerLost(Shown(folder_.GetPath()) + ": " + WhyNotPlayed(error));
       }
     }
     std::this_thread::sleep_for(std::chrono::milliseconds(50));

@@ -15,4 +15,7 @@ bool IsRefusalOfAThread(const std::exception& error);
 // What it was, as an operator reads it.
 std::string WhatWasRefused(const std::exception& error);
 
+// The same as the reason why a show is not played, with what to do about it.
+std::string WhyNotPlayed(const std::exception& error);
+
 }  // namespace orbel::host

@@ -120,7 +120,7 @@ void Session::BeginAnew_(const std::string& song) {
         if (!StandAtOrBehind_(song)) player_->ThrowIfThreadExceptions();
       };
       if (IsRefusalOfAThread(error) && DoWithoutRefusedSongs_(song, attempt)) return;
-      throw PlayerLost(Shown(folder_.GetPath()) + ": the show cannot go on: " + WhatWasRefused(error));
+      throw PlayerLost(Shown(folder_.GetPath()) + ": the show cannot go on: " + WhyNotPlayed(error));
     }
   }
 }

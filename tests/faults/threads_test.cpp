@@ -26,6 +26,8 @@ using testing::HasSubstr;
 // What tells of a long wait, position updates, deleting, loading the first song and its neighbour, the
 // output.
 constexpr int kThreadsOfAPlayer = 9;
+// Of these, what it cannot be opened without.
+constexpr int kThreadsToOpenAPlayer = 4;
 // It makes its own frames and ends before another song would be loaded.
 constexpr int kThreadsOfARender = 4;
 constexpr const char* kLoadedOnceMore =
@@ -75,6 +77,29 @@ TEST_P(RefusedThread, ForGoodIsToldInWords) {
   EXPECT_EQ(run.status, 1);
   EXPECT_THAT(run.messages, HasSubstr("Close other programs"));
   EXPECT_FALSE(std::filesystem::exists(files_.Beside("out.wav")));
+}
+
+// Into a file no less than to a device. What comes late is needed by the output alone, or by nobody.
+TEST_P(RefusedThread, ForGoodIsToldInWordsByAPerformance) {
+  const std::string out = files_.Beside("out.wav");
+  for (const std::vector<std::string>& output :
+       {std::vector<std::string>{"null"}, std::vector<std::string>{"file", "--device", out}}) {
+    const auto refusing = RefusingThreads(
+        {{"ORBEL_REFUSE_THREAD", std::to_string(GetParam())}, {"ORBEL_REFUSE_THREAD_FOR_GOOD", "1"}});
+    std::vector<std::string> words{"play", files_.Show(), "--output"};
+    words.insert(words.end(), output.begin(), output.end());
+    const Ended run = Orbel(words);
+    ExpectEndedInWords(run);
+    EXPECT_GT(CountRefusals(), 0U);
+    EXPECT_THAT(run.messages, testing::Not(HasSubstr("Close other programs. Close other programs")));
+    if (GetParam() > kThreadsToOpenAPlayer) continue;
+    EXPECT_EQ(run.status, 1);
+    EXPECT_THAT(run.messages,
+                HasSubstr("orbel: " + files_.Show() + ": the system refuses what playing needs: "));
+    EXPECT_THAT(run.messages, testing::EndsWith(". Close other programs and open the show again.\n"));
+    EXPECT_FALSE(std::filesystem::exists(out));
+    EXPECT_FALSE(std::filesystem::exists(out + ".part"));
+  }
 }
 
 INSTANTIATE_TEST_SUITE_P(TheNth, RefusedThread, testing::Range(1, kThreadsOfAPlayer + 1));

@@ -6,9 +6,9 @@
 
 #include "reference_suite/audio/device/device_clock.h"
 #include "reference_suite/audio/device/start_thread.h"
+#include "reference_suite/audio/encode/sound_file_error.h"
 #include "reference_suite/audio/output/timed_condition.h"
 #include "reference_suite/audio/text/shown_path.h"
-#include "suite/audio/errors.h"
 #include "suite/utility/thread_names.h"
 
 namespace tesk_audio {
@@ -48,7 +48,7 @@ std::unique_ptr<SoundFileWriter> BeginOrGoOn(const std::string& path, double rat
   if (!kept.writer || kept.path != path)
     return std::make_unique<SoundFileWriter>(path, FormatOf(path), rateHz, channels);
   if (kept.rateHz != rateHz || kept.channels != channels) {
-    throw TESKAudioError(ShownPath(path) +
+    throw SoundFileError(ShownPath(path) +
                          ": what follows has another rate or number of channels than the file; play it into "
                          "another file");
   }
@@ -140,7 +140,7 @@ void FileDevice::TakePeriod_() {
 
 void FileDevice::ThrowIfFailed_() const {
   const std::lock_guard lock(mutex_);
-  if (failed_) throw TESKAudioError(failure_);
+  if (failed_) throw SoundFileError(failure_);
 }
 
 void FileDevice::Take(double seconds) {

@@ -28,7 +28,7 @@ class FileDevice : public Device {
   static constexpr unsigned kPeriodFrames = 64;
 
   // The form of the file goes by its name: .flac, .ogg, and WAV of 32-bit float for all others. Throws
-  // TESKAudioError.
+  // SoundFileError.
   FileDevice(const std::string& path, double rateHz, unsigned channels);
   ~FileDevice() override;
   FileDevice(const FileDevice&) = delete;
@@ -82,7 +82,7 @@ class KeptFile {
   KeptFile& operator=(const KeptFile&) = delete;
 };
 
-// Of the file device that there is; false when there is none. Throw TESKAudioError when writing has failed.
+// Of the file device that there is; false when there is none. Throw SoundFileError when writing has failed.
 // Threads    HOST, which opens and closes shows as well.
 bool LetFileDeviceTake(double seconds);
 bool FinishFileDevice();

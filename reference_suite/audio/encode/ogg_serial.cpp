@@ -7,7 +7,7 @@
 #include <vector>
 
 #include "reference_suite/audio/encode/part_file.h"
-#include "suite/audio/errors.h"
+#include "reference_suite/audio/encode/sound_file_error.h"
 
 namespace tesk_audio {
 namespace {
@@ -44,7 +44,7 @@ void FixOggSerial(PartFile& file) {
     file.Seek(at, SEEK_SET);
     file.Read(bytes.data(), static_cast<long long>(bytes.size()));
     ogg_page page = FindPage(bytes);
-    if (page.header == nullptr) throw TESKAudioError("The encoder wrote something that is no Ogg page.");
+    if (page.header == nullptr) throw SoundFileError("The encoder wrote something that is no Ogg page.");
     std::copy(std::begin(kSerial), std::end(kSerial), page.header + kSerialAt);
     ogg_page_checksum_set(&page);
     file.Seek(at, SEEK_SET);

@@ -10,8 +10,8 @@
 #include <memory>
 #include <system_error>
 
+#include "reference_suite/audio/encode/sound_file_error.h"
 #include "reference_suite/audio/text/shown_path.h"
-#include "suite/audio/errors.h"
 
 namespace tesk_audio {
 
@@ -21,7 +21,7 @@ namespace {
 void RequireNameForAFile(const std::string& path) {
   struct stat status {};
   if (::stat(path.c_str(), &status) != 0 || S_ISREG(status.st_mode)) return;
-  throw TESKAudioError(ShownPath(path) + ": cannot be written: there is a " +
+  throw SoundFileError(ShownPath(path) + ": cannot be written: there is a " +
                        (S_ISDIR(status.st_mode) ? "folder" : "device or a pipe") +
                        " of that name. Choose another name.");
 }
@@ -99,7 +99,7 @@ void PartFile::Check() const {
   if (missing_ > 0) {
     text += "; " + std::to_string(missing_) + " bytes and what follows them are missing, so nothing was kept";
   }
-  throw TESKAudioError(text + ". Choose another place, or make room.");
+  throw SoundFileError(text + ". Choose another place, or make room.");
 }
 
 void PartFile::Commit() {

@@ -9,7 +9,7 @@ namespace tesk_audio {
 // complete. The first failure is kept, and every later write fails. Threads    one at a time.
 class PartFile {
  public:
-  // Throws TESKAudioError.
+  // Throws SoundFileError.
   explicit PartFile(const std::string& path);
   // Removes what was not committed.
   ~PartFile();
@@ -23,9 +23,9 @@ class PartFile {
   long long Seek(long long offset, int whence);
   long long GetLength() const;
 
-  // Throws TESKAudioError when anything has failed so far.
+  // Throws SoundFileError when anything has failed so far.
   void Check() const;
-  // To the disk, and then to its name. Throws TESKAudioError.
+  // To the disk, and then to its name. Throws SoundFileError.
   void Commit();
 
  private:

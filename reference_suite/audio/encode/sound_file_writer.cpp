@@ -12,8 +12,8 @@
 #include "reference_suite/audio/encode/ogg_serial.h"
 #include "reference_suite/audio/encode/part_file.h"
 #include "reference_suite/audio/encode/peak_time.h"
+#include "reference_suite/audio/encode/sound_file_error.h"
 #include "reference_suite/audio/text/shown_path.h"
-#include "suite/audio/errors.h"
 
 namespace tesk_audio {
 namespace {
@@ -108,7 +108,7 @@ SoundFileWriter::SoundFileWriter(const std::string& path, SoundFileFormat format
   state_->encoder = sf_open_virtual(&io, SFM_WRITE, &info, &state_->file);
   state_->file.Check();
   if (state_->encoder == nullptr) {
-    throw TESKAudioError(ShownPath(path) + ": cannot be written: " + sf_strerror(nullptr) +
+    throw SoundFileError(ShownPath(path) + ": cannot be written: " + sf_strerror(nullptr) +
                          " Choose another format or another rate.");
   }
   sf_command(state_->encoder, SFC_RF64_AUTO_DOWNGRADE, nullptr, SF_TRUE);
@@ -145,7 +145,7 @@ void SoundFileWriter::WriteBlock_() {
   }
   state_->file.Check();
   if (written != count) {
-    throw TESKAudioError(ShownPath(state_->path) + ": cannot be written: " + sf_strerror(state_->encoder));
+    throw SoundFileError(ShownPath(state_->path) + ": cannot be written: " + sf_strerror(state_->encoder));
   }
 }
 
@@ -154,10 +154,10 @@ void SoundFileWriter::Commit() {
   const int status = sf_close(std::exchange(state_->encoder, nullptr));
   state_->file.Check();
   if (status != 0) {
-    throw TESKAudioError(ShownPath(state_->path) + ": cannot be written: " + sf_error_number(status));
+    throw SoundFileError(ShownPath(state_->path) + ": cannot be written: " + sf_error_number(status));
   }
   if (state_->file.GetLength() == 0) {
-    throw TESKAudioError(ShownPath(state_->path) +
+    throw SoundFileError(ShownPath(state_->path) +
                          ": cannot be written: this format needs at least one frame. Choose another format.");
   }
   if (state_->format == SoundFileFormat::OggVorbis) FixOggSerial(state_->file);

@@ -21,7 +21,7 @@ enum class SoundFileFormat {
 //            that they have, so that what was decoded from one comes back unchanged, and clip beyond full
 //            scale.
 // Threads    one at a time.
-// Errors     TESKAudioError, naming the file; every byte's way to the disk is checked, for closing a file on
+// Errors     SoundFileError, naming the file; every byte's way to the disk is checked, for closing a file on
 //            a full disk reports success.
 class SoundFileWriter {
  public:
