@@ -56,7 +56,7 @@ void CheckFiles(const ShowFolder& show, Problems* out) {
   }
   if (!show.GetDataFault().empty()) return Add(out, "data", "", show.GetDataFault(), false);
   for (const std::string& name : show.GetDataNames()) {
-    if (exc::path::extension(name) == ".obd" || name.front() == '.') continue;
+    if (exc::path::extension(name) == ".obd") continue;
     Add(out, "data/" + name, "",
         "is not played, because its name does not end in \".obd\"; rename it, or take it out", true);
   }

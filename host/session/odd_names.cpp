@@ -49,7 +49,6 @@ bool LooksLikeASong(const std::string& file) {
 Problems FindOddNames(const ShowFolder& show) {
   Problems problems;
   for (const std::string& file : exc::listdir(exc::path::Join(show.GetPath(), "songs"))) {
-    if (file.front() == '.') continue;
     if (exc::path::extension(file) == ".toml") {
       CompareWithItsSong(show, "songs/", file, &problems);
     } else if (!LooksLikeASong(file)) {

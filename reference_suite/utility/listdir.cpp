@@ -34,7 +34,7 @@ std::vector<std::string> listdir(const std::string& folder) {
     const dirent* const entry = ::readdir(open.get());
     if (entry == nullptr) break;
     const std::string name = entry->d_name;
-    if (name != "." && name != "..") names.push_back(name);
+    if (name.front() != '.') names.push_back(name);
   }
   if (errno != 0) Refuse(folder);
   std::sort(names.begin(), names.end());

@@ -17,8 +17,10 @@ class ListdirError : public std::runtime_error {
   int reason_;
 };
 
-// The names of a folder's entries without "." and "..", of every kind, hidden ones included, sorted by byte
-// value so that listings are reproducible. Names are bytes; nothing is decoded.
+// The names of a folder's entries, of every kind, sorted by byte value so that listings are reproducible.
+// Names are bytes; nothing is decoded. Hidden ones, which begin with a dot, are left out: systems and
+// programs leave such beside what a person has put there, "._1 Waltz.obd" for instance, which is no song's
+// audio.
 //
 // Throws ListdirError "Unable to list folder \"FOLDER\": REASON" when there is no such folder, it may not be
 // read, or reading it fails half-way.

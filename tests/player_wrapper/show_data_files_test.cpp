@@ -43,6 +43,12 @@ TEST_F(ShowDataFilesTest, AHiddenFileNamedObdIsNoSong) {
   EXPECT_EQ(Names(), (Pairs{}));
 }
 
+// "._1 Song.obd": what a Mac leaves on a stick beside "1 Song.obd".
+TEST_F(ShowDataFilesTest, HiddenFilesAreNoSongsWhateverTheirExtension) {
+  Put({"._1 Song.obd", ".hidden.obd", "1 Song.obd"});
+  EXPECT_EQ(Files(), (Pairs{{"1", "1 Song.obd"}}));
+}
+
 TEST_F(ShowDataFilesTest, WithoutABlankTheWholeNameIsTheNumberAndTheNameIsEmpty) {
   Put({"7.obd"});
   EXPECT_EQ(Names(), (Pairs{{"7.obd", ""}}));

@@ -29,6 +29,20 @@ TEST_F(Check, AGoodShowHasNothingToSay) {
   EXPECT_EQ(run.messages, "");
 }
 
+// A Mac leaves such beside every file on a stick.
+TEST_F(Check, HiddenFilesBesideSongsAreNoneOfTheShow) {
+  files_.AddSong("1", "Waltz", 4);
+  for (const char* hidden :
+       {"data/._1 Waltz.obd", "data/.DS_Store", "songs/._1 Waltz.mid", "songs/._1 Waltz.toml"})
+    files_.Write(hidden, "Mac OS X");
+  const Ended run = Look();
+  EXPECT_EQ(run.status, 0);
+  EXPECT_EQ(run.out, "no errors, no warnings\n");
+  const Ended render = Orbel({"render", files_.Show(), "-o", files_.Beside("out.wav")});
+  EXPECT_EQ(render.status, 0) << render.messages;
+  EXPECT_EQ(ReadFloatWav(files_.Beside("out.wav")), FramesFromZero(4LL * ShowFiles::kRate));
+}
+
 TEST_F(Check, AudioThatCannotBeDecodedIsAnErrorWithItsFile) {
   files_.AddSong("1", "Waltz", 4);
   files_.AddSong("2", "Polka", 4);

@@ -44,13 +44,19 @@ TEST_F(ListdirTest, NamesAreSortedByByteValue) {
   EXPECT_EQ(exc::listdir(folder_), (Names{"10 x", "2 x", "B", "_", "a", "b", "\xC3\xA4"}));
 }
 
-TEST_F(ListdirTest, EveryKindOfEntryIsListedHiddenOnesIncluded) {
+TEST_F(ListdirTest, EveryKindOfEntryIsListed) {
   Touch("file");
-  Touch(".hidden");
   fs::create_directory(folder_ + "/folder");
   fs::create_symlink("nowhere", folder_ + "/broken link");
   ASSERT_EQ(mkfifo((folder_ + "/pipe").c_str(), 0600), 0);
-  EXPECT_EQ(exc::listdir(folder_), (Names{".hidden", "broken link", "file", "folder", "pipe"}));
+  EXPECT_EQ(exc::listdir(folder_), (Names{"broken link", "file", "folder", "pipe"}));
+}
+
+// What a Mac leaves on a stick beside each file, and what editors leave.
+TEST_F(ListdirTest, HiddenNamesAreLeftOut) {
+  for (const char* name : {"._1 Waltz.obd", ".DS_Store", "..more", "1 Waltz.obd", "1.", "_1"}) Touch(name);
+  fs::create_directory(folder_ + "/.folder");
+  EXPECT_EQ(exc::listdir(folder_), (Names{"1 Waltz.obd", "1.", "_1"}));
 }
 
 TEST_F(ListdirTest, NamesAreBytesAsTheyAre) {
