@@ -145,7 +145,8 @@ void Live::ActAlone_(double now) {
     conductor_.Resume(atCaesura, now);
     // Behind a caesura at its end a song may have ended already.
     const bool stuck = !directions_.script && !atEnd && !session_.IsPlaying();
-    if (stuck) EndWith_(kCannotEnd, "nothing leads on from here");
+    // Elsewhere than at a caesura only a failure has brought it to a stand, and that has been told.
+    if (stuck) EndWith_(atCaesura ? kCannotEnd : kFailed, "nothing leads on from here");
   } catch (const PlayerLost&) {
     throw;
   } catch (const std::exception& error) {

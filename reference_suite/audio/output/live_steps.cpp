@@ -53,7 +53,8 @@ StepOutcome LiveSampleOutput::StepIntoRing_(StepGate& gate) {
     if (result.outcome == StepOutcome::End) SetEnding_(Ending::SongEnd);
     return result.outcome;
   } catch (const std::exception& error) {
-    NoteFailure_(error.what());
+    const bool isMemory = dynamic_cast<const std::bad_alloc*>(&error) != nullptr;
+    NoteFailure_(isMemory ? kNoMemory : error.what());
     SetEnding_(Ending::Failure);
     return StepOutcome::End;
   }
