@@ -1,5 +1,6 @@
 // The device that writes a file: it takes what it is told to, and tells what cannot be written.
 #include "reference_suite/audio/device/file_device.h"
+#include "reference_suite/audio/encode/sound_file_error.h"
 
 #include <gtest/gtest.h>
 #include <signal.h>
@@ -13,7 +14,6 @@
 #include <thread>
 #include <vector>
 
-#include "suite/audio/errors.h"
 #include "tests/reference_suite/audio/support/await.h"
 #include "tests/support/no_threads.h"
 #include "tests/support/throws_with_text.h"
@@ -134,11 +134,11 @@ TEST_F(FileDeviceTest, WhatCannotBeWrittenIsThrownAtTheNextTakeAndAtTheEnd) {
   std::string text;
   try {
     for (int i = 0; i < 1'000; ++i) device.Take(1.0);
-  } catch (const tesk_audio::TESKAudioError& error) {
+  } catch (const tesk_audio::SoundFileError& error) {
     text = error.what();
   }
   EXPECT_EQ(text.rfind(path_ + ": cannot be written: ", 0), 0U) << text;
-  EXPECT_THROW(device.Finish(), tesk_audio::TESKAudioError);
+  EXPECT_THROW(device.Finish(), tesk_audio::SoundFileError);
   EXPECT_FALSE(std::filesystem::exists(path_));
 }
 

@@ -1,11 +1,11 @@
 #include "reference_suite/audio/encode/part_file.h"
+#include "reference_suite/audio/encode/sound_file_error.h"
 
 #include <gtest/gtest.h>
 #include <unistd.h>
 
 #include <filesystem>
 
-#include "suite/audio/errors.h"
 #include "tests/reference_suite/audio/support/sound_files.h"
 
 namespace tesk_audio {
@@ -17,7 +17,7 @@ std::string WhyNot(const std::string& path) {
   try {
     PartFile file(path);
     file.Commit();
-  } catch (const TESKAudioError& error) {
+  } catch (const SoundFileError& error) {
     return error.what();
   }
   return "";
@@ -69,7 +69,7 @@ TEST_F(Part, ANameThatIsTakenByAFolderInTheMeantimeIsAnErrorThatLeavesNothing) {
     try {
       file.Commit();
       FAIL();
-    } catch (const TESKAudioError& error) {
+    } catch (const SoundFileError& error) {
       EXPECT_EQ(error.what(),
                 path + ": cannot be written: Is a directory. Choose another place, or make room.");
     }
