@@ -1,5 +1,6 @@
 #pragma once
 
+#include <chrono>
 #include <memory>
 #include <optional>
 #include <string>
@@ -117,6 +118,7 @@ class Live {
   std::size_t problemsTold_ = 0;
   Meters meters_;  // the peaks are those since the last look
   bool hasMeters_ = false;
+  std::chrono::steady_clock::time_point metersNoted_;
   std::vector<float> highest_;  // peaks of the whole performance
   std::string unheard_;         // why nobody hears the device that there is
   std::string missing_;         // of its connections

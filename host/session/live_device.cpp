@@ -1,5 +1,6 @@
 // What Live makes of the audio device: where it plays, and what happens when it fails.
 #include <algorithm>
+#include <chrono>
 #include <cmath>
 #include <utility>
 
@@ -12,6 +13,8 @@ namespace {
 std::string Whole(double value) {
   return ShortNumber(std::round(value));
 }
+
+constexpr std::chrono::milliseconds kSilenceOfTheMeter{250};
 
 // Of full scale; nothing is quieter than -99.
 std::string Decibels(float peak) {
@@ -127,11 +130,12 @@ void Live::TakeSystemLines_(double now) {
   }
 }
 
-// The output tells ten times a second; before it has, and at the end, it is asked.
+// The output tells ten times a second; before it has, when it has fallen silent because the system grants it
+// no thread for that, and at the end, it is asked.
 void Live::TakeMeters_() {
   if (std::optional<Meters> told = session_.TakeMeters()) {
     NoteMeters_(std::move(*told));
-  } else if (!hasMeters_) {
+  } else if (std::chrono::steady_clock::now() - metersNoted_ > kSilenceOfTheMeter) {
     AskForMeters_();
   }
 }
@@ -144,6 +148,7 @@ void Live::AskForMeters_() {
 void Live::NoteMeters_(Meters meters) {
   meters_ = std::move(meters);
   hasMeters_ = true;
+  metersNoted_ = std::chrono::steady_clock::now();
   highest_.resize(std::max(highest_.size(), meters_.peaks.size()));
   for (std::size_t i = 0; i < meters_.peaks.size(); ++i)
     highest_[i] = std::max(highest_[i], meters_.peaks[i]);

@@ -294,5 +294,18 @@ TEST_F(RefusedSongs, ThatAreReachedWhilePlayingIntoAFileLeaveTheOthersInIt) {
   EXPECT_TRUE(heard == FramesOf(3)) << heard.size();
 }
 
+// The output keeps its meters whether or not there is a thread that tells of them.
+TEST_F(RefusedThreads, OfTheMeterLeavesThePeaksRight) {
+  const auto refusing = RefusingThreads({{"ORBEL_REFUSE_BODY", "MeterNews"}});
+  const Ended run = Orbel({"play", files_.Show(), "--output", "null"});
+  EXPECT_EQ(run.status, 0) << run.messages;
+  EXPECT_GT(CountRefusals(), 0U);
+  EXPECT_THAT(run.messages, HasSubstr("The meter of the audio output cannot start its thread"));
+  const std::size_t second = run.messages.find("2 Polka   bar");
+  ASSERT_NE(second, std::string::npos) << run.messages;
+  EXPECT_THAT(run.messages.substr(second), HasSubstr("  peak "));
+  EXPECT_THAT(run.messages.substr(second), testing::Not(HasSubstr("  peak -99")));
+}
+
 }  // namespace
 }  // namespace faults

@@ -4,6 +4,7 @@
 //   ORBEL_REFUSE_THREAD=N           the N-th thread is refused, from 1
 //   ORBEL_REFUSE_THREAD_FOR_GOOD=1  and every one behind it
 //   ORBEL_REFUSE_LOADER=N[,N...]    every thread that would decode one of the songs of these numbers
+//   ORBEL_REFUSE_BODY=TEXT          every thread that would begin in a function whose symbol contains TEXT
 //   ORBEL_REFUSE_MEMORY=N           the N-th allocation of C++ after the show was first looked at
 //   ORBEL_REFUSE_MEMORY_FOR_GOOD=1  and every one behind it
 //   ORBEL_REFUSE_READ=TEXT:BYTES    reading fails behind BYTES bytes of a file whose name contains TEXT
@@ -153,11 +154,20 @@ bool IsRefused(int file, long long end) {
   return true;
 }
 
-bool IsRefusedLoader(void* (*body)(void*), const void* argument) {
-  if (refusedLoader == nullptr) return false;
+// Empty for a function that is not known by name.
+std::string SymbolOf(void* (*body)(void*)) {
   Dl_info found{};
-  if (dladdr(reinterpret_cast<const void*>(body), &found) == 0 || found.dli_sname == nullptr) return false;
-  if (strcmp(found.dli_sname, "FileLoaderThread") != 0) return false;
+  if (dladdr(reinterpret_cast<const void*>(body), &found) == 0 || found.dli_sname == nullptr) return "";
+  return found.dli_sname;
+}
+
+bool IsRefusedBody(void* (*body)(void*)) {
+  const char* const text = getenv("ORBEL_REFUSE_BODY");
+  return text != nullptr && SymbolOf(body).find(text) != std::string::npos;
+}
+
+bool IsRefusedLoader(void* (*body)(void*), const void* argument) {
+  if (refusedLoader == nullptr || SymbolOf(body) != "FileLoaderThread") return false;
   const std::string song = static_cast<const FileLoaderData*>(argument)->SongNumber();
   return ("," + std::string(refusedLoader) + ",").find("," + song + ",") != std::string::npos;
 }
@@ -201,7 +211,7 @@ int pthread_create(pthread_t* thread, const pthread_attr_t* attributes, void* (*
   static const auto real = Real<decltype(&pthread_create)>("pthread_create");
   const long count = ++threads;
   if (count == refusedThread || (refusesThreadsForGood && count > refusedThread) ||
-      IsRefusedLoader(body, argument)) {
+      IsRefusedLoader(body, argument) || IsRefusedBody(body)) {
     CountInto(refusalsFile);
     return EAGAIN;
   }
