@@ -13,8 +13,10 @@ namespace tesk_midi {
 namespace {
 
 [[noreturn]] void ThrowSystemError(const char* what) {
-  throw FileError(std::string(what) + " (" + std::generic_category().message(errno) +
-                  "); see that the file is there and that it may be read.");
+  const int error = errno;
+  const char* const cure = error == ELOOP ? "replace the link, which leads in a circle, by the file itself."
+                                          : "see that the file is there and that it may be read.";
+  throw FileError(std::string(what) + " (" + std::generic_category().message(error) + "); " + cure);
 }
 
 class OpenFile {

@@ -16,6 +16,8 @@ namespace {
 constexpr std::uint32_t kHeaderType = 0x4D546864;  // "MThd"
 constexpr std::uint32_t kTrackType = 0x4D54726B;   // "MTrk"
 constexpr std::uint32_t kRiffType = 0x52494646;    // "RIFF"
+constexpr std::uint32_t kMidiForm = 0x524D4944;    // "RMID"
+constexpr std::size_t kRiffHeadBytes = 12;
 constexpr std::size_t kChunkHeadBytes = 8;
 constexpr std::size_t kHeaderBytes = 6;
 constexpr std::size_t kTrackCountOffset = 10;
@@ -23,13 +25,20 @@ constexpr std::size_t kTrackCountOffset = 10;
 const char kDamaged[] = "the file is damaged or cut off, export it again";
 const char kExport[] = "export it as a Standard MIDI File of type 0 or 1";
 
+// `cursor` stands behind the type.
+[[noreturn]] void RefuseRiff(ByteCursor cursor) {
+  const bool hasForm = cursor.Remaining() >= kRiffHeadBytes - sizeof(kRiffType);
+  if (hasForm) cursor.U32("the length of the container");
+  if (hasForm && cursor.U32("the container's form") == kMidiForm)
+    RefuseSmf(cursor.Name(), 0, "a RIFF container (RMID) around the MIDI data", kExport);
+  RefuseSmf(cursor.Name(), 0, "a RIFF file, such as WAV, and no MIDI", "put the song's MIDI file there");
+}
+
 // The first chunk's length, after its type has been checked.
 std::uint32_t ReadHeaderHead(ByteCursor& cursor) {
   if (cursor.AtEnd()) RefuseSmf(cursor.Name(), 0, "an empty file", kExport);
   const std::uint32_t type = cursor.U32("the file's type");
-  if (type == kRiffType) {
-    RefuseSmf(cursor.Name(), 0, "a RIFF container (RMID) around the MIDI data", kExport);
-  }
+  if (type == kRiffType) RefuseRiff(cursor);
   if (type != kHeaderType) {
     RefuseSmf(cursor.Name(), 0, "bytes " + HexText(type, 8) + " where a MIDI file has 4D546864 (MThd)",
               kExport);

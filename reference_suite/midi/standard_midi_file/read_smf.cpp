@@ -15,10 +15,11 @@ namespace tesk_midi {
 
 namespace {
 
-const char kCheckFile[] = "see that the file is there and that it may be read";
-
-std::string ErrnoText() {
-  return std::generic_category().message(errno);
+[[noreturn]] void RefuseFile(const std::string& name, std::size_t offset, const std::string& what) {
+  const int error = errno;
+  const char* const cure = error == ELOOP ? "replace the link, which leads in a circle, by the file itself"
+                                          : "see that the file is there and that it may be read";
+  RefuseSmf(name, offset, what + " (" + std::generic_category().message(error) + ")", cure);
 }
 
 class OpenFile {
@@ -26,7 +27,7 @@ class OpenFile {
   OpenFile(const std::filesystem::path& path, const std::string& name)
       // Without O_NONBLOCK the open of a pipe would wait for a writer.
       : descriptor_(::open(path.c_str(), O_RDONLY | O_NONBLOCK | O_CLOEXEC)) {
-    if (descriptor_ < 0) RefuseSmf(name, 0, "not opened (" + ErrnoText() + ")", kCheckFile);
+    if (descriptor_ < 0) RefuseFile(name, 0, "not opened");
   }
   ~OpenFile() { ::close(descriptor_); }
   OpenFile(const OpenFile&) = delete;
@@ -56,7 +57,7 @@ std::vector<std::uint8_t> ReadToEnd(const OpenFile& file, const std::string& nam
     bytes.resize(size);
     const ssize_t count = ::read(file.Descriptor(), bytes.data() + filled, bytes.size() - filled);
     if (count < 0 && errno == EINTR) continue;
-    if (count < 0) RefuseSmf(name, filled, "not read (" + ErrnoText() + ")", kCheckFile);
+    if (count < 0) RefuseFile(name, filled, "not read");
     if (count == 0) break;
     filled += static_cast<std::size_t>(count);
   }

@@ -63,8 +63,8 @@ TEST_F(SoundSongBeside, LinkToADeviceIsNotRead) {
 TEST_F(SoundSongBeside, LinkThatLeadsToItself) {
   std::filesystem::create_symlink("2 Odd.mid", At("songs/2 Odd.mid"));
   ExpectLeftOut(
-      "songs/2 Odd.mid: cannot be opened (Too many levels of symbolic links); see that the file is there and "
-      "that it may be read. The song is left out.");
+      "songs/2 Odd.mid: cannot be opened (Too many levels of symbolic links); "
+      "replace the link, which leads in a circle, by the file itself. The song is left out.");
 }
 
 TEST_F(SoundSongBeside, FolderThatContainsItselfIsNotEntered) {

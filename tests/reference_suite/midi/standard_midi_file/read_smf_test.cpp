@@ -73,10 +73,9 @@ TEST_F(ReadSmfTest, MissingFile) {
 TEST_F(ReadSmfTest, LinkInACircle) {
   fs::create_symlink("a.mid", folder_ / "b.mid");
   fs::create_symlink("b.mid", folder_ / "a.mid");
-  EXPECT_EQ(
-      RefusalOf(folder_ / "a.mid"),
-      "1 Song.mid: byte 0: not opened (Too many levels of symbolic links); see that the file is there and "
-      "that it may be read.");
+  EXPECT_EQ(RefusalOf(folder_ / "a.mid"),
+            "1 Song.mid: byte 0: not opened (Too many levels of symbolic links); "
+            "replace the link, which leads in a circle, by the file itself.");
 }
 
 TEST_F(ReadSmfTest, AFolderIsNoRegularFile) {

@@ -27,6 +27,14 @@ TEST(SmfRefusals, RiffContainer) {
       "of type 0 or 1.");
 }
 
+TEST(SmfRefusals, RiffFileThatIsNoContainerOfMidi) {
+  const char* const words =
+      "song.mid: byte 0: a RIFF file, such as WAV, and no MIDI; put the song's MIDI file there.";
+  EXPECT_EQ(Refusal(Joined({Bytes{'R', 'I', 'F', 'F'}, Number(100, 4), Bytes{'W', 'A', 'V', 'E'}})), words);
+  EXPECT_EQ(Refusal(Joined({Bytes{'R', 'I', 'F', 'F'}, Number(100, 4), Bytes{'R', 'M', 'I'}})), words);
+  EXPECT_EQ(Refusal({'R', 'I', 'F', 'F'}), words);
+}
+
 TEST(SmfRefusals, TypeCutOff) {
   EXPECT_EQ(
       Refusal({'M', 'T', 'h'}),
