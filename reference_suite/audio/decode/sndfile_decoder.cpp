@@ -108,6 +108,8 @@ long long PromisedFrames(const std::string& head, const SF_INFO& info) {
 }  // namespace
 
 SndfileDecoder::SndfileDecoder(AudioFile& file, bool isOgg) : file_(file) {
+  // Before the library has anything that it would keep if there were no memory for it.
+  const std::string head = file_.Head(kClaimBytes);
   file_.Seek(0);
   SF_VIRTUAL_IO callbacks{LengthCallback, SeekCallback, ReadCallback, WriteCallback, TellCallback};
   SF_INFO info{};
@@ -119,7 +121,7 @@ SndfileDecoder::SndfileDecoder(AudioFile& file, bool isOgg) : file_(file) {
   const bool isCounted = info.frames >= 0 && info.frames != SF_COUNT_MAX;
   format_ = {FormatName(info.format), static_cast<double>(info.samplerate),
              static_cast<unsigned>(info.channels), isCounted ? info.frames : -1, isOgg};
-  format_.promisedFrames = PromisedFrames(file_.Head(kClaimBytes), info);
+  format_.promisedFrames = PromisedFrames(head, info);
   seeksToTheFrame_ = SeeksToTheFrame(info);
 }
 
