@@ -80,13 +80,17 @@ int Run(const RenderOptions& options) {
   return kDone;
 }
 
+std::string GivesAName(const std::string& path) {
+  return path.empty() ? "the name is empty; give the sound file to write" : "";
+}
+
 }  // namespace
 
 void AddRender(CLI::App& app, Action* action) {
   CLI::App* verb = app.add_subcommand("render", "Play into a sound file, faster than real time");
   const auto options = std::make_shared<RenderOptions>();
   verb->add_option("SHOW", options->showPath, "The show folder")->required();
-  verb->add_option("-o,--output", options->outPath, "The sound file to write")->required();
+  verb->add_option("-o,--output", options->outPath, "The sound file to write")->required()->check(GivesAName);
   verb->add_option("-n,--song", options->song,
                    "The song to start with; default: the first that has audio,\n"
                    "and no other when that cannot be played");

@@ -50,6 +50,12 @@ std::string WhyWithoutASong(const ShowFolder& show, const std::string& number, c
     return "the name has no blank behind the song's number, so the show cannot be opened; rename it to \"" +
            WithABlank(file) + "\", or take it out";
   }
+  if (number.empty()) {
+    return "the name begins with a blank where the song's number belongs, so the show cannot be opened; "
+           "rename "
+           "it to \"NUMBER" +
+           file + "\", or take it out";
+  }
   const std::string meant = SongOfTheSameValue(show, number);
   if (!meant.empty()) return WhyWrittenOtherwise(show, number, meant, file);
   return "there is no song " + number + ", so the show cannot be opened; add \"songs/" + number +

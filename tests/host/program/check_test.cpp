@@ -65,6 +65,20 @@ TEST_F(Check, AudioWithoutASongIsAnErrorWithACure) {
                         "\"songs/7 NAME.mid\", or take this file out\n"));
 }
 
+TEST_F(Check, AudioWhoseNameBeginsWithABlankHasNoNumber) {
+  files_.AddSong("1", "Waltz", 4);
+  WriteWav(files_.At("data/ Polka.obd"), FramesFromZero(100), ShowFiles::kRate);
+  const std::string words =
+      "data/ Polka.obd: the name begins with a blank where the song's number belongs, so the show cannot be "
+      "opened; rename it to \"NUMBER Polka.obd\", or take it out\n";
+  const Ended run = Look();
+  EXPECT_EQ(run.status, 5);
+  EXPECT_THAT(run.out, HasSubstr("error: " + words));
+  const Ended render = Orbel({"render", files_.Show(), "-o", files_.Beside("out.wav")});
+  EXPECT_EQ(render.status, 1);
+  EXPECT_THAT(render.messages, HasSubstr(words));
+}
+
 TEST_F(Check, TwoAudioFilesWithOneNumberAreAnErrorThatNamesBoth) {
   files_.AddSong("1", "Waltz", 4);
   WriteWav(files_.At("data/1 Alternative.obd"), FramesFromZero(32000), ShowFiles::kRate);

@@ -91,6 +91,8 @@ INSTANTIATE_TEST_SUITE_P(
         WrongUsage{{"where", "show"}, "orbel: SONG is required"},
         WrongUsage{{"where", "show", "1"}, "orbel: POSITION is required"},
         WrongUsage{{"render", "show"}, "orbel: --output is required"},
+        WrongUsage{{"render", "show", "-o", ""},
+                   "orbel: --output: the name is empty; give the sound file to write\n"},
         WrongUsage{{"render", "show", "-o", "x", "--format", "mp3"}, "orbel: --format: mp3 not in {"},
         WrongUsage{{"render", "show", "-o", "x", "--vamp-passes", "0"},
                    "orbel: --vamp-passes: \"0\" is not a whole number from 1 to 1000000\n"},
