@@ -15,7 +15,7 @@ bool AnySongHas(const ShowFolder& folder, const std::string& position, std::stri
       tesk_midi::ParsePosition(folder.GetData().GetSong(number), position);
       return true;
     } catch (const tesk_midi::PositionError& error) {
-      if (why->empty()) *why = "\"" + position + "\": " + error.what();
+      if (why->empty()) *why = "\"" + ShownInShort(position) + "\": " + error.what();
     }
   }
   return false;

@@ -68,7 +68,7 @@ class LineReader {
 
  private:
   [[noreturn]] void Refuse_(const std::string& found, const std::string& expected) const {
-    const std::string what = found.empty() ? "the line ends" : "found \"" + Shown(found) + "\"";
+    const std::string what = found.empty() ? "the line ends" : "found \"" + ShownInShort(found) + "\"";
     throw Failure(place_ + what + ", expected " + expected);
   }
 

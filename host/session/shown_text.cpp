@@ -1,5 +1,6 @@
 #include "host/session/shown_text.h"
 
+#include <algorithm>
 #include <charconv>
 #include <cmath>
 #include <cstdint>
@@ -61,6 +62,16 @@ std::string Shown(std::string_view text) {
     text.remove_prefix(length);
   }
   return out;
+}
+
+std::string ShownInShort(std::string_view text) {
+  constexpr int kMostCharacters = 60;
+  std::size_t end = 0;
+  for (int count = 0; count < kMostCharacters && end < text.size(); ++count) {
+    std::uint32_t codePoint = 0;
+    end += std::max<std::size_t>(1, Decode(text.substr(end), &codePoint));
+  }
+  return Shown(text.substr(0, end)) + (end < text.size() ? "..." : "");
 }
 
 std::string WithoutPath(const std::string& text, const std::string& file) {

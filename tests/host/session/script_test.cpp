@@ -31,6 +31,12 @@ constexpr char kCommands[] =
     "expected a command: go, again, next, previous, pause, play, stop, left, right, seek POSITION, tempo "
     "SCALE, transpose SEMITONES, faster, slower, higher, lower or as-written";
 
+TEST(Script, OfALongWordTheStartIsRepeated) {
+  const std::string start(60, 'x');
+  EXPECT_EQ(Complaint("waiting " + std::string(100'000, 'x') + "\n"),
+            "cues.txt:1: found \"" + start + "...\", " + kCommands);
+}
+
 TEST(Script, ReadsEveryKindOfMoment) {
   const auto lines = Read(
       "# when      command\n"

@@ -34,6 +34,16 @@ TEST(Shown, BytesThatAreNotUtf8AreEscapedOneByOne) {
   EXPECT_EQ(Shown("\xf4\x90\x80\x80"), "\\xf4\\x90\\x80\\x80") << "past the last code point";
 }
 
+TEST(ShownInShort, HasSixtyCharactersAtMostAndNeverPartOfOne) {
+  const std::string sixty(60, 'a');
+  EXPECT_EQ(ShownInShort(""), "");
+  EXPECT_EQ(ShownInShort(sixty), sixty);
+  EXPECT_EQ(ShownInShort(sixty + "b"), sixty + "...");
+  EXPECT_EQ(ShownInShort(std::string(59, 'a') + "\u00e9b"), std::string(59, 'a') + "\u00e9...");
+  EXPECT_EQ(ShownInShort(std::string(59, 'a') + "\x1b" + "b"), std::string(59, 'a') + "\\x1b...");
+  EXPECT_EQ(ShownInShort(std::string(100'000, '\xff')).size(), 60U * 4 + 3);
+}
+
 TEST(MinutesAndSeconds, RoundsToMilliseconds) {
   EXPECT_EQ(MinutesAndSeconds(0.0), "0:00.000");
   EXPECT_EQ(MinutesAndSeconds(187.25), "3:07.250");
