@@ -30,8 +30,17 @@ constexpr std::size_t kGentle = 8;
 // Samples a second of which a stretch begins anew by itself: of more, playing and preparing the beginning at
 // once may take longer than there is time.
 constexpr double kMostRenewed = 200'000.0;
+// How many times the power of what was there before an attack has that rises out of little.
+constexpr double kLittle = 30.0;
 // Frames behind a place between two that have a say there.
 constexpr long long kBetween = 2;
+
+double Power(const float* samples, std::size_t count) {
+  double sum = 0.0;
+  for (std::size_t i = 0; i < count; ++i)
+    sum += static_cast<double>(samples[i]) * static_cast<double>(samples[i]);
+  return sum;
+}
 
 std::size_t FramesIn(double seconds, double rateHz) {
   return static_cast<std::size_t>(std::lround(seconds * rateHz));
@@ -214,6 +223,7 @@ void StretchPath::PrepareNext_(long long index, long long soon) {
   const long long border = BorderFrom_(index);
   if (!next_->IsFrom(border, stream_->GetFactors())) {
     next_->Prepare(border, stream_->GetFactors(), reach_, stop_);
+    if (RisesOutOfLittle_(border)) next_->SetBeginning(border);
     preparedFrom_ = index;
   }
   const std::size_t ahead = reach_ + near_ + seam_;
@@ -222,6 +232,17 @@ void StretchPath::PrepareNext_(long long index, long long soon) {
                     : std::numeric_limits<double>::infinity();
   while (next_->GetSharePrepared(ahead) < share && !next_->PrepareFurther(ahead)) {
   }
+}
+
+// Whether what was there before is next to nothing beside what comes. Left in, it would keep the engine from
+// noticing a soft attack in the chunks that it draws out, and that would swell for tens of milliseconds.
+bool StretchPath::RisesOutOfLittle_(long long index) {
+  if (!stream_->GetFactors().DrawOut()) return false;
+  const std::size_t length = 2 * seam_;
+  ReadAt(index - static_cast<long long>(length), incoming_.data(), length);
+  const double before = Power(incoming_.data(), length * channels_);
+  ReadAt(index, incoming_.data(), length);
+  return Power(incoming_.data(), length * channels_) > kLittle * before;
 }
 
 // An attack right behind a beginning is heard as it was recorded, from a moment before it on: whole and in

@@ -62,6 +62,7 @@ class StretchPath : private FrameSource {
   long long BorderFrom_(long long index) const;
   void BeginAnewAt_(long long index);
   void PrepareNext_(long long index, long long soon);
+  bool RisesOutOfLittle_(long long index);
   void LayAttackOver_(long long index, std::size_t length);
   void JoinStream_(long long index, std::size_t length, std::size_t reach);
   std::size_t RenderStretched_(float* out, std::size_t count);

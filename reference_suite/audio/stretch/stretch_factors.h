@@ -1,5 +1,7 @@
 #pragma once
 
+#include <cmath>
+
 namespace tesk_audio {
 
 // How audio is played: tempo scale (2: twice as fast) and transposition. A plain value.
@@ -9,6 +11,8 @@ struct StretchFactors {
 
   // Nothing to change: the audio is played as it was recorded.
   bool AreRecorded() const { return scale == 1.0 && semitones == 0; }
+  // Whether it is stretched to more than its length, before it is played faster for a higher key.
+  bool DrawOut() const { return std::exp2(semitones / 12.0) > scale; }
   bool operator==(const StretchFactors&) const = default;
 };
 

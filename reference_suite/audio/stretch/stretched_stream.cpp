@@ -56,6 +56,7 @@ void StretchedStream::Prepare(long long index, const StretchFactors& factors, st
   const double runUp =
       (static_cast<double>(lead) + std::max(0.0, -OffsetAtFirst_()) + engine_->GetRunUp()) * factors.scale;
   origin_ = static_cast<double>(index) - std::ceil(runUp + engine_->GetHalfIn() * engine_->GetStep());
+  beginning_ = 0;
   end_ = end;
   silentFrom_ = attack_ = firstAttack_ = kNever;
   begun_ = index;
@@ -183,6 +184,9 @@ void StretchedStream::Feed_(std::size_t count) {
   } else {
     between_.Read(place, step, end, in_.data(), count);
   }
+  const auto silent = static_cast<std::size_t>(std::clamp(
+      std::ceil((static_cast<double>(beginning_) - place) / step), 0.0, static_cast<double>(count)));
+  std::fill_n(in_.data(), silent * channels_, 0.0F);
   engine_->Process(in_.data(), count, LookForAttacks_(count));
   fed_ += static_cast<double>(count);
   if (PlaceOf_(fed_) > static_cast<double>(end_)) silentFrom_ = std::min(silentFrom_, end_);

@@ -38,6 +38,8 @@ class StretchedStream {
   // The same little by little: Prepare, and then PrepareFurther as often as it takes. Until then nothing else
   // is asked of it but SetEnd, Stop and the questions about it.
   void Prepare(long long index, const StretchFactors& factors, std::size_t lead, long long end = kNever);
+  // Behind Prepare: to it the song is silent before `index`.
+  void SetBeginning(long long index) { beginning_ = index; }
   // Does a chunk. Whether it has begun and the next `count` frames are there; then it does nothing.
   bool PrepareFurther(std::size_t count);
   // How much of that is done, from 0 to about 1.
@@ -106,6 +108,7 @@ class StretchedStream {
 
   double origin_ = 0.0;  // place in the song of the first frame that went in
   double fed_ = 0.0;     // frames that went in
+  long long beginning_ = 0;
   long long end_ = kNever;
   long long silentFrom_ = kNever;
   long long attack_ = kNever;
