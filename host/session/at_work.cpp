@@ -13,31 +13,31 @@ std::array<char, 1024> words;
 std::size_t length = 0;
 std::size_t lengthOfShow = 0;
 
-// What does not fit, or cannot be made any more, is left out.
+// From `begin` on. What does not fit is left out; false when the text cannot be made any more: what was noted
+// before is what is known.
 template <typename MakeText>
-void AppendIfThereIsMemory(MakeText makeText) noexcept {
+bool WriteIfThereIsMemory(std::size_t begin, MakeText makeText) noexcept {
   try {
     const std::string text = makeText();
-    const std::size_t count = std::min(text.size(), words.size() - length);
-    std::copy_n(text.begin(), count, words.begin() + static_cast<std::ptrdiff_t>(length));
-    length += count;
+    const std::size_t count = std::min(text.size(), words.size() - begin);
+    std::copy_n(text.begin(), count, words.begin() + static_cast<std::ptrdiff_t>(begin));
+    length = begin + count;
+    return true;
   } catch (const std::exception&) {
-    // What was noted before is what is known.
+    return false;
   }
 }
 
 }  // namespace
 
 void NoteShow(const std::string& path) noexcept {
-  length = 0;
-  AppendIfThereIsMemory([&] { return Shown(path); });
-  lengthOfShow = length;
+  if (WriteIfThereIsMemory(0, [&] { return Shown(path); })) lengthOfShow = length;
 }
 
 void NoteSong(const std::string& number, const std::string& file) noexcept {
   length = lengthOfShow;
   if (number.empty()) return;
-  AppendIfThereIsMemory([&] { return ": song " + Shown(number) + " (" + Shown(file) + ")"; });
+  WriteIfThereIsMemory(lengthOfShow, [&] { return ": song " + Shown(number) + " (" + Shown(file) + ")"; });
 }
 
 std::string_view AtWork() noexcept {
