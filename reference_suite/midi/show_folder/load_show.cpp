@@ -3,6 +3,7 @@
 #include <sys/stat.h>
 
 #include <algorithm>
+#include <array>
 #include <cerrno>
 #include <new>
 #include <set>
@@ -39,7 +40,8 @@ void RequireFolder(const std::string& path) {
 // What is no folder, or not one for this user, can be mended; a disk that fails or memory that is short
 // cannot by looking at the folder.
 bool IsMendedAtTheFolder(int reason) {
-  return reason == EACCES || reason == EPERM || reason == ENOTDIR || reason == ELOOP;
+  constexpr std::array kMended{EACCES, EPERM, ENOTDIR, ELOOP};
+  return std::find(kMended.begin(), kMended.end(), reason) != kMended.end();
 }
 
 std::vector<std::string> ListSongs(const std::string& showPath) {

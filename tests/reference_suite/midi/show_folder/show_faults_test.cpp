@@ -67,6 +67,19 @@ TEST_F(SoundSongBeside, LinkThatLeadsToItself) {
       "replace the link, which leads in a circle, by the file itself. The song is left out.");
 }
 
+// The show is there by a name of as many letters as the system takes, and "songs" in it is beyond them.
+TEST_F(SoundSongBeside, FolderThatCannotBeListedForWhatIsNoMatterOfRightsIsToldInTheSystemsWords) {
+  std::string path = show_.Path().string();
+  while (path.size() < 4'092) path += path.size() % 2 == 0 ? "/." : "/";
+  try {
+    tesk_midi::LoadShow(path);
+    ADD_FAILURE() << "it was listed";
+  } catch (const std::exception& error) {
+    EXPECT_THAT(error.what(), testing::HasSubstr("File name too long"));
+    EXPECT_THAT(error.what(), testing::Not(testing::HasSubstr("may be read")));
+  }
+}
+
 TEST_F(SoundSongBeside, FolderThatContainsItselfIsNotEntered) {
   std::filesystem::create_directory_symlink("..", At("songs/loop"));
   EXPECT_THAT(show_.Problems(), testing::IsEmpty());
