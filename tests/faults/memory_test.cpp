@@ -25,11 +25,11 @@ class RefusedMemory : public testing::TestWithParam<bool> {
                    "[[marker]]\nat = \"1.2\"\nname = \"A name of more than sixteen letters\"\n");
     files_.AddSong("2", "Polka", 1);
   }
-  // `arguments` with the n-th allocation refused, n growing by third parts, until nothing is refused.
+  // `arguments` with the n-th allocation refused, n growing by quarters, until nothing is refused.
   void Squeeze(const std::vector<std::string>& arguments) {
     int refusals = 0;
     int namedASong = 0;
-    for (int n = 1; n < 10'000; n += 1 + n / 3) {
+    for (int n = 1; n < 10'000; n += 1 + n / 4) {
       const auto refusing = Refusing({{"ORBEL_REFUSE_MEMORY", std::to_string(n)},
                                       {"ORBEL_REFUSE_MEMORY_FOR_GOOD", GetParam() ? "1" : "0"}});
       std::filesystem::remove(files_.Beside("out.wav"));
@@ -48,7 +48,7 @@ class RefusedMemory : public testing::TestWithParam<bool> {
       if (HasFailure()) return;
     }
     EXPECT_GT(refusals, 5);
-    EXPECT_GE(namedASong, GetParam() ? 1 : refusals / 4);
+    EXPECT_GT(namedASong, GetParam() ? 0 : refusals / 4);
   }
   ShowFiles files_;
 };

@@ -1,13 +1,13 @@
 #include "reference_suite/audio/device/file_device.h"
 
 #include <cmath>
-#include <new>
 #include <utility>
 
 #include "reference_suite/audio/device/device_clock.h"
 #include "reference_suite/audio/device/start_thread.h"
 #include "reference_suite/audio/encode/sound_file_error.h"
 #include "reference_suite/audio/output/timed_condition.h"
+#include "reference_suite/audio/text/keep_words.h"
 #include "reference_suite/audio/text/shown_path.h"
 #include "suite/utility/thread_names.h"
 
@@ -115,19 +115,11 @@ void FileDevice::Run_() noexcept {
     try {
       TakePeriod_();
     } catch (const std::exception& error) {
-      Fail_(error.what());
+      const std::lock_guard lock(mutex_);
+      KeepWords(&failure_, error);
+      failed_ = true;
     }
   }
-}
-
-void FileDevice::Fail_(const char* what) noexcept {
-  const std::lock_guard lock(mutex_);
-  try {
-    failure_ = what;
-  } catch (const std::bad_alloc&) {
-    failure_ = "no memory left";  // short enough to stand in a string without memory
-  }
-  failed_ = true;
 }
 
 void FileDevice::TakePeriod_() {

@@ -51,7 +51,6 @@ class FileDevice : public Device {
  private:
   static void* ThreadBody_(void* self);
   void Run_() noexcept;
-  void Fail_(const char* what) noexcept;
   void TakePeriod_();
   void ThrowIfFailed_() const;
 

@@ -6,6 +6,7 @@
 
 #include "reference_suite/audio/device/jack_device.h"
 #include "reference_suite/audio/device/uncancelled.h"
+#include "reference_suite/audio/text/keep_words.h"
 
 namespace tesk_audio {
 
@@ -90,11 +91,10 @@ void JackDevice::NotePort_(jack_port_id_t port) {
 
 void JackDevice::Fail_(const char* reason) {
   RunUncancelled([&]() noexcept {
-    try {
+    {
       const std::lock_guard lock(mutex_);
-      failure_ = reason != nullptr && *reason != '\0' ? reason : "the server has closed the connection";
-    } catch (const std::bad_alloc&) {
-      // Failed without a word.
+      const bool isGiven = reason != nullptr && *reason != '\0';
+      KeepWords(&failure_, isGiven ? reason : "the server has closed the connection");
     }
     failed_ = true;
   });

@@ -106,7 +106,6 @@ class LiveSampleOutput final : public AudioSampleOutput,
   // ---- live_steps.cpp: one step, and what follows it
   void StepWhileRunning_();
   StepOutcome StepIntoRing_(StepGate& gate) EXC_HOLDS(stepLock_);
-  void NoteFailure_(const char* what) noexcept;
   void DropRing_() EXC_HOLDS(stepLock_);
   void SetEnding_(Ending ending);
   void ForgetEnding_();

@@ -1,12 +1,12 @@
 // One render step of LiveSampleOutput, and what follows the last frame.
 #include <exception>
-#include <new>
 #include <utility>
 
 #include "exc/console/thread_safe_ostream.h"
 #include "exc/lock/scope_lock.h"
 #include "reference_suite/audio/output/go_on_attacca.h"
 #include "reference_suite/audio/output/live_sample_output.h"
+#include "reference_suite/audio/text/keep_words.h"
 #include "suite/core/tesk_log_exception.h"
 
 namespace tesk_audio {
@@ -14,8 +14,6 @@ namespace tesk_audio {
 namespace {
 
 const char* const kSourcePath = "reference_suite/audio/output";
-// Short enough to stand in a string without memory.
-const char* const kNoMemory = "no memory left";
 
 // Whether there is memory for the words or not; a buffer that finds none in the end ends the program.
 void SayWhyItStops(const std::string& failure) noexcept {
@@ -53,19 +51,12 @@ StepOutcome LiveSampleOutput::StepIntoRing_(StepGate& gate) {
     if (result.outcome == StepOutcome::End) SetEnding_(Ending::SongEnd);
     return result.outcome;
   } catch (const std::exception& error) {
-    const bool isMemory = dynamic_cast<const std::bad_alloc*>(&error) != nullptr;
-    NoteFailure_(isMemory ? kNoMemory : error.what());
+    {
+      exc::ScopeLock lock(*this);
+      KeepWords(&failure_, error);
+    }
     SetEnding_(Ending::Failure);
     return StepOutcome::End;
-  }
-}
-
-void LiveSampleOutput::NoteFailure_(const char* what) noexcept {
-  exc::ScopeLock lock(*this);
-  try {
-    failure_ = what;
-  } catch (const std::bad_alloc&) {
-    failure_ = kNoMemory;
   }
 }
 
