@@ -102,7 +102,7 @@ bool SeeksToTheFrame(const SF_INFO& info) {
 
 long long PromisedFrames(const std::string& head, const SF_INFO& info) {
   const int bytes = BytesOfASample(info.format) * info.channels;
-  return bytes > 0 ? static_cast<long long>(PromisedRf64Bytes(head)) / bytes : 0;
+  return bytes > 0 ? static_cast<long long>(PromisedSampleBytes(head)) / bytes : 0;
 }
 
 }  // namespace

@@ -20,6 +20,7 @@ using test_support::ThrowsWithText;
 using tesk_audio::AudioSampleContentError;
 
 constexpr int kWav16 = SF_FORMAT_WAV | SF_FORMAT_PCM_16;
+constexpr int kAiff16 = SF_FORMAT_AIFF | SF_FORMAT_PCM_16;
 constexpr int kWavFloat = SF_FORMAT_WAV | SF_FORMAT_FLOAT;
 constexpr int kFlac = SF_FORMAT_FLAC | SF_FORMAT_PCM_16;
 constexpr int kMp3 = SF_FORMAT_MPEG | SF_FORMAT_MPEG_LAYER_III;
@@ -67,6 +68,21 @@ class DamagedFiles : public testing::Test {
     } catch (const AudioSampleContentError&) {
     } catch (const tesk_audio::OggVorbisDecodeError&) {
     }
+  }
+
+  // A whole song whose header says another size, of the file and of its samples.
+  void ExpectPromises(int format, std::uint32_t size, const std::string& warnings) const {
+    SCOPED_TRACE(size);
+    std::string song = Song(format, 1'000);
+    const bool isBig = (format & SF_FORMAT_TYPEMASK) == SF_FORMAT_AIFF;
+    const auto put = [&](std::size_t at, std::uint32_t value) {
+      for (std::size_t i = 0; i < 4; ++i)
+        song[at + i] = static_cast<char>(value >> 8 * (isBig ? 3 - i : i) & 0xFF);
+    };
+    put(4, size);
+    const std::size_t samplesAt = song.find(isBig ? "SSND" : "data") + 4;
+    put(samplesAt, size - static_cast<std::uint32_t>(samplesAt - 4));
+    ExpectPlaysWithWarning(song, 1'000, warnings);
   }
 
   std::string Warning(const std::string& text) const { return "WARNING: " + path_ + ": " + text + ".\n"; }
@@ -166,6 +182,23 @@ TEST_F(DamagedFiles, Rf64W64AndAuWhoseLengthWasNeverWrittenPlayCompletely) {
   ExpectPlaysWithWarning(std::string(au).replace(8, 4, 4, '\xFF'), 144'000, "");
 }
 
+TEST_F(DamagedFiles, FilesOfGigabytesThatAreCutOffAreToldOf) {
+  for (const std::uint32_t size :
+       {0x7EFEFFFFU, 0x7F010001U, 0x7FFEFFFFU, 0x80010001U, 0xC0000000U, 0xFFFEFFFFU}) {
+    for (const int format : {kWav16, kAiff16})
+      ExpectPromises(format, size, Warning("the file is shorter than its header says: it was cut off"));
+  }
+}
+
+// What programs write that stream a recording and cannot go back to its header.
+TEST_F(DamagedFiles, RoundSizesOfFilesThatWereStreamedPromiseNothing) {
+  for (const std::uint32_t size :
+       {0x7F000000U, 0x7F000050U, 0x7FFF0024U, 0x7FFFF024U, 0x7FFFFF24U, 0x7FFFFFFFU, 0x80000023U,
+        0x80000024U, 0xFFFF0024U, 0xFFFFFFF7U, 0xFFFFFFFFU}) {
+    for (const int format : {kWav16, kAiff16}) ExpectPromises(format, size, "");
+  }
+}
+
 TEST_F(DamagedFiles, CafCutInHalfIsRefused) {
   const std::string song = Song(SF_FORMAT_CAF | SF_FORMAT_PCM_16);
   ExpectPlaysWithWarning(song, 144'000, "");
@@ -176,19 +209,39 @@ TEST_F(DamagedFiles, CafCutInHalfIsRefused) {
 }
 
 // Of a file that promises too much it does not matter how much of it is there.
-TEST_F(DamagedFiles, Rf64ThatPromisesMoreThanASongCanHave) {
-  const auto promising = [this](std::uint64_t frames) {
-    std::string song = Song(SF_FORMAT_RF64 | SF_FORMAT_PCM_16);
-    for (std::size_t i = 0; i < 8; ++i) song[28 + i] = static_cast<char>(frames * 4 >> (8 * i) & 0xFF);
-    return song;
+TEST_F(DamagedFiles, Rf64AndW64ThatPromiseMoreThanASongCanHave) {
+  struct Kind {
+    int format;
+    std::size_t sizeAt;
+    std::uint64_t sizeOfHeader;  // counted in the size
   };
-  ExpectRefused(promising(4'294'967'296),
+  for (const Kind& kind : {Kind{SF_FORMAT_RF64, 28, 0}, Kind{SF_FORMAT_W64, 40 + 40 + 16, 24}}) {
+    const auto promising = [&](std::uint64_t frames) {
+      std::string song = Song(kind.format | SF_FORMAT_PCM_16);
+      const std::uint64_t size = frames * 4 + kind.sizeOfHeader;
+      for (std::size_t i = 0; i < 8; ++i) song[kind.sizeAt + i] = static_cast<char>(size >> (8 * i) & 0xFF);
+      return song;
+    };
+    ExpectRefused(
+        promising(4'294'967'296),
+        "4294967296 frames are more than the 4294967295 that a song can have. Split the recording.");
+    ExpectRefused(promising(1'000'000'000'000'000),
+                  "1000000000000000 frames are more than the 4294967295 that a song can have. Split the "
+                  "recording.");
+    ExpectPlaysWithWarning(promising(4'294'967'295), 144'000,
+                           Warning("the file is shorter than its header says: it was cut off"));
+  }
+}
+
+// The promise stands behind whatever else a program has written there.
+TEST_F(DamagedFiles, W64ThatPromisesTooMuchBehindAnotherChunk) {
+  std::string song = Song(SF_FORMAT_W64 | SF_FORMAT_PCM_16);
+  const std::size_t dataAt = 40 + 40;
+  song.replace(dataAt + 16, 8, std::string("\x18\0\0\0\x04\0\0\0", 8));  // 2 ^ 34 bytes and the header
+  const std::string kind("junk\xF3\xAC\xD3\x11\x8C\xD1\x00\xC0\x4F\x8E\xDB\x8A", 16);
+  song.insert(dataAt, kind + std::string("\x1B\0\0\0\0\0\0\0", 8) + std::string(8, 'x'));
+  ExpectRefused(song,
                 "4294967296 frames are more than the 4294967295 that a song can have. Split the recording.");
-  ExpectRefused(promising(1'000'000'000'000'000),
-                "1000000000000000 frames are more than the 4294967295 that a song can have. Split the "
-                "recording.");
-  ExpectPlaysWithWarning(promising(4'294'967'295), 144'000,
-                         Warning("the file is shorter than its header says: it was cut off"));
 }
 
 TEST_F(DamagedFiles, FlacCutInHalfPlaysItsHalf) {
