@@ -8,15 +8,16 @@
 #include <cerrno>
 #include <system_error>
 
+#include "reference_suite/midi/unreadable.h"
+
 namespace tesk_midi {
 
 namespace {
 
 [[noreturn]] void ThrowSystemError(const char* what) {
   const int error = errno;
-  const char* const cure = error == ELOOP ? "replace the link, which leads in a circle, by the file itself."
-                                          : "see that the file is there and that it may be read.";
-  throw FileError(std::string(what) + " (" + std::generic_category().message(error) + "); " + cure);
+  throw FileError(std::string(what) + " (" + std::generic_category().message(error) + "); " +
+                  CureOfUnreadable(error) + ".");
 }
 
 class OpenFile {

@@ -35,7 +35,6 @@ class FileFinder {
   explicit FileFinder(std::vector<Problem>* problems) : problems_(problems) {}
 
   void Add(const std::string& entry) {
-    if (entry.front() == '.') return;
     const std::string extension = exc::path::extension(entry);
     if (extension == ".mid") {
       AddTo_(&midis_, entry, "give each song a number of its own.");

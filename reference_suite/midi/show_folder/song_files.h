@@ -16,8 +16,8 @@ struct SongFiles {
 };
 
 // Finds the songs among the entries of songs/: every "NUMBER NAME.mid", with its "NUMBER NAME.toml". Names
-// that cannot be understood and numbers that are taken are added to `problems`. Hidden files and files of
-// other kinds are none of ours.
+// that cannot be understood and numbers that are taken are added to `problems`. Files of other kinds are none
+// of ours; hidden ones are not among the entries.
 std::vector<SongFiles> FindSongFiles(const std::vector<std::string>& entries, std::vector<Problem>* problems);
 
 }  // namespace tesk_midi

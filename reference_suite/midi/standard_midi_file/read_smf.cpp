@@ -10,6 +10,7 @@
 #include "reference_suite/midi/standard_midi_file/smf_limits.h"
 #include "reference_suite/midi/standard_midi_file/smf_messages.h"
 #include "reference_suite/midi/standard_midi_file/smf_reader.h"
+#include "reference_suite/midi/unreadable.h"
 
 namespace tesk_midi {
 
@@ -17,9 +18,8 @@ namespace {
 
 [[noreturn]] void RefuseFile(const std::string& name, std::size_t offset, const std::string& what) {
   const int error = errno;
-  const char* const cure = error == ELOOP ? "replace the link, which leads in a circle, by the file itself"
-                                          : "see that the file is there and that it may be read";
-  RefuseSmf(name, offset, what + " (" + std::generic_category().message(error) + ")", cure);
+  RefuseSmf(name, offset, what + " (" + std::generic_category().message(error) + ")",
+            CureOfUnreadable(error));
 }
 
 class OpenFile {

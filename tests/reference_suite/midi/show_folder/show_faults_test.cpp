@@ -4,6 +4,7 @@
 #include <sys/stat.h>
 #include <unistd.h>
 
+#include <fstream>
 #include <locale>
 #include <random>
 
@@ -82,6 +83,13 @@ TEST_F(SoundSongBeside, FolderThatCannotBeListedForWhatIsNoMatterOfRightsIsToldI
 
 TEST_F(SoundSongBeside, FolderThatContainsItselfIsNotEntered) {
   std::filesystem::create_directory_symlink("..", At("songs/loop"));
+  EXPECT_THAT(show_.Problems(), testing::IsEmpty());
+}
+
+TEST_F(SoundSongBeside, HiddenFilesAreNoSongs) {
+  show_.WriteMidi("songs/._2 Odd.mid");
+  show_.WriteMidi("songs/.2 Odd.mid");
+  std::ofstream(At("songs/.DS_Store")) << "not ours";
   EXPECT_THAT(show_.Problems(), testing::IsEmpty());
 }
 
