@@ -46,7 +46,7 @@ MAY_INCLUDE = {
     "host/session/device_setup.cpp": ["host/session", "reference_suite", "exc"] + SUITE_BELOW_ENGINE,
     # It writes files: what it needs of the other side is the writer of Standard MIDI Files.
     "host/demo": ["reference_suite/midi/standard_midi_file"],
-    "host/cli": ["host/session"],
+    "host/cli": ["host/session", "suite/audio/sample_rates.h"],
     "host/terminal": ["host/session"],
     "host": ["host/session", "host/cli", "host/terminal", "host/demo"],
 }

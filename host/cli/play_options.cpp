@@ -3,6 +3,7 @@
 #include <CLI/CLI.hpp>
 
 #include "host/cli/between.h"
+#include "suite/audio/sample_rates.h"
 
 namespace orbel::host::cli {
 
@@ -19,7 +20,7 @@ void AddSoundOptions(CLI::App& verb, PlayOptions& options) {
                   "the file: .wav, .flac or .ogg")
       ->type_name("NAME");
   verb.add_option("--rate", sound.rateHz, "Frames per second of the songs; default: those of the device")
-      ->check(Between(8000.0, 384000.0));
+      ->check(Between(tesk_audio::kLeastSampleRateHz, tesk_audio::kMostSampleRateHz));
   verb.add_option("--period", sound.periodFrames,
                   "Frames that the device takes at a time; a JACK server decides for itself")
       ->check(WholeBetween(16, 8192))

@@ -9,6 +9,7 @@
 #include "host/session/failure.h"
 #include "host/session/render.h"
 #include "host/session/shown_text.h"
+#include "suite/audio/sample_rates.h"
 
 namespace orbel::host::cli {
 namespace {
@@ -115,7 +116,7 @@ void AddRender(CLI::App& app, Action* action) {
       ->check(CLI::IsMember({"faster", "finer"}))
       ->capture_default_str();
   verb->add_option("--rate", options->rateHz, "Frames per second; default: those of the song's audio")
-      ->check(WholeBetween(8000, 384000));
+      ->check(WholeBetween(tesk_audio::kLeastSampleRateHz, tesk_audio::kMostSampleRateHz));
   verb->add_option("--format", options->format, "float, pcm24 or pcm16 (WAV), flac or ogg")
       ->check(CLI::IsMember({"float", "pcm24", "pcm16", "flac", "ogg"}))
       ->capture_default_str();

@@ -10,14 +10,11 @@
 #include "reference_suite/audio/decode/decoding_thread.h"
 #include "reference_suite/audio/decode/intake.h"
 #include "reference_suite/audio/decode/resampler.h"
+#include "suite/audio/sample_rates.h"
 
 namespace tesk_audio {
 
 namespace {
-
-// What a show can be played and rendered at; a song plays at its own rate where it is the show's.
-constexpr double kLeastRateHz = 8000.0;
-constexpr double kMostRateHz = 384000.0;
 
 void Warn(const DecodeRequest& request, const std::string& text) {
   exc::CoutBuffer() << "WARNING: " << request.shownPath << ": " << text << "." << exc::EndlT();
@@ -64,12 +61,13 @@ void RunApart(const DecodingPlaces& places, const std::function<void()>& work) {
 
 void RequirePlayableFormat(const DecodedFormat& format, const DecodeRequest& request) {
   if (format.promisedFrames > request.maxFrames) RefuseLength(format, format.promisedFrames, request);
-  if (format.rateHz >= kLeastRateHz && format.rateHz <= kMostRateHz) return;
-  ThrowUndecodable(format.isOgg,
-                   request.shownPath + ": it has " + std::to_string(std::llround(format.rateHz)) +
-                       " frames a second, and only " + std::to_string(std::lround(kLeastRateHz)) + " to " +
-                       std::to_string(std::lround(kMostRateHz)) +
-                       " can be played. Export the recording again at 48000 Hz.");
+  // A song plays at its own rate where it is the show's.
+  if (format.rateHz >= kLeastSampleRateHz && format.rateHz <= kMostSampleRateHz) return;
+  ThrowUndecodable(format.isOgg, request.shownPath + ": it has " +
+                                     std::to_string(std::llround(format.rateHz)) +
+                                     " frames a second, and only " + std::to_string(kLeastSampleRateHz) +
+                                     " to " + std::to_string(kMostSampleRateHz) +
+                                     " can be played. Export the recording again at 48000 Hz.");
 }
 
 void RequirePlayableLength(const DecodedFormat& format, long long frames, const DecodeRequest& request) {
