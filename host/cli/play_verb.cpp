@@ -62,8 +62,8 @@ void AddPlay(CLI::App& app, const Faces& faces, Action* action) {
       std::string(
           "Keys: space go; p play or pause; s stop; a once more (safety); n, b next and previous song;\n"
           "left, right to the place before and after; up, down a hundredth faster or slower; +, - a\n"
-          "semitone higher or lower; 0 tempo and key as written; q quit, twice while a song is under\n"
-          "way. Without a terminal nobody can press a key: vamps are left and caesuras waited out by\n"
+          "semitone higher or lower; 0 tempo and key as written; q or Ctrl-C quit, twice while a song is\n"
+          "under way. Without a terminal nobody can press a key: vamps are left and caesuras waited out by\n"
           "themselves, and song follows song to the end of the show.\n"
           "A song that is still loading is named and waited for; keys pressed meanwhile are obeyed "
           "then.\n\n") +

@@ -19,6 +19,7 @@ using host_tests::Orbel;
 using host_tests::OrbelInATerminal;
 using host_tests::ReadFloatWav;
 using host_tests::ReadText;
+using host_tests::RunningOrbel;
 using host_tests::ShowFiles;
 using host_tests::WriteWav;
 using testing::HasSubstr;
@@ -159,6 +160,34 @@ TEST_F(BrokenSongs, AreLeftOutWhereAnAttaccaWouldRunIntoThemAndNamedOnce) {
   EXPECT_EQ(orbel.WaitForEnd(), 0);
   EXPECT_EQ(Count(orbel.GetScreen(), "data/2 Polka.obd"), 1);
   EXPECT_EQ(Count(orbel.GetScreen(), "a song could not be loaded"), 0);
+}
+
+// Where nobody sits at the keys, into a file and at the pace of a device. The song is found broken when the
+// one before it has run into it already, and nothing lies behind it that could be played instead.
+TEST_F(BrokenSongs, AtAnAttaccaIntoTheLastSongEndThePerformanceWithAStatusOfFailure) {
+  files_.AddSong("1", "Waltz", 1, "attacca = true\n");
+  count_ = 1;
+  AddSongs({"Polka"});
+  for (const std::vector<std::string>& output :
+       {std::vector<std::string>{"file", "--device", Out()}, std::vector<std::string>{"null"}}) {
+    SCOPED_TRACE(output.front());
+    const std::string gate = files_.Beside("gate to " + output.front());
+    const Environment circumstances = BreakingReadBehind(gate, "2 Polka.obd");
+    std::vector<std::string> words{"play", files_.Show(), "--output"};
+    words.insert(words.end(), output.begin(), output.end());
+    RunningOrbel running(words);
+    EXPECT_TRUE(running.Says("song 2 is still loading: waiting for it"));
+    std::ofstream(gate) << "fail";
+    const Ended run = running.WaitForEnd();
+    EXPECT_EQ(run.status, 1);
+    EXPECT_THAT(run.messages,
+                testing::EndsWith("orbel: " + files_.Show() +
+                                  ": the show cannot go on: data/2 Polka.obd: the file cannot be read: "
+                                  "Input/output error. Check the disk and copy the file again. Song 2 is "
+                                  "left out.\n"));
+    EXPECT_FALSE(std::filesystem::exists(Out()));
+    EXPECT_FALSE(std::filesystem::exists(Out() + ".part"));
+  }
 }
 
 bool HasThread(pid_t process, const std::string& name) {

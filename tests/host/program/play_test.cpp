@@ -71,6 +71,25 @@ TEST(Play, AScriptActsWhereNobodyIsAtTheKeys) {
   EXPECT_EQ(run.status, 0) << run.messages;
 }
 
+// The place is there in the other song, and so not seen to be wrong before it plays.
+TEST(Play, AScriptThatFailsEndsWithStatusOne) {
+  ShowFiles files;
+  files.AddSong("1", "Waltz", 2);
+  files.AddSong("2", "Polka", 9);
+  files.Write("../script.txt", "time 0.1 seek 7\n");
+  const std::string script = files.Beside("script.txt");
+  for (const std::vector<std::string>& output :
+       {std::vector<std::string>{"null"},
+        std::vector<std::string>{"file", "--device", files.Beside("take.wav")}}) {
+    std::vector<std::string> words{"play", files.Show(), "--script", script, "--output"};
+    words.insert(words.end(), output.begin(), output.end());
+    const Ended run = Orbel(words);
+    EXPECT_EQ(run.status, 1) << run.messages;
+    EXPECT_THAT(run.messages,
+                HasSubstr(script + ":1: \"7\": bar 7 does not exist: the song has bars 1 to 2\n"));
+  }
+}
+
 TEST(Play, AVampThatTheScriptDoesNotLeaveEndsWithStatusThree) {
   ShowFiles files;
   files.AddSong("1", "Waltz", 2, "[[vamp]]\nfrom = \"1.1\"\nto = \"1.2\"\n");
