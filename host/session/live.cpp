@@ -1,6 +1,7 @@
 #include "host/session/live.h"
 
 #include <algorithm>
+#include <span>
 #include <utility>
 
 #include "host/session/at_work.h"
@@ -10,6 +11,7 @@
 #include "host/session/render.h"
 #include "host/session/shown_text.h"
 #include "host/session/song_clock.h"
+#include "host/session/told_problems.h"
 
 namespace orbel::host {
 namespace {
@@ -184,9 +186,10 @@ void Live::EndWith_(ExitStatus status, const std::string& message) {
 
 std::vector<std::string> Live::TakeMessages_() {
   const auto& problems = session_.GetProblems();
-  for (; problemsTold_ < problems.size(); ++problemsTold_) {
-    messages_.push_back(Shown(tesk_midi::ToString(problems[problemsTold_])));
-  }
+  const auto untold = std::span(problems).subspan(problemsTold_);
+  for (const std::string& line : TellProblems(untold, session_.GetFolder().GetPath()))
+    messages_.push_back(Shown(line));
+  problemsTold_ = problems.size();
   return std::exchange(messages_, {});
 }
 

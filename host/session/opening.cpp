@@ -1,5 +1,6 @@
 #include <algorithm>
 #include <chrono>
+#include <iterator>
 #include <optional>
 #include <thread>
 #include <utility>
@@ -14,6 +15,7 @@
 #include "host/session/shown_text.h"
 #include "host/session/song_clock.h"
 #include "host/session/stray_audio.h"
+#include "host/session/told_problems.h"
 #include "player_core/player_wrapper/audio_player_wrapper.h"
 #include "suite/audio/errors.h"
 #include "suite/player_core/content_argument.h"
@@ -107,8 +109,10 @@ void Session::ChooseFormatAnew_() {
 
 std::string Session::WhyNothingCanBePlayed_() const {
   std::string why = Shown(folder_.GetPath()) + ": no song can be played:";
-  for (const tesk_midi::Problem& problem : problems_)
-    if (!problem.isWarning) why += "\n" + tesk_midi::ToString(problem);
+  std::vector<tesk_midi::Problem> errors;
+  std::copy_if(problems_.begin(), problems_.end(), std::back_inserter(errors),
+               [](const tesk_midi::Problem& problem) { return !problem.isWarning; });
+  for (const std::string& line : TellProblems(errors, folder_.GetPath())) why += "\n" + line;
   return why;
 }
 

@@ -17,6 +17,7 @@
 #include "host/session/session.h"
 #include "host/session/shown_text.h"
 #include "host/session/song_clock.h"
+#include "host/session/told_problems.h"
 #include "host/session/trace.h"
 
 namespace orbel::host {
@@ -105,9 +106,7 @@ RenderResult Renderer::Run() {
   trace_->Commit();
   file_->Commit();  // last: whatever fails, there is no sound file
   result_.seconds = Now_();
-  for (const tesk_midi::Problem& problem : session_.GetProblems()) {
-    result_.problems.push_back(tesk_midi::ToString(problem));
-  }
+  result_.problems = TellProblems(session_.GetProblems(), options_.showPath);
   return std::move(result_);
 }
 

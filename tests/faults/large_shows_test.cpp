@@ -38,6 +38,60 @@ TEST(LargeShow, OfTwoThousandSongsOpens) {
   EXPECT_EQ(host_tests::ReadFloatWav(files.Beside("out.wav")).size(), ShowFiles::kRate);
 }
 
+// Whoever is about to play reads what can be read, and whoever checks every one.
+class LargeShowOfBadRecordings : public testing::Test {
+ protected:
+  static constexpr int kBad = 45;
+  LargeShowOfBadRecordings() {
+    files_.AddSong("1", "Waltz", 1);
+    files_.Write("data/1 Waltz.obd", "no audio");
+    for (int number = 2; number <= kBad; ++number) {
+      const std::string title = std::to_string(number) + " Song";
+      std::filesystem::create_symlink(files_.At("songs/1 Waltz.mid"), files_.At("songs/" + title + ".mid"));
+      files_.Write("data/" + title + ".obd", "no audio");
+    }
+  }
+  static int Count(const std::string& text, const std::string& words) {
+    int count = 0;
+    for (std::size_t at = text.find(words); at != std::string::npos; at = text.find(words, at + 1)) ++count;
+    return count;
+  }
+  void ExpectTheFirstTwentyAndANumber(const std::string& messages) const {
+    EXPECT_EQ(Count(messages, "this is not audio that can be decoded"), 20) << messages;
+    EXPECT_THAT(messages, HasSubstr("and 25 more problems; \"orbel check " + files_.Show() +
+                                    "\" looks at every song\n"));
+  }
+
+  ShowFiles files_;
+  const std::string out_ = files_.Beside("out.wav");
+};
+
+TEST_F(LargeShowOfBadRecordings, TellsTheFirstTwentyWhenNoneCanBePlayed) {
+  for (const std::vector<std::string>& arguments :
+       {std::vector<std::string>{"render", files_.Show(), "-o", out_},
+        std::vector<std::string>{"play", files_.Show(), "--output", "null"}}) {
+    const Ended run = Orbel(arguments);
+    EXPECT_EQ(run.status, 1);
+    ExpectTheFirstTwentyAndANumber(run.messages);
+  }
+}
+
+TEST_F(LargeShowOfBadRecordings, TellsTheFirstTwentyBesideASongThatPlays) {
+  files_.AddSong("46", "Polka", 1);
+  const Ended render = Orbel({"render", files_.Show(), "-o", out_, "--song", "46"});
+  EXPECT_EQ(render.status, 0) << render.messages;
+  ExpectTheFirstTwentyAndANumber(render.messages);
+  const Ended play = Orbel({"play", files_.Show(), "--output", "null"});
+  EXPECT_EQ(play.status, 0) << play.messages;
+  ExpectTheFirstTwentyAndANumber(play.messages);
+}
+
+TEST_F(LargeShowOfBadRecordings, IsToldOfCompletelyByACheck) {
+  const Ended check = Orbel({"check", files_.Show()});
+  EXPECT_EQ(check.status, 5);
+  EXPECT_EQ(Count(check.out, "this is not audio that can be decoded"), kBad);
+}
+
 TEST(LargeSong, OfTenThousandTemposPlays) {
   ShowFiles files;
   files.AddSong("1", "Waltz", 8);
