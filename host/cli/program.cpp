@@ -13,6 +13,7 @@
 #include "host/cli/verbs.h"
 #include "host/session/at_work.h"
 #include "host/session/console_lines.h"
+#include "host/session/device_setup.h"
 #include "host/session/failure.h"
 #include "host/session/interrupts.h"
 #include "host/session/shown_text.h"
@@ -122,6 +123,7 @@ int SayWhatFailed(const std::exception& error) {
 int RunProgram(int argc, char** argv, const Faces& faces) try {
   CatchInterrupts();
   SeparateConsoleFromResults();
+  KeepDecodersQuiet();
   CLI::App app("Plays the backing tracks of a live show.", "orbel");
   app.set_version_flag("--version", kVersion, "Print the version and end");
   app.require_subcommand(1);

@@ -3,6 +3,7 @@
 #include <map>
 
 #include "host/session/failure.h"
+#include "reference_suite/audio/decode/library_words.h"
 #include "reference_suite/audio/device/bounded_look.h"
 #include "reference_suite/audio/device/file_device.h"
 #include "reference_suite/audio/device/jack_client.h"
@@ -93,6 +94,10 @@ void RequirePortPatterns(const std::vector<std::string>& patterns) {
   } catch (const tesk_audio::TESKAudioError& error) {
     throw Failure(error.what(), kUsage);
   }
+}
+
+void KeepDecodersQuiet() {
+  tesk_audio::KeepLibrariesQuiet();
 }
 
 std::vector<std::string> TakeSoundSystemLines() {

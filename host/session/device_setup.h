@@ -52,6 +52,10 @@ void RequirePortPatterns(const std::vector<std::string>& patterns);
 // dozen lines.
 std::vector<std::string> TakeSoundSystemLines();
 
+// From here on nothing is printed of what libraries that decode say of damaged files: our own warnings do.
+// Call it before there are other threads. Threads: HOST.
+void KeepDecodersQuiet();
+
 using Meters = notify::MetersUpdate;
 // False when there is no live output yet.
 bool ReadMeters(Meters* meters);

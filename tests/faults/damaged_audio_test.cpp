@@ -90,6 +90,30 @@ TEST_F(DamagedAudio, CheckRenderAndPlaySayTheSameOfWhatIsCutOff) {
   EXPECT_THAT(play.messages, HasSubstr(words));
 }
 
+// The library that decodes MP3 prints notes of its own.
+TEST_F(DamagedAudio, OfMp3sNobodyReadsOtherWordsThanOurs) {
+  sound_files::Write(Audio(), SF_FORMAT_MPEG | SF_FORMAT_MPEG_LAYER_III, kRate, 1,
+                     sound_files::Noise(10 * kBars * kRate, 1));
+  const std::string song = sound_files::Bytes(Audio());
+  const std::size_t part = song.size() / 4;
+  std::string hole = song;
+  hole.replace(2 * part, part, part, '\0');
+  std::string garbage = song;
+  for (std::size_t i = 2 * part; i < 3 * part; ++i) garbage[i] = static_cast<char>(i * i >> 3);
+  for (const std::string& damaged : {song.substr(0, 2 * part), hole, garbage}) {
+    Give(damaged);
+    const Ended check = Check();
+    EXPECT_EQ(check.messages, "");
+    EXPECT_THAT(check.out, HasSubstr("warning: data/1 Waltz.obd: "));
+    const Ended play = Orbel({"play", files_.Show(), "--output", "file", "--device", Out()});
+    for (const Ended& run : {Render("1"), play}) {
+      EXPECT_EQ(run.status, 0) << run.messages;
+      for (const char* theirs : {"mpg123", "Note:", "Warning:", "resync"})
+        EXPECT_THAT(run.messages, testing::Not(HasSubstr(theirs)));
+    }
+  }
+}
+
 TEST_F(DamagedAudio, TruncatedOggPlaysWithSilenceAtItsEnd) {
   const std::string song = Ogg();
   Give(song.substr(0, song.size() / 2));

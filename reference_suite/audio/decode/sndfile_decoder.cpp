@@ -5,6 +5,7 @@
 
 #include "exc/lock/scope_lock.h"
 #include "reference_suite/audio/decode/header_claims.h"
+#include "reference_suite/audio/decode/library_words.h"
 #include "reference_suite/audio/decode/ogg_scan.h"
 #include "reference_suite/audio/decode/sndfile_opening.h"
 
@@ -115,6 +116,7 @@ SndfileDecoder::SndfileDecoder(AudioFile& file, bool isOgg) : file_(file) {
   SF_INFO info{};
   {
     exc::ScopeLock opening(SndfileOpening());
+    const InsideLibrary inside;
     sound_ = sf_open_virtual(&callbacks, SFM_READ, &info, &file_);
     if (sound_ == nullptr) ThrowOpenFailed_(isOgg);
   }
@@ -126,6 +128,7 @@ SndfileDecoder::SndfileDecoder(AudioFile& file, bool isOgg) : file_(file) {
 }
 
 SndfileDecoder::~SndfileDecoder() {
+  const InsideLibrary inside;
   sf_close(sound_);
 }
 
@@ -166,8 +169,13 @@ void SndfileDecoder::Inspect() {
   if (scan.lostEnd) warnings_.push_back("the Ogg stream has no end: the file was cut off");
 }
 
+sf_count_t SndfileDecoder::ReadFrames_(float* frames, sf_count_t count) {
+  const InsideLibrary inside;
+  return sf_readf_float(sound_, frames, count);
+}
+
 std::size_t SndfileDecoder::Read(float* frames, std::size_t count) {
-  const sf_count_t got = sf_readf_float(sound_, frames, static_cast<sf_count_t>(count));
+  const sf_count_t got = ReadFrames_(frames, static_cast<sf_count_t>(count));
   metError_ = metError_ || sf_error(sound_) != SF_ERR_NO_ERROR;
   if (got <= 0) {
     file_.ThrowIfReadFailed();
@@ -182,6 +190,7 @@ bool SndfileDecoder::CanBeShared() const {
 }
 
 bool SndfileDecoder::BeginAt(long long frame) {
+  const InsideLibrary inside;
   return CanBeShared() && sf_seek(sound_, frame, SEEK_SET) == frame;
 }
 

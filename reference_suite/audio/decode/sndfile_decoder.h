@@ -31,6 +31,7 @@ class SndfileDecoder : public AudioDecoder {
 
  private:
   [[noreturn]] void ThrowOpenFailed_(bool isOgg);
+  sf_count_t ReadFrames_(float* frames, sf_count_t count);
 
   const LibraryMemoryClaim memory_;  // before the library is asked for anything
   AudioFile& file_;
