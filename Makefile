@@ -13,10 +13,10 @@ ENGINE_TESTS := exc_test exc_lock_impl_test samples_ticks_converter_test ob_show
 SANITIZED := $(ENGINE_TESTS) lock_order_test stress_test reference_core_test reference_player_core_test \
   session_memory_test show_out_of_memory_test audio_memory_test audio_segment_faults_test
 # What runs under the thread sanitizer besides: devices and the live output; and under the address sanitizer: devices,
-# loaders that fail, and every input that has ever broken a fuzz target.
+# loaders that fail, disks that are full, and every input that has ever broken a fuzz target.
 LIVE_TESTS := audio_output_test audio_device_test audio_jack_test live_show_test
 DEVICE_TESTS := audio_output_test audio_device_test audio_desktop_test audio_jack_test audio_pulse_test
-FAILURE_TESTS := audio_player_threads_test fuzz_regression_test
+FAILURE_TESTS := audio_encode_test audio_player_threads_test fuzz_regression_test
 # The engine is covered by its own tests alone: what only a whole show reaches counts as not covered.
 COVERED := $(ENGINE_TESTS) player_wrapper_test
 READER_TESTS := standard_midi_file_test toml_test timeline_test show_folder_test show_out_of_memory_test song_clock_test

@@ -67,8 +67,11 @@ sf_count_t Seek(sf_count_t offset, int whence, void* user) {
 sf_count_t Read(void* bytes, sf_count_t count, void* user) {
   return FileOf(user).Read(bytes, count);
 }
+// All is taken, whatever has become of it: an encoder that is told of a failure forgets what it holds. The
+// file remembers the failure and is asked after every call of the library.
 sf_count_t Write(const void* bytes, sf_count_t count, void* user) {
-  return FileOf(user).Write(bytes, count);
+  FileOf(user).Write(bytes, count);
+  return count;
 }
 sf_count_t Tell(void* user) {
   return FileOf(user).Seek(0, SEEK_CUR);
