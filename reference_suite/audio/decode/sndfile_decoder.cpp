@@ -1,6 +1,8 @@
 #include "reference_suite/audio/decode/sndfile_decoder.h"
 
+#include <algorithm>
 #include <cstring>
+#include <limits>
 #include <new>
 
 #include "exc/lock/scope_lock.h"
@@ -101,6 +103,13 @@ bool SeeksToTheFrame(const SF_INFO& info) {
   }
 }
 
+// Of an MP3 the library keeps back all that it decoded for a request in which it met damage.
+std::size_t MostAtOnce(const SF_INFO& info) {
+  constexpr std::size_t kFrameOfMp3 = 1152;
+  const bool isMp3 = (info.format & SF_FORMAT_TYPEMASK) == SF_FORMAT_MPEG;
+  return isMp3 ? kFrameOfMp3 : std::numeric_limits<std::size_t>::max();
+}
+
 long long PromisedFrames(const std::string& head, const SF_INFO& info) {
   const int bytes = BytesOfASample(info.format) * info.channels;
   return bytes > 0 ? static_cast<long long>(PromisedSampleBytes(head)) / bytes : 0;
@@ -125,6 +134,7 @@ SndfileDecoder::SndfileDecoder(AudioFile& file, bool isOgg) : file_(file) {
              static_cast<unsigned>(info.channels), isCounted ? info.frames : -1, isOgg};
   format_.promisedFrames = PromisedFrames(head, info);
   seeksToTheFrame_ = SeeksToTheFrame(info);
+  mostAtOnce_ = MostAtOnce(info);
 }
 
 SndfileDecoder::~SndfileDecoder() {
@@ -175,7 +185,7 @@ sf_count_t SndfileDecoder::ReadFrames_(float* frames, sf_count_t count) {
 }
 
 std::size_t SndfileDecoder::Read(float* frames, std::size_t count) {
-  const sf_count_t got = ReadFrames_(frames, static_cast<sf_count_t>(count));
+  const sf_count_t got = ReadFrames_(frames, static_cast<sf_count_t>(std::min(count, mostAtOnce_)));
   metError_ = metError_ || sf_error(sound_) != SF_ERR_NO_ERROR;
   if (got <= 0) {
     file_.ThrowIfReadFailed();

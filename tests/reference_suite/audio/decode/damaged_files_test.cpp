@@ -288,6 +288,25 @@ TEST_F(DamagedFiles, Mp3WithAHoleTellsWhatStoppedIt) {
                                         " of 144000 frames could be decoded"));
 }
 
+TEST_F(DamagedFiles, Mp3WithAHolePlaysWhatStandsBeforeIt) {
+  const std::string song = Song(kMp3);
+  for (const std::size_t eighths : {1, 4, 6}) {
+    SCOPED_TRACE(eighths);
+    const std::size_t at = song.size() * eighths / 8;
+    Damage(song);
+    const std::vector<float> whole = Samples(*Decode(path_));
+    Damage(std::string(song).replace(at, song.size() / 8, song.size() / 8, '\0'));
+    const test_support::CoutCapture console;
+    const std::vector<float> heard = Samples(*Decode(path_));
+    // The last frames before the hole need what lay in it.
+    const std::size_t before = 2 * 144'000 * eighths / 8;
+    EXPECT_GT(heard.size(), before - 2 * 5 * 1152);
+    ASSERT_LT(heard.size(), before + 2 * 5 * 1152);
+    const std::size_t sound = heard.size() - 2 * 5 * 1152;
+    EXPECT_TRUE(std::equal(heard.begin(), heard.begin() + static_cast<std::ptrdiff_t>(sound), whole.begin()));
+  }
+}
+
 TEST_F(DamagedFiles, NotANumberAndInfinitiesBecomeSilence) {
   std::vector<float> samples = sound_files::IndexCoded(10'000, 2);
   const float infinity = std::numeric_limits<float>::infinity();
