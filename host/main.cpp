@@ -1,9 +1,11 @@
 #include "host/cli/program.h"
 #include "host/demo/bench_show.h"
 #include "host/demo/demo_show.h"
+#include "host/memory/allocation.h"
 #include "host/terminal/terminal_face.h"
 
 int main(int argc, char** argv) {
+  orbel::host::RefuseWhereThereIsNoMemory();
   orbel::host::cli::Faces faces;
   faces.play = orbel::host::terminal::Play;
   faces.writeDemo = [](const std::string& folder, const std::function<void(const std::string&)>& progress) {

@@ -48,7 +48,8 @@ MAY_INCLUDE = {
     "host/demo": ["reference_suite/midi/standard_midi_file"],
     "host/cli": ["host/session", "suite/audio/sample_rates.h"],
     "host/terminal": ["host/session"],
-    "host": ["host/session", "host/cli", "host/terminal", "host/demo"],
+    "host/memory": [],
+    "host": ["host/session", "host/cli", "host/terminal", "host/demo", "host/memory"],
 }
 # These read anything, and nothing of the product reads them.
 FREE = ["tests", "benchmarks", "fuzz"]
@@ -73,7 +74,7 @@ string string_view strstream syncstream system_error thread tuple type_traits ty
 unordered_set utility valarray variant vector version
 """.split())
 POSIX = set("""
-dirent.h errno.h fcntl.h float.h limits.h math.h poll.h pthread.h sched.h semaphore.h signal.h stdint.h stdio.h
+dirent.h dlfcn.h errno.h fcntl.h float.h limits.h malloc.h math.h poll.h pthread.h sched.h semaphore.h signal.h stdint.h stdio.h
 stdlib.h string.h sys/file.h sys/ioctl.h sys/mman.h sys/prctl.h sys/resource.h sys/stat.h sys/statvfs.h
 sys/syscall.h sys/time.h sys/types.h sys/wait.h termios.h time.h unistd.h cxxabi.h
 """.split())

@@ -8,9 +8,9 @@ namespace tesk_audio {
 // the program where they were not. So memory is kept free for them: a claim lives as long as a decoder may
 // ask for some, and whoever takes a large piece besides leaves what is claimed.
 //
-// A library that is refused within its claim still ends the program. That takes a system that counts every
-// byte (an address-space limit, or overcommitting switched off) and others that take memory unasked: threads
-// of this program's host, or other programs. One that does not count refuses nobody.
+// A library that is refused within its claim still ends a program that has nothing else for it. That takes a
+// system that counts every byte (an address-space limit, or overcommitting switched off) and others that take
+// memory unasked: threads of this program's host, or other programs.
 //
 // Threads    ANY; no lock. Claims are counted, and what is free is asked of the system by taking it and
 // giving

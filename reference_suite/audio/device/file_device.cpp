@@ -74,7 +74,7 @@ FileDevice::~FileDevice() {
   Unfinished& kept = TheUnfinished();
   const std::lock_guard lock(kept.mutex);
   if (kept.keepers == 0) return;
-  kept.path = path_;
+  kept.path.swap(path_);  // nothing allocates where nobody could be told
   kept.rateHz = rateHz_;
   kept.channels = channels_;
   kept.writer = std::move(writer_);

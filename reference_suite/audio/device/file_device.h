@@ -54,7 +54,7 @@ class FileDevice : public Device {
   void TakePeriod_();
   void ThrowIfFailed_() const;
 
-  const std::string path_;
+  std::string path_;
   const double rateHz_;
   const unsigned channels_;
   std::unique_ptr<SoundFileWriter> writer_;  // the thread's while it runs

@@ -5,8 +5,9 @@
 //   ORBEL_REFUSE_THREAD_FOR_GOOD=1  and every one behind it
 //   ORBEL_REFUSE_LOADER=N[,N...]    every thread that would decode one of the songs of these numbers
 //   ORBEL_REFUSE_BODY=TEXT          every thread that would begin in a function whose symbol contains TEXT
-//   ORBEL_REFUSE_MEMORY=N           the N-th allocation of C++ after the show was first looked at
+//   ORBEL_REFUSE_MEMORY=N           the N-th malloc, calloc or realloc after the show was first looked at
 //   ORBEL_REFUSE_MEMORY_FOR_GOOD=1  and every one behind it
+//   ORBEL_REFUSE_MEMORY_AT_ONCE=1   counted from the first one of the process
 //   ORBEL_REFUSE_READ=TEXT:BYTES    reading fails behind BYTES bytes of a file whose name contains TEXT
 //   ORBEL_REFUSE_FOLDER=TEXT:ERRNO  opening a folder whose path ends in TEXT fails for that reason
 //   ORBEL_HOLD_READ=TEXT:BYTES      reading waits there
@@ -36,7 +37,6 @@
 #include <atomic>
 #include <cstddef>
 #include <locale>
-#include <new>
 #include <string>
 
 #include "Sources/file_loader/file_loader_data.h"
@@ -63,6 +63,7 @@ bool refusesThreadsForGood = false;
 const char* refusedLoader = nullptr;
 const char* refusalsFile = nullptr;
 bool refusesForGood = false;
+std::atomic<bool> isMemoryKnown{false};
 
 // From some place on in every file whose name contains some text.
 class PlaceInFiles {
@@ -114,8 +115,6 @@ __attribute__((constructor)) void ReadEnvironment() {
   refusesThreadsForGood = Number("ORBEL_REFUSE_THREAD_FOR_GOOD") != 0;
   refusedLoader = getenv("ORBEL_REFUSE_LOADER");
   refusalsFile = getenv("ORBEL_COUNT_REFUSALS");
-  refusedAllocation = Number("ORBEL_REFUSE_MEMORY");
-  refusesForGood = Number("ORBEL_REFUSE_MEMORY_FOR_GOOD") != 0;
   refusedRead.Take(getenv("ORBEL_REFUSE_READ"));
   heldRead.Take(getenv("ORBEL_HOLD_READ"));
   fullDisk.Take(getenv("ORBEL_FULL_DISK"));
@@ -123,10 +122,23 @@ __attribute__((constructor)) void ReadEnvironment() {
   clockJumps = Number("ORBEL_JUMPY_CLOCK") != 0;
 }
 
-bool IsRefused() {
+// Libraries allocate before the constructor above is called.
+void ReadMemoryEnvironment() {
+  if (isMemoryKnown || environ == nullptr) return;
+  refusedAllocation = Number("ORBEL_REFUSE_MEMORY");
+  refusesForGood = Number("ORBEL_REFUSE_MEMORY_FOR_GOOD") != 0;
+  showSeen = showSeen || Number("ORBEL_REFUSE_MEMORY_AT_ONCE") != 0;
+  isMemoryKnown = true;
+}
+
+// With the errno that the system would leave.
+bool IsMemoryRefused() {
+  ReadMemoryEnvironment();
   if (refusedAllocation == 0 || !showSeen) return false;
   const long count = ++allocations;
-  return count == refusedAllocation || (refusesForGood && count > refusedAllocation);
+  if (count != refusedAllocation && !(refusesForGood && count > refusedAllocation)) return false;
+  errno = ENOMEM;
+  return true;
 }
 
 // For the test to read, whatever becomes of the program.
@@ -190,21 +202,24 @@ long Jump() {
 
 }  // namespace
 
-// What C++ allocates. The C libraries that decode end the process themselves when they are refused some of
-// their smallest pieces, so they are granted what they ask for.
-void* operator new(std::size_t size) {
-  void* const memory = IsRefused() ? nullptr : malloc(size);
-  if (memory == nullptr) throw std::bad_alloc();
-  return memory;
-}
-void operator delete(void* memory) noexcept {
-  free(memory);
-}
-void operator delete(void* memory, std::size_t /*size*/) noexcept {
-  free(memory);
+extern "C" {
+
+// The system's own, for whoever stands in front of them.
+void* __libc_malloc(std::size_t bytes);
+void* __libc_calloc(std::size_t count, std::size_t bytes);
+void* __libc_realloc(void* memory, std::size_t bytes);
+
+void* malloc(std::size_t bytes) {
+  return IsMemoryRefused() ? nullptr : __libc_malloc(bytes);
 }
 
-extern "C" {
+void* calloc(std::size_t count, std::size_t bytes) {
+  return IsMemoryRefused() ? nullptr : __libc_calloc(count, bytes);
+}
+
+void* realloc(void* memory, std::size_t bytes) {
+  return IsMemoryRefused() ? nullptr : __libc_realloc(memory, bytes);
+}
 
 int pthread_create(pthread_t* thread, const pthread_attr_t* attributes, void* (*body)(void*),
                    void* argument) {
