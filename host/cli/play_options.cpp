@@ -50,7 +50,7 @@ void AddSoundOptions(CLI::App& verb, PlayOptions& options) {
       ->check(Between(0.0, 1000.0))
       ->capture_default_str();
   verb.add_option("--fade", sound.fadeMs,
-                  "Milliseconds on start, pause and stop;\n"
+                  "Milliseconds on start, pause, stop and seeks;\n"
                   "out no longer than what has been rendered ahead")
       ->check(Between(0.0, 1000.0))
       ->capture_default_str();

@@ -111,6 +111,10 @@ void AddRender(CLI::App& app, Action* action) {
                    "At other tempos and in other keys from 5 to 10, whatever is given")
       ->check(Between(0.0, 1000.0))
       ->capture_default_str();
+  verb->add_option("--fade", options->fadeMs,
+                   "Milliseconds where a script pauses, stops, plays on or seeks; out no longer than 5.5")
+      ->check(Between(0.0, 1000.0))
+      ->capture_default_str();
   verb->add_option("--stretch", options->stretch,
                    "Other tempos and keys: faster, or finer in pitch and level")
       ->check(CLI::IsMember({"faster", "finer"}))

@@ -152,6 +152,14 @@ bool RenderStep(Step* step, const FrameSink& sink) {
   return true;
 }
 
+void MixFadeOut(float* frames, std::size_t frameCount) {
+  tesk_audio::MixOfflineTail(frames, frameCount);
+}
+
+std::size_t FadeOutFrames() {
+  return tesk_audio::GetOfflineTailFrames();
+}
+
 unsigned RenderChannels() {
   return tesk_audio::GetOfflineChannelCount();
 }

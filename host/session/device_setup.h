@@ -23,7 +23,7 @@ struct OutputChoice {
   std::string onDeviceLoss = "run-on";  // or "hold", "end"
   double aheadMs = 15.0;                // rendered ahead of the device
   double crossfadeMs = 5.0;             // at jumps; 0: bit-exact splices
-  double fadeMs = 3.0;                  // on start, pause and stop; 0 leaves every sample as it is
+  double fadeMs = 3.0;                  // on start, pause, stop and seeks; 0 leaves every sample as it is
   std::string stretch = "faster";       // or "finer": other tempos and keys than the recorded ones
 };
 
@@ -105,6 +105,10 @@ using FrameSink = std::function<void(const float* frames, std::size_t frameCount
 
 // On the calling thread, which plays the part of the render thread. False when the output does not run.
 bool RenderStep(Step* step, const FrameSink& sink);
+// What was playing when it was paused or stopped fades out into the silence at `frames`; how much of it there
+// is.
+void MixFadeOut(float* frames, std::size_t frameCount);
+std::size_t FadeOutFrames();
 unsigned RenderChannels();
 double RenderRateHz();
 

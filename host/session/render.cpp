@@ -28,7 +28,7 @@ OutputChoice ChooseOutput(const RenderOptions& options) {
   choice.rateHz = options.rateHz;
   choice.stretch = options.stretch;
   choice.crossfadeMs = options.crossfadeMs;
-  choice.fadeMs = 0.0;  // nothing is switched on or off here: every sample stays as it is
+  choice.fadeMs = options.fadeMs;
   return choice;
 }
 
@@ -175,7 +175,10 @@ bool Renderer::Stand_(TraceRow row) {
         session_.GetClock().PlaceOfTick(session_.GetTick()).position + " of song " + Shown(song_);
     double silence = 0.0;
     if (conductor_.LookWhileStanding(atCaesura, Now_(), &silence) == Conductor::Standing::ScriptEnds) {
+      // Not cut off where the file ends.
+      row.frames = static_cast<SampleCount>(FadeOutFrames());
       trace_->Write(row);
+      WriteSilence_(row.frames);
       if (atCaesura) result_.message = "the script ends while playback waits at the caesura at " + place;
       if (session_.IsPaused() && !atCaesura)
         result_.message = "the script ends while playback is paused at " + place;
@@ -217,9 +220,12 @@ void Renderer::NoteCommands_(const std::vector<Command>& commands) {
 
 void Renderer::WriteSilence_(long long frames) {
   constexpr long long kBlock = 4096;
-  const std::vector<float> silence(static_cast<std::size_t>(kBlock) * RenderChannels(), 0.0F);
+  std::vector<float> silence(static_cast<std::size_t>(kBlock) * RenderChannels());
   for (long long left = frames; left > 0; left -= kBlock) {
-    file_->Write(silence.data(), static_cast<std::size_t>(std::min(left, kBlock)));
+    const auto count = static_cast<std::size_t>(std::min(left, kBlock));
+    std::fill(silence.begin(), silence.end(), 0.0F);
+    MixFadeOut(silence.data(), count);
+    file_->Write(silence.data(), count);
   }
   result_.frames += frames;
 }

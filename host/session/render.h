@@ -18,6 +18,7 @@ struct RenderOptions {
   std::string scriptPath;
   std::string tracePath;
   double crossfadeMs = 5.0;
+  double fadeMs = 3.0;  // where a script pauses, stops, plays on or seeks; 0 leaves every sample as it is
   double rateHz = 0.0;  // 0: the audio's own
   std::string stretch = "finer";
   std::string format = "float";

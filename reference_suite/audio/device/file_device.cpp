@@ -19,6 +19,7 @@ constexpr long long kMillisecond = 1'000'000;
 constexpr long long kLook = kMillisecond / 10;
 // For a render thread that the machine holds up.
 constexpr long long kRenderPatience = 2'000 * kMillisecond;
+constexpr double kLeftSeconds = 0.004;
 
 std::atomic<FileDevice*> theDevice{nullptr};
 
@@ -122,9 +123,11 @@ void FileDevice::Run_() noexcept {
   }
 }
 
+// Some frames stay behind those that it takes: a pause or a seek that comes next finds something to fade out.
 void FileDevice::TakePeriod_() {
   const long long deadline = MonotonicNow() + kRenderPatience;
-  while (!stops_ && !callback_->IsReady(kPeriodFrames) && MonotonicNow() < deadline) SleepFor(kLook);
+  const std::size_t frames = kPeriodFrames + static_cast<std::size_t>(kLeftSeconds * rateHz_);
+  while (!stops_ && !callback_->IsReady(frames) && MonotonicNow() < deadline) SleepFor(kLook);
   callback_->Process(frames_.data(), kPeriodFrames);
   writer_->Write(frames_.data(), kPeriodFrames);
   taken_ += kPeriodFrames;

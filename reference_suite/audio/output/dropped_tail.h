@@ -16,6 +16,8 @@ class DroppedTail {
   DroppedTail(std::size_t frames, unsigned channels);
 
   bool IsEmpty() const { return left_ == 0; }
+  // Frames that are still to be heard.
+  std::size_t GetLeft() const { return left_; }
   // These sound from the next frame on, together with what is left; at most as many as it was made for.
   void Add(const float* frames, std::size_t count);
   void MixInto(float* out, std::size_t count);

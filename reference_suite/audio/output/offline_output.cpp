@@ -10,6 +10,16 @@ bool StepOfflineOutput(StepReport* report, const FrameSink& sink) {
   return output != nullptr && output->Step(report, sink);
 }
 
+void MixOfflineTail(float* frames, std::size_t frameCount) {
+  OfflineSampleOutput* const output = OfflineRegistry::Instance().Last();
+  if (output != nullptr) output->MixTail(frames, frameCount);
+}
+
+std::size_t GetOfflineTailFrames() {
+  OfflineSampleOutput* const output = OfflineRegistry::Instance().Last();
+  return output == nullptr ? 0 : output->GetTailFrames();
+}
+
 unsigned GetOfflineChannelCount() {
   OfflineSampleOutput* const output = OfflineRegistry::Instance().Last();
   return output == nullptr ? 0 : output->GetChannelCount();

@@ -29,6 +29,12 @@ using FrameSink = std::function<void(const float* frames, std::size_t frameCount
 // caesura that waits, after the end).
 bool StepOfflineOutput(StepReport* report, const FrameSink& sink);
 
+// What was playing on that output when it was paused or stopped, and was not seen to end in a step since,
+// fades out: into the silence at `frames`, which follows. How many frames there are of it; 0 when nothing
+// fades.
+void MixOfflineTail(float* frames, std::size_t frameCount);
+std::size_t GetOfflineTailFrames();
+
 // Format of that output. 0 when there is none.
 unsigned GetOfflineChannelCount();
 double GetOfflineSampleRateHz();

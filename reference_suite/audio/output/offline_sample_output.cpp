@@ -13,8 +13,10 @@ OfflineSampleOutput::OfflineSampleOutput(AudioPlayerOutputInterface& player, dou
       rateHz_(rateHz),
       channels_(channels),
       fadeFrames_(FramesOf(settings.fadeMs, rateHz)),
-      step_(player, channels, rateHz, settings.crossfadeMs, settings.stretch, StretchPace::AtLeisure),
+      step_(player, channels, rateHz, settings.crossfadeMs, settings.stretch, StretchPace::AtLeisure,
+            fadeFrames_),
       fade_(channels),
+      tail_(fadeFrames_, channels),
       seekFlag_("AudioSampleOutput_Seek") {
   OfflineRegistry::Instance().Add(this);
 }
@@ -43,11 +45,15 @@ void OfflineSampleOutput::Start() {
 }
 
 void OfflineSampleOutput::Pause() {
-  if (state_ == State::Running) state_ = State::Paused;
+  if (state_ != State::Running) return;
+  state_ = State::Paused;
+  DropTail_();
 }
 
 bool OfflineSampleOutput::Stop(bool /*wait*/) {
-  if (state_.exchange(State::Stopped) != State::Stopped) player_.NotifyOutputHasStopped();
+  const State before = state_.exchange(State::Stopped);
+  if (before == State::Running) DropTail_();
+  if (before != State::Stopped) player_.NotifyOutputHasStopped();
   return true;
 }
 
@@ -62,6 +68,7 @@ void OfflineSampleOutput::Idle() {
 }
 
 void OfflineSampleOutput::PrepareForExit() {
+  step_.Reset();  // nobody will hear what would have come
   Stop(true);
 }
 
@@ -75,6 +82,7 @@ bool OfflineSampleOutput::Step(StepReport* report, const FrameSink& sink) {
   if (switched_.exchange(false)) step_.Reset();
   const StepResult result = step_.Run(*this);
   if (result.outcome == StepOutcome::Refused) return false;
+  if (result.moved) FadeTailOut_();
   *report = StepReport();
   report->sampleIndex = result.sampleIndex;
   report->frames = result.frames;
@@ -102,9 +110,25 @@ void OfflineSampleOutput::HandOut_(const StepResult& result, const FrameSink& si
     fade_.StartIn(fadeFrames_);
   }
   fade_.Apply(step_.Frames(), count);
+  tail_.MixInto(step_.Frames(), count);
   afterRefill_ = false;
   elapsed_ += result.frames;
   sink(step_.Frames(), count);
+}
+
+void OfflineSampleOutput::DropTail_() {
+  if (fadeFrames_ == 0) return;
+  step_.DropTail();
+  FadeTailOut_();
+}
+
+// Where less than a whole fade is left before a caesura, it is steeper.
+void OfflineSampleOutput::FadeTailOut_() {
+  Fade fade = fade_;
+  fade.StartOut(fadeFrames_, step_.GetTailFrames());
+  const std::size_t count = fade.GetLeft();
+  fade.Apply(step_.Tail(), count);
+  tail_.Add(step_.Tail(), count);
 }
 
 void OfflineSampleOutput::StopAtCaesura_() {

@@ -4,6 +4,7 @@
 #include <cstddef>
 
 #include "exc/flag/ex_flag.h"
+#include "reference_suite/audio/output/dropped_tail.h"
 #include "reference_suite/audio/output/fade.h"
 #include "reference_suite/audio/output/offline_output.h"
 #include "reference_suite/audio/output/output_settings.h"
@@ -18,8 +19,10 @@ namespace tesk_audio {
 // Units      frames.
 // Threads    the steps and the transport on one thread, which plays the part of the render thread too.
 //            SwitchContent and Start may come from a loader's thread; the queries from any.
-// Fades      after a pause or a seek the music fades in when the settings ask for it. There is no fade-out:
-//            what was handed out has been heard.
+// Fades      when the settings ask for it, after a pause or a seek the music fades in. What was handed out
+// has
+//            been heard: at a pause, a stop or a seek what would have come next fades out under whatever is
+//            handed out then.
 class OfflineSampleOutput : public AudioSampleOutput, private StepGate {
  public:
   OfflineSampleOutput(AudioPlayerOutputInterface& player, double rateHz, unsigned channels,
@@ -41,14 +44,19 @@ class OfflineSampleOutput : public AudioSampleOutput, private StepGate {
   bool GetOutputIsRunning() override { return state_ == State::Running; }
   exc::ExFlag& GetSeekFlag() override { return seekFlag_; }
 
-  // See StepOfflineOutput.
+  // See StepOfflineOutput, MixOfflineTail and GetOfflineTailFrames.
   bool Step(StepReport* report, const FrameSink& sink);
+  void MixTail(float* frames, std::size_t count) { tail_.MixInto(frames, count); }
+  std::size_t GetTailFrames() const { return tail_.GetLeft(); }
 
  private:
   enum class State { Stopped, Paused, Running };
 
   bool MayStep() override;
   void HandOut_(const StepResult& result, const FrameSink& sink);
+  // What would have come next fades out, and the next step begins afresh.
+  void DropTail_();
+  void FadeTailOut_();
   void StopAtCaesura_();
   // True when the next song goes on.
   bool EndSong_();
@@ -59,6 +67,7 @@ class OfflineSampleOutput : public AudioSampleOutput, private StepGate {
   std::size_t fadeFrames_;
   RenderStep step_;
   Fade fade_;
+  DroppedTail tail_;
   exc::ExFlag seekFlag_;
   std::atomic<State> state_{State::Stopped};
   std::atomic<long long> elapsed_{0};

@@ -35,7 +35,7 @@ struct OutputSettings {
   DeviceLossPolicy onDeviceLoss = DeviceLossPolicy::RunOn;
   // At jumps, equal power; 0: bit-exact splices. Stretched sound takes between 5 and 10 ms whatever is said.
   double crossfadeMs = 5.0;
-  double fadeMs = 3.0;  // on start, pause and stop; 0 leaves every sample as it is
+  double fadeMs = 3.0;  // on start, pause, stop and seeks; 0 leaves every sample as it is
   StretchQuality stretch = StretchQuality::Faster;  // of other tempos and keys than the recorded ones
 };
 

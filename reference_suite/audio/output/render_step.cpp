@@ -18,13 +18,14 @@ std::size_t QuantumAt(double rateHz) {
 }  // namespace
 
 RenderStep::RenderStep(AudioPlayerOutputInterface& player, unsigned channels, double rateHz,
-                       double crossfadeMs, StretchQuality quality, StretchPace pace)
+                       double crossfadeMs, StretchQuality quality, StretchPace pace, std::size_t tailFrames)
     : player_(player),
       channels_(channels),
       quantum_(QuantumAt(rateHz)),
       frames_(quantum_ * channels),
       crossFade_(channels, FramesOf(crossfadeMs, rateHz), StretchPath::MostSeamFrames(rateHz)),
-      path_(player, crossFade_, quality, pace, rateHz, channels, quantum_) {}
+      path_(player, crossFade_, quality, pace, rateHz, channels, quantum_),
+      tail_(std::min(tailFrames, quantum_) * channels) {}
 
 void RenderStep::Reset() {
   crossFade_.Cancel();
@@ -44,10 +45,7 @@ StepResult RenderStep::Run(StepGate& gate) {
   if (!gate.MayStep()) return result;
   const long long before = player_.GetSampleIndex();
   result.moved = expectedIndex_ != kUnknown && expectedIndex_ != before;
-  if (result.moved) {
-    crossFade_.Cancel();
-    path_.Drop();
-  }
+  if (result.moved) DropTail_();
   // A due loop or cut is known now and gone after the plan. A jump that is not announced (a safety's) shows
   // in the position alone.
   const bool announced = player_.GetJumpIsNext();
@@ -70,7 +68,7 @@ StepResult RenderStep::Run(StepGate& gate) {
     result.outcome = caesura ? StepOutcome::Caesura : StepOutcome::End;
     // After the wait the music begins anew.
     if (caesura) path_.Drop();
-    expectedIndex_ = result.sampleIndex;
+    expectedIndex_ = tailStop_ = result.sampleIndex;
     return result;
   }
   result.factors = AskFactors_();
@@ -80,7 +78,24 @@ StepResult RenderStep::Run(StepGate& gate) {
   result.outcome = StepOutcome::Frames;
   result.frames = count;
   expectedIndex_ = player_.GetSampleIndex();
+  NoteWhereTheTailStops_();
   return result;
+}
+
+// Asked for now: once the position has been moved, only what lies ahead of its new place is known.
+void RenderStep::NoteWhereTheTailStops_() {
+  if (!tail_.empty()) tailStop_ = player_.GetNextCaesuraSampleIndex(expectedIndex_);
+}
+
+void RenderStep::DropTail() {
+  exc::ScopeLock lock(player_.GetReadSamplesLock());
+  DropTail_();
+}
+
+void RenderStep::DropTail_() {
+  const std::size_t most = expectedIndex_ == kUnknown ? 0 : tail_.size() / channels_;
+  tailFrames_ = path_.DropTail(expectedIndex_, tailStop_, tail_.data(), most);
+  crossFade_.Cancel();
 }
 
 long long RenderStep::Plan_() {

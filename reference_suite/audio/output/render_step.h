@@ -51,9 +51,11 @@ struct StepResult {
 class RenderStep {
  public:
   // `crossfadeMs` 0 makes jumps bit-exact splices where nothing is stretched. `pace`: InTime where a device
-  // waits for what is rendered.
+  // waits for what is rendered. `tailFrames`: of what is dropped, for who has nothing rendered ahead that
+  // could fade out; no more than GetQuantum().
   RenderStep(AudioPlayerOutputInterface& player, unsigned channels, double rateHz, double crossfadeMs,
-             StretchQuality quality = StretchQuality::Faster, StretchPace pace = StretchPace::InTime);
+             StretchQuality quality = StretchQuality::Faster, StretchPace pace = StretchPace::InTime,
+             std::size_t tailFrames = 0);
 
   // Asked for in every plan, and never the rest of an earlier one: more than two ticks, whose length is at
   // most 2.5 ms, so that a read can always end on the first frame of a cue.
@@ -66,6 +68,13 @@ class RenderStep {
   StepResult Run(StepGate& gate);
   // The frames of the last step for the device, interleaved; the caller may change them.
   float* Frames() { return path_.Frames(); }
+
+  // What would have come next, as loud as it was, and now does not: after a step that found the position
+  // moved, and at any other time after DropTail, which has the next step begin afresh. Empty when nothing was
+  // being heard, or what comes next is a caesura, the end or another song.
+  float* Tail() { return tail_.data(); }
+  std::size_t GetTailFrames() const { return tailFrames_; }
+  void DropTail();
 
   // The next step begins afresh: no cross-fade goes on, and no move is noticed.
   void Reset();
@@ -81,6 +90,8 @@ class RenderStep {
   long long PlanFromLanding_(long long count);
   StretchFactors AskFactors_();
   void Read_(long long count);
+  void NoteWhereTheTailStops_();
+  void DropTail_();
 
   AudioPlayerOutputInterface& player_;
   unsigned channels_;
@@ -90,6 +101,9 @@ class RenderStep {
   StretchPath path_;
   bool isNextSong_ = false;             // an attacca has led here
   long long expectedIndex_ = kUnknown;  // where the last step left the position
+  std::vector<float> tail_;
+  std::size_t tailFrames_ = 0;
+  long long tailStop_ = kUnknown;  // the caesura at or behind the position
 };
 
 }  // namespace tesk_audio

@@ -85,6 +85,26 @@ void StretchPath::Drop() {
   isSounding_ = false;
 }
 
+std::size_t StretchPath::DropTail(long long index, long long stop, float* out, std::size_t count) {
+  const double scale = stream_->IsActive() ? stream_->GetFactors().scale : 1.0;
+  if (stop >= 0) count = std::min(count, static_cast<std::size_t>(static_cast<double>(stop - index) / scale));
+  if (!isSounding_) count = 0;
+  if (count > 0) TakeTail_(index, out, count);
+  Drop();
+  return count;
+}
+
+void StretchPath::TakeTail_(long long index, float* out, std::size_t count) {
+  if (stream_->IsActive()) {
+    stream_->Render(out, count);
+  } else {
+    stop_ = StretchedStream::kNever;
+    ReadAt(index, out, count);
+    late_.Apply(index, out, count);
+  }
+  fade_.Apply(out, count);
+}
+
 void StretchPath::ReadAt(long long index, float* frames, std::size_t count) {
   std::fill_n(frames, count * channels_, 0.0F);
   const auto silent =

@@ -48,11 +48,15 @@ class StretchPath : private FrameSource {
 
   // What comes next has nothing to do with what came before.
   void Drop();
+  // The same, and what would have come next had the song gone on at `index`: at most `count` device frames,
+  // as many as there are before the caesura at `stop` (-1: none ahead), and at most a read's.
+  std::size_t DropTail(long long index, long long stop, float* out, std::size_t count);
 
  private:
   void ReadAt(long long index, float* frames, std::size_t count) override;
   std::unique_ptr<StretchedStream> MakeStream_(StretchQuality quality, StretchPace pace, double rateHz);
   bool GoesOn_(const Place& place, const StretchFactors& wanted);
+  void TakeTail_(long long index, float* out, std::size_t count);
   std::size_t SeamLength_(const Place& place) const;
   void TakeOutgoing_(const Place& place, std::size_t length);
   void TakeRecorded_(const Place& place, std::size_t length);

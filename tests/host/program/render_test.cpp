@@ -2,6 +2,8 @@
 #include <gtest/gtest.h>
 #include <signal.h>
 
+#include <algorithm>
+#include <cmath>
 #include <filesystem>
 #include <set>
 #include <sstream>
@@ -24,8 +26,12 @@ struct Piece {
 
 class Render : public testing::Test {
  protected:
-  Ended Play(std::vector<std::string> options) {
-    std::vector<std::string> arguments{"render", files_.Show(), "-o", Out(), "--crossfade", "0"};
+  // Every sample as it was recorded.
+  Ended Play(const std::vector<std::string>& options) {
+    return PlayWith({"--crossfade", "0", "--fade", "0"}, options);
+  }
+  Ended PlayWith(std::vector<std::string> arguments, const std::vector<std::string>& options) {
+    arguments.insert(arguments.begin(), {"render", files_.Show(), "-o", Out()});
     arguments.insert(arguments.end(), options.begin(), options.end());
     return Orbel(arguments);
   }
@@ -229,6 +235,63 @@ TEST_F(Render, ASeekInAScriptMovesWithinOneRead) {
   const auto over = static_cast<long long>(heard.size()) - 4 * kBar;
   EXPECT_GE(over, 0);
   EXPECT_LE(over, 256) << "the command waits for the next read and no longer";
+}
+
+// Of a slow wave, the largest step from one frame to the next, which a splice exceeds.
+class RenderedWave : public Render {
+ protected:
+  RenderedWave() {
+    files_.AddSong("1", "Waltz", 8);
+    files_.AddSong("2", "Polka", 8);
+    std::vector<float> wave;
+    for (int frame = 0; frame < 8 * kBar; ++frame) {
+      wave.push_back(static_cast<float>(0.5 * std::sin(frame * 0.01)));
+    }
+    WriteWav(files_.At("data/1 Waltz.obd"), wave, ShowFiles::kRate);
+    WriteWav(files_.At("data/2 Polka.obd"), wave, ShowFiles::kRate);
+  }
+
+  // In parts of the loudest sample; with what follows the last frame, which is silence.
+  double LargestStep(const std::string& script, const std::vector<std::string>& options = {}) {
+    const Ended run = PlayWith(options, {"--script", Script(script)});
+    EXPECT_EQ(run.status, 0) << run.messages;
+    std::vector<float> heard = ReadFloatWav(Out());
+    heard.push_back(0.0F);
+    double largest = 0.0;
+    for (std::size_t i = 1; i < heard.size(); ++i) {
+      largest =
+          std::max(largest, std::fabs(static_cast<double>(heard[i]) - static_cast<double>(heard[i - 1])));
+    }
+    return largest / 0.5;
+  }
+};
+
+TEST_F(RenderedWave, ASeekAPauseAndAStopFade) {
+  // 3 ms are 24 frames, in which the whole way from peak to peak may lie.
+  constexpr double kFaded = 2.0 / 24.0 + 0.02;
+  EXPECT_GT(LargestStep("at 3 seek 7.3\n", {"--fade", "0"}), 0.2) << "a splice";
+  EXPECT_LT(LargestStep("at 3 seek 7.3\nat 8 stop\n"), kFaded);
+  EXPECT_GT(LargestStep("time 1.3 pause\ntime 2 play\nat 5 stop\n", {"--fade", "0"}), 0.2);
+  EXPECT_LT(LargestStep("time 1.3 pause\ntime 2 play\nat 5 stop\n"), kFaded);
+  EXPECT_LT(LargestStep("at 2.3 next\nat 5 stop\n"), kFaded);
+  EXPECT_LT(LargestStep("at 2 tempo 0.8\nat 3 seek 7.3\nat 8 stop\n"), kFaded) << "stretched too";
+}
+
+TEST_F(RenderedWave, TheFadeAtTheEndStandsInTheTrace) {
+  const std::string trace = files_.Beside("trace.csv");
+  ASSERT_EQ(PlayWith({}, {"--script", Script("at 5 stop\n"), "--trace", trace}).status, 0);
+  std::istringstream rows(ReadText(trace));
+  std::string row;
+  std::getline(rows, row);
+  std::size_t last = 0;
+  std::size_t frames = 0;
+  while (std::getline(rows, row)) {
+    std::istringstream cells(row);
+    for (int i = 0; i < 4; ++i) std::getline(cells, row, ',');
+    frames += last = std::stoul(row);
+  }
+  EXPECT_EQ(last, 24U);
+  EXPECT_EQ(frames, ReadFloatWav(Out()).size());
 }
 
 TEST_F(Render, ASeekOntoACaesuraWaitsThere) {

@@ -29,11 +29,15 @@ class Counting : public tesk_audio::DeviceCallback {
     awaited = false;
     for (std::size_t i = 0; i < frames; ++i) out[i] = static_cast<float>(++given) / 1000.0F;
   }
-  bool IsReady(std::size_t) const noexcept override { return ready; }
+  bool IsReady(std::size_t frames) const noexcept override {
+    wanted = frames;
+    return ready;
+  }
   bool IsAwaited() const noexcept override { return awaited; }
 
   std::atomic<long long> given{0};
   std::atomic<bool> ready{true};
+  mutable std::atomic<std::size_t> wanted{0};
   std::atomic<bool> awaited{false};
 };
 
@@ -125,6 +129,14 @@ TEST_F(FileDeviceTest, WaitsForFramesThatAreNotReady) {
   callback_.ready = true;
   host.join();
   EXPECT_EQ(callback_.given, 64);
+}
+
+TEST_F(FileDeviceTest, TakesFramesOnlyWhereSomeStayThatCouldFadeOut) {
+  FileDevice device(path_, 48'000.0, 1);
+  device.Start(callback_);
+  device.Take(0.002);
+  EXPECT_EQ(callback_.given, 64);
+  EXPECT_GE(callback_.wanted, 64U + 144U) << "3 ms";
 }
 
 TEST_F(FileDeviceTest, WhatCannotBeWrittenIsThrownAtTheNextTakeAndAtTheEnd) {

@@ -3,6 +3,7 @@
 
 #include <gtest/gtest.h>
 
+#include <cmath>
 #include <memory>
 #include <stdexcept>
 
@@ -226,24 +227,145 @@ TEST(OfflineOutput, ASeekWhilePlayingSplicesAndGoesOnCounting) {
   EXPECT_EQ(run.output->GetElapsedSampleCount(), 1264);
 }
 
-TEST(OfflineOutput, WhenFadesAreAskedForTheMusicFadesInAfterAPauseAndAfterASeek) {
-  OfflineRun run(Songs{{.frames = 5000}}, 0.0, 3.0);  // 144 frames
+constexpr long long kFade = 144;  // 3 ms
+
+double GainIn(long long frame) {
+  return frame < kFade ? static_cast<double>(frame + 1) / kFade : 1.0;
+}
+
+// From frame `at` of what was heard on: song frame `to` and what follows it fade in, `from` and what follows
+// that fade out.
+void ExpectFadesOver(const OfflineRun& run, long long at, long long from, long long to) {
+  ASSERT_GE(static_cast<long long>(run.heard.size()), at + 2 * kFade);
+  for (long long i = 0; i < 2 * kFade; ++i) {
+    const double expected =
+        ScriptedPlayer::Sample(to + i) * GainIn(i) + ScriptedPlayer::Sample(from + i) * (1.0 - GainIn(i));
+    ASSERT_NEAR(run.heard[static_cast<std::size_t>(at + i)], expected, 0.001) << i;
+  }
+  EXPECT_EQ(run.heard[static_cast<std::size_t>(at + kFade)], ScriptedPlayer::Sample(to + kFade));
+}
+
+TEST(OfflineOutput, ASeekFadesOverFromWhatWouldHaveComeNext) {
+  OfflineRun run(Songs{{.frames = 5000}}, 0.0, 3.0);
   run.Start();
   run.Step();
-  EXPECT_EQ(run.heard, Frames(0, 264)) << "not at the first frame of a refill";
+  EXPECT_EQ(run.heard, Frames(0, 264)) << "no fade at the first frame of a refill";
+  run.player.SeekTo(4000);
+  run.Run();
+  ExpectFadesOver(run, 264, 264, 4000);
+  EXPECT_EQ(run.output->GetElapsedSampleCount(), 1264) << "what faded out is not counted";
+}
+
+TEST(OfflineOutput, ASeekInTheMiddleOfAFadeCutsNothingOff) {
+  OfflineRun run(Songs{{.frames = 5000, .caesuras = {2050}}}, 0.0, 3.0);
+  run.Start();
+  run.Step();
+  run.player.SeekTo(2000);
+  run.Step();  // ends at the caesura, after 50 frames
+  ASSERT_EQ(run.heard.size(), 314U);
+  run.player.SeekTo(4000);
+  run.Step();
+  // Of the first place the last two thirds of its fade are left; the second one has none.
+  for (long long i = 0; i < kFade; ++i) {
+    const double first = ScriptedPlayer::Sample(264 + 50 + i) * (1.0 - GainIn(50 + i));
+    ASSERT_NEAR(run.heard[static_cast<std::size_t>(314 + i)],
+                ScriptedPlayer::Sample(4000 + i) * GainIn(i) + first, 0.001)
+        << i;
+  }
+}
+
+TEST(OfflineOutput, OfWhatStandsBehindACaesuraNothingFadesOut) {
+  OfflineRun run(Songs{{.frames = 5000, .caesuras = {300}}}, 0.0, 3.0);
+  run.Start();
+  run.Step();
+  run.player.SeekTo(4000);
+  run.Step();
+  // 36 frames are left before the caesura: the fade is as long.
+  for (long long i = 0; i < kFade; ++i) {
+    const double out = i < 36 ? 1.0 - static_cast<double>(i + 1) / 36.0 : 0.0;
+    ASSERT_NEAR(run.heard[static_cast<std::size_t>(264 + i)],
+                ScriptedPlayer::Sample(4000 + i) * GainIn(i) + ScriptedPlayer::Sample(264 + i) * out, 0.001)
+        << i;
+  }
+}
+
+TEST(OfflineOutput, APauseFadesOutIntoTheSilenceAndTheMusicFadesInAgain) {
+  OfflineRun run(Songs{{.frames = 5000}}, 0.0, 3.0);
+  run.Start();
+  run.Step();
   run.output->Pause();
+  EXPECT_EQ(run.output->GetTailFrames(), static_cast<std::size_t>(kFade));
+  std::vector<float> silence(100);
+  run.output->MixTail(silence.data(), 100);
+  for (long long i = 0; i < 100; ++i) {
+    ASSERT_NEAR(silence[static_cast<std::size_t>(i)], ScriptedPlayer::Sample(264 + i) * (1.0 - GainIn(i)),
+                0.001)
+        << i;
+  }
+  run.output->MixTail(silence.data(), 100);
+  EXPECT_EQ(run.output->GetTailFrames(), 0U);
   run.output->Start();
   run.Step();
   for (long long i = 0; i < 264; ++i) {
-    const double gain = i < 144 ? static_cast<double>(i + 1) / 144.0 : 1.0;
-    ASSERT_NEAR(run.heard[static_cast<std::size_t>(264 + i)], ScriptedPlayer::Sample(264 + i) * gain, 0.001)
+    ASSERT_NEAR(run.heard[static_cast<std::size_t>(264 + i)], ScriptedPlayer::Sample(264 + i) * GainIn(i),
+                0.001)
         << i;
   }
-  EXPECT_EQ(run.heard[264 + 144], ScriptedPlayer::Sample(264 + 144));
-  run.player.SeekTo(4000);
+  EXPECT_EQ(run.heard[264 + kFade], ScriptedPlayer::Sample(264 + kFade));
+}
+
+TEST(OfflineOutput, AStopFadesOutUnderWhatComesNext) {
+  OfflineRun run(Songs{{.frames = 5000}}, 0.0, 3.0);
+  run.Start();
   run.Step();
-  EXPECT_NEAR(run.heard[528], ScriptedPlayer::Sample(4000) / 144.0, 0.001);
-  EXPECT_EQ(run.heard[528 + 144], ScriptedPlayer::Sample(4144));
+  run.output->Stop(true);
+  run.output->Stop(true);
+  run.Start();
+  run.Run();
+  for (long long i = 0; i < 264; ++i) {
+    ASSERT_NEAR(run.heard[static_cast<std::size_t>(264 + i)],
+                ScriptedPlayer::Sample(i) + ScriptedPlayer::Sample(264 + i) * (1.0 - GainIn(i)), 0.001)
+        << "the first frames after a refill do not fade in; frame " << i;
+  }
+}
+
+TEST(OfflineOutput, NothingFadesOutAtTheEndAtACaesuraAndWhenThePlayerGoes) {
+  OfflineRun ending(Songs{{.frames = 1000, .caesuras = {500}}}, 0.0, 3.0);
+  ending.Start();
+  ending.Run();
+  EXPECT_EQ(ending.output->GetTailFrames(), 0U) << "a caesura";
+  ending.player.Play();
+  ending.Run();
+  EXPECT_EQ(ending.output->GetTailFrames(), 0U) << "the end";
+  OfflineRun leaving(Songs{{.frames = 1000}}, 0.0, 3.0);
+  leaving.Start();
+  leaving.Step();
+  leaving.output->PrepareForExit();
+  EXPECT_EQ(leaving.output->GetTailFrames(), 0U);
+}
+
+// At half the tempo, where what comes next is what the stretcher would have given.
+TEST(OfflineOutput, ASeekAtAnotherTempoFadesOverToo) {
+  const auto tone = std::make_shared<std::vector<float>>(20'000);
+  for (std::size_t i = 0; i < tone->size(); ++i) {
+    (*tone)[i] = static_cast<float>(std::sin(static_cast<double>(i) * 0.02));
+  }
+  OfflineRun run(Songs{{.frames = 20'000, .scales = {{0, 0.5L}}, .sound = tone}}, 0.0, 3.0);
+  OfflineRun straight(Songs{{.frames = 20'000, .scales = {{0, 0.5L}}, .sound = tone}}, 0.0, 3.0);
+  for (OfflineRun* each : {&run, &straight}) {
+    each->Start();
+    each->Run(20);
+  }
+  const auto at = static_cast<long long>(run.heard.size());
+  run.player.SeekTo(10'003);
+  run.Run(2);
+  straight.Run(2);
+  for (long long i = 0; i < kFade; ++i) {
+    const double out =
+        static_cast<double>(straight.heard[static_cast<std::size_t>(at + i)]) * (1.0 - GainIn(i));
+    ASSERT_NEAR(run.heard[static_cast<std::size_t>(at + i)], out, 1.05 * GainIn(i)) << i;
+  }
+  EXPECT_NEAR(run.heard[static_cast<std::size_t>(at)], straight.heard[static_cast<std::size_t>(at)], 0.02);
 }
 
 TEST(OfflineOutput, WithoutFadesEverySampleIsLeftAsItIs) {
@@ -315,6 +437,7 @@ TEST(OfflineOutput, TheFunctionsStepTheOutputThatWasCreatedLast) {
   EXPECT_FALSE(tesk_audio::StepOfflineOutput(&report, drop)) << "there is none";
   EXPECT_EQ(tesk_audio::GetOfflineChannelCount(), 0U);
   EXPECT_EQ(tesk_audio::GetOfflineSampleRateHz(), 0.0);
+  EXPECT_EQ(tesk_audio::GetOfflineTailFrames(), 0U);
   OfflineRun first(Songs{{.frames = 1000}}, 0.0, 0.0, 44100.0, 1);
   {
     OfflineRun second(Songs{{.frames = 1000}}, 0.0, 0.0, 48000.0, 2);
@@ -327,6 +450,9 @@ TEST(OfflineOutput, TheFunctionsStepTheOutputThatWasCreatedLast) {
   EXPECT_EQ(tesk_audio::GetOfflineSampleRateHz(), 44100.0);
   EXPECT_TRUE(tesk_audio::StepOfflineOutput(&report, drop));
   EXPECT_EQ(report.frames, 256);
+  float silence = 0.0F;
+  tesk_audio::MixOfflineTail(&silence, 1);
+  EXPECT_EQ(silence, 0.0F) << "without fades there is no tail";
 }
 
 }  // namespace
