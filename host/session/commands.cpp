@@ -17,6 +17,7 @@ constexpr double kTempoStep = 0.01;
 }  // namespace
 
 std::string Session::Do(const Command& command) {
+  toldToWait_.clear();
   switch (command.kind) {
     case CommandKind::Go:
       return Go_();

@@ -3,6 +3,7 @@
 #include <map>
 
 #include "host/session/failure.h"
+#include "reference_suite/audio/decode/decoding_stop.h"
 #include "reference_suite/audio/decode/library_words.h"
 #include "reference_suite/audio/device/bounded_look.h"
 #include "reference_suite/audio/device/file_device.h"
@@ -117,6 +118,14 @@ SilentOutput::SilentOutput() {
 SilentOutput::~SilentOutput() {
   tesk_audio::ReleaseLiveOutputs();
 }
+
+struct BrokenOffDecoding::Stop {
+  tesk_audio::DecodingStop decoding;
+};
+
+BrokenOffDecoding::BrokenOffDecoding() : stop_(std::make_unique<Stop>()) {}
+
+BrokenOffDecoding::~BrokenOffDecoding() = default;
 
 struct KeptSoundFile::Hold {
   tesk_audio::KeptFile file;

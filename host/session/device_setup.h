@@ -69,6 +69,19 @@ class SilentOutput {
   SilentOutput& operator=(const SilentOutput&) = delete;
 };
 
+// While one lives, songs that are being decoded are broken off: nobody waits for them any more.
+class BrokenOffDecoding {
+ public:
+  BrokenOffDecoding();
+  ~BrokenOffDecoding();
+  BrokenOffDecoding(const BrokenOffDecoding&) = delete;
+  BrokenOffDecoding& operator=(const BrokenOffDecoding&) = delete;
+
+ private:
+  struct Stop;
+  std::unique_ptr<Stop> stop_;
+};
+
 // While one lives, the file of the output "file" outlives its player: the next player goes on behind what was
 // written. Threads: HOST.
 class KeptSoundFile {

@@ -71,6 +71,8 @@ class Live {
   bool IsOver() const { return over_; }
   // Time passes with every Poll, and not with that of the day.
   bool HasItsOwnTime() const { return writesFile_ && !attended_; }
+  // Nobody listens any more: playback stops where it is.
+  void Leave() { session_.Leave(); }
   // Nothing is played any more: what was written gets its name. Throws the audio library's error.
   void Finish();
   ExitStatus GetStatusAtEnd() const;

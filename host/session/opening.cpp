@@ -28,7 +28,9 @@ Session::Session(const std::string& showPath, const std::string& song, OutputKin
       wantedSong_(song),
       wantedRateHz_(choice.rateHz),
       choice_(choice),
-      say_(std::move(say)) {
+      say_(say ? [this, say = std::move(say)](const std::string& message) {
+        if (toldToWait_.insert(message).second) say(message);
+      } : Say()) {
   if (!folder_.GetDataFault().empty())
     throw Failure(Shown(folder_.GetPath()) + ": data: " + folder_.GetDataFault());
   TakeOver_(folder_.GetWarnings());
@@ -49,10 +51,25 @@ Session::Session(const std::string& showPath, const std::string& song, OutputKin
   }
 }
 
+// Songs that are being decoded end at their next block, and the player waits for that: it can be long where a
+// disk does not answer.
+void Session::Leave() {
+  try {
+    if (!brokenOff_) brokenOff_.emplace();
+    const LongWait wait(say_, WhatIsWaitedForAtTheEnd_());
+    if (player_ && IsPlaying()) player_->Stop();
+  } catch (const std::exception&) {
+    // the player ends with the wrapper in any case
+  }
+}
+
 Session::~Session() {
   try {
+    Leave();
+    const LongWait wait(say_, WhatIsWaitedForAtTheEnd_());
     if (player_) player_->Stop();
     if (player_) player_->PrepareForExit();
+    wrapper_.reset();
   } catch (const std::exception&) {
     // the player ends with the wrapper in any case
   }

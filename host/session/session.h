@@ -85,6 +85,10 @@ class Session {
   long long GetElapsedFrames() const;
   notify::PositionUpdate GetHeardPosition() const { return events_.GetPosition(); }
 
+  // Nothing is played any more, and nothing waited for that is being decoded: playback stops where it is.
+  // Only state is asked for afterwards.
+  void Leave();
+
   // What happened since the last call, oldest first. A failed load is dealt with in here, and so is an
   // attacca that was broken off: AttaccaBrokenOff is told when a fresh player stands at the start of the song
   // that it was to run into, or of the one behind it. Throws PlayerLost.
@@ -168,6 +172,8 @@ class Session {
   // What a change of song, and playing the current one, wait for; empty when for nothing.
   std::string WhatIsWaitedForOnTheWayTo_(const std::string& song) const;
   std::string WhatIsWaitedForHere_() const;
+  // What closing the show waits for.
+  std::string WhatIsWaitedForAtTheEnd_() const;
 
   ShowFolder folder_;
   const OutputKind kind_;
@@ -176,12 +182,15 @@ class Session {
   OutputChoice choice_;
   unsigned channels_ = 0;  // of every song that is played
   const Say say_;
+  // In one operation, which may build several players until one stands; by the one thread that says so.
+  std::set<std::string> toldToWait_;
   std::set<std::string> leftOut_;
   std::string formatSong_;                 // from whose audio the format of the output comes
   std::set<std::string> leftOutByFormat_;  // as long as it holds
   std::vector<tesk_midi::Problem> problems_;
   StageEvents events_;
   const KeptSoundFile keptFile_;
+  std::optional<BrokenOffDecoding> brokenOff_;
   std::unique_ptr<AudioPlayerWrapper> wrapper_;
   AudioPlayer* player_ = nullptr;  // the wrapper's
   std::unique_ptr<SongClock> clock_;

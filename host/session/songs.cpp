@@ -26,6 +26,7 @@ std::string Session::StepSong_(bool forward) {
 }
 
 bool Session::NextSongStopped() {
+  toldToWait_.clear();
   bool wasLast = false;
   const SilentOutput silent;
   ChangeSong_(SongFromHere_(1), [&] { wasLast = player_->NextSong(); });
@@ -54,6 +55,7 @@ std::string Session::WhyLeftOut(const std::string& song) const {
 }
 
 void Session::LoadStopped(const std::string& song) {
+  toldToWait_.clear();
   if (leftOut_.contains(song)) throw Failure(WhyLeftOut(song));
   if (!folder_.HasAudio(song)) throw Failure("song " + Shown(song) + " cannot be played: it has no audio");
   const SilentOutput silent;

@@ -72,6 +72,7 @@ void Session::ThrowLoaderError() {
 }
 
 std::vector<StageEvent> Session::TakeEvents() {
+  toldToWait_.clear();
   std::vector<StageEvent> taken;
   bool hasJustEnded = false;
   bool hasJustBegun = false;

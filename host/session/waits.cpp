@@ -45,6 +45,14 @@ std::string Session::WhatIsWaitedForHere_() const {
   return IsLoading() ? LoadingText(GetSongNumber()) : "";
 }
 
+std::string Session::WhatIsWaitedForAtTheEnd_() const {
+  if (!player_) return "";
+  const std::vector<std::string> songs = PlayableSongs_();
+  const auto found = std::find_if(songs.begin(), songs.end(),
+                                  [this](const std::string& song) { return player_->IsBeingDecoded(song); });
+  return found == songs.end() ? "" : LoadingText(*found);
+}
+
 // Nothing else behind the current song is ever being decoded.
 std::string Session::WhatAnAttaccaWaitsFor() const {
   if (!RunsAttacca()) return "";

@@ -56,6 +56,7 @@ class Performance {
       display_.Status(live_.GetStatus());
     }
     Say_(console_.Take());
+    live_.Leave();
     display_.Status(live_.GetStatus());
     display_.End();
     live_.Finish();

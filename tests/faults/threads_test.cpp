@@ -221,6 +221,22 @@ TEST_F(RefusedSongs, ThatAnAttaccaComesUponLeaveThePerformerToBeginTheNextSong) 
   EXPECT_EQ(orbel.WaitForEnd(), 0);
 }
 
+// Every read takes longer than the wait that a person notices, and several players are built in vain.
+TEST_F(RefusedSongs, ThatAreWaitedForAreNamedOnceBeforeTheRefusalIs) {
+  const auto refusing = RefusingThreads({{"ORBEL_REFUSE_LOADER", "3"}, {"ORBEL_SLOW_READ", "260000"}});
+  host_tests::OrbelInATerminal orbel({"play", files_.Show(), "--output", "null"});
+  ASSERT_TRUE(orbel.Shows("1 Waltz   bar 1.1   240 bpm   stopped"));
+  const std::size_t opened = orbel.GetScreen().size();
+  orbel.Type("n");
+  EXPECT_TRUE(orbel.Shows("song 1 is still loading: waiting for it"));
+  EXPECT_TRUE(orbel.Shows("Song 3 is left out"));
+  orbel.Type("q");
+  EXPECT_EQ(orbel.WaitForEnd(), 0);
+  const std::string said = "song 1 is still loading";
+  const std::string& screen = orbel.GetScreen();
+  EXPECT_EQ(screen.find(said, opened), screen.rfind(said)) << screen;
+}
+
 // The thread of the third song is refused once, when the second one is run into. That one is held in the
 // middle of its file, which has gone when a fresh player looks for it.
 class RefusedSongsBesideMissingOnes : public RefusedSongs {

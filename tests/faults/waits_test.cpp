@@ -2,6 +2,9 @@
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
+#include <signal.h>
+
+#include <chrono>
 #include <fstream>
 
 #include "tests/faults/circumstances.h"
@@ -136,6 +139,43 @@ TEST_F(Waits, ARenderNamesTheSongThatAnAttaccaWaitsFor) {
   EXPECT_TRUE(orbel.Shows("] song 2  0:"));
   EXPECT_TRUE(orbel.Shows("\r\x1b[K" + files_.Beside("out.wav") + ": 1:01.000, 488000 frames"));
   EXPECT_EQ(orbel.WaitForEnd(), 0);
+}
+
+// As on a network share that does not answer.
+TEST_F(Waits, ASongThatQuittingWaitsForIsNamed) {
+  files_.AddSong("1", "Waltz", 2);
+  files_.AddSong("2", "Polka", 60);
+  const Environment holding = Holding("Polka");
+  OrbelInATerminal orbel({"play", files_.Show(), "--output", "null"});
+  ASSERT_TRUE(orbel.Shows("1 Waltz   bar 1.1   240 bpm   stopped"));
+  orbel.Type("q");
+  EXPECT_TRUE(orbel.Shows("song 2 is still loading: waiting for it"));
+  LetGo();
+  EXPECT_EQ(orbel.WaitForEnd(), 0);
+  EXPECT_EQ(orbel.GetScreen().find("still loading"), orbel.GetScreen().rfind("still loading")) << "once";
+}
+
+// Decoding the second song to its end would take a minute and a half and more.
+TEST_F(Waits, QuittingBreaksOffWhatIsBeingDecoded) {
+  files_.AddSong("1", "Waltz", 300);
+  files_.AddSong("2", "Polka", 1200);
+  const Environment slow = Refusing({{"ORBEL_SLOW_READ", "300000"}});
+  RunningOrbel running({"play", files_.Show(), "--output", "null"});
+  ASSERT_TRUE(running.Says("1 Waltz   bar 1.1   240 bpm   playing"));
+  running.Signal(SIGTERM);
+  EXPECT_TRUE(running.EndsWithin(std::chrono::seconds(30)));
+  EXPECT_EQ(running.WaitForEnd().status, 0);
+}
+
+TEST_F(Waits, QuittingDoesNotWaitForAnAttaccaEither) {
+  files_.AddSong("1", "Waltz", 1, "attacca = true\n");
+  files_.AddSong("2", "Polka", 1200);
+  const Environment slow = Refusing({{"ORBEL_SLOW_READ", "300000"}});
+  RunningOrbel running({"play", files_.Show(), "--output", "null"});
+  ASSERT_TRUE(running.Says("song 2 is still loading: waiting for it"));
+  running.Signal(SIGTERM);
+  EXPECT_TRUE(running.EndsWithin(std::chrono::seconds(30)));
+  EXPECT_EQ(running.WaitForEnd().status, 0);
 }
 
 // Every read takes longer than the wait that a person notices.

@@ -6,6 +6,7 @@
 #include <cstring>
 #include <utility>
 
+#include "reference_suite/audio/decode/decoding_stop.h"
 #include "reference_suite/audio/decode/decoding_thread.h"
 #include "suite/audio/errors.h"
 
@@ -66,6 +67,9 @@ Intake::Intake(const DecodedFormat& format, const DecodeRequest& request)
 bool Intake::TakeUntil(AudioDecoder& decoder, long long frames, const std::atomic<bool>* giveUp) {
   while (taken_ < frames) {
     if (giveUp != nullptr && *giveUp) return false;
+    if (DecodingStop::IsWanted()) {
+      throw TESKAudioError(request_.shownPath + ": not decoded to its end: the show has been closed.");
+    }
     DecodingThread::FollowPlaces();
     const std::size_t got = TakeSome_(decoder, frames - taken_);
     if (got == 0) return false;

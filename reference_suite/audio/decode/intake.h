@@ -18,7 +18,9 @@ namespace tesk_audio {
 // other where the rates agree. Samples that are not finite become 0.
 //
 // Threads    one at a time.
-// Errors     what the decoder throws; TESKAudioError when memory is short; std::bad_alloc.
+// Errors     what the decoder throws; TESKAudioError when memory is short, or decoding is to stop
+// (DecodingStop);
+//            std::bad_alloc.
 class Intake {
  public:
   Intake(const DecodedFormat& format, const DecodeRequest& request);

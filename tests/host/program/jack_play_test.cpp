@@ -815,7 +815,7 @@ TEST(JackOutputs, WhileNobodyHearsItItIsSaidAndNothingSaysThatItPlays) {
   ASSERT_TRUE(run.Says("Ctrl-C once more ends it"));
   run.Signal(SIGINT);
   const Ended ended = run.WaitForEnd();
-  EXPECT_THAT(ended.out, HasSubstr("\"state\": \"unheard\""));
+  EXPECT_THAT(ended.out, HasSubstr("\"state\": \"stopped (no sound)\""));
   EXPECT_THAT(ended.out, HasSubstr("\"unheard\": \"The JACK server"));
 }
 

@@ -222,12 +222,16 @@ TEST(PlayOptions, WrongValuesAreToldWithStatusTwo) {
 TEST(Play, CtrlCAsksOnceWhilePlayingAndEndsTheSecondTime) {
   ShowFiles files;
   files.AddSong("1", "Waltz", 60);
-  RunningOrbel running({"play", files.Show(), "--output", "null"});
+  RunningOrbel running({"play", files.Show(), "--output", "null", "--json"});
   ASSERT_TRUE(running.Says("playing   next: 61.1 end"));
   running.Signal(SIGINT);
   ASSERT_TRUE(running.Says("playing: Ctrl-C once more ends it"));
   running.Signal(SIGINT);
-  EXPECT_EQ(running.WaitForEnd().status, 0);
+  const Ended run = running.WaitForEnd();
+  EXPECT_EQ(run.status, 0);
+  EXPECT_THAT(Last(run.messages), HasSubstr("240 bpm   stopped   next: 61.1 end"))
+      << "nothing plays any more";
+  EXPECT_THAT(run.out, HasSubstr("\"state\": \"stopped\""));
 }
 
 TEST(Play, AHangUpDoesNotEndIt) {

@@ -5,8 +5,10 @@
 
 #include <algorithm>
 #include <limits>
+#include <memory>
 #include <new>
 
+#include "reference_suite/audio/decode/decoding_stop.h"
 #include "suite/audio/errors.h"
 #include "tests/reference_suite/audio/support/decoded.h"
 #include "tests/reference_suite/audio/support/sound_files.h"
@@ -52,6 +54,33 @@ DecodeRequest Request(unsigned long long memory = std::numeric_limits<unsigned l
   request.shownPath = "song";
   request.availableMemoryBytes = [memory] { return memory; };
   return request;
+}
+
+// Asks for the end of all decoding when it has delivered a little.
+class ClosingDecoder : public LyingDecoder {
+ public:
+  ClosingDecoder() : LyingDecoder(-1, 100'000'000) {}
+  std::size_t Read(float* frames, std::size_t count) override {
+    if (Position() > 20'000 && !stop_) stop_ = std::make_unique<tesk_audio::DecodingStop>();
+    return LyingDecoder::Read(frames, count);
+  }
+
+ private:
+  std::unique_ptr<tesk_audio::DecodingStop> stop_;
+};
+
+TEST(DecodeContent, IsBrokenOffAtTheNextBlockWhenNobodyWantsItAnyMore) {
+  for (const double rate : {0.0, 44'100.0}) {
+    ClosingDecoder decoder;
+    DecodeRequest request = Request();
+    request.rateHz = rate;
+    EXPECT_TRUE(ThrowsWithText<tesk_audio::TESKAudioError>(
+        [&] { DecodeContent(decoder, request); }, "song: not decoded to its end: the show has been closed."));
+    EXPECT_LT(decoder.Position(), 100'000);
+  }
+  const test_support::CoutCapture console;
+  LyingDecoder decoder(-1, 20'000);
+  EXPECT_EQ(DecodeContent(decoder, Request())->GetSampleCount(), 20'000U) << "others are not broken off";
 }
 
 TEST(DecodeContent, CountsWhatComesOutAndNotWhatIsPromised) {
