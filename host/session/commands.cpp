@@ -1,5 +1,6 @@
 #include <algorithm>
 #include <cmath>
+#include <stdexcept>
 #include <string>
 
 #include "Sources/audio_player/audio_player.h"
@@ -39,10 +40,11 @@ std::string Session::Do(const Command& command) {
       Stop_();
       return "";
     case CommandKind::Left:
-    case CommandKind::Right:
       waiting_ = ended_ = false;
-      command.kind == CommandKind::Left ? player_->SeekLeft() : player_->SeekRight();
+      player_->SeekLeft();
       return "";
+    case CommandKind::Right:
+      return SeekRight_();
     case CommandKind::Seek:
       Seek_(command.position);
       return "";
@@ -135,6 +137,18 @@ void Session::PlayWhenLoaded_() {
 void Session::Stop_() {
   waiting_ = ended_ = false;
   player_->StopAndReset();
+}
+
+// The player itself says nothing of it.
+std::string Session::SeekRight_() {
+  try {
+    static_cast<void>(player_->GetShowControl().GetSeekRight());
+  } catch (const std::out_of_range&) {
+    return "no place behind this one";
+  }
+  waiting_ = ended_ = false;
+  player_->SeekRight();
+  return "";
 }
 
 void Session::Seek_(const std::string& position) {

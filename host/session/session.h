@@ -142,6 +142,7 @@ class Session {
   void PlayWhenLoaded_();
   void StandAgainAt_(TickIndex place, bool leavesCaesura);
   void Stop_();
+  std::string SeekRight_();
   void Seek_(const std::string& position);
   std::string SetTempoScale_(double scale);
   std::string SetTransposition_(int semitones);

@@ -58,6 +58,22 @@ TEST(Terminal, WhereNothingCanBeWrittenOverLinesStandUnderEachOther) {
   EXPECT_EQ(render.GetScreen().find('\x1b'), std::string::npos) << render.GetScreen();
 }
 
+TEST(Terminal, BehindTheLastPlaceRightSaysSoAndMovesNothing) {
+  ShowFiles files;
+  files.AddSong("1", "Waltz", 60, "[[caesura]]\nat = \"2\"\n");
+  OrbelInATerminal orbel({"play", files.Show(), "--output", "null"});
+  EXPECT_TRUE(orbel.Shows("1 Waltz   bar 1.1"));
+  orbel.Type("\x1b[C");
+  EXPECT_TRUE(orbel.Shows("bar 2.1   240 bpm   waiting at a caesura"));
+  orbel.Type("\x1b[C");
+  EXPECT_TRUE(orbel.Shows("no place behind this one"));
+  EXPECT_TRUE(orbel.Shows("bar 2.1   240 bpm   waiting at a caesura"));
+  orbel.Type("\x1b[D");
+  EXPECT_TRUE(orbel.Shows("1 Waltz   bar 1.1"));
+  orbel.Type("q");
+  EXPECT_EQ(orbel.WaitForEnd(), 0);
+}
+
 TEST(Terminal, ThePassOfAVampIsShownFromTheSecondOn) {
   ShowFiles files;
   files.AddSong("1", "Waltz", 60, "[[vamp]]\nfrom = \"2\"\nto = \"3\"\n");
