@@ -177,6 +177,10 @@ double RenderRateHz() {
   return tesk_audio::GetOfflineSampleRateHz();
 }
 
+bool NamesASoundFile(const std::string& path) {
+  return tesk_audio::FormatOfName(path).has_value();
+}
+
 std::unique_ptr<SoundFile> CreateSoundFile(const std::string& path, const std::string& format, double rateHz,
                                            unsigned channels) {
   static const std::map<std::string, tesk_audio::SoundFileFormat> kFormats{

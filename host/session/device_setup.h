@@ -132,6 +132,8 @@ class SoundFile {
   virtual void Write(const float* frames, std::size_t frameCount) = 0;
   virtual void Commit() = 0;
 };
+// Whether a name ends as a sound file does: .wav, .flac or .ogg.
+bool NamesASoundFile(const std::string& path);
 // `format`: float, pcm24, pcm16, flac or ogg. Throws Failure or an error of the audio library, whose text
 // names the file.
 std::unique_ptr<SoundFile> CreateSoundFile(const std::string& path, const std::string& format, double rateHz,

@@ -3,19 +3,39 @@
 #include <algorithm>
 
 #include "host/session/failure.h"
+#include "host/session/shown_text.h"
 
 namespace orbel::host {
 
-OutputChoice ChooseOutput(const std::string& output, OutputChoice wishes, const Say& say) {
-  RequirePortPatterns(wishes.connect);
-  wishes.output = output;
+namespace {
+
+// What would be asked for in vain.
+void RequireThatWishesFit(const std::string& output, const OutputChoice& wishes) {
   if (output == "file" && wishes.device.empty()) {
     throw Failure("--output file needs the name of the file: --device FILE", kUsage);
+  }
+  if (output == "file" && !NamesASoundFile(wishes.device)) {
+    throw Failure(
+        Shown(wishes.device) + ": the ending says what is written: end the name in .wav, .flac or .ogg",
+        kUsage);
   }
   if (output == "null" && !wishes.device.empty()) {
     throw Failure("--output null is a clock and has no devices: leave --device out, or choose another output",
                   kUsage);
   }
+  if (output != "jack" && output != "auto" && !wishes.connect.empty()) {
+    throw Failure(
+        "--output " + output + " has no ports to connect: leave --connect out, or choose --output jack",
+        kUsage);
+  }
+}
+
+}  // namespace
+
+OutputChoice ChooseOutput(const std::string& output, OutputChoice wishes, const Say& say) {
+  RequirePortPatterns(wishes.connect);
+  RequireThatWishesFit(output, wishes);
+  wishes.output = output;
   if (output == "null" || output == "file") return wishes;
   const std::vector<DeviceLine> devices = LookAtDevices(wishes.device, say);
   if (output == "auto") {

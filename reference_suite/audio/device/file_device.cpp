@@ -38,16 +38,12 @@ Unfinished& TheUnfinished() {
   return unfinished;
 }
 
-SoundFileFormat FormatOf(const std::string& path) {
-  if (path.ends_with(".flac")) return SoundFileFormat::Flac;
-  return path.ends_with(".ogg") ? SoundFileFormat::OggVorbis : SoundFileFormat::Float;
-}
-
 std::unique_ptr<SoundFileWriter> BeginOrGoOn(const std::string& path, double rateHz, unsigned channels) {
   Unfinished& kept = TheUnfinished();
   const std::lock_guard lock(kept.mutex);
   if (!kept.writer || kept.path != path)
-    return std::make_unique<SoundFileWriter>(path, FormatOf(path), rateHz, channels);
+    return std::make_unique<SoundFileWriter>(path, FormatOfName(path).value_or(SoundFileFormat::Float),
+                                             rateHz, channels);
   if (kept.rateHz != rateHz || kept.channels != channels) {
     throw SoundFileError(ShownPath(path) +
                          ": what follows has another rate or number of channels than the file; play it into "

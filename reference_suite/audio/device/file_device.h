@@ -27,8 +27,8 @@ class FileDevice : public Device {
  public:
   static constexpr unsigned kPeriodFrames = 64;
 
-  // The form of the file goes by its name: .flac, .ogg, and WAV of 32-bit float for all others. Throws
-  // SoundFileError.
+  // The form of the file goes by its name (FormatOfName), and is WAV of 32-bit float where that asks for
+  // none. Throws SoundFileError.
   FileDevice(const std::string& path, double rateHz, unsigned channels);
   ~FileDevice() override;
   FileDevice(const FileDevice&) = delete;

@@ -3,7 +3,9 @@
 #include <sndfile.h>
 
 #include <algorithm>
+#include <cctype>
 #include <cmath>
+#include <string_view>
 #include <utility>
 #include <vector>
 
@@ -78,6 +80,19 @@ sf_count_t Tell(void* user) {
 }
 
 }  // namespace
+
+std::optional<SoundFileFormat> FormatOfName(const std::string& path) {
+  const auto endsIn = [&](std::string_view ending) {
+    return path.size() >= ending.size() &&
+           std::equal(ending.rbegin(), ending.rend(), path.rbegin(), [](char wanted, char letter) {
+             return wanted == std::tolower(static_cast<unsigned char>(letter));
+           });
+  };
+  if (endsIn(".wav")) return SoundFileFormat::Float;
+  if (endsIn(".flac")) return SoundFileFormat::Flac;
+  if (endsIn(".ogg")) return SoundFileFormat::OggVorbis;
+  return std::nullopt;
+}
 
 struct SoundFileWriter::State {
   State(const std::string& filePath, SoundFileFormat fileFormat)

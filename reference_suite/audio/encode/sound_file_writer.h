@@ -2,6 +2,7 @@
 
 #include <cstddef>
 #include <memory>
+#include <optional>
 #include <string>
 
 namespace tesk_audio {
@@ -13,6 +14,10 @@ enum class SoundFileFormat {
   Flac,   // 24 bits
   OggVorbis,
 };
+
+// The form that a name asks for by its ending, .wav (floating point), .flac or .ogg in small letters or
+// capitals; nothing for every other ending.
+std::optional<SoundFileFormat> FormatOfName(const std::string& path);
 
 // Writes a sound file that appears under its name complete or not at all: until Commit it is called
 // PATH.part, and it is gone when the writer is destroyed before. The same frames give the same bytes.

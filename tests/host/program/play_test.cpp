@@ -207,7 +207,17 @@ TEST(PlayOptions, WrongValuesAreToldWithStatusTwo) {
       {{"--channels", "1,0"}, "orbel: --channels: \"0\" is not a whole number from 1 to 1024"},
       {{"--connect", "("}, "orbel: "},
       {{"--output", "null", "--device", "horn"},
-       "orbel: --output null is a clock and has no devices: leave --device out, or choose another output"}};
+       "orbel: --output null is a clock and has no devices: leave --device out, or choose another output"},
+      {{"--output", "null", "--connect", "horn:in_.*"},
+       "orbel: --output null has no ports to connect: leave --connect out, or choose --output jack"},
+      {{"--output", "desktop", "--connect", "horn:in_.*"},
+       "orbel: --output desktop has no ports to connect: leave --connect out, or choose --output jack"},
+      {{"--output", "file", "--device", "/nowhere/take.wav", "--connect", "horn:in_.*"},
+       "orbel: --output file has no ports to connect: leave --connect out, or choose --output jack"},
+      {{"--output", "file", "--device", "/nowhere/take.xyz"},
+       "orbel: /nowhere/take.xyz: the ending says what is written: end the name in .wav, .flac or .ogg"},
+      {{"--output", "file", "--device", "/nowhere/wav"},
+       "orbel: /nowhere/wav: the ending says what is written: end the name in .wav, .flac or .ogg"}};
   ShowFiles files;
   files.AddSong("1", "Waltz", 1);
   for (const auto& [options, message] : kWrong) {

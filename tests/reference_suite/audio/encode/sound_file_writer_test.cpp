@@ -136,6 +136,16 @@ TEST_P(Writer, AFolderThatIsNotThereIsAnErrorThatNamesTheFile) {
   }
 }
 
+TEST(SoundFileWriter, TheEndingOfANameSaysWhatIsWritten) {
+  EXPECT_EQ(FormatOfName("/a/take.wav"), SoundFileFormat::Float);
+  EXPECT_EQ(FormatOfName("TAKE.WAV"), SoundFileFormat::Float);
+  EXPECT_EQ(FormatOfName("take.wav.Flac"), SoundFileFormat::Flac);
+  EXPECT_EQ(FormatOfName("take.ogg"), SoundFileFormat::OggVorbis);
+  for (const char* name : {"", "wav", "take", "take.mp3", "take.wav ", "take.wav/", "ogg", "a.flac/take"}) {
+    EXPECT_EQ(FormatOfName(name), std::nullopt) << name;
+  }
+}
+
 TEST(SoundFileWriter, IntegerFormatsClipAndTakeTheNearestStep) {
   const sound_files::TemporaryFolder folder;
   const std::string path = folder.Path("out");
