@@ -60,13 +60,16 @@ void Live::Finish() {
 }
 
 void Live::TakeDeviceUpdates_() {
-  for (const notify::DeviceUpdate& update : session_.TakeDeviceUpdates()) {
+  const std::vector<notify::DeviceUpdate> updates = session_.TakeDeviceUpdates();
+  for (const notify::DeviceUpdate& update : updates) {
     if (update.recovering) {
       DealWithLoss_(update);
     } else {
       DealWithDevice_(update);
     }
   }
+  // What was told last is of another device, or of the clock in its place.
+  if (!updates.empty()) AskForMeters_();
 }
 
 // It is there, though perhaps nobody hears it.

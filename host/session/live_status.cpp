@@ -35,9 +35,7 @@ std::string StateName(const Session& session) {
 StageStatus Live::GetStatus() {
   StageStatus status;
   const tesk_midi::SongData& song = session_.GetSong();
-  const notify::PositionUpdate heard = session_.GetHeardPosition();
-  const bool known = session_.IsPlaying() && heard.songNumber == song.GetNumber();
-  const TickIndex tick = known ? heard.tickIndex : session_.GetTick();
+  const TickIndex tick = session_.GetHeardTick();
   status.song = Shown(song.GetNumber() + " " + song.GetName());
   status.position = BarAndBeat(session_.GetClock().PlaceOfTick(tick).position);
   for (const TL::Tempo& tempo : song.GetTimeline().GetTempos()) {

@@ -83,7 +83,8 @@ class Session {
   void GetTempoAndKey(double* scale, int* semitones) const;
   // Frames heard since playing began, or went on after a caesura.
   long long GetElapsedFrames() const;
-  notify::PositionUpdate GetHeardPosition() const { return events_.GetPosition(); }
+  // Where the listener is, or was when playback came to a stand: what is rendered ahead does not count.
+  TickIndex GetHeardTick() const;
 
   // Nothing is played any more, and nothing waited for that is being decoded: playback stops where it is.
   // Only state is asked for afterwards.

@@ -25,6 +25,13 @@ TickIndex Session::GetTick() const {
   return player_->GetTickIndex();
 }
 
+// Neither the last moment of a song is told, nor where a seek from elsewhere has led onto a caesura.
+TickIndex Session::GetHeardTick() const {
+  const notify::PositionUpdate heard = events_.GetPosition();
+  const bool isTold = !ended_ && !IsWaiting() && heard.songNumber == GetSongNumber();
+  return isTold ? heard.tickIndex : GetTick();
+}
+
 std::string Session::GetSongNumber() const {
   return player_->GetCurrentSongNumber();
 }

@@ -652,6 +652,11 @@ TEST(JackLoss, PolicyHoldGoesOnWithWhatTheServerHadTakenAndNotPlayed) {
   server = std::make_unique<JackServer>(shape, name);
   const JackRecorder recorder(name, 20'000'000);
   ASSERT_TRUE(orbel.Shows("sound again"));
+  ASSERT_TRUE(orbel.Shows(" ms  latency "));
+  ASSERT_TRUE(orbel.Shows(" ms  load"));
+  const std::string latency = " ms  latency ";
+  const std::size_t shown = orbel.GetScreen().find(latency, orbel.GetScreen().find("sound again"));
+  EXPECT_GE(std::stoi(orbel.GetScreen().substr(shown + latency.size())), 21) << "from the first moment on";
   ASSERT_TRUE(Await([&] { return !recorder.GetSources().empty(); }));
   EXPECT_EQ(recorder.GetCount(), 0U);
   // The device fades in, which nobody can see from outside.

@@ -39,6 +39,28 @@ TEST(Terminal, NothingPlaysBeforeGoAndTheKeysDriveTheShow) {
   EXPECT_TRUE(orbel.IsAsBefore());
 }
 
+// Two seconds, two bars, are rendered ahead of what is heard.
+TEST(Terminal, PausedItStandsWhereTheListenerIs) {
+  ShowFiles files;
+  files.AddSong("1", "Waltz", 60);
+  OrbelInATerminal orbel({"play", files.Show(), "--output", "null", "--ahead", "2000"});
+  EXPECT_TRUE(orbel.Shows("bar 1.1   240 bpm   stopped"));
+  orbel.Type("p");
+  EXPECT_TRUE(orbel.Shows("bar 3.1   240 bpm   playing"));
+  orbel.Type("p");
+  EXPECT_TRUE(orbel.Shows("   240 bpm   paused"));
+  const std::string& screen = orbel.GetScreen();
+  const std::size_t bar = screen.rfind("bar ", screen.find("bpm   paused"));
+  const int heard = std::stoi(screen.substr(bar + 4));
+  EXPECT_GE(heard, 3);
+  EXPECT_LE(heard, 4);
+  orbel.Type("\x1b[D");
+  EXPECT_TRUE(orbel.Shows("bar 1.1   240 bpm   ")) << "where a seek has led";
+  orbel.Type("q");
+  orbel.Type("q");
+  EXPECT_EQ(orbel.WaitForEnd(), 0);
+}
+
 TEST(Terminal, WhereNothingCanBeWrittenOverLinesStandUnderEachOther) {
   ShowFiles files;
   files.AddSong("1", "Waltz", 60);
