@@ -211,7 +211,7 @@ void StretchPath::BeginStream_(const Place& place, const StretchFactors& wanted)
   if (begins) TakeBeginning_(place.index, length, ending == 0);
   late_.Cancel();
   stream_->Start(place.index, wanted, reach_, stop_);
-  if (!begins) LayAttackOver_(place.index, length);
+  if (!begins) LayAttackOver_(stream_->GetFirstAttack(), place.index, length);
   JoinStream_(place.index, length, begins || place.index != place.before ? near_ : reach_);
 }
 
@@ -228,11 +228,19 @@ void StretchPath::JoinStream_(long long index, std::size_t length, std::size_t r
 // Goes over into another beginning of what the stream plays.
 void StretchPath::BeginAnewAt_(long long index) {
   PrepareNext_(index, index);
-  stream_->Render(fade_.Outgoing(), seam_);
+  const std::size_t length = AttackSeam_();
+  const long long attack = stream_->GetAttack();
+  stream_->Render(fade_.Outgoing(), length);
   std::swap(stream_, next_);
   next_->Stop();
-  LayAttackOver_(index, seam_);
-  JoinStream_(index, seam_, near_);
+  LayAttackOver_(attack, index, length);
+  JoinStream_(index, length, near_);
+}
+
+// In the first chunks a sound rises more slowly than it should: until it is there, the recorded one is heard.
+// Where the song is played faster, that one would be too far behind by then.
+std::size_t StretchPath::AttackSeam_() const {
+  return stream_->GetFactors().scale > 1.0 ? seam_ : mostSeam_;
 }
 
 // An attack is seen coming long before it is heard. What begins anew there is made in between, little by
@@ -246,7 +254,7 @@ void StretchPath::PrepareNext_(long long index, long long soon) {
     if (RisesOutOfLittle_(border)) next_->SetBeginning(border);
     preparedFrom_ = index;
   }
-  const std::size_t ahead = reach_ + near_ + seam_;
+  const std::size_t ahead = reach_ + near_ + AttackSeam_();
   const double share =
       soon < border ? static_cast<double>(soon - preparedFrom_) / static_cast<double>(border - preparedFrom_)
                     : std::numeric_limits<double>::infinity();
@@ -267,16 +275,16 @@ bool StretchPath::RisesOutOfLittle_(long long index) {
 
 // An attack right behind a beginning is heard as it was recorded, from a moment before it on: whole and in
 // its place.
-void StretchPath::LayAttackOver_(long long index, std::size_t length) {
-  if (stream_->GetFirstAttack() == StretchedStream::kNever) return;
-  const long long attack = std::max(stream_->GetFirstAttack(), index);
+void StretchPath::LayAttackOver_(long long known, long long index, std::size_t length) {
+  if (known == StretchedStream::kNever) return;
+  const long long attack = std::max(known, index);
   const auto until = static_cast<double>(attack - index) / stream_->GetFactors().scale;
   if (until > kSoon * static_cast<double>(length)) return;
   ReadAt(attack - std::llround(until), incoming_.data(), length);
   const auto lead = static_cast<double>(lead_);
   const double from = std::max(0.0, until - lead);
   // What began before goes on: nothing of it is there at once.
-  const bool goesOn = stream_->GetFirstAttack() + StretchedStream::kExactly < index;
+  const bool goesOn = known + StretchedStream::kExactly < index;
   const double rise = std::max(goesOn ? lead : 1.0, until - from);
   const float* recorded = incoming_.data();
   float* out = fade_.Outgoing();

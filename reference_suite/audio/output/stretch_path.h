@@ -67,7 +67,8 @@ class StretchPath : private FrameSource {
   void BeginAnewAt_(long long index);
   void PrepareNext_(long long index, long long soon);
   bool RisesOutOfLittle_(long long index);
-  void LayAttackOver_(long long index, std::size_t length);
+  void LayAttackOver_(long long known, long long index, std::size_t length);
+  std::size_t AttackSeam_() const;
   void JoinStream_(long long index, std::size_t length, std::size_t reach);
   std::size_t RenderStretched_(float* out, std::size_t count);
   void JumpAsRecorded_(const Place& place);

@@ -38,6 +38,7 @@ StretchedStream::StretchedStream(std::unique_ptr<StretchEngine> engine, FrameSou
       asksForBeginnings_(asksForBeginnings),
       between_(source, channels, StretchEngine::kMostFrames),
       watch_(rateHz, channels),
+      onset_(source, rateHz, channels),
       level_(rateHz, channels),
       in_(StretchEngine::kMostFrames * channels),
       out_(kRoom * channels) {}
@@ -207,9 +208,9 @@ bool StretchedStream::LookForAttacks_(std::size_t count) {
     isAny = true;
     if (isAtBeginning) {
       const bool isBehind = place >= begun - kBefore * frames;
-      if (isBehind) firstAttack_ = std::min(firstAttack_, static_cast<long long>(place));
+      if (isBehind && firstAttack_ == kNever) firstAttack_ = onset_.Find(static_cast<long long>(place));
     } else if (asksForBeginnings_) {
-      attack_ = static_cast<long long>(place);
+      attack_ = onset_.Find(static_cast<long long>(place));
       std::fill_n(slice, (count - at) * channels_, 0.0F);
     }
   }

@@ -8,6 +8,7 @@
 #include "reference_suite/audio/stretch/attack_watch.h"
 #include "reference_suite/audio/stretch/in_between_reader.h"
 #include "reference_suite/audio/stretch/level_watch.h"
+#include "reference_suite/audio/stretch/onset_finder.h"
 #include "reference_suite/audio/stretch/stretch_engine.h"
 
 namespace tesk_audio {
@@ -128,6 +129,7 @@ class StretchedStream {
 
   InBetweenReader between_;
   AttackWatch watch_;
+  OnsetFinder onset_;
   LevelWatch level_;
   std::vector<float> in_;
   std::vector<float> out_;  // made and not handed out yet, from head_ on

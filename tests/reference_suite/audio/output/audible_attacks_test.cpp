@@ -201,7 +201,7 @@ TEST(OnsetInTwoChannels, IsPreparedLittleByLittle) {
     for (player.chunks = 0; step.Run(gate).outcome == tesk_audio::StepOutcome::Frames;) {
       most = std::max(most, std::exchange(player.chunks, 0));
     }
-    EXPECT_LE(most, 8) << "two of them a look at what is before and behind the attack";
+    EXPECT_LE(most, 9) << "three of them a look at where the attack begins, and what is before and behind it";
   }
 }
 
@@ -284,14 +284,22 @@ std::shared_ptr<const std::vector<float>> StruckNotes(const std::vector<long lon
   return sound;
 }
 
-// Half of its level is a matter of how far the rise itself is made longer: a millisecond at half the tempo.
+// As soon as in the recording, though the rise itself could be drawn out: a moment of it is heard as
+// recorded.
 TEST_P(SoftOnset, OutOfWhatIsLeftOfTheNoteBeforeIsHeardInItsPlace) {
   constexpr long long kFrames = 170'000;
   std::vector<long long> notes;
   for (long long note = 12'000; note < kFrames - 12'000; note += 12'000) notes.push_back(note);
   const auto sound = StruckNotes(notes, kFrames);
-  for (const auto& [scale, semitones] :
-       {std::pair(0.5, 0), {0.6, 0}, {0.7, 0}, {1.3, 0}, {2.0, 0}, {1.0, 12}}) {
+  for (const auto& [scale, semitones] : {std::pair(0.25, 0),
+                                         {0.35, 0},
+                                         {0.5, 0},
+                                         {0.6, 0},
+                                         {0.7, 0},
+                                         {1.3, 0},
+                                         {2.0, 0},
+                                         {1.0, -7},
+                                         {1.0, 12}}) {
     AudibleRun run(
         Songs{
             {.frames = kFrames, .scales = {{0, scale}}, .transpositions = {{0, semitones}}, .sound = sound}},
@@ -301,7 +309,7 @@ TEST_P(SoftOnset, OutOfWhatIsLeftOfTheNoteBeforeIsHeardInItsPlace) {
       const float enough = 0.5F * LoudestOf(*sound, note, kRateHz);
       const double recorded = OnsetNear(*sound, static_cast<double>(note), enough, kRateHz);
       const double heard = OnsetNear(run.heard, run.PlacesOf(note).at(0), enough, kRateHz);
-      EXPECT_NEAR(heard, recorded / scale, 4.0) << scale << ", " << semitones << ", note at " << note;
+      EXPECT_NEAR(heard, recorded, kAudible) << scale << ", " << semitones << ", note at " << note;
     }
   }
 }
