@@ -11,7 +11,7 @@ export CTEST_PARALLEL_LEVEL ?= 2
 ENGINE_TESTS := exc_test exc_lock_impl_test samples_ticks_converter_test ob_show_control_test file_loader_test audio_player_test
 # What runs under the sanitizers: the engine, what it does on many threads, and what is left when something is refused.
 SANITIZED := $(ENGINE_TESTS) lock_order_test stress_test reference_core_test reference_player_core_test \
-  session_memory_test show_out_of_memory_test audio_memory_test audio_segment_faults_test
+  session_memory_test show_out_of_memory_test audio_memory_test audio_segment_faults_test memory_reserve_test
 # What runs under the thread sanitizer besides: devices and the live output; and under the address sanitizer: devices,
 # loaders that fail, disks that are full, and every input that has ever broken a fuzz target.
 LIVE_TESTS := audio_output_test audio_device_test audio_jack_test live_show_test
