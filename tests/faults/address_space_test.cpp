@@ -90,5 +90,21 @@ TEST_F(AddressSpace, ThatIsShortWhileAShowIsPlayedEndsItInWords) {
   EXPECT_GT(refusals_, 0);
 }
 
+// Ten hours, none of them on the disk: what they take is known from their header.
+TEST_F(AddressSpace, ThatASongDoesNotFitIntoIsToldBeforeAnyOfItIsTaken) {
+  constexpr std::uintmax_t kBytes = 10ULL * 3600 * ShowFiles::kRate * sizeof(float);
+  files_.AddSong("1", "Waltz", 1);
+  const std::filesystem::path audio = files_.At("data/1 Waltz.obd");
+  std::string header = host_tests::ReadText(audio).substr(0, 44);
+  for (std::size_t i = 0; i < 4; ++i) header[40 + i] = static_cast<char>(kBytes >> (8 * i) & 0xFF);
+  for (std::size_t i = 0; i < 4; ++i) header[4 + i] = static_cast<char>((kBytes + 36) >> (8 * i) & 0xFF);
+  files_.Write("data/1 Waltz.obd", header);
+  std::filesystem::resize_file(audio, header.size() + kBytes);
+  const Ended check = RunWithin(1000 * kMegabyte, {"check", files_.Show()});
+  EXPECT_EQ(check.status, 5);
+  EXPECT_THAT(check.out, HasSubstr("decoding needs 1099 MiB of memory and only "));
+  EXPECT_LT(check.peakBytes, 200LL * 1000 * 1000);
+}
+
 }  // namespace
 }  // namespace faults

@@ -2,6 +2,7 @@
 
 #include <fcntl.h>
 #include <signal.h>
+#include <sys/resource.h>
 #include <sys/wait.h>
 #include <unistd.h>
 
@@ -85,9 +86,11 @@ bool RunningOrbel::EndsWithin(std::chrono::seconds time) const {
 
 Ended RunningOrbel::WaitForEnd() {
   int status = 0;
-  ::waitpid(process_, &status, 0);
+  rusage used{};
+  ::wait4(process_, &status, 0, &used);
   process_ = -1;
   Ended run;
+  run.peakBytes = used.ru_maxrss * 1024LL;
   run.status = WIFEXITED(status) ? WEXITSTATUS(status) : -1;
   if (ownsOut_) run.out = ReadText(outPath_);
   run.messages = ReadText(messagesPath_);

@@ -12,7 +12,8 @@ namespace host_tests {
 struct Ended {
   int status = -1;  // exit status; -1 when a signal ended it
   std::string out;
-  std::string messages;  // standard error
+  std::string messages;     // standard error
+  long long peakBytes = 0;  // of resident memory
 };
 
 // Runs the program orbel to its end, without a terminal. Its standard output goes to `outPath`, when that is
