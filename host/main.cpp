@@ -7,7 +7,10 @@
 int main(int argc, char** argv) {
   orbel::host::RefuseWhereThereIsNoMemory();
   orbel::host::cli::Faces faces;
-  faces.play = orbel::host::terminal::Play;
+  faces.play = [](const orbel::host::PlayOptions& options, orbel::host::PlayReport* report) {
+    const orbel::host::SmallPiecesFromReserve operable;
+    return orbel::host::terminal::Play(options, report);
+  };
   faces.writeDemo = [](const std::string& folder, const std::function<void(const std::string&)>& progress) {
     orbel::host::WriteDemoShow(folder, [&](const orbel::host::DemoProgress& state) { progress(state.file); });
   };

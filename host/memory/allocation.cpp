@@ -2,6 +2,7 @@
 
 #include <dlfcn.h>
 #include <malloc.h>
+#include <pthread.h>
 
 #include <algorithm>
 #include <cstddef>
@@ -18,6 +19,7 @@ namespace {
 constinit MemoryReserve reserve;
 // Written while there is one thread, before `main` and at its beginning.
 constinit bool isReserveForAll = true;
+constinit thread_local unsigned smallFromReserve = 0;
 
 // What the system would do, or what stands in front of it.
 struct System {
@@ -25,6 +27,7 @@ struct System {
   decltype(&std::calloc) allocateZeroed;
   decltype(&std::realloc) resize;
   decltype(&std::free) release;
+  decltype(&::malloc_usable_size) sizeOf;
 };
 constinit System found{};
 constinit bool isLooking = false;
@@ -43,6 +46,7 @@ const System* TheSystem() {
   Find("malloc", &found.allocate);
   Find("calloc", &found.allocateZeroed);
   Find("realloc", &found.resize);
+  Find("malloc_usable_size", &found.sizeOf);
   Find("free", &found.release);
   return &found;
 }
@@ -72,6 +76,10 @@ void Release(void* memory) {
   }
 }
 
+bool HasReserve(std::size_t bytes) {
+  return isReserveForAll || (smallFromReserve > 0 && bytes <= SmallPiecesFromReserve::kMost);
+}
+
 void* Move(void* memory, std::size_t oldBytes, std::size_t bytes) {
   void* const moved = FromSystemOrReserve(bytes);
   if (moved == nullptr) return nullptr;
@@ -81,17 +89,31 @@ void* Move(void* memory, std::size_t oldBytes, std::size_t bytes) {
 }
 
 void* Resize(void* memory, std::size_t bytes) {
+  if (reserve.Holds(memory) && bytes == 0) {  // as the system does
+    reserve.Free(memory);
+    return nullptr;
+  }
   if (reserve.Holds(memory)) return Move(memory, MemoryReserve::SizeOf(memory), bytes);
   void* const resized = TheSystem()->resize(memory, bytes);
   // Of nothing, the system has given `memory` back.
   if (resized != nullptr || bytes == 0) return resized;
-  return Move(memory, ::malloc_usable_size(memory), bytes);
+  return Move(memory, TheSystem()->sizeOf(memory), bytes);
 }
 
 }  // namespace
 
+// A child of a fork has this thread alone, and a lock that another one held would never be given up in it.
 void RefuseWhereThereIsNoMemory() noexcept {
+  ::pthread_atfork([] { reserve.Lock(); }, [] { reserve.Unlock(); }, [] { reserve.Unlock(); });
   isReserveForAll = false;
+}
+
+SmallPiecesFromReserve::SmallPiecesFromReserve() noexcept {
+  ++smallFromReserve;
+}
+
+SmallPiecesFromReserve::~SmallPiecesFromReserve() {
+  --smallFromReserve;
 }
 
 }  // namespace orbel::host
@@ -117,11 +139,17 @@ void free(void* memory) noexcept {
   orbel::host::Release(memory);
 }
 
+std::size_t malloc_usable_size(void* memory) noexcept {
+  using orbel::host::MemoryReserve;
+  return orbel::host::reserve.Holds(memory) ? MemoryReserve::SizeOf(memory)
+                                            : orbel::host::TheSystem()->sizeOf(memory);
+}
+
 }  // extern "C"
 
 void* operator new(std::size_t bytes) {
-  void* const memory =
-      orbel::host::isReserveForAll ? orbel::host::FromSystemOrReserve(bytes) : orbel::host::FromSystem(bytes);
+  void* memory = orbel::host::FromSystem(bytes);
+  if (memory == nullptr && orbel::host::HasReserve(bytes)) memory = orbel::host::reserve.Allocate(bytes);
   if (memory == nullptr) throw std::bad_alloc();
   return memory;
 }

@@ -11,4 +11,18 @@ namespace orbel::host {
 // Threads: MAIN, once, at the beginning of `main`.
 void RefuseWhereThereIsNoMemory() noexcept;
 
+// While one lives, C++ has the reserve too on the thread that made it, for what is small: a performance goes
+// on and stays operable, where a line of text could end it.
+// Threads: ANY, each for itself.
+class SmallPiecesFromReserve {
+ public:
+  // In bytes. Songs and what else is read for them ask for more.
+  static constexpr unsigned kMost = 4096;
+
+  SmallPiecesFromReserve() noexcept;
+  ~SmallPiecesFromReserve();
+  SmallPiecesFromReserve(const SmallPiecesFromReserve&) = delete;
+  SmallPiecesFromReserve& operator=(const SmallPiecesFromReserve&) = delete;
+};
+
 }  // namespace orbel::host

@@ -5,4 +5,8 @@ namespace orbel::host {
 
 void RefuseWhereThereIsNoMemory() noexcept {}
 
+SmallPiecesFromReserve::SmallPiecesFromReserve() noexcept = default;
+
+SmallPiecesFromReserve::~SmallPiecesFromReserve() = default;
+
 }  // namespace orbel::host

@@ -2,6 +2,7 @@
 // could not take it. The output, which reports why on the console, then stops as at the end of a song.
 #include "Sources/audio_player/audio_player.h"
 #include "host/session/failure.h"
+#include "host/session/refusals.h"
 #include "host/session/session.h"
 #include "host/session/shown_text.h"
 #include "host/session/song_clock.h"
@@ -24,7 +25,7 @@ void Session::BeginAfterBrokenAttacca_() {
   } catch (const PlayerLost&) {
     throw;
   } catch (const std::exception& error) {
-    LeaveOut_(song, error.what());
+    LeaveOut_(song, InWords(error));
     BeginAnew_(song);
   }
   if (!IsAtOrBehind_(song))

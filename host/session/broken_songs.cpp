@@ -5,6 +5,7 @@
 
 #include "Sources/audio_player/audio_player.h"
 #include "host/session/long_wait.h"
+#include "host/session/refusals.h"
 #include "host/session/session.h"
 #include "host/session/shown_text.h"
 #include "suite/audio/audio_sample_content.h"
@@ -20,7 +21,7 @@ std::optional<std::string> WhyUndecodable(const std::string& path, const std::st
         tesk_audio::CreateAudioSampleContent(path, contentArgument));
     return std::nullopt;
   } catch (const std::exception& error) {
-    return error.what();
+    return InWords(error);
   }
 }
 

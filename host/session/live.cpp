@@ -8,6 +8,7 @@
 #include "host/session/known_positions.h"
 #include "host/session/output_choice.h"
 #include "host/session/overwriting.h"
+#include "host/session/refusals.h"
 #include "host/session/render.h"
 #include "host/session/shown_text.h"
 #include "host/session/song_clock.h"
@@ -77,7 +78,7 @@ std::vector<std::string> Live::Do(const Command& command) {
   } catch (const PlayerLost&) {
     throw;
   } catch (const std::exception& error) {
-    messages_.push_back(Shown(error.what()));
+    messages_.push_back(Shown(InWords(error)));
   }
   return TakeMessages_();
 }
@@ -152,7 +153,7 @@ void Live::ActAlone_(double now) {
   } catch (const PlayerLost&) {
     throw;
   } catch (const std::exception& error) {
-    EndWith_(kFailed, error.what());
+    EndWith_(kFailed, InWords(error));
   }
 }
 

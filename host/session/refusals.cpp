@@ -29,6 +29,10 @@ bool IsRefusalOfAThread(const std::exception& error) {
   return IsRefusalOfTheMoment(error) && !IsMemory(error);
 }
 
+std::string InWords(const std::exception& error) {
+  return IsMemory(error) ? "there is not enough memory; close other programs" : error.what();
+}
+
 std::string WhatWasRefused(const std::exception& error) {
   if (IsMemory(error)) return "there is not enough memory";
   return WithoutFullStop(error.what());

@@ -12,6 +12,9 @@ bool IsRefusalOfTheMoment(const std::exception& error);
 // Whether that was a thread, and not memory.
 bool IsRefusalOfAThread(const std::exception& error);
 
+// What it says; of a want of memory, which has no words of its own, ours.
+std::string InWords(const std::exception& error);
+
 // What it was, as an operator reads it.
 std::string WhatWasRefused(const std::exception& error);
 

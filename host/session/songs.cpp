@@ -136,7 +136,7 @@ void Session::BuildAnew_() {
   } catch (const PlayerLost&) {
     throw;
   } catch (const std::exception& error) {
-    throw PlayerLost(Shown(folder_.GetPath()) + ": the show cannot go on: " + error.what());
+    throw PlayerLost(Shown(folder_.GetPath()) + ": the show cannot go on: " + InWords(error));
   }
 }
 

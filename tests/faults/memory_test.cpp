@@ -72,7 +72,7 @@ INSTANTIATE_TEST_SUITE_P(OnceAndForGood, RefusedMemory, testing::Bool());
 // Every one of them with ORBEL_EVERY_ALLOCATION set, otherwise a sample.
 class RefusedAnywhere : public testing::TestWithParam<bool> {
  protected:
-  static constexpr int kLast = 12'000;  // of some 8,000
+  static constexpr int kLast = 20'000;  // of some 14,000
   RefusedAnywhere() {
     for (const char* const song : {"1", "2"}) {
       files_.AddSong(song, "Waltz", 1);
@@ -87,23 +87,30 @@ class RefusedAnywhere : public testing::TestWithParam<bool> {
   // With every status but these the test fails, and with a signal.
   void Squeeze(const std::vector<std::string>& arguments, int statusOfRefusal) {
     int refusals = 0;
+    int status = 0;
     for (int n = 1; n < kLast; n = After(n)) {
       SCOPED_TRACE("allocation " + std::to_string(n));
-      const auto refusing = Refusing({{"ORBEL_REFUSE_MEMORY", std::to_string(n)},
-                                      {"ORBEL_REFUSE_MEMORY_FOR_GOOD", GetParam() ? "1" : "0"},
-                                      {"ORBEL_REFUSE_MEMORY_AT_ONCE", "1"}});
-      std::filesystem::remove(Out());
-      const Ended run = Orbel(arguments);
+      const Ended run = RunRefusing(n, arguments);
+      status = run.status;
       EXPECT_THAT(run.messages, Not(HasSubstr("terminate called")));
-      if (run.status != 0) {
+      EXPECT_THAT(run.messages, Not(HasSubstr("std::bad_alloc")));
+      if (status != 0) {
         ++refusals;
-        EXPECT_THAT(run.status, AnyOf(1, statusOfRefusal)) << run.messages;
+        EXPECT_THAT(status, AnyOf(1, statusOfRefusal)) << run.messages;
         EXPECT_THAT(run.messages + run.out, HasSubstr("memory"));
       }
       ExpectNothingHalfWritten(run);
       if (HasFailure()) return;
     }
     EXPECT_GT(refusals, 5);
+    EXPECT_EQ(status, 0) << "there are more allocations than were refused";
+  }
+  Ended RunRefusing(int n, const std::vector<std::string>& arguments) {
+    const auto refusing = Refusing({{"ORBEL_REFUSE_MEMORY", std::to_string(n)},
+                                    {"ORBEL_REFUSE_MEMORY_FOR_GOOD", GetParam() ? "1" : "0"},
+                                    {"ORBEL_REFUSE_MEMORY_AT_ONCE", "1"}});
+    std::filesystem::remove(Out());
+    return Orbel(arguments);
   }
   void ExpectNothingHalfWritten(const Ended& run) {
     EXPECT_FALSE(std::filesystem::exists(Out() + ".part"));
@@ -119,6 +126,29 @@ TEST_P(RefusedAnywhere, ToARenderIsToldInWordsOrDoesNotMatter) {
 
 TEST_P(RefusedAnywhere, ToACheckIsToldInWordsOrDoesNotMatter) {
   Squeeze({"check", files_.Show()}, 5);
+}
+
+// Its messages tell the state whenever that changes.
+TEST_P(RefusedAnywhere, ToAPerformanceIsToldInWordsAndEndsNothingThatPlays) {
+  files_.Write("stop.txt", "time 0.5 stop\n");
+  const std::vector<std::string> arguments{
+      "play", files_.Show(), "--output", "null", "--song", "1", "--script", files_.At("stop.txt").string()};
+  int played = 0;
+  int refusals = 0;
+  for (int n = 1; n < kLast; n = After(n)) {
+    SCOPED_TRACE("allocation " + std::to_string(n));
+    const Ended run = RunRefusing(n, arguments);
+    const bool hasPlayed = run.messages.find("playing") != std::string::npos;
+    played += hasPlayed ? 1 : 0;
+    refusals += run.status != 0 ? 1 : 0;
+    EXPECT_EQ(run.status, hasPlayed ? 0 : 1) << run.messages;
+    EXPECT_THAT(run.messages, Not(HasSubstr("terminate called")));
+    EXPECT_THAT(run.messages, Not(HasSubstr("std::bad_alloc")));
+    EXPECT_TRUE(hasPlayed || run.messages.find("memory") != std::string::npos) << run.messages;
+    if (HasFailure()) return;
+  }
+  EXPECT_GT(played, 5);
+  EXPECT_GT(refusals, 5);
 }
 
 INSTANTIATE_TEST_SUITE_P(OnceAndForGood, RefusedAnywhere, testing::Bool());

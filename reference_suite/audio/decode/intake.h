@@ -19,8 +19,7 @@ namespace tesk_audio {
 //
 // Threads    one at a time.
 // Errors     what the decoder throws; TESKAudioError when memory is short, or decoding is to stop
-// (DecodingStop);
-//            std::bad_alloc.
+//            (DecodingStop); std::bad_alloc.
 class Intake {
  public:
   Intake(const DecodedFormat& format, const DecodeRequest& request);

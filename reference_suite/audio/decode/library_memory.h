@@ -13,8 +13,7 @@ namespace tesk_audio {
 // memory unasked: threads of this program's host, or other programs.
 //
 // Threads    ANY; no lock. Claims are counted, and what is free is asked of the system by taking it and
-// giving
-//            it back.
+//            giving it back.
 // Errors     std::bad_alloc.
 class LibraryMemoryClaim {
  public:

@@ -20,9 +20,8 @@ namespace tesk_audio {
 // Threads    the steps and the transport on one thread, which plays the part of the render thread too.
 //            SwitchContent and Start may come from a loader's thread; the queries from any.
 // Fades      when the settings ask for it, after a pause or a seek the music fades in. What was handed out
-// has
-//            been heard: at a pause, a stop or a seek what would have come next fades out under whatever is
-//            handed out then.
+//            has been heard: at a pause, a stop or a seek what would have come next fades out under whatever
+//            is handed out then.
 class OfflineSampleOutput : public AudioSampleOutput, private StepGate {
  public:
   OfflineSampleOutput(AudioPlayerOutputInterface& player, double rateHz, unsigned channels,
