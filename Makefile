@@ -33,7 +33,8 @@ help:
 	@echo "make mutate    break the engine in one place after the other: do its tests notice? (four hours)"
 	@echo "make fuzz      a minute of random bytes for every reader and the planner (SECONDS=60)"
 	@echo "make bench     the benchmarks, beside peers that it installs; figures and goals in docs/performance.md"
-	@echo "make stress    50,000 random commands against a live player, plain and under the sanitizers; half an hour"
+	@echo "make stress    50,000 random commands against a live player, plain and under the sanitizers; half an hour;"
+	@echo "               then every allocation of opening, rendering and checking a show refused; two hours"
 	@echo "make soak      eight hours of song time at the speed of the machine; some minutes"
 	@echo "make restarts  a JACK server that is killed, ended and hung, twenty times each, in a vamp; minutes"
 	@echo "make minute    a minute of a show to a JACK server in real time: xruns, underruns, the machine's lateness"
@@ -111,6 +112,8 @@ bench: packages
 
 # The long forms of tests that the suite runs in short.
 STRESS := tests/stress/stress_test --gtest_filter='*Player*:LockTable*'
+# Four tests, each of which mostly waits for programs that it has started: they run at the same time.
+REFUSED := tests/faults/faults_test --gtest_filter='*RefusedAnywhere.ToARender*:*RefusedAnywhere.ToACheck*'
 .PHONY: stress soak
 stress: export ORBEL_STRESS_COMMANDS ?= 50000
 stress: export TSAN_OPTIONS = suppressions=$(CURDIR)/tools/sanitizers/threads.supp:second_deadlock_stack=1
@@ -121,8 +124,10 @@ stress: packages
 	  $(STEP) "build for $$each" cmake --build --preset $$each --target stress_test && \
 	  build/$$each/$(STRESS) || exit; \
 	done
-	@$(STEP) "build" cmake --build --preset debug --target session_memory_test
+	@$(STEP) "build" cmake --build --preset debug --target session_memory_test faults_test
 	@$(STEP) "every single allocation refused" env ORBEL_EVERY_ALLOCATION=1 build/debug/tests/faults/session_memory_test
+	@seq 0 3 | $(STEP) "every single call of malloc refused" xargs -P 4 -I{} env ORBEL_EVERY_ALLOCATION=1 \
+	  GTEST_TOTAL_SHARDS=4 GTEST_SHARD_INDEX={} build/debug/$(REFUSED)
 
 .PHONY: jack-test
 jack-test: packages
