@@ -1,6 +1,8 @@
 #include "reference_suite/audio/decode/sndfile_decoder.h"
 
 #include <algorithm>
+#include <cmath>
+#include <cstdio>
 #include <cstring>
 #include <limits>
 #include <new>
@@ -103,11 +105,23 @@ bool SeeksToTheFrame(const SF_INFO& info) {
   }
 }
 
+bool IsMp3(const SF_INFO& info) {
+  return (info.format & SF_FORMAT_TYPEMASK) == SF_FORMAT_MPEG;
+}
+
 // Of an MP3 the library keeps back all that it decoded for a request in which it met damage.
-std::size_t MostAtOnce(const SF_INFO& info) {
+std::size_t MostAtOnce(bool isMp3) {
   constexpr std::size_t kFrameOfMp3 = 1152;
-  const bool isMp3 = (info.format & SF_FORMAT_TYPEMASK) == SF_FORMAT_MPEG;
   return isMp3 ? kFrameOfMp3 : std::numeric_limits<std::size_t>::max();
+}
+
+// "3:07.250"
+std::string Place(long long frame, double rateHz) {
+  const long long milliseconds = std::llround(static_cast<double>(frame) * 1000.0 / rateHz);
+  char text[40];
+  std::snprintf(text, sizeof text, "%lld:%02lld.%03lld", milliseconds / 60'000, milliseconds / 1000 % 60,
+                milliseconds % 1000);
+  return text;
 }
 
 long long PromisedFrames(const std::string& head, const SF_INFO& info) {
@@ -134,7 +148,8 @@ SndfileDecoder::SndfileDecoder(AudioFile& file, bool isOgg) : file_(file) {
              static_cast<unsigned>(info.channels), isCounted ? info.frames : -1, isOgg};
   format_.promisedFrames = PromisedFrames(head, info);
   seeksToTheFrame_ = SeeksToTheFrame(info);
-  mostAtOnce_ = MostAtOnce(info);
+  isMp3_ = IsMp3(info);
+  mostAtOnce_ = MostAtOnce(isMp3_);
 }
 
 SndfileDecoder::~SndfileDecoder() {
@@ -206,7 +221,13 @@ bool SndfileDecoder::BeginAt(long long frame) {
 
 std::vector<std::string> SndfileDecoder::Warnings() const {
   std::vector<std::string> warnings = warnings_;
-  if (sf_error(sound_) != SF_ERR_NO_ERROR) {
+  const bool hasStopped = sf_error(sound_) != SF_ERR_NO_ERROR;
+  if (hasStopped && isMp3_) {
+    // The library has no words for it.
+    warnings.push_back("damaged from " + Place(handedOut_, format_.rateHz) + " on; what follows is silence");
+    return warnings;
+  }
+  if (hasStopped) {
     std::string text = sf_strerror(sound_);
     while (!text.empty() && text.back() == '.') text.pop_back();
     warnings.push_back("decoding met an error: " + text);

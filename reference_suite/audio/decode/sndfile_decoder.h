@@ -39,6 +39,7 @@ class SndfileDecoder : public AudioDecoder {
   DecodedFormat format_;
   std::vector<std::string> warnings_;
   bool seeksToTheFrame_ = false;
+  bool isMp3_ = false;
   std::size_t mostAtOnce_ = 0;  // frames
   bool metError_ = false;       // in any Read so far; the library forgets it with the next
   long long handedOut_ = 0;
