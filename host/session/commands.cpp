@@ -40,7 +40,7 @@ std::string Session::Do(const Command& command) {
       Stop_();
       return "";
     case CommandKind::Left:
-      waiting_ = ended_ = false;
+      BeginAfresh_();
       player_->SeekLeft();
       return "";
     case CommandKind::Right:
@@ -112,7 +112,7 @@ void Session::Play_() {
   if (ended_) player_->StopAndReset();
   const bool leavesCaesura = IsWaiting();
   const bool goesOn = leavesCaesura || IsPaused();
-  waiting_ = ended_ = false;
+  BeginAfresh_();
   PlayWhenLoaded_();
   if (IsPlaying() || !LoadHasFailed_()) return;
   const std::string song = GetSongNumber();
@@ -135,7 +135,7 @@ void Session::PlayWhenLoaded_() {
 }
 
 void Session::Stop_() {
-  waiting_ = ended_ = false;
+  BeginAfresh_();
   player_->StopAndReset();
 }
 
@@ -146,7 +146,7 @@ std::string Session::SeekRight_() {
   } catch (const std::out_of_range&) {
     return "no place behind this one";
   }
-  waiting_ = ended_ = false;
+  BeginAfresh_();
   player_->SeekRight();
   return "";
 }
@@ -157,7 +157,7 @@ void Session::Seek_(const std::string& position) {
     throw Failure("\"" + Shown(position) + "\" lies after the end of playback, which is " +
                   GetClock().PlaceOfTick(GetClock().GetEndTick()).position);
   }
-  waiting_ = ended_ = false;
+  BeginAfresh_();
   player_->Seek(place.tick);
 }
 

@@ -57,7 +57,9 @@ void Session::Leave() {
   try {
     if (!brokenOff_) brokenOff_.emplace();
     const LongWait wait(say_, WhatIsWaitedForAtTheEnd_());
-    if (player_ && IsPlaying()) player_->Stop();
+    if (!player_ || !IsPlaying()) return;
+    leftAt_ = GetHeardTick();
+    player_->Stop();
   } catch (const std::exception&) {
     // the player ends with the wrapper in any case
   }

@@ -143,6 +143,8 @@ class Session {
   void PlayWhenLoaded_();
   void StandAgainAt_(TickIndex place, bool leavesCaesura);
   void Stop_();
+  // What playing has come to counts no more.
+  void BeginAfresh_() { waiting_ = ended_ = played_ = false; }
   std::string SeekRight_();
   void Seek_(const std::string& position);
   std::string SetTempoScale_(double scale);
@@ -193,12 +195,14 @@ class Session {
   StageEvents events_;
   const KeptSoundFile keptFile_;
   std::optional<BrokenOffDecoding> brokenOff_;
+  std::optional<TickIndex> leftAt_;  // where the listener was then
   std::unique_ptr<AudioPlayerWrapper> wrapper_;
   AudioPlayer* player_ = nullptr;  // the wrapper's
   std::unique_ptr<SongClock> clock_;
   std::string clockSong_;
   std::string loadedSong_;  // the last of which the player told that it is loaded
   bool isOpen_ = false;     // a player has stood
+  bool played_ = false;     // and was not asked to stop since
   bool waiting_ = false;
   bool ended_ = false;
 };

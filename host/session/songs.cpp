@@ -31,7 +31,7 @@ bool Session::NextSongStopped() {
   const SilentOutput silent;
   ChangeSong_(SongFromHere_(1), [&] { wasLast = player_->NextSong(); });
   if (wasLast) {
-    waiting_ = ended_ = false;
+    BeginAfresh_();
     return false;
   }
   if (SettleStopped_()) return true;
@@ -91,7 +91,7 @@ void Session::WarnOfLoadingAgain_(const std::string& song, const std::string& wh
 // that loader; stopping and resetting then leaves the song silent at its start, whichever of the two came
 // first.
 bool Session::SettleStopped_() {
-  waiting_ = ended_ = false;
+  BeginAfresh_();
   PlayWhenLoaded_();
   if (!IsPlaying()) return false;
   player_->StopAndReset();

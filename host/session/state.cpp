@@ -27,8 +27,11 @@ TickIndex Session::GetTick() const {
 
 // Neither the last moment of a song is told, nor where a seek from elsewhere has led onto a caesura.
 TickIndex Session::GetHeardTick() const {
+  if (leftAt_) return *leftAt_;
   const notify::PositionUpdate heard = events_.GetPosition();
-  const bool isTold = !ended_ && !IsWaiting() && heard.songNumber == GetSongNumber();
+  // The player knows it a moment before listeners are told.
+  const bool hasEnded = ended_ || (played_ && !IsPlaying() && !IsPaused());
+  const bool isTold = !hasEnded && !IsWaiting() && heard.songNumber == GetSongNumber();
   return isTold ? heard.tickIndex : GetTick();
 }
 
@@ -99,6 +102,7 @@ std::vector<StageEvent> Session::TakeEvents() {
     }
     taken.push_back(std::move(*event));
   }
+  played_ = played_ || IsPlaying();
   const bool isBrokenOff = hasJustEnded && !hasFailed && AttaccaIsBrokenOff_(hasJustBegun);
   const bool couldNotBeDecoded = hasFailed && AttaccaHasFailed_();
   if (isBrokenOff) BeginAfterBrokenAttacca_();

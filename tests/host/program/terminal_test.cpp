@@ -61,6 +61,22 @@ TEST(Terminal, PausedItStandsWhereTheListenerIs) {
   EXPECT_EQ(orbel.WaitForEnd(), 0);
 }
 
+TEST(Terminal, QuitWhilePlayingItStandsWhereTheListenerIs) {
+  ShowFiles files;
+  files.AddSong("1", "Waltz", 60);
+  OrbelInATerminal orbel({"play", files.Show(), "--output", "null", "--ahead", "2000"});
+  EXPECT_TRUE(orbel.Shows("bar 1.1   240 bpm   stopped"));
+  orbel.Type("p");
+  EXPECT_TRUE(orbel.Shows("bar 3.1   240 bpm   playing"));
+  orbel.Type("qq");
+  EXPECT_EQ(orbel.WaitForEnd(), 0);
+  const std::string& screen = orbel.GetScreen();
+  const std::size_t bar = screen.rfind("bar ", screen.rfind("bpm   stopped"));
+  const int heard = std::stoi(screen.substr(bar + 4));
+  EXPECT_GE(heard, 3);
+  EXPECT_LE(heard, 4);
+}
+
 TEST(Terminal, WhereNothingCanBeWrittenOverLinesStandUnderEachOther) {
   ShowFiles files;
   files.AddSong("1", "Waltz", 60);
