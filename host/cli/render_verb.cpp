@@ -47,7 +47,8 @@ class ProgressBar {
 };
 
 int Tell(const RenderOptions& options, const RenderResult& result) {
-  for (const std::string& problem : result.problems) Say("orbel: " + Shown(problem));
+  for (const std::string& problem : result.problems)
+    Say((problem.starts_with("warning: ") ? "" : "orbel: ") + Shown(problem));
   if (!result.message.empty()) Say("orbel: " + result.message);
   Say(Shown(options.outPath) + ": " + MinutesAndSeconds(result.seconds) + ", " +
       std::to_string(result.frames) + " frames");

@@ -17,7 +17,8 @@ std::vector<std::string> TellProblems(std::span<const tesk_midi::Problem> proble
   std::size_t warnings = 0;
   for (const tesk_midi::Problem& problem : problems) {
     std::size_t& count = problem.isWarning ? warnings : errors;
-    if (++count <= kMostProblemsTold) told.push_back(tesk_midi::ToString(problem));
+    if (++count > kMostProblemsTold) continue;
+    told.push_back((problem.isWarning ? "warning: " : "") + tesk_midi::ToString(problem));
   }
   if (errors > kMostProblemsTold) told.push_back(AndMore(errors - kMostProblemsTold, "problem", showPath));
   if (warnings > kMostProblemsTold)

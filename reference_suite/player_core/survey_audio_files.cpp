@@ -36,7 +36,7 @@ FilesBySong ListAudioFiles(const std::string& showPath, std::vector<tesk_midi::P
     if (isNew) continue;
     tesk_midi::Problem problem = MakeProblem(
         known->second, number,
-        "Song " + number + " has two audio files; \"" + file + "\" is played. Remove the other one.");
+        "has the same number as \"data/" + file + "\", which is played instead; remove one of the two");
     problem.isWarning = true;
     problems->push_back(problem);
     known->second = file;

@@ -14,6 +14,7 @@ namespace {
 
 using testing::EndsWith;
 using testing::HasSubstr;
+using testing::StartsWith;
 
 class Check : public testing::Test {
  protected:
@@ -84,10 +85,19 @@ TEST_F(Check, TwoAudioFilesWithOneNumberAreAnErrorThatNamesBoth) {
   WriteWav(files_.At("data/1 Alternative.obd"), FramesFromZero(32000), ShowFiles::kRate);
   const Ended run = Look();
   EXPECT_EQ(run.status, 5);
-  EXPECT_THAT(
-      run.out,
-      HasSubstr("error: data/1 Alternative.obd: has the same number as \"data/1 Waltz.obd\", which is "
-                "played instead; remove one of the two\n"));
+  const std::string words =
+      "data/1 Alternative.obd: has the same number as \"data/1 Waltz.obd\", which is played instead; remove "
+      "one of the two\n";
+  EXPECT_THAT(run.out, HasSubstr("error: " + words));
+  // It can be played, so who plays it is only warned.
+  const Ended render = Orbel({"render", files_.Show(), "-o", files_.Beside("out.wav")});
+  EXPECT_EQ(render.status, 0);
+  EXPECT_THAT(render.messages, StartsWith("warning: " + words));
+  EXPECT_EQ(ReadFloatWav(files_.Beside("out.wav")), FramesFromZero(32000));
+  const Ended play =
+      Orbel({"play", files_.Show(), "--output", "file", "--device", files_.Beside("play.wav")});
+  EXPECT_EQ(play.status, 0);
+  EXPECT_THAT(play.messages, HasSubstr("warning: " + words));
 }
 
 TEST_F(Check, ASongWithoutAudioAndAFileThatIsNotPlayedAreWarnings) {

@@ -19,7 +19,7 @@ std::vector<tesk_midi::Problem> Problems(std::size_t errors, std::size_t warning
 
 TEST(ToldProblems, AFewAreToldInTheirOrder) {
   EXPECT_THAT(TellProblems({}, "show"), ElementsAre());
-  EXPECT_THAT(TellProblems(Problems(2, 1), "show"), ElementsAre("0", "1", "2"));
+  EXPECT_THAT(TellProblems(Problems(2, 1), "show"), ElementsAre("warning: 0", "1", "2"));
 }
 
 TEST(ToldProblems, AsManyAsCanBeReadAreAllTold) {
@@ -38,7 +38,7 @@ TEST(ToldProblems, OfMoreTheRestIsCounted) {
 TEST(ToldProblems, NoErrorIsHiddenByWarnings) {
   const std::vector<std::string> told = TellProblems(Problems(1, 100), "show");
   ASSERT_EQ(told.size(), kMostProblemsTold + 2);
-  EXPECT_EQ(told[kMostProblemsTold - 1], "19");
+  EXPECT_EQ(told[kMostProblemsTold - 1], "warning: 19");
   EXPECT_EQ(told[kMostProblemsTold], "100");
   EXPECT_EQ(told.back(), "and 80 more warnings; \"orbel check show\" looks at every song");
 }

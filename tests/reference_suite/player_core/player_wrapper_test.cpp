@@ -171,10 +171,9 @@ TEST_F(Wrapper, AudioWhoseLengthOnlyDecodingCanTellIsTaken) {
 TEST_F(Wrapper, OfTwoFilesWithOneNumberTheLaterOneIsPlayed) {
   AddFile("1 Apple.obd");
   AddFile("1 Berry.obd");
-  EXPECT_EQ(
-      Survey(),
-      "warning data/1 Apple.obd song 1: Song 1 has two audio files; \"1 Berry.obd\" is played. Remove the "
-      "other one.\n");
+  EXPECT_EQ(Survey(),
+            "warning data/1 Apple.obd song 1: has the same number as \"data/1 Berry.obd\", which is played "
+            "instead; remove one of the two\n");
   EXPECT_EQ(probed_, (std::vector<std::string>{(folder_ / "data/1 Berry.obd").string()}));
 }
 
