@@ -2,9 +2,12 @@
 #include "host/demo/bench_show.h"
 #include "host/demo/demo_show.h"
 #include "host/memory/allocation.h"
+#include "host/session/closed_streams.h"
+#include "host/session/failure.h"
 #include "host/terminal/terminal_face.h"
 
 int main(int argc, char** argv) {
+  if (!orbel::host::FillClosedStreams()) return orbel::host::kFailed;
   orbel::host::RefuseWhereThereIsNoMemory();
   orbel::host::cli::Faces faces;
   faces.play = [](const orbel::host::PlayOptions& options, orbel::host::PlayReport* report) {
