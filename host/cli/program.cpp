@@ -17,6 +17,7 @@
 #include "host/session/failure.h"
 #include "host/session/interrupts.h"
 #include "host/session/shown_text.h"
+#include "host/session/standard_error.h"
 #include "host/session/version.h"
 
 namespace orbel::host::cli {
@@ -68,20 +69,11 @@ int Carry(const Action& action) {
   }
 }
 
-void WriteToStandardError(std::string_view words) {
-  while (!words.empty()) {
-    const ssize_t written = ::write(STDERR_FILENO, words.data(), words.size());
-    if (written <= 0) return;
-    words.remove_prefix(static_cast<std::size_t>(written));
-  }
-}
-
 // Written piece by piece: there is no memory to put words together.
 int SayOutOfMemory() {
-  WriteToStandardError("orbel: ");
-  WriteToStandardError(AtWork());
-  WriteToStandardError(AtWork().empty() ? "" : ": ");
-  WriteToStandardError("out of memory; close other programs, or shorten the recordings\n");
+  std::cerr.clear();  // whatever else there was no memory for
+  std::cerr << "orbel: " << AtWork() << (AtWork().empty() ? "" : ": ")
+            << "out of memory; close other programs, or shorten the recordings\n";
   return kFailed;
 }
 
@@ -121,6 +113,7 @@ int SayWhatFailed(const std::exception& error) {
 }
 
 int RunProgram(int argc, char** argv, const Faces& faces) try {
+  TakeStandardError();
   CatchInterrupts();
   SeparateConsoleFromResults();
   KeepDecodersQuiet();

@@ -7,6 +7,7 @@
 
 #include "host/session/drawn_on.h"
 #include "host/session/failure.h"
+#include "host/session/standard_error.h"
 
 namespace orbel::host {
 namespace {
@@ -24,8 +25,7 @@ static_assert(std::atomic<int>::is_always_lock_free && std::atomic<bool>::is_alw
 void EndWithLastWords() {
   const std::string* const words = lastWords.exchange(nullptr);
   if (words == nullptr) return;
-  // Where nobody can read the words any more the program ends without them.
-  [[maybe_unused]] const ssize_t written = ::write(STDERR_FILENO, words->data(), words->size());
+  SayAtOnce(words->data(), words->size());
   ::_exit(kFailed);
 }
 

@@ -6,6 +6,7 @@
 #include <iostream>
 
 #include "host/session/interrupts.h"
+#include "host/session/standard_error.h"
 #include "host/terminal/status_line.h"
 
 namespace orbel::host::terminal {
@@ -24,18 +25,18 @@ std::size_t TerminalColumns() {
 
 void Display::Message(const std::string& text) {
   if (TerminalHasHungUp()) return;
-  std::cerr << (onTerminal_ ? kFromHere : "") << text << std::endl;
+  std::cerr << (onTerminal_ ? kFromHere : "") + text + "\n" << std::flush;  // whole, or lost whole
   shown_.clear();
 }
 
 void Display::Status(const StageStatus& status) {
-  if (TerminalHasHungUp()) return;
+  if (TerminalHasHungUp() || !EverythingIsSaid()) return;
   if (onTerminal_) {
     StatusOnTerminal_(status);
     return;
   }
   const std::string change = status.song + status.state;
-  if (change != shown_) std::cerr << StatusLine(status, std::string::npos) << std::endl;
+  if (change != shown_) std::cerr << StatusLine(status, std::string::npos) + "\n" << std::flush;
   shown_ = change;
 }
 

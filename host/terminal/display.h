@@ -7,8 +7,8 @@
 namespace orbel::host::terminal {
 
 // Where the operator reads, on standard error: two lines that are written over on a terminal, the performance
-// and below it the sound; elsewhere lines under each other. Shows nothing once the terminal has gone.
-// Threads    HOST.
+// and below it the sound; elsewhere lines under each other. Shows nothing once the terminal has gone, and no
+// status while earlier words find no room there. Threads    HOST.
 class Display {
  public:
   explicit Display(bool onTerminal) : onTerminal_(onTerminal) {}

@@ -13,6 +13,7 @@
 #include "host/session/interrupts.h"
 #include "host/session/memory_lock.h"
 #include "host/session/shown_text.h"
+#include "host/session/standard_error.h"
 #include "host/terminal/display.h"
 #include "host/terminal/keys.h"
 #include "host/terminal/raw_mode.h"
@@ -136,6 +137,7 @@ class Performance {
 }  // namespace
 
 int Play(const PlayOptions& options, PlayReport* report) {
+  const NobodyWaitsForReaders playing;
   const bool attended = ::isatty(STDIN_FILENO) == 1;
   if (attended) {
     std::cerr << "space go   p play/pause   s stop   a once more   n b songs   left right places   up down "

@@ -11,12 +11,18 @@ namespace {
 
 thread_local int insideLibraries = 0;
 
+// The C library takes fewer bytes than it gave for an error, which it keeps in the stream: all that can be
+// written is written.
 ssize_t Pass(void* /*nothing*/, const char* words, size_t size) {
   if (insideLibraries > 0) return static_cast<ssize_t>(size);
-  ssize_t written = -1;
-  do written = ::write(STDERR_FILENO, words, size);
-  while (written < 0 && errno == EINTR);
-  return written < 0 ? 0 : written;  // so are errors told here
+  size_t done = 0;
+  while (done < size) {
+    const ssize_t written = ::write(STDERR_FILENO, words + done, size - done);
+    if (written < 0 && errno == EINTR) continue;
+    if (written <= 0) break;
+    done += static_cast<size_t>(written);
+  }
+  return static_cast<ssize_t>(done);
 }
 
 }  // namespace

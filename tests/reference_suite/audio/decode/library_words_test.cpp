@@ -17,6 +17,14 @@
 namespace {
 
 class LibraryWords : public testing::Test {
+ public:
+  // Whichever test comes next finds the library as loud as it is.
+  ~LibraryWords() override {
+    if (stderr == before_) return;
+    std::fclose(stderr);
+    stderr = before_;
+  }
+
  protected:
   // What arrives at standard error meanwhile.
   template <typename Action>
@@ -54,6 +62,9 @@ class LibraryWords : public testing::Test {
   }
 
   sound_files::TemporaryFolder folder_;
+
+ private:
+  std::FILE* const before_ = stderr;
 };
 
 TEST_F(LibraryWords, OnDamagedMp3sAreDropped) {
