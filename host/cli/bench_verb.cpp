@@ -11,10 +11,10 @@
 #include "host/cli/table.h"
 #include "host/cli/verbs.h"
 #include "host/session/bench_live.h"
-#include "host/session/console_lines.h"
 #include "host/session/drawn_on.h"
 #include "host/session/failure.h"
 #include "host/session/memory_lock.h"
+#include "host/session/results.h"
 #include "host/session/shown_text.h"
 
 namespace orbel::host::cli {

@@ -4,12 +4,13 @@
 #include <memory>
 
 #include "host/cli/json_text.h"
+#include "host/cli/not_empty.h"
 #include "host/cli/verbs.h"
 #include "host/session/check_show.h"
-#include "host/session/console_lines.h"
 #include "host/session/drawn_on.h"
 #include "host/session/failure.h"
 #include "host/session/interrupts.h"
+#include "host/session/results.h"
 #include "host/session/shown_text.h"
 
 namespace orbel::host::cli {
@@ -71,7 +72,7 @@ int Run(const Options& options) {
 void AddCheck(CLI::App& app, Action* action) {
   CLI::App* verb = app.add_subcommand("check", "Everything that would fail or surprise on stage");
   const auto options = std::make_shared<Options>();
-  verb->add_option("SHOW", options->show, "The show folder")->required();
+  verb->add_option("SHOW", options->show, "The show folder")->required()->check(GivesAShow());
   verb->add_flag("--json", options->json, "Print a JSON array with one object a finding");
   verb->callback([=] { *action = [=] { return Run(*options); }; });
 }

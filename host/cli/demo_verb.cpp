@@ -3,11 +3,12 @@
 #include <memory>
 
 #include "host/cli/json_text.h"
+#include "host/cli/not_empty.h"
 #include "host/cli/verbs.h"
-#include "host/session/console_lines.h"
 #include "host/session/drawn_on.h"
 #include "host/session/failure.h"
 #include "host/session/interrupts.h"
+#include "host/session/results.h"
 #include "host/session/shown_text.h"
 
 namespace orbel::host::cli {
@@ -40,7 +41,8 @@ void AddDemo(CLI::App& app, const Faces& faces, Action* action) {
   CLI::App* verb = app.add_subcommand("demo", "Write a small complete show that uses every feature");
   const auto options = std::make_shared<Options>();
   verb->add_option("DIR", options->folder, "The folder to write: a new one, an empty one, or an earlier demo")
-      ->required();
+      ->required()
+      ->check(NotEmpty("name", "the folder to write"));
   verb->add_flag("--json", options->json, "Print a JSON object with the folder");
   verb->callback([=] { *action = [=] { return Run(faces, *options); }; });
 }

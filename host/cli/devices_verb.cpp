@@ -5,11 +5,11 @@
 #include "host/cli/json_text.h"
 #include "host/cli/table.h"
 #include "host/cli/verbs.h"
-#include "host/session/console_lines.h"
 #include "host/session/device_setup.h"
 #include "host/session/failure.h"
 #include "host/session/interrupts.h"
 #include "host/session/output_choice.h"
+#include "host/session/results.h"
 #include "host/session/shown_text.h"
 
 namespace orbel::host::cli {

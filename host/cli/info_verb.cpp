@@ -3,11 +3,12 @@
 #include <memory>
 
 #include "host/cli/json_text.h"
+#include "host/cli/not_empty.h"
 #include "host/cli/table.h"
 #include "host/cli/verbs.h"
-#include "host/session/console_lines.h"
 #include "host/session/failure.h"
 #include "host/session/interrupts.h"
+#include "host/session/results.h"
 #include "host/session/show_summary.h"
 #include "host/session/shown_text.h"
 
@@ -148,8 +149,8 @@ int Run(const Options& options) {
 void AddInfo(CLI::App& app, Action* action) {
   CLI::App* verb = app.add_subcommand("info", "Songs in running order, lengths, tempos, meters, cues");
   const auto options = std::make_shared<Options>();
-  verb->add_option("SHOW", options->show, "The show folder")->required();
-  verb->add_option("-n,--song", options->song, "Only the song with this number");
+  verb->add_option("SHOW", options->show, "The show folder")->required()->check(GivesAShow());
+  verb->add_option("-n,--song", options->song, "Only the song with this number")->check(GivesASong());
   verb->add_flag("--json", options->json, "Print JSON");
   verb->callback([=] { *action = [=] { return Run(*options); }; });
 }

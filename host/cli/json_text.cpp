@@ -1,6 +1,5 @@
 #include "host/cli/json_text.h"
-
-#include "host/session/console_lines.h"
+#include "host/session/results.h"
 
 namespace orbel::host::cli {
 

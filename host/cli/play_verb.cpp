@@ -4,6 +4,7 @@
 
 #include "host/cli/between.h"
 #include "host/cli/json_text.h"
+#include "host/cli/not_empty.h"
 #include "host/cli/play_options.h"
 #include "host/cli/verbs.h"
 
@@ -44,10 +45,12 @@ void AddPlay(CLI::App& app, const Faces& faces, Action* action) {
   CLI::App* verb = app.add_subcommand("play", "Play to a device");
   const auto options = std::make_shared<PlayOptions>();
   const auto asJson = std::make_shared<bool>(false);
-  verb->add_option("SHOW", options->showPath, "The show folder")->required();
-  verb->add_option("-n,--song", options->song, "The song to start with; default: the first");
+  verb->add_option("SHOW", options->showPath, "The show folder")->required()->check(GivesAShow());
+  verb->add_option("-n,--song", options->song, "The song to start with; default: the first")
+      ->check(GivesASong());
   AddSoundOptions(*verb, *options);
-  verb->add_option("--script", options->scriptPath, "Rehearsed commands, one a line, as for render");
+  verb->add_option("--script", options->scriptPath, "Rehearsed commands, one a line, as for render")
+      ->check(NotEmpty("name", "the script"));
   verb->add_option("--vamp-passes", options->vampPasses,
                    "Without a terminal: how often a vamp is played in all")
       ->check(WholeBetween(1, 1'000'000))

@@ -16,6 +16,7 @@
 #include "host/session/device_setup.h"
 #include "host/session/failure.h"
 #include "host/session/interrupts.h"
+#include "host/session/results.h"
 #include "host/session/shown_text.h"
 #include "host/session/standard_error.h"
 #include "host/session/version.h"

@@ -4,6 +4,7 @@
 #include <memory>
 
 #include "host/cli/between.h"
+#include "host/cli/not_empty.h"
 #include "host/cli/verbs.h"
 #include "host/session/drawn_on.h"
 #include "host/session/failure.h"
@@ -82,20 +83,19 @@ int Run(const RenderOptions& options) {
   return kDone;
 }
 
-std::string GivesAName(const std::string& path) {
-  return path.empty() ? "the name is empty; give the sound file to write" : "";
-}
-
 }  // namespace
 
 void AddRender(CLI::App& app, Action* action) {
   CLI::App* verb = app.add_subcommand("render", "Play into a sound file, faster than real time");
   const auto options = std::make_shared<RenderOptions>();
-  verb->add_option("SHOW", options->showPath, "The show folder")->required();
-  verb->add_option("-o,--output", options->outPath, "The sound file to write")->required()->check(GivesAName);
+  verb->add_option("SHOW", options->showPath, "The show folder")->required()->check(GivesAShow());
+  verb->add_option("-o,--output", options->outPath, "The sound file to write")
+      ->required()
+      ->check(NotEmpty("name", "the sound file to write"));
   verb->add_option("-n,--song", options->song,
                    "The song to start with; default: the first that has audio,\n"
-                   "and no other when that cannot be played");
+                   "and no other when that cannot be played")
+      ->check(GivesASong());
   verb->add_option("--from", options->from, "The position to start at, for instance 17 or 17.3");
   verb->add_option("--vamp-passes", options->vampPasses,
                    "Without a script: how often a vamp is played in all")
@@ -105,8 +105,10 @@ void AddRender(CLI::App& app, Action* action) {
                    "Without a script: seconds of silence at a caesura")
       ->check(Between(0.0, 3600.0))
       ->capture_default_str();
-  verb->add_option("--script", options->scriptPath, "Commands to act on, one a line");
-  verb->add_option("--trace", options->tracePath, "A CSV file with one row a read");
+  verb->add_option("--script", options->scriptPath, "Commands to act on, one a line")
+      ->check(NotEmpty("name", "the script"));
+  verb->add_option("--trace", options->tracePath, "A CSV file with one row a read")
+      ->check(NotEmpty("name", "the CSV file to write"));
   verb->add_option("--crossfade", options->crossfadeMs,
                    "Milliseconds at jumps; 0 splices bit-exactly what is played as recorded.\n"
                    "At other tempos and in other keys from 5 to 10, whatever is given")

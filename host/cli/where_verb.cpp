@@ -2,11 +2,12 @@
 #include <memory>
 
 #include "host/cli/json_text.h"
+#include "host/cli/not_empty.h"
 #include "host/cli/table.h"
 #include "host/cli/verbs.h"
-#include "host/session/console_lines.h"
 #include "host/session/failure.h"
 #include "host/session/interrupts.h"
+#include "host/session/results.h"
 #include "host/session/show_summary.h"
 #include "host/session/shown_text.h"
 
@@ -47,8 +48,8 @@ int Run(const Options& options) {
 void AddWhere(CLI::App& app, Action* action) {
   CLI::App* verb = app.add_subcommand("where", "Positions of a song in every unit");
   const auto options = std::make_shared<Options>();
-  verb->add_option("SHOW", options->show, "The show folder")->required();
-  verb->add_option("SONG", options->song, "The song's number")->required();
+  verb->add_option("SHOW", options->show, "The show folder")->required()->check(GivesAShow());
+  verb->add_option("SONG", options->song, "The song's number")->required()->check(GivesASong());
   verb->add_option("POSITION", options->positions,
                    "bar.beat.tick, \"end\", tick:N, sample:N or time:M:SS.mmm; several are allowed")
       ->required();

@@ -31,8 +31,9 @@ void RequireGoodNames(const NewSong& song) {
         kUsage);
   }
   if (song.name.empty() || song.name.find_first_of("/\n") != std::string::npos) {
-    throw Failure(
-        "\"" + Shown(song.name) + "\" is no song name; give one without '/', for instance \"Waltz\"", kUsage);
+    throw Failure("\"" + Shown(song.name) +
+                      "\" is no song name; give one without '/' and line ends, for instance \"Waltz\"",
+                  kUsage);
   }
   if (song.number.size() + song.name.size() + sizeof " .mid.part" > kLongestFileName) {
     throw Failure("the song's name is too long for a file name; give a shorter one", kUsage);

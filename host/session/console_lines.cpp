@@ -83,13 +83,7 @@ Console& TheConsole() {
 
 }  // namespace
 
-std::ostream& Results() {
-  static std::ostream& results = *new std::ostream(std::cout.rdbuf());
-  return results;
-}
-
 void SeparateConsoleFromResults() {
-  Results();
   std::cout.rdbuf(&TheConsole());
   tesk_log::SetSink([](const std::string& line) {
     const std::string whole = line + "\n";

@@ -1,6 +1,5 @@
 #pragma once
 
-#include <ostream>
 #include <string>
 #include <vector>
 
@@ -17,9 +16,6 @@ namespace orbel::host {
 // From here on std::cout is the console, and the log is as well. Call it before any other thread writes
 // there.
 void SeparateConsoleFromResults();
-
-// Standard output.
-std::ostream& Results();
 
 // While it lives, lines are kept instead of written. One at a time.
 class HeldConsoleLines {

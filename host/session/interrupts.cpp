@@ -1,5 +1,6 @@
 #include "host/session/interrupts.h"
 
+#include <poll.h>
 #include <signal.h>
 #include <unistd.h>
 
@@ -16,6 +17,7 @@ std::atomic<int> interrupts{0};
 std::atomic<bool> hungUp{false};
 // What the program says when a signal ends it; null while signals are only counted.
 std::atomic<const std::string*> lastWords{nullptr};
+std::atomic<int> speakers{0};  // handlers that may have them in hand
 std::atomic<bool> hangUpEnds{false};
 static_assert(std::atomic<int>::is_always_lock_free && std::atomic<bool>::is_always_lock_free &&
                   std::atomic<const std::string*>::is_always_lock_free,
@@ -23,10 +25,19 @@ static_assert(std::atomic<int>::is_always_lock_free && std::atomic<bool>::is_alw
 
 // Whoever is interrupted twice says it once.
 void EndWithLastWords() {
+  speakers += 1;
   const std::string* const words = lastWords.exchange(nullptr);
-  if (words == nullptr) return;
-  SayAtOnce(words->data(), words->size());
-  ::_exit(kFailed);
+  if (words != nullptr) {
+    SayAtOnce(words->data(), words->size());
+    ::_exit(kFailed);
+  }
+  speakers -= 1;
+}
+
+// A handler on another thread may have them already; it ends the program.
+void TakeWordsBack() {
+  lastWords = nullptr;
+  while (speakers > 0) ::poll(nullptr, 0, 1);
 }
 
 extern "C" void OnSignal(int signal) {
@@ -78,12 +89,12 @@ EndedByInterrupts::EndedByInterrupts(const std::string& what, HangUp hangUp)
   lastWords = &words_;
   const bool ends = InterruptCount() > 0 || (hangUpEnds && TerminalHasHungUp());
   if (!ends) return;
-  lastWords = nullptr;
+  TakeWordsBack();
   throw Failure("interrupted: " + what);
 }
 
 EndedByInterrupts::~EndedByInterrupts() {
-  lastWords = nullptr;
+  TakeWordsBack();
 }
 
 }  // namespace orbel::host

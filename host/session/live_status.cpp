@@ -63,15 +63,15 @@ std::string Live::NextCue_() {
   const SongClock& clock = session_.GetClock();
   const auto at = [&](TickIndex tick) { return BarAndBeat(clock.PlaceOfTick(tick).position); };
   const TickIndex here = session_.GetTick();
-  const long long countdown = session_.GetCaesuraCountdown();
+  const std::optional<TickIndex> caesura = session_.GetNextCaesura();
   Jump jump;
   const bool jumps = session_.GetNextJump(&jump) && jump.fromTick >= here;
   // At one tick a jump comes before a caesura.
-  if (jumps && (countdown < 0 || jump.fromTick - here <= countdown)) {
+  if (jumps && (!caesura || jump.fromTick <= *caesura)) {
     return at(jump.fromTick) + " " + JumpName(jump.kind) +
            (jump.toTick < jump.fromTick ? " back to " : " to ") + at(jump.toTick) + PassOf_(jump);
   }
-  if (countdown >= 0) return at(static_cast<TickIndex>(here + countdown)) + " caesura";
+  if (caesura) return at(*caesura) + " caesura";
   return at(clock.GetEndTick()) + (session_.RunsAttacca() ? " attacca" : " end");
 }
 

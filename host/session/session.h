@@ -73,8 +73,8 @@ class Session {
   const ShowFolder& GetFolder() const { return folder_; }
   // The next jump if nobody acts; false when there is none.
   bool GetNextJump(Jump* jump) const;
-  // Ticks to the next caesura; negative when there is none ahead.
-  long long GetCaesuraCountdown() const;
+  // Nothing when there is none ahead.
+  std::optional<TickIndex> GetNextCaesura() const;
   bool RunsAttacca() const;
   // What is waited for when the current song runs straight into the next; empty when it does not, or for
   // nothing.

@@ -1,57 +1,24 @@
 #include "host/session/standard_error.h"
 
-#include <fcntl.h>
-#include <poll.h>
-#include <sys/stat.h>
 #include <unistd.h>
 
 #include <algorithm>
 #include <array>
 #include <atomic>
 #include <cerrno>
-#include <chrono>
 #include <iostream>
 #include <mutex>
-#include <optional>
 #include <streambuf>
 #include <string_view>
 
-#include "host/session/interrupts.h"
+#include "host/session/patient_writing.h"
 
 namespace orbel::host {
 namespace {
 
-using Clock = std::chrono::steady_clock;
-
-constexpr int kLastWaitMilliseconds = 1000;
-
 // Never waits once it is open in its own right.
 std::atomic<int> file{STDERR_FILENO};
 static_assert(std::atomic<int>::is_always_lock_free, "signal handlers read it");
-
-// Writes to a terminal or a pipe wait in the system, where an interrupt would not end them, unless the
-// descriptor says otherwise; and that is shared with whoever else has it. So the same thing is opened once
-// more. Where that is refused the original stays.
-int OpenWithoutWaiting() {
-  struct stat status {};
-  if (::fstat(STDERR_FILENO, &status) != 0) return STDERR_FILENO;
-  if (!S_ISFIFO(status.st_mode) && ::isatty(STDERR_FILENO) != 1) return STDERR_FILENO;
-  const int opened = ::open("/proc/self/fd/2", O_WRONLY | O_NONBLOCK | O_NOCTTY | O_CLOEXEC);
-  return opened < 0 ? STDERR_FILENO : opened;
-}
-
-bool HasRoomWithin(int milliseconds) {
-  pollfd out{file, POLLOUT, 0};
-  return ::poll(&out, 1, milliseconds) > 0;
-}
-
-// As ::write; for want of room EAGAIN. A pipe that has room takes as much as this.
-ssize_t WriteSome(const char* words, std::size_t count) {
-  constexpr std::size_t kAtOnce = 512;
-  if (HasRoomWithin(0)) return ::write(file, words, std::min(count, kAtOnce));
-  errno = EAGAIN;
-  return -1;
-}
 
 // Allocates nothing: it also tells that there is no memory.
 class StandardError : public std::streambuf {
@@ -70,7 +37,7 @@ class StandardError : public std::streambuf {
   void WaitOnceMore() {
     const std::lock_guard lock(mutex_);
     nobodyWaits_ = false;
-    Hurry_();
+    patience_.Hurry();
     SendKept_();
   }
 
@@ -114,11 +81,11 @@ class StandardError : public std::streambuf {
   std::size_t Send_(std::string_view text) {
     std::size_t done = 0;
     while (done < text.size()) {
-      const ssize_t written = WriteSome(text.data() + done, text.size() - done);
+      const ssize_t written = WriteSome(file, text.data() + done, text.size() - done);
       if (written >= 0) {
         done += static_cast<std::size_t>(written);
       } else if (errno == EAGAIN) {
-        if (!WaitForRoom_()) break;
+        if (nobodyWaits_ || !patience_.WaitForRoom(file)) break;
       } else if (errno != EINTR) {
         return text.size();
       }
@@ -126,25 +93,11 @@ class StandardError : public std::streambuf {
     return done;
   }
 
-  // False when it is not worth while.
-  bool WaitForRoom_() {
-    if (nobodyWaits_) return false;
-    if (InterruptCount() > 0) Hurry_();
-    if (lastWait_ && Clock::now() >= *lastWait_) return false;
-    constexpr int kLookMilliseconds = 50;
-    HasRoomWithin(kLookMilliseconds);
-    return true;
-  }
-
-  void Hurry_() {
-    if (!lastWait_) lastWait_ = Clock::now() + std::chrono::milliseconds(kLastWaitMilliseconds);
-  }
-
   std::mutex mutex_;
   std::array<char, 65536> kept_{};
   std::size_t length_ = 0;
   bool nobodyWaits_ = false;
-  std::optional<Clock::time_point> lastWait_;  // until when, once the program is on its way to its end
+  Patience patience_;
 };
 
 // Never destroyed: loader threads may outlive main() and still write.
@@ -156,7 +109,7 @@ StandardError& TheStandardError() {
 }  // namespace
 
 void TakeStandardError() {
-  file = OpenWithoutWaiting();
+  file = OpenWithoutWaiting(STDERR_FILENO);
   std::cerr.rdbuf(&TheStandardError());
 }
 
@@ -165,7 +118,7 @@ bool EverythingIsSaid() {
 }
 
 void SayAtOnce(const char* words, std::size_t count) noexcept {
-  if (!HasRoomWithin(kLastWaitMilliseconds)) return;
+  if (!HasRoomWithin(file, Patience::kLastWaitMilliseconds)) return;
   // Where nobody can read the words any more the program ends without them.
   [[maybe_unused]] const ssize_t written = ::write(file, words, count);
 }

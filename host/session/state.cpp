@@ -59,8 +59,13 @@ bool Session::GetNextJump(Jump* jump) const {
   return player_->GetJumpForVampRepeatOrCut(jump);
 }
 
-long long Session::GetCaesuraCountdown() const {
-  return player_->GetShowControl().GetCaesuraCountdown();
+// The render thread goes on between any two looks: how far it is to a caesura would be counted from
+// elsewhere.
+std::optional<TickIndex> Session::GetNextCaesura() const {
+  ShowControl& control = player_->GetShowControl();
+  if (control.GetCaesuraCountdown() < 0) return std::nullopt;
+  const TickIndex tick = control.GetFirstCaesuraStackTickIndex();
+  return tick >= GetTick() ? std::optional(tick) : std::nullopt;
 }
 
 long long Session::GetElapsedFrames() const {

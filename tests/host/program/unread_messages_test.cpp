@@ -3,10 +3,12 @@
 #include <gtest/gtest.h>
 #include <pty.h>
 #include <signal.h>
+#include <sys/syscall.h>
 #include <sys/wait.h>
 #include <unistd.h>
 
 #include <filesystem>
+#include <fstream>
 #include <string>
 #include <vector>
 
@@ -62,7 +64,7 @@ struct Full {
 
 class OrbelUnread {
  public:
-  OrbelUnread(std::vector<std::string> words, int input, int messages) {
+  OrbelUnread(std::vector<std::string> words, int input, int messages, int results = STDOUT_FILENO) {
     words.insert(words.begin(), ORBEL_PROGRAM);
     std::vector<char*> argv;
     for (std::string& word : words) argv.push_back(word.data());
@@ -72,6 +74,7 @@ class OrbelUnread {
     ::setsid();
     ::dup2(input, STDIN_FILENO);
     ::dup2(messages, STDERR_FILENO);
+    ::dup2(results, STDOUT_FILENO);
     ::execv(argv[0], argv.data());
     ::_exit(127);
   }
@@ -83,6 +86,17 @@ class OrbelUnread {
   OrbelUnread(const OrbelUnread&) = delete;
   OrbelUnread& operator=(const OrbelUnread&) = delete;
 
+  // In the system's poll, which it calls only where there is no room.
+  bool WaitsInPoll() const {
+    std::ifstream call("/proc/" + std::to_string(process_) + "/syscall");
+    long number = -1;
+#ifdef SYS_poll
+    constexpr long kPoll = SYS_poll;
+#else
+    constexpr long kPoll = SYS_ppoll;
+#endif
+    return (call >> number) && number == kPoll;
+  }
   void Signal(int signal) const { ::kill(process_, signal); }
   // Its status; -1 when a signal ended it, or when it does not end.
   int WaitForEnd() {
@@ -159,6 +173,24 @@ TEST_F(UnreadMessages, OfARenderAreGivenUpAtAnInterrupt) {
   ASSERT_TRUE(WaitUntil([this] { return std::filesystem::exists(file_); }));
   orbel.Signal(SIGINT);
   EXPECT_EQ(orbel.WaitForEnd(), 0);
+}
+
+// Nothing says when it waits; an interrupt before that ends it as well.
+TEST_F(UnreadMessages, ThatAreResultsAreGivenUpAtAnInterrupt) {
+  for (const auto& [kind, signal] : {std::pair(Full::Kind::Pipe, SIGINT), std::pair(Full::Kind::Pipe, SIGHUP),
+                                     std::pair(Full::Kind::Terminal, SIGTERM)}) {
+    SCOPED_TRACE(signal);
+    const Full results(kind);
+    const std::string messages = files_.Beside("messages");
+    const int file = ::open(messages.c_str(), O_CREAT | O_TRUNC | O_WRONLY | O_CLOEXEC, 0600);
+    OrbelUnread orbel({"info", files_.Show()}, nothing_, file, results.written);
+    ASSERT_TRUE(WaitUntil([&] { return orbel.WaitsInPoll(); }));
+    orbel.Signal(signal);
+    EXPECT_EQ(orbel.WaitForEnd(), 1);
+    EXPECT_EQ(ReadText(messages),
+              "orbel: the results could not be written to standard output; make room where they go\n");
+    ::close(file);
+  }
 }
 
 }  // namespace

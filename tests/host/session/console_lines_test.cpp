@@ -8,6 +8,7 @@
 #include <thread>
 
 #include "exc/console/cout_buffer.h"
+#include "host/session/results.h"
 #include "suite/core/log_sink.h"
 
 namespace orbel::host {
@@ -32,8 +33,10 @@ class ConsoleLines : public testing::Test {
 };
 
 TEST_F(ConsoleLines, AreMessagesAndNoResults) {
-  EXPECT_EQ(Results().rdbuf(), before_) << "results go where standard output went";
+  testing::internal::CaptureStdout();
+  Results() << "result\n" << std::flush;
   exc::CoutBuffer() << "WARNING: something" << exc::EndlT();
+  EXPECT_EQ(testing::internal::GetCapturedStdout(), "result\n");
   EXPECT_THAT(error_.str(), testing::HasSubstr("WARNING: something\n"));
 }
 

@@ -1,0 +1,68 @@
+// What a performance shows, looked at far more often than it is drawn.
+#include <gtest/gtest.h>
+
+#include <set>
+#include <string>
+
+#include "host/session/live.h"
+#include "tests/host/show_files.h"
+#include "tests/support/wait_until.h"
+
+namespace orbel::host {
+namespace {
+
+class LiveStatus : public testing::Test {
+ protected:
+  explicit LiveStatus(const std::string& cues = "") { files_.AddSong("1", "Waltz", 3, cues); }
+
+  Live Open() const {
+    PlayOptions options;
+    options.showPath = files_.Show();
+    options.output = "null";
+    options.sound.aheadMs = 150;
+    return Live(options, true);
+  }
+
+  // Plays until it stands as `state` says; false when it never does.
+  template <typename Look>
+  bool PlayUntil(Live& live, const std::string& state, const Look& look) const {
+    live.Start();
+    live.Do({CommandKind::Play, 0.0, ""});
+    const auto deadline = std::chrono::steady_clock::now() + std::chrono::seconds(60);
+    while (std::chrono::steady_clock::now() < deadline) {
+      for (int i = 0; i < 50; ++i) look(live.GetStatus());
+      live.Poll(0.0);
+      if (live.GetStatus().state == state) return true;
+    }
+    return false;
+  }
+
+  host_tests::ShowFiles files_;
+};
+
+class LiveStatusOfACaesura : public LiveStatus {
+ protected:
+  LiveStatusOfACaesura() : LiveStatus("[[caesura]]\nat = \"3.1\"\n") {}
+};
+
+TEST_F(LiveStatusOfACaesura, AlwaysTellsTheSamePlaceOfIt) {
+  Live live = Open();
+  std::set<std::string> next;
+  EXPECT_TRUE(
+      PlayUntil(live, "waiting at a caesura", [&](const StageStatus& status) { next.insert(status.next); }));
+  next.erase("4.1 end");
+  EXPECT_EQ(next, std::set<std::string>{"3.1 caesura"});
+}
+
+TEST_F(LiveStatus, NeverFallsBackWhereASongEnds) {
+  Live live = Open();
+  std::string place;
+  EXPECT_TRUE(PlayUntil(live, "ended", [&](const StageStatus& status) {
+    EXPECT_GE(status.position, place);
+    place = status.position;
+  }));
+  EXPECT_EQ(place, "4.1");
+}
+
+}  // namespace
+}  // namespace orbel::host
