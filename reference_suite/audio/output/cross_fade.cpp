@@ -64,14 +64,38 @@ void CrossFade::BeginTail(std::size_t frames) {
   std::fill_n(in_.begin(), frames, 1.0F);
 }
 
+void CrossFade::Scale(const float* gains, std::size_t frames) {
+  if (!IsActive()) length_ = position_ = 0;
+  const std::size_t end = std::min(position_ + frames, in_.size());
+  if (length_ < end) {
+    std::fill(in_.begin() + length_, in_.begin() + end, 1.0F);
+    std::fill(out_.begin() + length_, out_.begin() + end, 0.0F);
+    std::fill(outgoing_.begin() + length_ * channels_, outgoing_.begin() + end * channels_, 0.0F);
+    length_ = end;
+  }
+  for (std::size_t i = position_; i < end; ++i) {
+    in_[i] *= *gains;
+    out_[i] *= *gains++;
+  }
+}
+
 void CrossFade::Apply(float* frames, std::size_t count) {
-  const std::size_t end = std::min(length_, position_ + count);
-  for (; position_ < end; ++position_) {
-    const float* from = outgoing_.data() + position_ * channels_;
+  position_ = Mix_(frames, count, position_);
+}
+
+void CrossFade::Preview(float* frames, std::size_t count) const {
+  Mix_(frames, count, position_);
+}
+
+std::size_t CrossFade::Mix_(float* frames, std::size_t count, std::size_t position) const {
+  const std::size_t end = std::min(length_, position + count);
+  for (; position < end; ++position) {
+    const float* from = outgoing_.data() + position * channels_;
     for (unsigned channel = 0; channel < channels_; ++channel, ++frames) {
-      *frames = *frames * in_[position_] + from[channel] * out_[position_];
+      *frames = *frames * in_[position] + from[channel] * out_[position];
     }
   }
+  return position;
 }
 
 }  // namespace tesk_audio

@@ -14,7 +14,7 @@ namespace tesk_audio {
 // Render     allocates nothing after construction.
 class CrossFade {
  public:
-  // `frames` is its usual length, 0 switches it off; `most` the longest that Begin is asked for.
+  // `frames` is its usual length, 0 switches it off; `most` the longest that Begin is asked for, and Scale.
   CrossFade(unsigned channels, std::size_t frames, std::size_t most = 0);
 
   std::size_t GetLength() const { return usual_; }
@@ -28,12 +28,19 @@ class CrossFade {
   void Begin(std::size_t frames, double correlation);
   // Only the outgoing frames fade; what comes in does so at its full level.
   void BeginTail(std::size_t frames);
+  // What the frames that come next, mixed, become besides: factors of frames. What there is no room for, as
+  // much as `most`, is left out.
+  void Scale(const float* gains, std::size_t frames);
   // Mixes the outgoing frames into the next `count` frames; leaves them alone when no fade is under way.
   void Apply(float* frames, std::size_t count);
+  // The same, and nothing has happened.
+  void Preview(float* frames, std::size_t count) const;
   void Cancel() { position_ = length_; }
 
  private:
   void Take_(std::size_t frames);
+  // From `position` on; returns where that ends.
+  std::size_t Mix_(float* frames, std::size_t count, std::size_t position) const;
 
   unsigned channels_;
   std::size_t usual_;

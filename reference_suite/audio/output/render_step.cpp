@@ -23,7 +23,7 @@ RenderStep::RenderStep(AudioPlayerOutputInterface& player, unsigned channels, do
       channels_(channels),
       quantum_(QuantumAt(rateHz)),
       frames_(quantum_ * channels),
-      crossFade_(channels, FramesOf(crossfadeMs, rateHz), StretchPath::MostSeamFrames(rateHz)),
+      crossFade_(channels, FramesOf(crossfadeMs, rateHz), StretchPath::MostFadeFrames(rateHz)),
       path_(player, crossFade_, quality, pace, rateHz, channels, quantum_),
       tail_(std::min(tailFrames, quantum_) * channels) {}
 

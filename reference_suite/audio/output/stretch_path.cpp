@@ -18,6 +18,9 @@ constexpr double kSeamSeconds = 0.005;
 constexpr double kMostSeamSeconds = 0.010;
 constexpr double kReachSeconds = 0.0025;
 constexpr double kNearSeconds = 0.001;
+// What is looked at before the level of a stretched sound is decided, no more than is made at once anyway or
+// a chunk.
+constexpr double kKnownSeconds = 0.010;
 // What is heard as recorded before an attack; and the share of a seam within which an attack is soon: later,
 // the recorded sound has given way.
 constexpr double kLeadSeconds = 0.0013;
@@ -60,6 +63,10 @@ std::size_t StretchPath::MostSeamFrames(double rateHz) {
   return FramesIn(kMostSeamSeconds, rateHz);
 }
 
+std::size_t StretchPath::MostFadeFrames(double rateHz) {
+  return 2 * SeamLevel(rateHz, 1).GetFrames();
+}
+
 StretchPath::StretchPath(AudioPlayerOutputInterface& player, CrossFade& fade, StretchQuality quality,
                          StretchPace pace, double rateHz, unsigned channels, std::size_t mostFrames)
     : player_(player),
@@ -73,7 +80,10 @@ StretchPath::StretchPath(AudioPlayerOutputInterface& player, CrossFade& fade, St
       stream_(MakeStream_(quality, pace, rateHz)),
       next_(MakeStream_(quality, pace, rateHz)),
       late_(*this, rateHz, channels, std::max({mostFrames, mostSeam_, fade.GetLength()}), reach_),
-      incoming_((std::max(mostSeam_, fade.GetLength()) + 2 * reach_) * channels),
+      level_(rateHz, channels),
+      known_(FramesIn(kKnownSeconds, rateHz)),
+      around_(level_.GetAroundFrames() * channels),
+      incoming_((std::max({mostSeam_, fade.GetLength(), level_.GetFrames()}) + 2 * reach_) * channels),
       out_((static_cast<std::size_t>(std::ceil(static_cast<double>(mostFrames) / kSlowest)) + 1) * channels) {
 }
 
@@ -82,6 +92,7 @@ void StretchPath::Drop() {
   next_->Stop();
   late_.Cancel();
   due_ = 0.0;
+  levels_ = 0;
   isSounding_ = false;
 }
 
@@ -207,12 +218,19 @@ void StretchPath::BeginStream_(const Place& place, const StretchFactors& wanted)
   const std::size_t ending = follows ? 0 : SeamLength_(place);
   const std::size_t length = ending > 0 ? ending : seam_;
   if (ending > 0) TakeOutgoing_(place, length);
+  const bool goesOn = ending > 0 && place.index == place.before && !place.isNextSong;
+  const bool isLevel = goesOn && (!stream_->IsActive() || stream_->KeepsLevel());
+  if (!stream_->IsActive()) {
+    ReadAt(place.index - static_cast<long long>(level_.GetFrames()), level_.Before(), level_.GetFrames());
+  }
   const bool begins = ending == 0 || place.isNextSong;
   if (begins) TakeBeginning_(place.index, length, ending == 0);
   late_.Cancel();
   stream_->Start(place.index, wanted, reach_, stop_);
   if (!begins) LayAttackOver_(stream_->GetFirstAttack(), place.index, length);
   JoinStream_(place.index, length, begins || place.index != place.before ? near_ : reach_);
+  levels_ = 0;
+  if (isLevel && stream_->KeepsLevel()) SeeAround_(place.index);
 }
 
 // Goes over into it from what is taken already.
@@ -225,6 +243,21 @@ void StretchPath::JoinStream_(long long index, std::size_t length, std::size_t r
   fade_.Begin(length, match.correlation);
 }
 
+// The music goes on at `index`, behind a seam at which its level is to be kept.
+void StretchPath::SeeAround_(long long index) {
+  const std::size_t frames = level_.GetAroundFrames();
+  ReadAt(index - static_cast<long long>(frames / 2), around_.data(), frames);
+  level_.SetAround(around_.data());
+  levels_ = level_.GetFrames();
+}
+
+// What is to be heard next is `coming`, but for the fade.
+void StretchPath::LevelSeam_(const float* coming, std::size_t known) {
+  std::copy_n(coming, known * channels_, around_.data());
+  fade_.Preview(around_.data(), known);
+  if (level_.Fit(around_.data(), known)) fade_.Scale(level_.GetGains().data(), known);
+}
+
 // Goes over into another beginning of what the stream plays.
 void StretchPath::BeginAnewAt_(long long index) {
   PrepareNext_(index, index);
@@ -233,6 +266,7 @@ void StretchPath::BeginAnewAt_(long long index) {
   stream_->Render(fade_.Outgoing(), length);
   std::swap(stream_, next_);
   next_->Stop();
+  levels_ = 0;
   LayAttackOver_(attack, index, length);
   JoinStream_(index, length, near_);
 }
@@ -312,7 +346,8 @@ void StretchPath::LeaveStream_(const Place& place) {
     fade_.BeginTail(length);
     return;
   }
-  ReadAt(place.index - static_cast<long long>(reach_), incoming_.data(), length + 2 * reach_);
+  ReadAt(place.index - static_cast<long long>(reach_), incoming_.data(),
+         std::max(length, level_.GetFrames()) + 2 * reach_);
   const float* here = incoming_.data() + reach_ * channels_;
   SeamMatch match{reach_, Correlation(fade_.Outgoing(), here, length * channels_)};
   const auto room = static_cast<std::size_t>(std::max(0LL, stop_ - place.index - kBetween));
@@ -323,6 +358,11 @@ void StretchPath::LeaveStream_(const Place& place) {
     late_.Begin(static_cast<double>(reach_) - static_cast<double>(match.lag), room);
   }
   fade_.Begin(length, match.correlation);
+  if (place.index == place.before && stream_->KeepsLevel()) {
+    SeeAround_(place.index);
+    LevelSeam_(incoming_.data() + match.lag * channels_, level_.GetFrames());
+  }
+  levels_ = 0;
 }
 
 std::size_t StretchPath::Render(long long index, float* frames, std::size_t count) {
@@ -358,8 +398,14 @@ std::size_t StretchPath::RenderStretched_(float* out, std::size_t count) {
   const double whole = std::floor(due_ + 0.5);
   due_ -= whole;
   const auto made = static_cast<std::size_t>(whole);
+  if (levels_ > 0) {
+    const std::size_t known = std::clamp(made, known_, level_.GetFrames());
+    LevelSeam_(stream_->Peek(known), known);
+    levels_ -= std::min(levels_, made);
+  }
   stream_->Render(out, made);
   fade_.Apply(out, made);
+  level_.See(out, made);
   return made;
 }
 

@@ -6,6 +6,7 @@
 
 #include "reference_suite/audio/output/cross_fade.h"
 #include "reference_suite/audio/stretch/late_read.h"
+#include "reference_suite/audio/stretch/seam_level.h"
 #include "reference_suite/audio/stretch/stretched_stream.h"
 #include "suite/audio/output_interface.h"
 
@@ -30,6 +31,8 @@ class StretchPath : private FrameSource {
   // The longest cross-fade with stretched sound. Its last frames have to be there before the stretcher can
   // begin anew, so that they are made at once: a long one would keep the render thread from its time.
   static std::size_t MostSeamFrames(double rateHz);
+  // The same with the gain that keeps the level behind it.
+  static std::size_t MostFadeFrames(double rateHz);
   // The most device frames that a read can become.
   std::size_t GetMostFrames() const { return out_.size() / channels_; }
 
@@ -71,6 +74,8 @@ class StretchPath : private FrameSource {
   std::size_t AttackSeam_() const;
   void JoinStream_(long long index, std::size_t length, std::size_t reach);
   std::size_t RenderStretched_(float* out, std::size_t count);
+  void SeeAround_(long long index);
+  void LevelSeam_(const float* coming, std::size_t known);
   void JumpAsRecorded_(const Place& place);
   void LeaveStream_(const Place& place);
 
@@ -86,6 +91,10 @@ class StretchPath : private FrameSource {
   std::unique_ptr<StretchedStream> next_;    // and what will, from an attack on
   long long preparedFrom_ = 0;               // the next frame when that was begun with
   LateRead late_;
+  SeamLevel level_;
+  std::size_t known_;            // frames that it is shown at a time
+  std::size_t levels_ = 0;       // frames to come that it is for
+  std::vector<float> around_;    // the music around a seam, and what it becomes
   std::vector<float> incoming_;  // frames to compare
   std::vector<float> out_;
   float* frames_ = nullptr;

@@ -67,6 +67,8 @@ class StretchedStream {
   // The song frame of an attack at or right behind the place where it began. kNever: none.
   long long GetFirstAttack() const { return firstAttack_; }
 
+  // Whether steady sound is as loud in it as recorded.
+  bool KeepsLevel() const { return !engine_->WeakensSound(); }
   // Whether steady sound has faded in it, which a new beginning would bring back.
   bool IsWeakened() const { return WatchesLevel_() && level_.IsWeakened(); }
 

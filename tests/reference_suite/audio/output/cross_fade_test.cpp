@@ -60,6 +60,36 @@ TEST(CrossFade, ATailFadesOutUnderWhatComesInAtItsFullLevel) {
   EXPECT_EQ(frames[20], 0.5F);
 }
 
+TEST(CrossFade, TakesGainsOnForAsLongAsTheyLast) {
+  const auto faded = [](const std::vector<float>& gains) {
+    tesk_audio::CrossFade fade(1, 10, 30);
+    std::fill_n(fade.Outgoing(), 30, 1.0F);
+    fade.Begin(10, 1.0);
+    if (!gains.empty()) fade.Scale(gains.data(), gains.size());
+    std::vector<float> frames(40, 1.0F);
+    fade.Apply(frames.data(), 25);
+    fade.Apply(frames.data() + 25, 15);
+    EXPECT_FALSE(fade.IsActive());
+    return frames;
+  };
+  const std::vector<float> plain = faded({});
+  const std::vector<float> scaled = faded(std::vector<float>(30, 0.5F));
+  for (std::size_t i = 0; i < 40; ++i) EXPECT_NEAR(scaled[i], i < 30 ? 0.5F * plain[i] : 1.0F, 1e-6F) << i;
+  const std::vector<float> shortly = faded(std::vector<float>(5, 0.5F));
+  for (std::size_t i = 0; i < 40; ++i) EXPECT_NEAR(shortly[i], (i < 5 ? 0.5F : 1.0F) * plain[i], 1e-6F) << i;
+}
+
+TEST(CrossFade, CanBeLookedAtBeforeItIsHeard) {
+  tesk_audio::CrossFade fade(2, 10);
+  std::fill_n(fade.Outgoing(), 20, 0.1F);
+  fade.Begin();
+  std::vector<float> looked(30, 0.7F);
+  fade.Preview(looked.data(), 15);
+  std::vector<float> heard(30, 0.7F);
+  fade.Apply(heard.data(), 15);
+  EXPECT_EQ(looked, heard);
+}
+
 TEST(CrossFade, LeavesEverySampleAloneBeforeAndAfter) {
   tesk_audio::CrossFade fade(1, 10);
   std::vector<float> frames(30, 0.7F);
