@@ -97,7 +97,9 @@ class OrbelUnread {
 #endif
     return (call >> number) && number == kPoll;
   }
-  void Signal(int signal) const { ::kill(process_, signal); }
+  void Signal(int signal) const {
+    ::kill(process_, signal);
+  }
   // Its status; -1 when a signal ended it, or when it does not end.
   int WaitForEnd() {
     int status = 0;
