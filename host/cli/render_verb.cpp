@@ -6,6 +6,7 @@
 #include "host/cli/between.h"
 #include "host/cli/not_empty.h"
 #include "host/cli/verbs.h"
+#include "host/session/device_setup.h"
 #include "host/session/drawn_on.h"
 #include "host/session/failure.h"
 #include "host/session/render.h"
@@ -57,6 +58,8 @@ int Tell(const RenderOptions& options, const RenderResult& result) {
 }
 
 int Run(const RenderOptions& options) {
+  const std::string warning = WhatNameHides(options.outPath, options.format);
+  if (!warning.empty()) Say("warning: " + warning);
   auto bar = std::make_unique<ProgressBar>();
   RenderListener listener;
   if (MessagesAreDrawnOn()) {

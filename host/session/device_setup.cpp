@@ -1,8 +1,10 @@
 #include "host/session/device_setup.h"
 
 #include <map>
+#include <optional>
 
 #include "host/session/failure.h"
+#include "host/session/shown_text.h"
 #include "reference_suite/audio/decode/decoding_stop.h"
 #include "reference_suite/audio/decode/library_words.h"
 #include "reference_suite/audio/device/bounded_look.h"
@@ -64,6 +66,31 @@ class WrittenSoundFile : public SoundFile {
  private:
   tesk_audio::SoundFileWriter writer_;
 };
+
+tesk_audio::SoundFileFormat FormatOf(const std::string& format) {
+  static const std::map<std::string, tesk_audio::SoundFileFormat> kFormats{
+      {"float", tesk_audio::SoundFileFormat::Float},
+      {"pcm24", tesk_audio::SoundFileFormat::Pcm24},
+      {"pcm16", tesk_audio::SoundFileFormat::Pcm16},
+      {"flac", tesk_audio::SoundFileFormat::Flac},
+      {"ogg", tesk_audio::SoundFileFormat::OggVorbis}};
+  const auto known = kFormats.find(format);
+  if (known == kFormats.end()) {
+    throw Failure("there is no format \"" + format + "\"; give float, pcm24, pcm16, flac or ogg", kUsage);
+  }
+  return known->second;
+}
+
+struct Kind {
+  std::string name;
+  std::string format;  // that --format asks for it with
+};
+
+Kind KindOf(tesk_audio::SoundFileFormat format) {
+  if (format == tesk_audio::SoundFileFormat::Flac) return {"FLAC", "flac"};
+  if (format == tesk_audio::SoundFileFormat::OggVorbis) return {"Ogg Vorbis", "ogg"};
+  return {"WAV", "float"};
+}
 
 }  // namespace
 
@@ -181,19 +208,19 @@ bool NamesASoundFile(const std::string& path) {
   return tesk_audio::FormatOfName(path).has_value();
 }
 
+std::string WhatNameHides(const std::string& path, const std::string& format) {
+  const std::optional<tesk_audio::SoundFileFormat> named = tesk_audio::FormatOfName(path);
+  if (!named) return "";
+  const Kind asked = KindOf(*named);
+  const Kind is = KindOf(FormatOf(format));
+  if (asked.name == is.name) return "";
+  return Shown(path) + ": becomes " + is.name + ", whatever it is called; --format " + asked.format +
+         " makes it " + asked.name;
+}
+
 std::unique_ptr<SoundFile> CreateSoundFile(const std::string& path, const std::string& format, double rateHz,
                                            unsigned channels) {
-  static const std::map<std::string, tesk_audio::SoundFileFormat> kFormats{
-      {"float", tesk_audio::SoundFileFormat::Float},
-      {"pcm24", tesk_audio::SoundFileFormat::Pcm24},
-      {"pcm16", tesk_audio::SoundFileFormat::Pcm16},
-      {"flac", tesk_audio::SoundFileFormat::Flac},
-      {"ogg", tesk_audio::SoundFileFormat::OggVorbis}};
-  const auto known = kFormats.find(format);
-  if (known == kFormats.end()) {
-    throw Failure("there is no format \"" + format + "\"; give float, pcm24, pcm16, flac or ogg", kUsage);
-  }
-  return std::make_unique<WrittenSoundFile>(path, known->second, rateHz, channels);
+  return std::make_unique<WrittenSoundFile>(path, FormatOf(format), rateHz, channels);
 }
 
 }  // namespace orbel::host

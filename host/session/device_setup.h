@@ -134,6 +134,9 @@ class SoundFile {
 };
 // Whether a name ends as a sound file does: .wav, .flac or .ogg.
 bool NamesASoundFile(const std::string& path);
+// What a file is in spite of its name, to be told; empty when they agree or the name says nothing. `format`
+// as below.
+std::string WhatNameHides(const std::string& path, const std::string& format);
 // `format`: float, pcm24, pcm16, flac or ogg. Throws Failure or an error of the audio library, whose text
 // names the file.
 std::unique_ptr<SoundFile> CreateSoundFile(const std::string& path, const std::string& format, double rateHz,

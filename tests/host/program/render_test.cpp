@@ -15,6 +15,8 @@ namespace host_tests {
 namespace {
 
 using testing::HasSubstr;
+using testing::Not;
+using testing::StartsWith;
 
 constexpr long long kBar = ShowFiles::kRate;  // a bar lasts one second
 
@@ -190,6 +192,25 @@ TEST_F(Render, EveryFormatIsWritten) {
   for (const auto& [format, magic] : formats) {
     EXPECT_EQ(Play({"--format", format}).status, 0) << format;
     EXPECT_EQ(ReadText(Out()).substr(0, 4), magic) << format;
+  }
+}
+
+TEST_F(Render, ANameThatPromisesAnotherFormatIsWarnedOf) {
+  files_.AddSong("1", "Waltz", 2);
+  const std::string flac = files_.Beside("out.flac");
+  const Ended run = Orbel({"render", files_.Show(), "-o", flac});
+  EXPECT_EQ(run.status, 0);
+  EXPECT_THAT(
+      run.messages,
+      StartsWith("warning: " + flac + ": becomes WAV, whatever it is called; --format flac makes it FLAC\n"));
+  EXPECT_EQ(ReadText(flac).substr(0, 4), "RIFF");
+  EXPECT_THAT(Play({"--format", "ogg"}).messages,
+              StartsWith("warning: " + Out() +
+                         ": becomes Ogg Vorbis, whatever it is called; --format float makes it WAV\n"));
+  for (const auto& [name, format] :
+       {std::pair("out.flac", "flac"), std::pair("out.wav", "pcm16"), std::pair("out", "ogg")}) {
+    const Ended silent = Orbel({"render", files_.Show(), "-o", files_.Beside(name), "--format", format});
+    EXPECT_THAT(silent.messages, Not(HasSubstr("warning"))) << name;
   }
 }
 
