@@ -45,7 +45,7 @@ MAY_INCLUDE = {
     "host/session": ["Sources", "player_core/player_wrapper", "exc"] + SUITE_BELOW_ENGINE,
     "host/session/device_setup.cpp": ["host/session", "reference_suite", "exc"] + SUITE_BELOW_ENGINE,
     # It writes files: what it needs of the other side is the writer of Standard MIDI Files.
-    "host/demo": ["reference_suite/midi/standard_midi_file"],
+    "host/demo": ["exc/file", "reference_suite/midi/standard_midi_file"],
     "host/cli": ["host/session", "suite/audio/sample_rates.h"],
     "host/terminal": ["host/session"],
     "host/memory": [],

@@ -110,7 +110,9 @@ void AddRender(CLI::App& app, Action* action) {
       ->capture_default_str();
   verb->add_option("--script", options->scriptPath, "Commands to act on, one a line")
       ->check(NotEmpty("name", "the script"));
-  verb->add_option("--trace", options->tracePath, "A CSV file with one row a read")
+  verb->add_option("--trace", options->tracePath,
+                   "A CSV file with one row a read; a pipe or a device\n"
+                   "is given the rows as they come")
       ->check(NotEmpty("name", "the CSV file to write"));
   verb->add_option("--crossfade", options->crossfadeMs,
                    "Milliseconds at jumps; 0 splices bit-exactly what is played as recorded.\n"

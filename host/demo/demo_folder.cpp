@@ -1,9 +1,11 @@
 #include "host/demo/demo_folder.h"
 
+#include <algorithm>
 #include <fstream>
 #include <system_error>
 #include <utility>
 
+#include "exc/file/unfinished_file.h"
 #include "host/demo/written_file.h"
 
 namespace orbel::host::demo {
@@ -81,9 +83,10 @@ bool DemoFolder::IsOurs_(const fs::directory_entry& entry) const {
   const std::string name = entry.path().lexically_relative(folder_).generic_string();
   if (entry.is_symlink()) return false;
   if (entry.is_directory()) return subfolders_.count(name) != 0;
-  const std::string finalName =
-      name.ends_with(kPartSuffix) ? name.substr(0, name.size() - kPartSuffix.size()) : name;
-  return entry.is_regular_file() && names_.count(finalName) != 0;
+  // A run that was killed may have left one that is not complete.
+  return entry.is_regular_file() && std::any_of(names_.begin(), names_.end(), [&](const std::string& ours) {
+           return name == ours || name == exc::UnfinishedFile::PartNameOf(ours);
+         });
 }
 
 // A show of somebody's own may well use names of ours.

@@ -98,7 +98,7 @@ RenderResult Renderer::Run() {
   if (!options_.from.empty()) session_.Do({CommandKind::Seek, 0.0, options_.from});
   rate_ = RenderRateHz();
   file_ = CreateSoundFile(options_.outPath, options_.format, rate_, RenderChannels());
-  trace_ = std::make_unique<Trace>(options_.tracePath);
+  trace_ = std::make_unique<Trace>(options_.tracePath, NotWritten(options_));
   song_ = session_.GetSongNumber();
   conductor_.OnSong();
   session_.Do({CommandKind::Play, 0.0, ""});

@@ -1,19 +1,20 @@
 #include "host/session/trace.h"
 
+#include <unistd.h>
+
 #include <cerrno>
-#include <cstdio>
-#include <cstring>
 #include <filesystem>
-#include <locale>
+#include <string_view>
 #include <system_error>
 
+#include "exc/file/unfinished_file_error.h"
 #include "host/session/failure.h"
 #include "host/session/shown_text.h"
 
 namespace orbel::host {
 namespace {
 
-constexpr char kCure[] = ". Choose another place, or make room.";
+constexpr std::size_t kEnoughToWrite = std::size_t{64} * 1024;
 
 // Text with a comma or a quotation mark in quotation marks, as CSV has it.
 std::string Field(const std::string& text) {
@@ -23,60 +24,69 @@ std::string Field(const std::string& text) {
   return quoted + "\"";
 }
 
-// Where a link leads to, so that the link stays; the name itself when there is nothing yet.
-std::string LinkTarget(const std::string& path) {
-  std::error_code error;
-  const std::filesystem::path target = std::filesystem::canonical(path, error);
-  return error ? path : target.string();
-}
-
-// A pipe or a terminal takes the rows as they come; giving it another file's name would replace it.
+// To give a pipe or a terminal another file's name would replace it.
 bool TakesRowsAtOnce(const std::string& path) {
   std::error_code error;
   const std::filesystem::file_status status = std::filesystem::status(path, error);
   return std::filesystem::exists(status) && !std::filesystem::is_regular_file(status);
 }
 
+[[noreturn]] void Fail(const std::string& path, int code) {
+  throw Failure(Shown(path) + ": cannot be written: " + std::generic_category().message(code) +
+                ". Choose another place, or make room.");
+}
+
+[[noreturn]] void Fail(const std::string& path, const exc::UnfinishedFileError& error) {
+  if (error.GetCode() != 0) Fail(path, error.GetCode());
+  throw Failure(Shown(path + ": cannot be written: " + error.what()) + ".");
+}
+
 }  // namespace
 
-Trace::Trace(const std::string& path)
-    : path_(path),
-      finalPath_(path.empty() ? "" : LinkTarget(path)),
-      partPath_(path.empty() || TakesRowsAtOnce(path) ? "" : finalPath_ + ".part") {
+Trace::Trace(const std::string& path, const std::string& ifInterrupted) : path_(path) {
   if (path_.empty()) return;
-  out_.imbue(std::locale::classic());  // whatever a host with windows has chosen
-  out_.open(partPath_.empty() ? path_ : partPath_, std::ios::binary | std::ios::trunc);
-  out_ << "output_frame,song,sample,frames,tick,next_tick,scale,transposition,event\n";
-  Check_();
+  try {
+    if (TakesRowsAtOnce(path_)) {
+      stream_ = std::make_unique<RowStream>(path_, ifInterrupted);
+    } else {
+      file_ = std::make_unique<exc::UnfinishedFile>(path_);
+    }
+  } catch (const exc::UnfinishedFileError& error) {
+    Fail(path_, error);
+  }
+  rows_ = "output_frame,song,sample,frames,tick,next_tick,scale,transposition,event\n";
+  WriteRows_();
 }
 
-Trace::~Trace() {
-  if (partPath_.empty()) return;
-  out_.close();
-  std::remove(partPath_.c_str());
-}
-
+// By hand: streams write numbers as the locale has them, whatever a host with windows has chosen.
 void Trace::Write(const TraceRow& row) {
   if (path_.empty()) return;
-  out_ << row.outputFrame << ',' << Field(row.song) << ',' << row.sample << ',' << row.frames << ','
-       << row.tick << ',' << row.nextTick << ',' << ShortNumber(row.scale) << ',' << row.transposition << ','
-       << row.event << '\n';
-  Check_();
+  rows_ += std::to_string(row.outputFrame) + ',' + Field(row.song) + ',' + std::to_string(row.sample) + ',' +
+           std::to_string(row.frames) + ',' + std::to_string(row.tick) + ',' + std::to_string(row.nextTick) +
+           ',' + ShortNumber(row.scale) + ',' + std::to_string(row.transposition) + ',' + row.event + '\n';
+  if (stream_ || rows_.size() >= kEnoughToWrite) WriteRows_();
 }
 
 void Trace::Commit() {
   if (path_.empty()) return;
-  out_.close();
-  Check_();
-  if (!partPath_.empty() && std::rename(partPath_.c_str(), finalPath_.c_str()) != 0) {
-    throw Failure(Shown(path_) + ": cannot be written: " + std::generic_category().message(errno) + kCure);
+  WriteRows_();
+  stream_.reset();
+  try {
+    if (file_) file_->Commit();
+  } catch (const exc::UnfinishedFileError& error) {
+    Fail(path_, error);
   }
-  partPath_.clear();
+  file_.reset();
 }
 
-void Trace::Check_() {
-  if (out_) return;
-  throw Failure(Shown(path_) + ": cannot be written: " + std::generic_category().message(errno) + kCure);
+void Trace::WriteRows_() {
+  if (stream_) stream_->Write(rows_);
+  for (std::string_view left = rows_; file_ && !left.empty();) {
+    const ssize_t written = ::write(file_->GetDescriptor(), left.data(), left.size());
+    if (written >= 0) left.remove_prefix(static_cast<std::size_t>(written));
+    if (written < 0 && errno != EINTR) Fail(path_, errno);
+  }
+  rows_.clear();
 }
 
 }  // namespace orbel::host

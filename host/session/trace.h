@@ -1,9 +1,11 @@
 #pragma once
 
-#include <fstream>
+#include <memory>
 #include <string>
 
 #include "Sources/types.h"
+#include "exc/file/unfinished_file.h"
+#include "host/session/row_stream.h"
 
 namespace orbel::host {
 
@@ -20,12 +22,13 @@ struct TraceRow {
   std::string event;  // empty, jump, caesura, end, attacca or seek
 };
 
-// Writes a trace as CSV, one row a read. The file is there when Commit has returned, and not before.
+// Writes a trace as CSV, one row a read. The file is there when Commit has returned, and not before; a pipe,
+// a terminal or a device is given the rows as they come.
 class Trace {
  public:
-  // An empty path writes nothing. Throws Failure, as every operation does when the disk is full.
-  explicit Trace(const std::string& path);
-  ~Trace();
+  // An empty path writes nothing. `ifInterrupted`: what an interrupt leaves undone, in words. Throws Failure,
+  // as every operation does when the disk is full.
+  explicit Trace(const std::string& path, const std::string& ifInterrupted = "the trace was not written");
   Trace(const Trace&) = delete;
   Trace& operator=(const Trace&) = delete;
 
@@ -33,12 +36,12 @@ class Trace {
   void Commit();
 
  private:
-  void Check_();
+  void WriteRows_();
 
-  std::string path_;
-  const std::string finalPath_;  // without links
-  std::string partPath_;
-  std::ofstream out_;
+  const std::string path_;
+  std::unique_ptr<exc::UnfinishedFile> file_;
+  std::unique_ptr<RowStream> stream_;
+  std::string rows_;  // that the file does not have yet
 };
 
 }  // namespace orbel::host

@@ -45,6 +45,18 @@ TEST_F(Disk, ThatIsFullWhileRenderingIsToldWithTheBytesThatAreMissing) {
   ExpectNothingWritten();
 }
 
+TEST_F(Disk, ThatIsFullWhileRenderingIsToldInTheSystemsWords) {
+  files_.AddSong("1", "Waltz", 8);
+  for (const char* room : {"out.wav:0", "out.wav:100000"}) {
+    const auto full = Refusing({{"ORBEL_FULL_DISK", room}});
+    const Ended run = Render();
+    EXPECT_EQ(run.status, 1);
+    EXPECT_THAT(run.messages,
+                HasSubstr("orbel: " + Out() + ": cannot be written: No space left on device; "));
+    ExpectNothingWritten();
+  }
+}
+
 TEST_F(Disk, ThatIsFullLeavesTheFileOfAnEarlierRender) {
   files_.AddSong("1", "Waltz", 8);
   ASSERT_EQ(Render().status, 0);

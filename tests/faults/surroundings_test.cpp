@@ -3,6 +3,9 @@
 #include <fcntl.h>
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
+#include <signal.h>
+#include <sys/file.h>
+#include <sys/ioctl.h>
 #include <sys/stat.h>
 #include <unistd.h>
 
@@ -201,16 +204,96 @@ TEST_F(Surroundings, TwoThatHaveTheSameShowOpenBothWriteEverySampleAndNothingInt
   EXPECT_TRUE(Everything(files_.Show()) == before);
 }
 
-TEST_F(Surroundings, TwoRendersIntoOneFileLeaveAWholeOne) {
-  const std::vector<std::string> arguments{"render", files_.Show(), "-o", files_.Beside("out.wav")};
-  ASSERT_EQ(Orbel(arguments).status, 0);
-  const std::string expected = ReadText(files_.Beside("out.wav"));
-  RunningOrbel first(arguments);
-  RunningOrbel second(arguments);
-  const Ended one = first.WaitForEnd();
-  const Ended two = second.WaitForEnd();
-  EXPECT_TRUE(one.status == 0 || two.status == 0) << one.messages << two.messages;
-  EXPECT_TRUE(ReadText(files_.Beside("out.wav")) == expected);
+const char* const kIsBeingWritten =
+    ": cannot be written: it is being written by another program; wait until that has ended, or choose "
+    "another name.\n";
+
+// The first one is held in the middle of its trace until the second one has come.
+TEST_F(Surroundings, OfTwoRendersIntoOneFileTheSecondIsToldAndTheFirstIsWhole) {
+  files_.AddSong("3", "Galop", 40);
+  const std::string out = files_.Beside("out.wav");
+  const std::string pipe = files_.Beside("pipe");
+  ASSERT_EQ(Orbel({"render", files_.Show(), "--song", "3", "-o", out}).status, 0);
+  const std::string expected = ReadText(out);
+  std::filesystem::remove(out);
+  ASSERT_EQ(::mkfifo(pipe.c_str(), 0600), 0);
+  const int reader = ::open(pipe.c_str(), O_RDONLY | O_NONBLOCK | O_CLOEXEC);
+  ASSERT_GE(reader, 0);
+  ASSERT_GE(::fcntl(reader, F_SETPIPE_SZ, 4096), 4096);
+  RunningOrbel first({"render", files_.Show(), "--song", "3", "-o", out, "--trace", pipe});
+  const auto isHeld = [&] {
+    int count = 0;
+    return ::ioctl(reader, FIONREAD, &count) == 0 && count > 3000;
+  };
+  ASSERT_TRUE(test_support::WaitUntil(isHeld, std::chrono::minutes(1)));
+  const Ended second = Orbel({"render", files_.Show(), "--song", "2", "-o", out});
+  EXPECT_EQ(second.status, 1);
+  EXPECT_EQ(second.messages, "orbel: " + out + kIsBeingWritten);
+  char rows[4096];
+  EXPECT_TRUE(test_support::WaitUntil([&] { return ::read(reader, rows, sizeof rows) == 0; },
+                                      std::chrono::minutes(1)));
+  const Ended run = first.WaitForEnd();
+  ::close(reader);
+  EXPECT_EQ(run.status, 0) << run.messages;
+  EXPECT_TRUE(ReadText(out) == expected);
+  EXPECT_FALSE(std::filesystem::exists(out + ".part"));
+}
+
+TEST_F(Surroundings, TwoRendersOfTwoSongsIntoOneFileLeaveOneOfThemWhole) {
+  files_.AddSong("3", "Galop", 4);
+  const auto render = [&](const std::string& song, const std::string& name) {
+    return std::vector<std::string>{"render", files_.Show(), "--song", song, "-o", files_.Beside(name)};
+  };
+  ASSERT_EQ(Orbel(render("1", "1.wav")).status, 0);
+  ASSERT_EQ(Orbel(render("3", "3.wav")).status, 0);
+  const std::string waltz = ReadText(files_.Beside("1.wav"));
+  const std::string galop = ReadText(files_.Beside("3.wav"));
+  ASSERT_FALSE(waltz == galop);
+  for (int attempt = 0; attempt < 8; ++attempt) {
+    RunningOrbel first(render("1", "out.wav"));
+    RunningOrbel second(render("3", "out.wav"));
+    const Ended one = first.WaitForEnd();
+    const Ended two = second.WaitForEnd();
+    EXPECT_TRUE(one.status == 0 || two.status == 0) << one.messages << two.messages;
+    const std::string left = ReadText(files_.Beside("out.wav"));
+    EXPECT_TRUE((one.status == 0 && left == waltz) || (two.status == 0 && left == galop));
+  }
+}
+
+TEST_F(Surroundings, ARecordingIsNotSpoiltByARenderOfItsName) {
+  files_.AddSong("3", "Galop", 2, "[[vamp]]\nfrom = \"1.2\"\nto = \"1.3\"\n");
+  const std::string out = files_.Beside("live.wav");
+  RunningOrbel playing({"play", files_.Show(), "--song", "3", "--output", "file", "--device", out,
+                        "--vamp-passes", "1000000"});
+  ASSERT_TRUE(test_support::WaitUntil(
+      [&] {
+        std::error_code none;
+        const auto size = std::filesystem::file_size(out + ".part", none);
+        return !none && size > 1000;
+      },
+      std::chrono::minutes(1)));
+  const Ended render = Orbel({"render", files_.Show(), "--song", "2", "-o", out});
+  EXPECT_EQ(render.status, 1);
+  EXPECT_EQ(render.messages, "orbel: " + out + kIsBeingWritten);
+  playing.Signal(SIGTERM);
+  const Ended played = playing.WaitForEnd();
+  EXPECT_EQ(played.status, 0) << played.messages;
+  EXPECT_FALSE(host_tests::ReadFloatWav(out).empty());
+}
+
+// The other way round.
+TEST_F(Surroundings, APerformanceIntoAFileThatIsBeingWrittenIsRefused) {
+  const std::string out = files_.Beside("live.wav");
+  std::ofstream(out) << "before";
+  const std::vector<std::string> play{"play", files_.Show(), "--output", "file", "--device", out};
+  const int held = ::open((out + ".part").c_str(), O_RDWR | O_CREAT | O_CLOEXEC, 0600);
+  ASSERT_EQ(::flock(held, LOCK_EX), 0);
+  const Ended run = Orbel(play);
+  EXPECT_EQ(run.status, 1);
+  EXPECT_THAT(run.messages, HasSubstr(out + kIsBeingWritten));
+  EXPECT_EQ(ReadText(out), "before");
+  ::close(held);
+  EXPECT_EQ(Orbel(play).status, 0) << "what a program has left that is gone";
 }
 
 }  // namespace

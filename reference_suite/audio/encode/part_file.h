@@ -1,21 +1,18 @@
 #pragma once
 
-#include <cstddef>
+#include <memory>
 #include <string>
+
+#include "exc/file/unfinished_file.h"
 
 namespace tesk_audio {
 
-// A file that is written under PATH.part (PATH cut to what a name can have) and takes its name when it is
-// complete. The first failure is kept, and every later write fails. Threads    one at a time.
+// A file that has its name when it is complete (exc::UnfinishedFile) and is read and written meanwhile. The
+// first failure is kept, and every later write fails. Threads    one at a time.
 class PartFile {
  public:
   // Throws SoundFileError.
   explicit PartFile(const std::string& path);
-  // Removes what was not committed.
-  ~PartFile();
-  PartFile(const PartFile&) = delete;
-  PartFile& operator=(const PartFile&) = delete;
-
   // Bytes written or read; less than `count` on a failure or at the end.
   long long Write(const void* bytes, long long count);
   long long Read(void* bytes, long long count);
@@ -30,9 +27,7 @@ class PartFile {
 
  private:
   const std::string path_;
-  const std::string finalPath_;  // without links
-  const std::string partPath_;
-  int file_ = -1;
+  const std::unique_ptr<exc::UnfinishedFile> file_;
   int error_ = 0;          // errno of the first failure
   long long missing_ = 0;  // bytes that could not be written then
 };

@@ -1,8 +1,13 @@
+#include <fcntl.h>
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 #include <signal.h>
+#include <sys/ioctl.h>
+#include <sys/stat.h>
+#include <unistd.h>
 
 #include <algorithm>
+#include <chrono>
 #include <cmath>
 #include <filesystem>
 #include <set>
@@ -10,6 +15,7 @@
 
 #include "tests/host/run_orbel.h"
 #include "tests/host/show_files.h"
+#include "tests/support/wait_until.h"
 
 namespace host_tests {
 namespace {
@@ -480,15 +486,76 @@ TEST_F(Render, CtrlCLeavesNoFile) {
   EXPECT_EQ(entries(), 1) << "only the show is left";
 }
 
-TEST_F(Render, AFullDiskLeavesNoFileAndSaysSo) {
-  files_.AddSong("1", "Waltz", 4);
-  // A device on which every write fails takes the place of the file that is being written.
-  std::filesystem::create_symlink("/dev/full", Out() + ".part");
-  const Ended run = Play({});
+TEST_F(Render, WhatHasTheNameOfThePartAndIsNotOursIsRefusedAndStays) {
+  files_.AddSong("1", "Waltz", 1);
+  files_.Write("../precious", "precious");
+  std::filesystem::create_symlink(files_.Beside("precious"), Out() + ".part");
+  const std::string remedy = "; remove that, or choose another name.\n";
+  Ended run = Play({});
   EXPECT_EQ(run.status, 1);
-  EXPECT_THAT(run.messages, HasSubstr("orbel: " + Out() + ": cannot be written: No space left on device"));
+  EXPECT_EQ(run.messages, "orbel: " + Out() + ": cannot be written: " + Out() +
+                              ".part, as it is called until it is complete, is a link" + remedy);
+  EXPECT_EQ(ReadText(files_.Beside("precious")), "precious");
+  const std::string trace = files_.Beside("trace.csv");
+  ASSERT_EQ(::mkfifo((trace + ".part").c_str(), 0600), 0);
+  std::filesystem::remove(Out() + ".part");
+  run = Play({"--trace", trace});
+  EXPECT_EQ(run.status, 1);
+  EXPECT_EQ(run.messages, "orbel: " + trace + ": cannot be written: " + trace +
+                              ".part, as it is called until it is complete, is a pipe or a device" + remedy);
   EXPECT_FALSE(std::filesystem::exists(Out()));
-  EXPECT_FALSE(std::filesystem::is_symlink(Out() + ".part"));
+  EXPECT_FALSE(std::filesystem::exists(Out() + ".part"));
+}
+
+TEST_F(Render, WhatAKilledOneHasLeftIsWrittenOver) {
+  files_.AddSong("1", "Waltz", 1);
+  ASSERT_EQ(Play({}).status, 0);
+  const std::string expected = ReadText(Out());
+  files_.Write("../" + std::filesystem::path(Out()).filename().string() + ".part",
+               std::string(1'000'000, 'x'));
+  EXPECT_EQ(Play({}).status, 0);
+  EXPECT_TRUE(ReadText(Out()) == expected);
+  EXPECT_FALSE(std::filesystem::exists(Out() + ".part"));
+}
+
+TEST_F(Render, ATraceIntoAPipeThatNobodyReadsIsToldAtOnce) {
+  files_.AddSong("1", "Waltz", 1);
+  const std::string pipe = files_.Beside("pipe");
+  ASSERT_EQ(::mkfifo(pipe.c_str(), 0600), 0);
+  RunningOrbel running({"render", files_.Show(), "-o", Out(), "--trace", pipe});
+  EXPECT_TRUE(running.EndsWithin(std::chrono::seconds(20)));
+  const Ended run = running.WaitForEnd();
+  EXPECT_EQ(run.status, 1);
+  EXPECT_EQ(run.messages,
+            "orbel: " + pipe +
+                ": cannot be written: it is a pipe that nobody reads. Start its reader first, or "
+                "give another name.\n");
+  EXPECT_FALSE(std::filesystem::exists(Out()));
+  EXPECT_FALSE(std::filesystem::exists(Out() + ".part"));
+}
+
+// It waits for room, as long as nobody ends it.
+TEST_F(Render, ATraceIntoAPipeWhoseReaderStandsEndsAtAnInterrupt) {
+  files_.AddSong("1", "Waltz", 8, "[[vamp]]\nfrom = \"1\"\nto = \"9\"\n");
+  const std::string pipe = files_.Beside("pipe");
+  ASSERT_EQ(::mkfifo(pipe.c_str(), 0600), 0);
+  for (const int signal : {SIGINT, SIGTERM}) {
+    const int reader = ::open(pipe.c_str(), O_RDONLY | O_NONBLOCK | O_CLOEXEC);
+    ASSERT_GE(reader, 0);
+    RunningOrbel running({"render", files_.Show(), "-o", Out(), "--vamp-passes", "1000000", "--trace", pipe});
+    const auto held = [&] {
+      int count = 0;
+      return ::ioctl(reader, FIONREAD, &count) == 0 && count > 60'000;
+    };
+    EXPECT_TRUE(test_support::WaitUntil(held, std::chrono::minutes(1)));
+    running.Signal(signal);
+    EXPECT_TRUE(running.EndsWithin(std::chrono::seconds(20)));
+    const Ended run = running.WaitForEnd();
+    ::close(reader);
+    EXPECT_EQ(run.status, 1);
+    EXPECT_EQ(run.messages, "orbel: interrupted: " + Out() + " was not written\n");
+    EXPECT_FALSE(std::filesystem::exists(Out() + ".part"));
+  }
 }
 
 TEST_F(Render, NeitherAFolderNorADeviceIsReplaced) {
@@ -535,6 +602,26 @@ TEST_F(Render, SoundTraceAndScriptAreThreeFiles) {
   EXPECT_EQ(run.messages,
             "orbel: " + script + ": is the script, and would be written over; choose another name\n");
   EXPECT_EQ(ReadText(script), "time 0.5 stop\n");
+}
+
+// What a file is called until it is complete belongs to it.
+TEST_F(Render, NoneIsCalledAsAnotherIsUntilItIsComplete) {
+  files_.AddSong("1", "Waltz", 1);
+  const std::string part = Out() + ".part";
+  Ended run = Play({"--trace", part});
+  EXPECT_EQ(run.status, 2);
+  EXPECT_EQ(
+      run.messages,
+      "orbel: " + part + ": sound or trace is called so until it is complete; give --trace another name\n");
+  EXPECT_FALSE(std::filesystem::exists(Out()));
+  run = Orbel({"render", files_.Show(), "-o", part, "--trace", Out()});
+  EXPECT_EQ(run.status, 2);
+  files_.Write("../" + std::filesystem::path(part).filename().string(), "time 0.5 stop\n");
+  run = Play({"--script", part});
+  EXPECT_EQ(run.status, 2);
+  EXPECT_EQ(run.messages,
+            "orbel: " + Out() + ": is called as the script is until it is complete; choose another name\n");
+  EXPECT_EQ(ReadText(part), "time 0.5 stop\n");
 }
 
 TEST_F(Render, StandardOutputHasTheResultsAloneWhateverTheAudioLibrarySays) {

@@ -74,16 +74,5 @@ TEST_P(FullDisk, IsSaidWhereverItRunsFullAndLeavesWhatWasThere) {
   EXPECT_EQ(sound_files::Bytes(path), complete) << "exactly enough is enough";
 }
 
-TEST_P(FullDisk, ADeviceThatTakesNothingIsSaidInTheSystemsWords) {
-  std::filesystem::create_symlink("/dev/full", path + ".part");
-  try {
-    WriteAll();
-    FAIL();
-  } catch (const TESKAudioError& error) {
-    EXPECT_THAT(error.what(), HasSubstr(path + ": cannot be written: No space left on device; "));
-  }
-  EXPECT_TRUE(std::filesystem::is_empty(folder.Path()));
-}
-
 }  // namespace
 }  // namespace tesk_audio

@@ -77,6 +77,28 @@ TEST_F(Part, ANameThatIsTakenByAFolderInTheMeantimeIsAnErrorThatLeavesNothing) {
   EXPECT_FALSE(fs::exists(path + ".part"));
 }
 
+TEST_F(Part, OfTwoWhoWriteOneNameTheSecondIsToldAndTheFirstIsWhole) {
+  PartFile file(path);
+  file.Write("first", 5);
+  EXPECT_EQ(WhyNot(path),
+            path +
+                ": cannot be written: it is being written by another program; wait until that has "
+                "ended, or choose another name.");
+  file.Commit();
+  EXPECT_EQ(sound_files::Bytes(path), "first");
+}
+
+TEST_F(Part, ALinkInThePlaceOfThePartIsNotWrittenThrough) {
+  const std::string precious = folder.Path("precious");
+  sound_files::WriteBytes(precious, "before");
+  fs::create_symlink(precious, path + ".part");
+  EXPECT_EQ(WhyNot(path),
+            path + ": cannot be written: " + path +
+                ".part, as it is called until it is complete, is a link; remove that, or choose "
+                "another name.");
+  EXPECT_EQ(sound_files::Bytes(precious), "before");
+}
+
 TEST_F(Part, NamesAreShownSoThatTheyCanForgeNothing) {
   const std::string name = folder.Path("no/\xff\n");
   EXPECT_EQ(WhyNot(name), folder.Path("no/\\xff\\x0a") +

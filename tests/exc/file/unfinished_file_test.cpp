@@ -1,0 +1,194 @@
+#include "exc/file/unfinished_file.h"
+
+#include <gtest/gtest.h>
+#include <sys/stat.h>
+#include <unistd.h>
+
+#include <atomic>
+#include <cerrno>
+#include <filesystem>
+#include <fstream>
+#include <functional>
+#include <memory>
+#include <sstream>
+#include <thread>
+#include <vector>
+
+#include "exc/file/unfinished_file_error.h"
+#include "tests/support/temporary_folder.h"
+
+namespace exc {
+namespace {
+
+namespace fs = std::filesystem;
+
+std::string Content(const std::string& path) {
+  std::ostringstream text;
+  text << std::ifstream(path).rdbuf();
+  return text.str();
+}
+
+void Put(const UnfinishedFile& file, const std::string& text) {
+  ASSERT_EQ(::write(file.GetDescriptor(), text.data(), text.size()), static_cast<ssize_t>(text.size()));
+}
+
+struct Unfinished : testing::Test {
+  // The text of the error, and its code behind it when there is one.
+  std::string WhyNot(const std::function<void()>& deed) const {
+    try {
+      deed();
+    } catch (const UnfinishedFileError& error) {
+      return error.what() + (error.GetCode() == 0 ? "" : " " + std::to_string(error.GetCode()));
+    }
+    return "done";
+  }
+  std::string WhyNotWritten() const {
+    return WhyNot([this] {
+      UnfinishedFile file(path);
+      Put(file, "ours");
+      file.Commit();
+    });
+  }
+  std::string Foreign(const std::string& what) const {
+    return part + ", as it is called until it is complete, is " + what +
+           "; remove that, or choose another name";
+  }
+
+  test_support::TemporaryFolder folder;
+  const std::string path = folder.Path("out");
+  const std::string part = path + ".part";
+};
+
+TEST_F(Unfinished, HasItsNameWhenItIsComplete) {
+  std::ofstream(path) << "before";
+  UnfinishedFile file(path);
+  Put(file, "after");
+  EXPECT_EQ(Content(path), "before");
+  EXPECT_EQ(Content(part), "after");
+  file.Commit();
+  EXPECT_EQ(Content(path), "after");
+  EXPECT_FALSE(fs::exists(part));
+}
+
+TEST_F(Unfinished, IsGoneWhenItIsNotCompleted) {
+  { Put(UnfinishedFile(path), "half"); }
+  EXPECT_TRUE(fs::is_empty(folder.Path()));
+}
+
+TEST_F(Unfinished, IsWrittenByOneAtATime) {
+  auto first = std::make_unique<UnfinishedFile>(path);
+  Put(*first, "first");
+  EXPECT_EQ(WhyNotWritten(),
+            "it is being written by another program; wait until that has ended, or choose another name");
+  EXPECT_EQ(Content(part), "first");
+  first->Commit();
+  EXPECT_EQ(Content(path), "first");
+  EXPECT_EQ(WhyNotWritten(), "done") << "it is locked for nobody any more";
+  EXPECT_EQ(Content(path), "ours");
+}
+
+TEST_F(Unfinished, OfAProgramThatWasKilledIsWrittenOver) {
+  std::ofstream(part) << "much longer than what comes";
+  EXPECT_EQ(WhyNotWritten(), "done");
+  EXPECT_EQ(Content(path), "ours");
+}
+
+TEST_F(Unfinished, IsNotWrittenThroughALink) {
+  std::ofstream(folder.Path("precious")) << "precious";
+  fs::create_symlink(folder.Path("precious"), part);
+  EXPECT_EQ(WhyNotWritten(), Foreign("a link"));
+  EXPECT_EQ(Content(folder.Path("precious")), "precious");
+  EXPECT_TRUE(fs::is_symlink(part));
+  EXPECT_FALSE(fs::exists(path));
+}
+
+TEST_F(Unfinished, IsNotWrittenThroughALinkThatLeadsNowhere) {
+  fs::create_symlink(folder.Path("new"), part);
+  EXPECT_EQ(WhyNotWritten(), Foreign("a link"));
+  EXPECT_FALSE(fs::exists(folder.Path("new")));
+}
+
+TEST_F(Unfinished, IsNotWrittenIntoAFileWithAnotherName) {
+  std::ofstream(folder.Path("precious")) << "precious";
+  fs::create_hard_link(folder.Path("precious"), part);
+  EXPECT_EQ(WhyNotWritten(), Foreign("a file that has another name too"));
+  EXPECT_EQ(Content(folder.Path("precious")), "precious");
+}
+
+TEST_F(Unfinished, IsNoPipeAndNoFolder) {
+  ASSERT_EQ(::mkfifo(part.c_str(), 0600), 0);
+  EXPECT_EQ(WhyNotWritten(), Foreign("a pipe or a device"));
+  EXPECT_TRUE(fs::is_fifo(part));
+  fs::remove(part);
+  fs::create_directory(part);
+  EXPECT_EQ(WhyNotWritten(), Foreign("a folder"));
+}
+
+TEST_F(Unfinished, LeavesALinkThatIsItsName) {
+  std::ofstream(folder.Path("target")) << "before";
+  fs::create_symlink("target", path);
+  EXPECT_EQ(WhyNotWritten(), "done");
+  EXPECT_TRUE(fs::is_symlink(path));
+  EXPECT_EQ(Content(folder.Path("target")), "ours");
+}
+
+TEST_F(Unfinished, ThatSomebodyReplacedTakesNoName) {
+  {
+    UnfinishedFile file(path);
+    fs::remove(part);
+    std::ofstream(part) << "theirs";
+    EXPECT_EQ(
+        WhyNot([&] { file.Commit(); }),
+        part + ", as it is called until it is complete, was replaced or removed meanwhile; write it again");
+  }
+  EXPECT_FALSE(fs::exists(path));
+  EXPECT_EQ(Content(part), "theirs");
+}
+
+TEST_F(Unfinished, SaysWhatTheSystemSays) {
+  EXPECT_EQ(WhyNot([&] { UnfinishedFile(folder.Path("no/out")); }),
+            "No such file or directory " + std::to_string(ENOENT));
+  {
+    UnfinishedFile file(path);
+    fs::create_directory(path);
+    EXPECT_EQ(WhyNot([&] { file.Commit(); }), "Is a directory " + std::to_string(EISDIR));
+  }
+  EXPECT_FALSE(fs::exists(part));
+}
+
+TEST_F(Unfinished, OfALongNameIsCalledByAsMuchOfItAsFits) {
+  const std::string longest = folder.Path(std::string(255, 'n'));
+  EXPECT_EQ(UnfinishedFile::PartNameOf(longest), folder.Path((std::string(250, 'n') + ".part")));
+  UnfinishedFile(longest).Commit();
+  EXPECT_TRUE(fs::exists(longest));
+}
+
+// Whoever is not refused has written all of the file, whatever the others are doing.
+TEST_F(Unfinished, OfManyIsAlwaysWhole) {
+  constexpr int kTimes = 200;
+  std::atomic<int> done{0};
+  std::atomic<int> spoilt{0};
+  const auto write = [&](char letter) {
+    for (int time = 0; time < kTimes; ++time) {
+      try {
+        UnfinishedFile file(path);
+        for (int piece = 0; piece < 4; ++piece) Put(file, std::string(64, letter));
+        file.Commit();
+        ++done;
+      } catch (const UnfinishedFileError&) {
+        continue;
+      }
+      const std::string content = Content(path);
+      if (content != std::string(256, content.empty() ? ' ' : content.front())) ++spoilt;
+    }
+  };
+  std::vector<std::thread> writers;
+  for (const char letter : {'a', 'b', 'c', 'd'}) writers.emplace_back(write, letter);
+  for (std::thread& writer : writers) writer.join();
+  EXPECT_GT(done, 0);
+  EXPECT_EQ(spoilt, 0);
+  EXPECT_FALSE(fs::exists(part));
+}
+
+}  // namespace
+}  // namespace exc
