@@ -10,39 +10,14 @@
 #include "exc/lock/scope_lock.h"
 #include "reference_suite/audio/decode/header_claims.h"
 #include "reference_suite/audio/decode/library_words.h"
+#include "reference_suite/audio/decode/mp3_front.h"
+#include "reference_suite/audio/decode/mp3_scan.h"
 #include "reference_suite/audio/decode/ogg_scan.h"
 #include "reference_suite/audio/decode/sndfile_opening.h"
 
 namespace tesk_audio {
 
 namespace {
-
-AudioFile& FileOf(void* source) {
-  return *static_cast<AudioFile*>(source);
-}
-
-sf_count_t LengthCallback(void* source) {
-  return FileOf(source).Size();
-}
-
-sf_count_t SeekCallback(sf_count_t offset, int whence, void* source) {
-  AudioFile& file = FileOf(source);
-  if (whence == SEEK_CUR) offset += file.Tell();
-  if (whence == SEEK_END) offset += file.Size();
-  return file.Seek(offset) ? file.Tell() : -1;
-}
-
-sf_count_t ReadCallback(void* buffer, sf_count_t count, void* source) {
-  return static_cast<sf_count_t>(FileOf(source).Read(buffer, static_cast<std::size_t>(count)));
-}
-
-sf_count_t WriteCallback(const void* /*buffer*/, sf_count_t /*count*/, void* /*source*/) {
-  return 0;
-}
-
-sf_count_t TellCallback(void* source) {
-  return FileOf(source).Tell();
-}
 
 std::string FormatName(int format) {
   if ((format & SF_FORMAT_SUBMASK) == SF_FORMAT_OPUS) return "Ogg Opus";
@@ -115,6 +90,38 @@ std::size_t MostAtOnce(bool isMp3) {
   return isMp3 ? kFrameOfMp3 : std::numeric_limits<std::size_t>::max();
 }
 
+// The library refuses some MP3s for the length that they tell, or for the text in front.
+bool MayBeMp3(const std::string& head) {
+  if (ClaimedName(head) == "MP3") return true;
+  const auto* const bytes = reinterpret_cast<const unsigned char*>(head.data());
+  return head.size() >= MpegHeader::kBytes && ReadMpegHeader(bytes).has_value();
+}
+
+// Other kinds of MPEG audio than the scan knows are left to the library.
+bool IsUnderstood(const Mp3Scan& scan, const DecodedFormat& format) {
+  return scan.format.has_value() && scan.format->rateHz == std::lround(format.rateHz) &&
+         scan.format->channels == format.channels;
+}
+
+// Whether the library plays all that is there, or says by itself what is missing.
+bool IsLengthTrue(const Mp3Scan& scan, long long frames) {
+  if (scan.isTagged && !scan.isVbri) return scan.taggedFrames >= scan.frames;
+  const long long found = scan.frames * scan.format->Samples();
+  // Between the pieces of what is damaged there may be more than was found.
+  return !scan.isVbri && (frames == found || (frames > found && scan.hasGaps));
+}
+
+std::string ChangeOf(const Mp3Scan& scan) {
+  const MpegHeader& from = *scan.format;
+  const MpegHeader& to = *scan.change;
+  if (from.rateHz == to.rateHz) {
+    return "the channels change inside, from " + std::to_string(from.channels) + " to " +
+           std::to_string(to.channels);
+  }
+  return "the rate changes inside, from " + std::to_string(from.rateHz) + " to " + std::to_string(to.rateHz) +
+         " Hz";
+}
+
 // "3:07.250"
 std::string Place(long long frame, double rateHz) {
   const long long milliseconds = std::llround(static_cast<double>(frame) * 1000.0 / rateHz);
@@ -131,43 +138,69 @@ long long PromisedFrames(const std::string& head, const SF_INFO& info) {
 
 }  // namespace
 
-SndfileDecoder::SndfileDecoder(AudioFile& file, bool isOgg) : file_(file) {
+SndfileDecoder::SndfileDecoder(AudioFile& file, bool isOgg) : file_(file), input_(file), isOgg_(isOgg) {
+  const bool isOpen = Open_();
+  if (!isOpen && !MayBeMp3(file_.Head(kClaimBytes))) Refuse_();
+  if (!isOpen || isMp3_) PlayAllOfMp3_(isOpen);
+}
+
+void SndfileDecoder::Closer_::operator()(SNDFILE* sound) const {
+  const InsideLibrary inside;
+  sf_close(sound);
+}
+
+bool SndfileDecoder::Open_() {
   // Before the library has anything that it would keep if there were no memory for it.
   const std::string head = file_.Head(kClaimBytes);
-  file_.Seek(0);
-  SF_VIRTUAL_IO callbacks{LengthCallback, SeekCallback, ReadCallback, WriteCallback, TellCallback};
   SF_INFO info{};
   {
     exc::ScopeLock opening(SndfileOpening());
     const InsideLibrary inside;
-    sound_ = sf_open_virtual(&callbacks, SFM_READ, &info, &file_);
-    if (sound_ == nullptr) ThrowOpenFailed_(isOgg);
+    sound_.reset(input_.Open(&info));
+    if (sound_ == nullptr) {
+      const int error = sf_error(nullptr);
+      file_.ThrowIfReadFailed();
+      if (std::strcmp(sf_error_number(error), "Internal malloc () failed.") == 0) throw std::bad_alloc();
+      return false;
+    }
   }
   const bool isCounted = info.frames >= 0 && info.frames != SF_COUNT_MAX;
   format_ = {FormatName(info.format), static_cast<double>(info.samplerate),
-             static_cast<unsigned>(info.channels), isCounted ? info.frames : -1, isOgg};
+             static_cast<unsigned>(info.channels), isCounted ? info.frames : -1, isOgg_};
   format_.promisedFrames = PromisedFrames(head, info);
   seeksToTheFrame_ = SeeksToTheFrame(info);
   isMp3_ = IsMp3(info);
   mostAtOnce_ = MostAtOnce(isMp3_);
+  return true;
 }
 
-SndfileDecoder::~SndfileDecoder() {
-  const InsideLibrary inside;
-  sf_close(sound_);
-}
-
-void SndfileDecoder::ThrowOpenFailed_(bool isOgg) {
-  const int error = sf_error(nullptr);
+void SndfileDecoder::PlayAllOfMp3_(bool isOpen) {
+  const Mp3Scan scan = ScanMp3(file_);
   file_.ThrowIfReadFailed();
-  if (std::strcmp(sf_error_number(error), "Internal malloc () failed.") == 0) throw std::bad_alloc();
+  if (!isOpen && !scan.format.has_value()) Refuse_();
+  if (isOpen && !IsUnderstood(scan, format_)) return;
+  if (scan.change.has_value()) {
+    ThrowUndecodable(false, file_.Name() + ": this is a chain of MP3s, and " + ChangeOf(scan) +
+                                ". Keep one recording in each file.");
+  }
+  if (scan.tagsInside > 0) {
+    warnings_.push_back("several MP3s follow each other in this file; they are played as one");
+  }
+  hasGaps_ = scan.hasGaps && scan.taggedFrames < scan.frames;
+  if (isOpen && IsLengthTrue(scan, format_.frames)) return;
+  sound_.reset();
+  input_.Replace(Mp3Front(scan), scan.start);
+  if (!Open_()) Refuse_();
+}
+
+void SndfileDecoder::Refuse_() {
   const std::string name = ClaimedName(file_.Head(kClaimBytes));
   if (name.empty()) {
-    ThrowUndecodable(isOgg, file_.Name() +
-                                ": this is not audio that can be decoded. Use Ogg Vorbis, "
-                                "Ogg Opus, FLAC, WAV, AIFF or MP3.");
+    ThrowUndecodable(isOgg_, file_.Name() +
+                                 ": this is not audio that can be decoded. Use Ogg Vorbis, "
+                                 "Ogg Opus, FLAC, WAV, AIFF or MP3.");
   }
-  ThrowUndecodable(isOgg,
+  ThrowUndecodable(isOgg_,
                    file_.Name() + ": the " + name +
                        " file cannot be decoded: its header is damaged, cut off or of an unknown kind. "
                        "Export the recording again.");
@@ -178,10 +211,8 @@ void SndfileDecoder::Inspect() {
     warnings_.push_back("the file is shorter than its header says: it was cut off");
   }
   if (!format_.isOgg) return;
-  const long long position = file_.Tell();
   const OggScan scan = ScanOgg(file_);
   file_.ThrowIfReadFailed();
-  file_.Seek(position);
   if (scan.chained) {
     ThrowUndecodable(true,
                      file_.Name() +
@@ -196,12 +227,12 @@ void SndfileDecoder::Inspect() {
 
 sf_count_t SndfileDecoder::ReadFrames_(float* frames, sf_count_t count) {
   const InsideLibrary inside;
-  return sf_readf_float(sound_, frames, count);
+  return sf_readf_float(sound_.get(), frames, count);
 }
 
 std::size_t SndfileDecoder::Read(float* frames, std::size_t count) {
   const sf_count_t got = ReadFrames_(frames, static_cast<sf_count_t>(std::min(count, mostAtOnce_)));
-  metError_ = metError_ || sf_error(sound_) != SF_ERR_NO_ERROR;
+  metError_ = metError_ || sf_error(sound_.get()) != SF_ERR_NO_ERROR;
   if (got <= 0) {
     file_.ThrowIfReadFailed();
     return 0;
@@ -216,25 +247,27 @@ bool SndfileDecoder::CanBeShared() const {
 
 bool SndfileDecoder::BeginAt(long long frame) {
   const InsideLibrary inside;
-  return CanBeShared() && sf_seek(sound_, frame, SEEK_SET) == frame;
+  return CanBeShared() && sf_seek(sound_.get(), frame, SEEK_SET) == frame;
 }
 
 std::vector<std::string> SndfileDecoder::Warnings() const {
   std::vector<std::string> warnings = warnings_;
-  const bool hasStopped = sf_error(sound_) != SF_ERR_NO_ERROR;
+  const bool hasStopped = sf_error(sound_.get()) != SF_ERR_NO_ERROR;
   if (hasStopped && isMp3_) {
     // The library has no words for it.
     warnings.push_back("damaged from " + Place(handedOut_, format_.rateHz) + " on; what follows is silence");
     return warnings;
   }
   if (hasStopped) {
-    std::string text = sf_strerror(sound_);
+    std::string text = sf_strerror(sound_.get());
     while (!text.empty() && text.back() == '.') text.pop_back();
     warnings.push_back("decoding met an error: " + text);
   }
   if (handedOut_ < format_.frames) {
     warnings.push_back("only " + std::to_string(handedOut_) + " of " + std::to_string(format_.frames) +
                        " frames could be decoded");
+  } else if (hasGaps_) {
+    warnings.push_back("the MP3 is damaged; what follows the damage comes too early");
   }
   return warnings;
 }
