@@ -1,7 +1,6 @@
 #include "host/session/row_stream.h"
 
 #include <fcntl.h>
-#include <poll.h>
 #include <sys/stat.h>
 #include <unistd.h>
 
@@ -11,6 +10,7 @@
 
 #include "host/session/failure.h"
 #include "host/session/interrupts.h"
+#include "host/session/patient_writing.h"
 #include "host/session/shown_text.h"
 
 namespace orbel::host {
@@ -67,8 +67,7 @@ void RowStream::Write(const std::string& text) const {
 
 void RowStream::WaitForRoom_() const {
   if (InterruptCount() > 0) throw Failure("interrupted: " + ifInterrupted_);
-  pollfd room{file_, POLLOUT, 0};
-  ::poll(&room, 1, kLookMilliseconds);
+  HasRoomWithin(file_, kLookMilliseconds);
 }
 
 }  // namespace orbel::host
