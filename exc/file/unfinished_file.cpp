@@ -149,7 +149,9 @@ std::string UnfinishedFile::PartNameOf(const std::string& path) {
   const std::string suffix = ".part";
   const std::size_t slash = path.rfind('/');
   const std::size_t name = slash == std::string::npos ? 0 : slash + 1;
-  return path.substr(0, name + kLongestName - suffix.size()) + suffix;
+  const std::string part = path.substr(0, name + kLongestName - suffix.size()) + suffix;
+  // One that is cut may be called like that itself.
+  return part == path ? path.substr(0, part.size() - suffix.size() - 1) + suffix : part;
 }
 
 }  // namespace exc

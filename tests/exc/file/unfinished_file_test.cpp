@@ -159,6 +159,9 @@ TEST_F(Unfinished, SaysWhatTheSystemSays) {
 TEST_F(Unfinished, OfALongNameIsCalledByAsMuchOfItAsFits) {
   const std::string longest = folder.Path(std::string(255, 'n'));
   EXPECT_EQ(UnfinishedFile::PartNameOf(longest), folder.Path((std::string(250, 'n') + ".part")));
+  // A name that looks like that is another one's, or its own.
+  const std::string itself = folder.Path(std::string(250, 'n') + ".part");
+  EXPECT_EQ(UnfinishedFile::PartNameOf(itself), folder.Path(std::string(249, 'n') + ".part"));
   UnfinishedFile(longest).Commit();
   EXPECT_TRUE(fs::exists(longest));
 }
