@@ -234,8 +234,9 @@ void ResilientDevice::ChangeOver_(RunningDevice found) {
   running_ = std::move(found);
   standIn_.device->Stop();
   standIn_ = {};
-  recovering_ = false;
+  // In this order: whoever sees that it is there again asks which it is.
   Publish_();
+  recovering_ = false;
   Tell_(false, "");
 }
 

@@ -7,6 +7,8 @@
 #include <chrono>
 #include <deque>
 #include <future>
+#include <memory>
+#include <mutex>
 
 #include "reference_suite/audio/output/live_sample_output.h"
 #include "suite/audio/errors.h"
@@ -91,27 +93,31 @@ class Shop {
     return seen;
   }
   void PutDevice(std::unique_ptr<Device> device) {
-    const std::lock_guard lock(mutex_);
-    devices_.push_back(std::move(device));
+    const std::lock_guard lock(shelf_->mutex);
+    shelf_->devices.push_back(std::move(device));
   }
   void SayWhyEmpty(const std::string& why) {
-    const std::lock_guard lock(mutex_);
-    whyEmpty_ = why;
+    const std::lock_guard lock(shelf_->mutex);
+    shelf_->whyEmpty = why;
   }
+  // May still be asked when the shop is gone: a search that nobody wants any more ends by itself.
   tesk_audio::DeviceSource Source() {
-    return [this]() -> std::unique_ptr<Device> {
-      const std::lock_guard lock(mutex_);
-      if (devices_.empty()) throw tesk_audio::TESKAudioError(whyEmpty_);
-      std::unique_ptr<Device> device = std::move(devices_.front());
-      devices_.pop_front();
+    return [shelf = shelf_]() -> std::unique_ptr<Device> {
+      const std::lock_guard lock(shelf->mutex);
+      if (shelf->devices.empty()) throw tesk_audio::TESKAudioError(shelf->whyEmpty);
+      std::unique_ptr<Device> device = std::move(shelf->devices.front());
+      shelf->devices.pop_front();
       return device;
     };
   }
 
  private:
-  std::mutex mutex_;
-  std::deque<std::unique_ptr<Device>> devices_;
-  std::string whyEmpty_ = "The shop is empty.";
+  struct Shelf {
+    std::mutex mutex;
+    std::deque<std::unique_ptr<Device>> devices;
+    std::string whyEmpty = "The shop is empty.";
+  };
+  const std::shared_ptr<Shelf> shelf_ = std::make_shared<Shelf>();
 };
 
 class Told {
