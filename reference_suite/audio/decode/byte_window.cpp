@@ -17,13 +17,15 @@ ByteWindow::ByteWindow(AudioFile& file, long long end) : file_(file), end_(end),
 
 void ByteWindow::GoTo(long long position) {
   const long long filled = from_ + static_cast<long long>(fill_);
-  if (position + static_cast<long long>(kAhead) <= filled) return;
+  if (isAllRead_ || position + static_cast<long long>(kAhead) <= filled) return;
   // What is known of it moves to the front.
   const auto keep = static_cast<std::size_t>(std::max(0LL, filled - position));
   std::memmove(bytes_.data(), bytes_.data() + (fill_ - keep), keep);
   from_ = position;
   file_.Seek(position + static_cast<long long>(keep));
   fill_ = keep + file_.Read(bytes_.data() + keep, bytes_.size() - keep);
+  // A disk that fails takes long over it each time.
+  isAllRead_ = fill_ < bytes_.size();
 }
 
 const unsigned char* ByteWindow::Bytes(long long position, std::size_t count) const {

@@ -20,6 +20,10 @@ class ByteWindow {
   ByteWindow(AudioFile& file, long long end);
 
   long long End() const { return end_; }
+  // Nothing more can be read, at `position` or behind it: the file ends, or has failed.
+  bool EndsBefore(long long position) const {
+    return isAllRead_ && position >= from_ + static_cast<long long>(fill_);
+  }
   // Never back.
   void GoTo(long long position);
   // `count` bytes, up to kAhead behind where it stands; null where they are not all there.
@@ -32,6 +36,7 @@ class ByteWindow {
   std::vector<unsigned char> bytes_;
   long long from_ = 0;
   std::size_t fill_ = 0;
+  bool isAllRead_ = false;
 };
 
 }  // namespace tesk_audio

@@ -2,6 +2,8 @@
 
 #include <atomic>
 
+#include "suite/audio/errors.h"
+
 namespace tesk_audio {
 
 namespace {
@@ -20,6 +22,11 @@ DecodingStop::~DecodingStop() {
 
 bool DecodingStop::IsWanted() {
   return stops > 0;
+}
+
+void RequireWanted(const std::string& file) {
+  if (DecodingStop::IsWanted())
+    throw TESKAudioError(file + ": not decoded to its end: the show has been closed.");
 }
 
 }  // namespace tesk_audio

@@ -1,5 +1,7 @@
 #pragma once
 
+#include <string>
+
 namespace tesk_audio {
 
 // While one lives, no file is decoded to its end, in the whole process: nobody wants them any more. Whoever
@@ -15,5 +17,8 @@ class DecodingStop {
 
   static bool IsWanted();
 };
+
+// Throws TESKAudioError, naming the file, while one lives.
+void RequireWanted(const std::string& file);
 
 }  // namespace tesk_audio

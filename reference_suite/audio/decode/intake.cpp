@@ -67,9 +67,7 @@ Intake::Intake(const DecodedFormat& format, const DecodeRequest& request)
 bool Intake::TakeUntil(AudioDecoder& decoder, long long frames, const std::atomic<bool>* giveUp) {
   while (taken_ < frames) {
     if (giveUp != nullptr && *giveUp) return false;
-    if (DecodingStop::IsWanted()) {
-      throw TESKAudioError(request_.shownPath + ": not decoded to its end: the show has been closed.");
-    }
+    RequireWanted(request_.shownPath);
     DecodingThread::FollowPlaces();
     const std::size_t got = TakeSome_(decoder, frames - taken_);
     if (got == 0) return false;

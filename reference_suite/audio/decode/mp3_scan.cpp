@@ -5,6 +5,7 @@
 #include <utility>
 
 #include "reference_suite/audio/decode/byte_window.h"
+#include "reference_suite/audio/decode/decoding_stop.h"
 
 namespace tesk_audio {
 
@@ -55,8 +56,9 @@ class Mp3Walk {
   explicit Mp3Walk(AudioFile& file) : window_(file, EndOfFrames(file)) {}
 
   Mp3Scan Run() {
-    while (at_ < window_.End() && !scan_.change.has_value()) {
+    while (at_ < window_.End() && !scan_.change.has_value() && !DecodingStop::IsWanted()) {
       window_.GoTo(at_);
+      if (window_.EndsBefore(at_)) break;
       Step_();
     }
     return std::move(scan_);
@@ -68,12 +70,13 @@ class Mp3Walk {
     return bytes == nullptr ? std::nullopt : ReadMpegHeader(bytes);
   }
 
-  // Whether a frame stands here and `count` headers in all follow each other, or up to the very end.
-  bool IsSure_(MpegHeader header, int count) const {
+  // Whether a frame stands here and `count` headers in all follow each other, or up to the very end where
+  // that is enough.
+  bool IsSure_(MpegHeader header, int count, bool endIsEnough) const {
     long long position = at_;
     for (int seen = 1; seen < count; ++seen) {
       position += static_cast<long long>(header.bytes);
-      if (position >= window_.End()) return position == window_.End();
+      if (position >= window_.End()) return endIsEnough && position == window_.End();
       const std::optional<MpegHeader> next = HeaderAt_(position);
       if (!next.has_value() || !next->SameFormat(header)) return false;
       header = *next;
@@ -140,10 +143,10 @@ class Mp3Walk {
     if (!scan_.format.has_value())
       return mark > 0 && !scan_.isTagged ? TakeTag_(header, mark) : Begin_(header);
     if (!header.SameFormat(*scan_.format)) {
-      if (IsSure_(header, kHeadersOfAChange)) scan_.change = header;
+      if (IsSure_(header, kHeadersOfAChange, false)) scan_.change = header;
       return scan_.change.has_value();
     }
-    if (isLost_ && !IsSure_(header, kHeadersToBeSure)) return false;
+    if (isLost_ && !IsSure_(header, kHeadersToBeSure, true)) return false;
     scan_.hasGaps = scan_.hasGaps || isLost_;
     isLost_ = false;
     if (mark > 0) ++scan_.tagsInside;
@@ -152,7 +155,7 @@ class Mp3Walk {
   }
 
   bool Begin_(const MpegHeader& header) {
-    if (!IsSure_(header, kHeadersToBeSure)) return false;
+    if (!IsSure_(header, kHeadersToBeSure, true)) return false;
     const unsigned char* const bytes = window_.Bytes(at_, MpegHeader::kBytes);
     std::copy_n(bytes, MpegHeader::kBytes, scan_.header.begin());
     scan_.format = header;

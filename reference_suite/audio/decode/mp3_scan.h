@@ -31,7 +31,8 @@ struct Mp3Scan {
   std::optional<MpegHeader> change;
 };
 
-// Reads the whole file once, from header to header. Leaves the position anywhere.
+// Reads the whole file once, from header to header, as far as it can be read and nobody wants decoding to
+// stop. Leaves the position anywhere.
 Mp3Scan ScanMp3(AudioFile& file);
 
 }  // namespace tesk_audio

@@ -8,6 +8,7 @@
 #include <new>
 
 #include "exc/lock/scope_lock.h"
+#include "reference_suite/audio/decode/decoding_stop.h"
 #include "reference_suite/audio/decode/header_claims.h"
 #include "reference_suite/audio/decode/library_words.h"
 #include "reference_suite/audio/decode/mp3_front.h"
@@ -177,6 +178,7 @@ bool SndfileDecoder::Open_() {
 void SndfileDecoder::PlayAllOfMp3_(bool isOpen) {
   const Mp3Scan scan = ScanMp3(file_);
   file_.ThrowIfReadFailed();
+  RequireWanted(file_.Name());
   if (!isOpen && !scan.format.has_value()) Refuse_();
   if (isOpen && !IsUnderstood(scan, format_)) return;
   if (scan.change.has_value()) {

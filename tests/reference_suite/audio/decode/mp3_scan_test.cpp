@@ -3,6 +3,8 @@
 
 #include <gtest/gtest.h>
 
+#include <filesystem>
+#include <fstream>
 #include <random>
 
 #include "tests/reference_suite/audio/support/mp3_parts.h"
@@ -75,6 +77,38 @@ TEST_F(Mp3Scans, ACutAtAnyByteLeavesTheFramesThatAreWhole) {
     EXPECT_EQ(scan.frames, static_cast<long long>(whole)) << length;
   }
   ASSERT_EQ(whole, song.music.size());
+}
+
+TEST_F(Mp3Scans, ADamagedHeaderAtTheEndIsNoChange) {
+  for (const std::size_t fromEnd : {1U, 2U}) {
+    Mp3Parts song = MakeMp3(path_, 44'100, 2, 50'000);
+    std::string& frame = song.music[song.music.size() - fromEnd];
+    frame[3] = static_cast<char>(frame[3] | 0xC0);
+    EXPECT_FALSE(Scan(song.Whole()).change.has_value()) << fromEnd;
+  }
+}
+
+// How often this program has asked the system to read.
+long long ReadCalls() {
+  std::ifstream counts("/proc/self/io");
+  std::string name;
+  for (long long count = 0; counts >> name >> count;) {
+    if (name == "syscr:") return count;
+  }
+  return -1;
+}
+
+// A disk that fails is asked for seconds each time.
+TEST_F(Mp3Scans, WhereNothingCanBeReadNothingIsTriedAgain) {
+  constexpr std::size_t kLost = 1'000'000;
+  const Mp3Parts song = MakeMp3(path_, 44'100, 2, 50'000);
+  sound_files::WriteBytes(path_, song.Whole() + std::string(kLost, '\0'));
+  tesk_audio::AudioFile file(path_);
+  std::filesystem::resize_file(path_, song.Whole().size());
+  const long long before = ReadCalls();
+  if (before < 0) GTEST_SKIP() << "this system does not count";
+  EXPECT_EQ(tesk_audio::ScanMp3(file).frames, static_cast<long long>(song.music.size()));
+  EXPECT_LT(ReadCalls() - before, 100);
 }
 
 TEST_F(Mp3Scans, TextsBehindTheMusicAreNoFrames) {
