@@ -8,6 +8,7 @@
 #include <cerrno>
 #include <cstdio>
 #include <cstdlib>
+#include <filesystem>
 #include <memory>
 #include <system_error>
 
@@ -29,10 +30,18 @@ std::string TextOf(int code) {
   throw UnfinishedFileError(TextOf(code), code);
 }
 
-// The name itself when there is nothing yet.
+// The name itself when there is nothing yet; of a link that leads to nothing yet, where it leads.
 std::string LinkTarget(const std::string& path) {
   const std::unique_ptr<char, void (*)(void*)> target(::realpath(path.c_str(), nullptr), std::free);
-  return target ? target.get() : path;
+  if (target) return target.get();
+  if (errno == ELOOP) Fail(ELOOP);
+  std::filesystem::path at = path;
+  // No circle: the system would have said so.
+  for (std::error_code end; !end;) {
+    const std::filesystem::path next = std::filesystem::read_symlink(at, end);
+    if (!end) at = at.parent_path() / next;
+  }
+  return at;
 }
 
 // What nobody has left who writes as we do; empty for what we may have left.

@@ -20,6 +20,8 @@ namespace tesk_audio {
 
 namespace {
 
+constexpr char kCutOff[] = "the file is shorter than its header says: it was cut off";
+
 std::string FormatName(int format) {
   if ((format & SF_FORMAT_SUBMASK) == SF_FORMAT_OPUS) return "Ogg Opus";
   switch (format & SF_FORMAT_TYPEMASK) {
@@ -104,9 +106,15 @@ bool IsUnderstood(const Mp3Scan& scan, const DecodedFormat& format) {
          scan.format->channels == format.channels;
 }
 
+// Of more than that nobody has so little left: what tells its length is damaged.
+bool TellsTooMuch(const Mp3Scan& scan) {
+  constexpr long long kTimes = 100;
+  return scan.isTagged && scan.taggedFrames > kTimes * scan.frames;
+}
+
 // Whether the library plays all that is there, or says by itself what is missing.
 bool IsLengthTrue(const Mp3Scan& scan, long long frames) {
-  if (scan.isTagged && !scan.isVbri) return scan.taggedFrames >= scan.frames;
+  if (scan.isTagged && !scan.isVbri) return scan.taggedFrames >= scan.frames && !TellsTooMuch(scan);
   const long long found = scan.frames * scan.format->Samples();
   // Between the pieces of what is damaged there may be more than was found.
   return !scan.isVbri && (frames == found || (frames > found && scan.hasGaps));
@@ -188,6 +196,7 @@ void SndfileDecoder::PlayAllOfMp3_(bool isOpen) {
   if (scan.tagsInside > 0) {
     warnings_.push_back("several MP3s follow each other in this file; they are played as one");
   }
+  if (TellsTooMuch(scan)) warnings_.emplace_back(kCutOff);
   hasGaps_ = scan.hasGaps && scan.taggedFrames < scan.frames;
   if (isOpen && IsLengthTrue(scan, format_.frames)) return;
   sound_.reset();
@@ -210,7 +219,7 @@ void SndfileDecoder::Refuse_() {
 
 void SndfileDecoder::Inspect() {
   if (IsCutOff(file_.Head(kClaimBytes), file_.Size())) {
-    warnings_.push_back("the file is shorter than its header says: it was cut off");
+    warnings_.emplace_back(kCutOff);
   }
   if (!format_.isOgg) return;
   const OggScan scan = ScanOgg(file_);

@@ -1,9 +1,14 @@
 #include "exc/file/unfinished_file.h"
 
 #include <gtest/gtest.h>
+#include <spawn.h>
+#include <sys/resource.h>
 #include <sys/stat.h>
+#include <sys/syscall.h>
+#include <sys/wait.h>
 #include <unistd.h>
 
+#include <array>
 #include <atomic>
 #include <cerrno>
 #include <filesystem>
@@ -16,6 +21,19 @@
 
 #include "exc/file/unfinished_file_error.h"
 #include "tests/support/temporary_folder.h"
+
+namespace {
+
+// What another program may do meanwhile.
+std::function<void()> beforeItIsLocked;
+
+}  // namespace
+
+// In the place of the system's.
+extern "C" int flock(int file, int operation) {
+  if (beforeItIsLocked) beforeItIsLocked();
+  return static_cast<int>(::syscall(SYS_flock, file, operation));
+}
 
 namespace exc {
 namespace {
@@ -130,6 +148,91 @@ TEST_F(Unfinished, LeavesALinkThatIsItsName) {
   EXPECT_EQ(WhyNotWritten(), "done");
   EXPECT_TRUE(fs::is_symlink(path));
   EXPECT_EQ(Content(folder.Path("target")), "ours");
+}
+
+TEST_F(Unfinished, LeavesALinkThatLeadsToNothingYet) {
+  fs::create_directory(folder.Path("shelf"));
+  fs::create_symlink("second", folder.Path("shelf/first"));
+  fs::create_symlink("shelf/first", path);
+  EXPECT_EQ(WhyNotWritten(), "done");
+  EXPECT_TRUE(fs::is_symlink(path));
+  EXPECT_TRUE(fs::is_symlink(folder.Path("shelf/first")));
+  EXPECT_EQ(Content(folder.Path("shelf/second")), "ours");
+}
+
+TEST_F(Unfinished, IsNoCircleOfLinks) {
+  fs::create_symlink("out", path);
+  EXPECT_EQ(WhyNotWritten(), "Too many levels of symbolic links " + std::to_string(ELOOP));
+  EXPECT_TRUE(fs::is_symlink(path));
+}
+
+// A program that runs until it is let go of.
+class Running {
+ public:
+  explicit Running(const std::string& program) {
+    EXPECT_EQ(::pipe(input_.data()), 0);
+    posix_spawn_file_actions_t streams;
+    ::posix_spawn_file_actions_init(&streams);
+    ::posix_spawn_file_actions_adddup2(&streams, input_[0], STDIN_FILENO);
+    ::posix_spawn_file_actions_addclose(&streams, input_[1]);
+    std::string name = program;
+    std::array<char*, 2> arguments{name.data(), nullptr};
+    EXPECT_EQ(::posix_spawn(&process_, name.c_str(), &streams, nullptr, arguments.data(), environ), 0);
+    ::posix_spawn_file_actions_destroy(&streams);
+  }
+  ~Running() {
+    ::close(input_[0]);
+    ::close(input_[1]);
+    ::waitpid(process_, nullptr, 0);
+  }
+  Running(const Running&) = delete;
+  Running& operator=(const Running&) = delete;
+
+ private:
+  std::array<int, 2> input_{-1, -1};
+  pid_t process_ = -1;
+};
+
+// Nobody may write into a program that runs, not even who may do everything.
+TEST_F(Unfinished, SaysWhyWhatIsThereCannotBeOpened) {
+  fs::copy_file("/bin/cat", part);
+  const Running program(part);
+  EXPECT_EQ(WhyNotWritten(),
+            part +
+                " cannot be opened (Text file busy), as it is called until it is complete; remove that, or "
+                "choose another name");
+  EXPECT_GT(fs::file_size(part), 0U);
+}
+
+// The second descriptor, by which a file system tells that the bytes found no place.
+TEST_F(Unfinished, ThatCannotBeAskedWhetherItIsWholeTakesNoName) {
+  {
+    UnfinishedFile file(path);
+    rlimit before{};
+    ASSERT_EQ(::getrlimit(RLIMIT_NOFILE, &before), 0);
+    const rlimit none{3, before.rlim_max};
+    ASSERT_EQ(::setrlimit(RLIMIT_NOFILE, &none), 0);
+    const std::string why = WhyNot([&] { file.Commit(); });
+    ASSERT_EQ(::setrlimit(RLIMIT_NOFILE, &before), 0);
+    EXPECT_EQ(why, "Invalid argument " + std::to_string(EINVAL));
+  }
+  EXPECT_FALSE(fs::exists(path));
+  EXPECT_FALSE(fs::exists(part));
+}
+
+TEST_F(Unfinished, WhoseNameIsTakenEveryTimeGivesUp) {
+  std::ofstream(folder.Path("theirs")) << "theirs";
+  int taken = 0;
+  beforeItIsLocked = [&] {
+    ++taken;
+    fs::copy_file(folder.Path("theirs"), folder.Path("next"));
+    fs::rename(folder.Path("next"), part);
+  };
+  const std::string why = WhyNotWritten();
+  beforeItIsLocked = nullptr;
+  EXPECT_EQ(why, "other programs keep taking its name; choose another name");
+  EXPECT_EQ(taken, 100);
+  EXPECT_EQ(Content(part), "theirs");
 }
 
 TEST_F(Unfinished, ThatSomebodyReplacedTakesNoName) {

@@ -206,4 +206,13 @@ TEST_F(Mp3Length, WhatIsCutOffIsStillCountedAgainstTheLengthThatItTells) {
                                 " of 100000 frames could be decoded.\n");
 }
 
+TEST_F(Mp3Length, OneThatCannotBeIsNotBelieved) {
+  const Mp3Parts song = Song();
+  const std::vector<float> whole = Heard(song.Whole());
+  for (const std::uint32_t count : {9'500U, 0x7FFFFFFFU, 0xFFFFFFFFU}) {
+    EXPECT_EQ(Heard(song.WithCount(count), "the file is shorter than its header says: it was cut off"), whole)
+        << count;
+  }
+}
+
 }  // namespace
