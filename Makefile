@@ -15,7 +15,7 @@ SANITIZED := $(ENGINE_TESTS) lock_order_test stress_test reference_core_test ref
 # What runs under the thread sanitizer besides: devices and the live output; and under the address sanitizer: devices,
 # loaders that fail, disks that are full, and every input that has ever broken a fuzz target.
 LIVE_TESTS := audio_output_test audio_device_test audio_jack_test live_show_test
-DEVICE_TESTS := audio_output_test audio_device_test audio_desktop_test audio_jack_test audio_pulse_test
+DEVICE_TESTS := audio_output_test audio_gate_test audio_device_test audio_desktop_test audio_jack_test audio_pulse_test
 FAILURE_TESTS := audio_encode_test audio_player_threads_test fuzz_regression_test
 # The engine is covered by its own tests alone: what only a whole show reaches counts as not covered.
 COVERED := $(ENGINE_TESTS) player_wrapper_test

@@ -3,7 +3,7 @@
 #include <cerrno>
 #include <ctime>
 
-#include "reference_suite/audio/output/timed_condition.h"
+#include "reference_suite/audio/output/monotonic_now.h"
 
 namespace tesk_audio {
 

@@ -2,7 +2,7 @@
 
 namespace tesk_audio {
 
-// Nanoseconds of the monotonic clock, which no clock setting moves; MonotonicNow reads it.
+// Nanoseconds of the clock that MonotonicNow reads.
 void SleepUntil(long long time);
 void SleepFor(long long nanoseconds);
 

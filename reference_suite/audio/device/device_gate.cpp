@@ -4,7 +4,7 @@
 #include <cmath>
 
 #include "reference_suite/audio/device/device_clock.h"
-#include "reference_suite/audio/output/timed_condition.h"
+#include "reference_suite/audio/output/monotonic_now.h"
 
 namespace tesk_audio {
 

@@ -6,7 +6,7 @@
 #include "reference_suite/audio/device/device_clock.h"
 #include "reference_suite/audio/device/start_thread.h"
 #include "reference_suite/audio/encode/sound_file_error.h"
-#include "reference_suite/audio/output/timed_condition.h"
+#include "reference_suite/audio/output/monotonic_now.h"
 #include "reference_suite/audio/text/keep_words.h"
 #include "reference_suite/audio/text/shown_path.h"
 #include "suite/utility/thread_names.h"

@@ -6,7 +6,7 @@
 
 #include "reference_suite/audio/device/device_clock.h"
 #include "reference_suite/audio/device/start_thread.h"
-#include "reference_suite/audio/output/timed_condition.h"
+#include "reference_suite/audio/output/monotonic_now.h"
 #include "suite/utility/thread_names.h"
 
 namespace tesk_audio {

@@ -18,6 +18,7 @@
 #include "reference_suite/audio/output/frame_ring.h"
 #include "reference_suite/audio/output/load_meter.h"
 #include "reference_suite/audio/output/meter_news.h"
+#include "reference_suite/audio/output/monotonic_now.h"
 #include "reference_suite/audio/output/output_meters.h"
 #include "reference_suite/audio/output/output_settings.h"
 #include "reference_suite/audio/output/render_step.h"

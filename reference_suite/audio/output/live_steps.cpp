@@ -6,6 +6,7 @@
 #include "exc/lock/scope_lock.h"
 #include "reference_suite/audio/output/go_on_attacca.h"
 #include "reference_suite/audio/output/live_sample_output.h"
+#include "reference_suite/audio/output/monotonic_now.h"
 #include "reference_suite/audio/text/keep_words.h"
 #include "suite/core/tesk_log_exception.h"
 

@@ -3,6 +3,7 @@
 #include "reference_suite/audio/output/format_fit.h"
 #include "reference_suite/audio/output/frames_of.h"
 #include "reference_suite/audio/output/live_sample_output.h"
+#include "reference_suite/audio/output/monotonic_now.h"
 
 namespace tesk_audio {
 

@@ -6,6 +6,7 @@
 #include "exc/lock/scope_lock.h"
 #include "reference_suite/audio/device/start_thread.h"
 #include "reference_suite/audio/output/live_sample_output.h"
+#include "reference_suite/audio/output/monotonic_now.h"
 #include "suite/audio/errors.h"
 #include "suite/core/callback_dispatcher.h"
 #include "suite/core/notification_names.h"

@@ -2,6 +2,8 @@
 
 #include <ctime>
 
+#include "reference_suite/audio/output/monotonic_now.h"
+
 namespace tesk_audio {
 
 namespace {
@@ -36,12 +38,6 @@ void TimedCondition::WaitFor(exc::ScopeLock& lock, long long nanoseconds) {
 
 void TimedCondition::WakeAll() {
   pthread_cond_broadcast(&condition_);
-}
-
-long long MonotonicNow() {
-  timespec now{};
-  ::clock_gettime(CLOCK_MONOTONIC, &now);
-  return now.tv_sec * kNanosecondsPerSecond + now.tv_nsec;
 }
 
 }  // namespace tesk_audio

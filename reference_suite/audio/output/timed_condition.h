@@ -26,7 +26,4 @@ class TimedCondition {
   pthread_cond_t condition_;
 };
 
-// Nanoseconds of the monotonic clock.
-long long MonotonicNow();
-
 }  // namespace tesk_audio

@@ -8,7 +8,7 @@
 #include <string>
 #include <vector>
 
-#include "reference_suite/audio/output/timed_condition.h"
+#include "reference_suite/audio/output/monotonic_now.h"
 #include "suite/audio/errors.h"
 #include "tests/reference_suite/audio/support/await.h"
 #include "tests/reference_suite/audio/support/fake_soundio.h"

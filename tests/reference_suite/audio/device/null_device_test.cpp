@@ -7,7 +7,7 @@
 #include <chrono>
 #include <thread>
 
-#include "reference_suite/audio/output/timed_condition.h"
+#include "reference_suite/audio/output/monotonic_now.h"
 #include "suite/audio/errors.h"
 #include "tests/reference_suite/audio/support/await.h"
 #include "tests/support/no_threads.h"

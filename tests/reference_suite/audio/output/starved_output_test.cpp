@@ -16,6 +16,7 @@
 #include "reference_suite/audio/device/jack_device.h"
 #include "reference_suite/audio/device/resilient_device.h"
 #include "reference_suite/audio/output/live_sample_output.h"
+#include "reference_suite/audio/output/monotonic_now.h"
 #include "tests/reference_suite/audio/support/await.h"
 #include "tests/reference_suite/audio/support/device_changes.h"
 #include "tests/reference_suite/audio/support/scripted_player.h"
