@@ -94,8 +94,7 @@ class Performance {
   bool AskToQuit_(const std::string& key) {
     if (!live_.IsUnderWay() || Seconds_() < quitUntil_) return true;
     quitUntil_ = Seconds_() + 5.0;
-    const std::string state = live_.IsPlaying() ? "playing" : live_.GetStatus().state;
-    display_.Message(state + ": " + key + " once more ends it");
+    display_.Message(live_.GetStatus().state + ": " + key + " once more ends it");
     return false;
   }
 

@@ -14,6 +14,7 @@ namespace host_tests {
 namespace {
 
 using testing::HasSubstr;
+using testing::Not;
 
 TEST(Play, WithoutATerminalPlaysTheShowThroughAndEnds) {
   ShowFiles files;
@@ -242,6 +243,17 @@ TEST(Play, CtrlCAsksOnceWhilePlayingAndEndsTheSecondTime) {
   EXPECT_THAT(Last(run.messages), HasSubstr("240 bpm   stopped   next: 61.1 end"))
       << "nothing plays any more";
   EXPECT_THAT(run.out, HasSubstr("\"state\": \"stopped\""));
+}
+
+TEST(Play, CtrlCNeverAsksAsIfSomebodyHeardIt) {
+  ShowFiles files;
+  files.AddSong("1", "Waltz", 60);
+  RunningOrbel running({"play", files.Show(), "--output", "jack", "--device", "nobody_is_called_so"});
+  ASSERT_TRUE(running.Says("recovering   next: 61.1 end"));
+  running.Signal(SIGINT);
+  ASSERT_TRUE(running.Says("recovering: Ctrl-C once more ends it"));
+  running.Signal(SIGINT);
+  EXPECT_THAT(running.WaitForEnd().messages, Not(HasSubstr("playing")));
 }
 
 TEST(Play, AHangUpDoesNotEndIt) {
