@@ -136,7 +136,7 @@ void Live::ActAlone_(double now) {
     const bool atCaesura = session_.IsWaiting();
     // It stands at its end: that it has ended is told in a moment. A caesura may lie there too, and is left.
     const bool atEnd = session_.GetTick() >= session_.GetClock().GetEndTick();
-    if (!directions_.script && atEnd && !atCaesura) return;
+    if (atEnd && !atCaesura && (!directions_.script || session_.IsToldToHaveEndedSoon())) return;
     double silence = 0.0;
     if (conductor_.LookWhileStanding(atCaesura, now, &silence) == Conductor::Standing::ScriptEnds) {
       if (!attended_) EndWith_(kDone, "the script ends here");

@@ -62,6 +62,8 @@ class Session {
   bool IsLoading() const;
   // The song has come to its end, and nobody has done anything since.
   bool HasEnded() const { return ended_; }
+  // Playback has come to a stand by itself, which the player knows a moment before listeners are told.
+  bool IsToldToHaveEndedSoon() const { return played_ && !ended_ && !IsPlaying() && !IsPaused(); }
   // Playback stands at a caesura.
   bool IsWaiting() const;
   TickIndex GetTick() const;

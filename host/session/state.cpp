@@ -29,8 +29,7 @@ TickIndex Session::GetTick() const {
 TickIndex Session::GetHeardTick() const {
   if (leftAt_) return *leftAt_;
   const notify::PositionUpdate heard = events_.GetPosition();
-  // The player knows it a moment before listeners are told.
-  const bool hasEnded = ended_ || (played_ && !IsPlaying() && !IsPaused());
+  const bool hasEnded = ended_ || IsToldToHaveEndedSoon();
   const bool isTold = !hasEnded && !IsWaiting() && heard.songNumber == GetSongNumber();
   return isTold ? heard.tickIndex : GetTick();
 }

@@ -47,6 +47,20 @@ TEST(Play, AtTheEndItTellsWhereTheLastSongHasEnded) {
   }
 }
 
+// A long script is looked through at every look, so that the end often comes in the middle of one.
+TEST(Play, AScriptThatHasNothingLeftEndsWhenTheSongIsToldToHaveEnded) {
+  ShowFiles files;
+  files.AddSong("1", "Waltz", 1);
+  std::string script;
+  for (int i = 0; i < 20'000; ++i) script += "at 1.1 pass 99 go\n";
+  files.Write("../nothing.txt", script);
+  for (int i = 0; i < 6; ++i) {
+    const Ended run = Orbel({"play", files.Show(), "--output", "file", "--device", files.Beside("take.wav"),
+                             "--json", "--script", files.Beside("nothing.txt")});
+    EXPECT_THAT(run.out, HasSubstr("\"state\": \"ended\""));
+  }
+}
+
 // Where nobody sits at the keys it is left like any other.
 TEST(Play, BehindACaesuraAtTheEndOfASongTheNextFollows) {
   ShowFiles files;
