@@ -63,7 +63,7 @@ bool GuiUpdate::State::WaitForTurn(long long* nextTurn, UpdateNumber* number) {
 void GuiUpdate::State::TakeTurn(UpdateNumber number) noexcept {
   try {
     unsigned tick = 0;
-    if (audibleTick(&tick) && Show(number, tick, false)) SendShown();
+    if (audibleTick(&tick) && !IsOfSongBefore(tick) && Show(number, tick, false)) SendShown();
     lastError.clear();
   } catch (const std::exception& exception) {
     ReportOnce(exception.what());

@@ -68,6 +68,7 @@ unsigned GuiUpdate::GetTickIndex() {
 void GuiUpdate::SetSong(const tesk_midi::SongData* song) {
   SongPositions positions(song);
   exc::ScopeLock scope(state_->lock);
+  if (state_->song.HasSong()) state_->lastOfSongBefore = state_->shownTick;
   state_->song = std::move(positions);
 }
 
@@ -97,6 +98,12 @@ bool GuiUpdate::State::Show(UpdateNumber number, unsigned tick, bool alsoWhenUnc
   shownPosition = song.HasSong() ? song.GetPosition(tick, player.GetShowControl().GetHowToPlay())
                                  : song.GetPosition(tick);
   return true;
+}
+
+bool GuiUpdate::State::IsOfSongBefore(unsigned tick) {
+  exc::ScopeLock scope(lock);
+  if (lastOfSongBefore != tick) lastOfSongBefore.reset();
+  return lastOfSongBefore.has_value();
 }
 
 void GuiUpdate::State::SendShown() {

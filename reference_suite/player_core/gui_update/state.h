@@ -3,6 +3,7 @@
 #include <pthread.h>
 
 #include <functional>
+#include <optional>
 #include <string>
 #include <thread>
 #include <utility>
@@ -36,6 +37,8 @@ struct GuiUpdate::State {
   // Shows `tick` unless something newer is shown. False when nothing is to be sent.
   bool Show(UpdateNumber number, unsigned tick, bool alsoWhenUnchanged);
   void SendShown();
+  // Whether the listener still hears the end of the song before, into the bars of which the tick belongs.
+  bool IsOfSongBefore(unsigned tick);
 
   // ---- generator.cpp: the thread ---------------------------------------------------------------
   void Run() noexcept;
@@ -58,6 +61,7 @@ struct GuiUpdate::State {
   UpdateNumber lastBegun EXC_GUARDED_BY(lock) = 0;
   UpdateNumber lastShown EXC_GUARDED_BY(lock) = 0;
   unsigned shownTick EXC_GUARDED_BY(lock) = 0;
+  std::optional<unsigned> lastOfSongBefore EXC_GUARDED_BY(lock);  // until the listener has come further
   notify::PositionUpdate shownPosition EXC_GUARDED_BY(lock);
   SongPositions song EXC_GUARDED_BY(lock);
 };

@@ -127,6 +127,29 @@ TEST_F(Generator, WhileNothingPlaysTheShownTickStays) {
   EXPECT_EQ(update.GetTickIndex(), 500U);
 }
 
+// The query stays with it until the listener has heard it to its end.
+TEST_F(Generator, TheLastPlaceOfASongIsNotToldAsOneOfTheNext) {
+  update.SetSong(&stage.control.GetCurrentSongData());
+  Answer(960, true);
+  update.StartUpdateGenerator();
+  update.Unpause();
+  ASSERT_TRUE(WaitUntil([&] { return update.GetTickIndex() == 960; }));
+  update.Pause();
+  PositionListener listener;
+  update.SetSong(&stage.control.GetCurrentSongData());
+  update.ResetAndSeekToTickIndex(0);
+  const int before = queries;
+  update.Unpause();
+  ASSERT_TRUE(WaitUntil([&] { return queries > before + 3; }));
+  EXPECT_EQ(listener.GetTicks(), Ticks{0});
+  for (const unsigned tick : {5U, 960U}) {
+    Answer(tick, true);
+    EXPECT_TRUE(WaitUntil([&] { return update.GetTickIndex() == tick; }));
+  }
+  update.Pause();
+  EXPECT_EQ(listener.GetTicks(), (Ticks{0, 5, 960}));
+}
+
 TEST_F(Generator, NothingIsAskedWhilePaused) {
   update.StartUpdateGenerator();
   update.Unpause();
