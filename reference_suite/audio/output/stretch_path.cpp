@@ -224,10 +224,12 @@ void StretchPath::BeginStream_(const Place& place, const StretchFactors& wanted)
     ReadAt(place.index - static_cast<long long>(level_.GetFrames()), level_.Before(), level_.GetFrames());
   }
   const bool begins = ending == 0 || place.isNextSong;
+  // Where the song goes on, an attack is in what goes out already, whole and in its place.
+  const bool hasAttack = goesOn && !(stream_->IsActive() && stream_->IsSilencedAt(place.index));
   if (begins) TakeBeginning_(place.index, length, ending == 0);
   late_.Cancel();
   stream_->Start(place.index, wanted, reach_, stop_);
-  if (!begins) LayAttackOver_(stream_->GetFirstAttack(), place.index, length);
+  if (!begins && !hasAttack) LayAttackOver_(stream_->GetFirstAttack(), place.index, length);
   JoinStream_(place.index, length, begins || place.index != place.before ? near_ : reach_);
   levels_ = 0;
   if (isLevel && stream_->KeepsLevel()) SeeAround_(place.index);
@@ -322,10 +324,18 @@ void StretchPath::LayAttackOver_(long long known, long long index, std::size_t l
   const double rise = std::max(goesOn ? lead : 1.0, until - from);
   const float* recorded = incoming_.data();
   float* out = fade_.Outgoing();
+  // What goes out may hold the same attack: together they are to be as loud as one.
+  const auto first = static_cast<std::size_t>(from);
+  const double alike = std::max(0.0, Correlation(out + first * channels_, recorded + first * channels_,
+                                                 std::min(lead_, length - first) * channels_));
   for (std::size_t i = 0; i < length; ++i) {
     const double way = static_cast<double>(i) + 1.0 - from;
-    const auto in = static_cast<float>(std::sin(kQuarter * std::clamp(way / rise, 0.0, 1.0)));
-    const auto rest = static_cast<float>(std::cos(kQuarter * std::clamp(way / lead, 0.0, 1.0)));
+    const double rises = std::sin(kQuarter * std::clamp(way / rise, 0.0, 1.0));
+    const double falls = std::cos(kQuarter * std::clamp(way / lead, 0.0, 1.0));
+    const double both = rises + falls;
+    const double level = 1.0 / std::sqrt(1.0 + alike * (both * both - 1.0));
+    const auto in = static_cast<float>(level * rises);
+    const auto rest = static_cast<float>(level * falls);
     for (unsigned channel = 0; channel < channels_; ++channel, ++out) *out = *out * rest + *recorded++ * in;
   }
 }

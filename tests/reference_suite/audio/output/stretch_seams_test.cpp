@@ -8,6 +8,7 @@
 
 namespace {
 
+using tesk_audio::StretchFactors;
 using tesk_audio::StretchQuality;
 
 struct Change {
@@ -240,6 +241,68 @@ std::vector<float> HeardOfAJump(double crossfadeMs, StretchQuality quality) {
                  crossfadeMs, 0.0, 48000.0, 1, quality);
   run.Play();
   return run.heard;
+}
+
+// Notes of half a second over a low tone.
+std::shared_ptr<const std::vector<float>> Notes(std::size_t frames) {
+  auto sound = std::make_shared<std::vector<float>>(frames);
+  for (std::size_t i = 0; i < frames; ++i) {
+    const double time = static_cast<double>(i) / 48000.0;
+    const double note = 0.25 * std::exp(-6.0 * std::fmod(time, 0.5)) * std::sin(2.0 * M_PI * 440.0 * time);
+    (*sound)[i] = static_cast<float>(note + 0.1 * std::sin(2.0 * M_PI * 220.0 * time));
+  }
+  return sound;
+}
+
+float Peak(const std::vector<float>& heard, std::size_t from, std::size_t to) {
+  float peak = 0.0F;
+  for (std::size_t i = from; i < to; ++i) peak = std::max(peak, std::fabs(heard[i]));
+  return peak;
+}
+
+constexpr float kDecibel = 1.122F;
+
+// Tempo and key change where notes begin: neither what goes out nor what comes in is without the attack.
+TEST_P(SeamsOfEngines, AnAttackAtAChangeIsAsLoudAsElsewhere) {
+  constexpr std::size_t kFrames = 28'000;
+  const auto sound = Notes(kFrames);
+  const float recorded = Peak(*sound, 0, kFrames);
+  constexpr double kMost = 0.02;  // the music's own, in the highest key
+  for (const Change& change :
+       {Change{1.0, 0, 1.1, 0}, Change{1.0, 0, 1.0, 2}, Change{1.1, 0, 0.9, 0}, Change{1.0, -2, 1.0, 2}}) {
+    for (const long long behind : {-20LL, 0LL, 60LL}) {
+      const long long at = 24'000 - behind;
+      AudibleRun run(Songs{{.frames = kFrames,
+                            .scales = {{0, change.scale}, {at, change.thenScale}},
+                            .transpositions = {{0, change.semitones}, {at, change.thenSemitones}},
+                            .sound = sound}},
+                     5.0, 0.0, 48000.0, 1, GetParam());
+      run.Play();
+      const auto seam = static_cast<std::size_t>(run.PlacesOf(at).at(0));
+      EXPECT_LE(Peak(run.heard, seam - 240, seam + 720), kDecibel * recorded)
+          << testing::PrintToString(change) << ", " << behind << " frames before the attack";
+      EXPECT_LE(LargestStep(run.heard, seam - 240, seam + 720), 1.2 * kMost)
+          << testing::PrintToString(change) << ", " << behind << " frames before the attack";
+    }
+  }
+}
+
+// A passage played again, from a note on to another: both are there.
+TEST_P(SeamsOfEngines, AnAttackAtAJumpIsAsLoudAsElsewhere) {
+  constexpr std::size_t kFrames = 52'000;
+  const auto sound = Notes(kFrames);
+  for (const StretchFactors factors : {StretchFactors{0.97, 0}, {1.1, 0}, {1.0, 2}}) {
+    AudibleRun run(Songs{{.frames = kFrames,
+                          .jumps = {{48'000, {24'000}}},
+                          .scales = {{0, factors.scale}},
+                          .transpositions = {{0, factors.semitones}},
+                          .sound = sound}},
+                   5.0, 0.0, 48000.0, 1, GetParam());
+    run.Play();
+    const auto jump = static_cast<std::size_t>(run.PlacesOf(24'000).at(1));
+    EXPECT_LE(Peak(run.heard, jump - 240, jump + 720), kDecibel * Peak(*sound, 0, kFrames))
+        << factors.scale << ", " << factors.semitones;
+  }
 }
 
 TEST_P(SeamsOfEngines, AStretchedJumpIsASeamOfFiveMillisecondsWhateverLessIsSaid) {
