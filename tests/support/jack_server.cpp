@@ -2,10 +2,12 @@
 
 #include <fcntl.h>
 #include <gtest/gtest.h>
+#include <poll.h>
 #include <signal.h>
 #include <spawn.h>
 #include <sys/file.h>
 #include <sys/prctl.h>
+#include <sys/syscall.h>
 #include <sys/wait.h>
 #include <unistd.h>
 
@@ -17,8 +19,25 @@ namespace test_support {
 
 namespace {
 
+// False when it has not ended by then. Where the system cannot tell, nothing is known to hang.
+bool EndsWithin(pid_t process, std::chrono::milliseconds patience) {
+  pollfd ended{static_cast<int>(::syscall(SYS_pidfd_open, process, 0)), POLLIN, 0};
+  if (ended.fd < 0) return true;
+  const int count = ::poll(&ended, 1, static_cast<int>(patience.count()));
+  ::close(ended.fd);
+  return count == 1;
+}
+
+// Killed when it has not ended by then.
+int StatusOf(pid_t process, std::chrono::milliseconds patience) {
+  if (!EndsWithin(process, patience)) ::kill(process, SIGKILL);
+  int status = -1;
+  ::waitpid(process, &status, 0);
+  return status;
+}
+
 // Asked by another program: an attempt that fails takes memory away from a client of this one whose server
-// has died, and that has not been closed yet.
+// has died, and that has not been closed yet. One that asks while the server starts may wait for ever.
 bool Answers(const std::string& server) {
   posix_spawn_file_actions_t silence;
   ::posix_spawn_file_actions_init(&silence);
@@ -30,8 +49,7 @@ bool Answers(const std::string& server) {
   pid_t process = -1;
   const int error = ::posix_spawnp(&process, "jack_lsp", &silence, nullptr, arguments, environ);
   ::posix_spawn_file_actions_destroy(&silence);
-  int status = -1;
-  return error == 0 && ::waitpid(process, &status, 0) == process && status == 0;
+  return error == 0 && StatusOf(process, std::chrono::seconds(5)) == 0;
 }
 
 }  // namespace
@@ -119,7 +137,7 @@ void JackServer::End(int signal) {
   if (process_ <= 0) return;
   Signal(SIGCONT);
   Signal(signal);
-  ::waitpid(process_, nullptr, 0);
+  StatusOf(process_, std::chrono::seconds(20));
   process_ = -1;
 }
 
