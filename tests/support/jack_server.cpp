@@ -37,7 +37,7 @@ int StatusOf(pid_t process, std::chrono::milliseconds patience) {
 }
 
 // Asked by another program: an attempt that fails takes memory away from a client of this one whose server
-// has died, and that has not been closed yet. One that asks while the server starts may wait for ever.
+// has died, and that has not been closed yet. One that gets no answer at all is given up, and asked again.
 bool Answers(const std::string& server) {
   posix_spawn_file_actions_t silence;
   ::posix_spawn_file_actions_init(&silence);

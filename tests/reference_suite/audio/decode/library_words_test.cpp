@@ -69,6 +69,7 @@ class LibraryWords : public testing::Test {
 
 TEST_F(LibraryWords, OnDamagedMp3sAreDropped) {
   const std::string words = Printed([this] { DecodeDamagedMp3s(); });
+  // Where nothing is printed there is nothing to drop, and a pass would prove nothing.
   if (words.empty()) GTEST_SKIP() << "this version of the library says nothing";
   tesk_audio::KeepLibrariesQuiet();
   EXPECT_EQ(Printed([this] { DecodeDamagedMp3s(); }), "");
