@@ -5,6 +5,7 @@
 #include <signal.h>
 #include <sys/syscall.h>
 #include <sys/wait.h>
+#include <termios.h>
 #include <unistd.h>
 
 #include <filesystem>
@@ -25,23 +26,20 @@ void SetWaits(int file, bool waits) {
   ::fcntl(file, F_SETFL, waits ? flags & ~O_NONBLOCK : flags | O_NONBLOCK);
 }
 
-// A pipe or a terminal in which there is no room. `written` is the program's end.
+// A pipe that is full, or a terminal that is stopped, as by Control-S: that one which was filled may have
+// room again, because the system moves what is in it on when it likes. `written` is the program's end.
 struct Full {
   enum class Kind { Pipe, Terminal };
   explicit Full(Kind kind) {
     int ends[2] = {-1, -1};
     const bool made = kind == Kind::Pipe ? ::pipe(ends) == 0
-                                         : ::openpty(&ends[0], &ends[1], nullptr, nullptr, nullptr) == 0;
+                                         : ::openpty(&ends[0], &ends[1], nullptr, nullptr, nullptr) == 0 &&
+                                               ::tcflow(ends[1], TCOOFF) == 0;
     if (!made) ::abort();
     read = ends[0];
     written = ends[1];
     SetWaits(read, false);
-    SetWaits(written, false);
-    const std::string words(4096, 'x');
-    for (std::size_t count = words.size(); count > 0;) {
-      if (::write(written, words.data(), count) < 0) count /= 2;
-    }
-    SetWaits(written, true);
+    if (kind == Kind::Pipe) Fill();
   }
   ~Full() {
     ::close(read);
@@ -50,6 +48,14 @@ struct Full {
   Full(const Full&) = delete;
   Full& operator=(const Full&) = delete;
 
+  void Fill() const {
+    SetWaits(written, false);
+    const std::string words(4096, 'x');
+    for (std::size_t count = words.size(); count > 0;) {
+      if (::write(written, words.data(), count) < 0) count /= 2;
+    }
+    SetWaits(written, true);
+  }
   std::string Read() const {
     std::string text;
     char bytes[4096];
