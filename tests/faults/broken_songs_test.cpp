@@ -155,7 +155,7 @@ TEST_F(BrokenSongs, AreLeftOutWhereAnAttaccaWouldRunIntoThemAndNamedOnce) {
   EXPECT_TRUE(orbel.Shows("Song 2 is left out."));
   EXPECT_TRUE(orbel.Shows("3 Galop   bar 1.1   240 bpm   stopped"));
   orbel.Type(" ");
-  EXPECT_TRUE(orbel.Shows("3 Galop   bar 1.2   240 bpm   playing"));
+  EXPECT_TRUE(orbel.ShowsLike("3 Galop   bar (?!1\\.1 )\\S+   240 bpm   playing"));
   orbel.Type("qq");
   EXPECT_EQ(orbel.WaitForEnd(), 0);
   EXPECT_EQ(Count(orbel.GetScreen(), "data/2 Polka.obd"), 1);
@@ -212,7 +212,7 @@ class BrokenSongsBehindAStand : public BrokenSongs {
     OrbelInATerminal orbel({"play", files_.Show(), "--output", "null"});
     ASSERT_TRUE(orbel.Shows("1 Waltz   bar 1.1   240 bpm   stopped"));
     orbel.Type(" ");
-    ASSERT_TRUE(orbel.Shows("1 Waltz   bar 1.2   240 bpm   playing"));
+    ASSERT_TRUE(orbel.ShowsLike("1 Waltz   bar (?!1\\.1 )\\S+   240 bpm   playing"));
     orbel.Type(keys);
     ASSERT_TRUE(orbel.Shows(stands));
     ASSERT_TRUE(HasThread(orbel.GetProcess(), "file_loader2"));
@@ -222,7 +222,7 @@ class BrokenSongsBehindAStand : public BrokenSongs {
     const std::size_t before = orbel.GetScreen().size();
     orbel.Type(" ");
     EXPECT_TRUE(orbel.Shows("Song 2 is left out."));
-    EXPECT_TRUE(orbel.Shows("1 Waltz   bar 3.1   240 bpm   playing"));
+    EXPECT_TRUE(orbel.ShowsLike("1 Waltz   bar (?!1\\.)\\S+   240 bpm   playing"));
     EXPECT_EQ(orbel.GetScreen().find("bar 1.1   240 bpm   playing", before), std::string::npos)
         << "it began at the start of the song";
     orbel.Type("qq");
@@ -285,7 +285,7 @@ TEST_F(ReplacedSongs, WithOtherChannelsAreNamedAndTheOthersPlay) {
   EXPECT_TRUE(orbel.Shows(kGalopHasChanged));
   EXPECT_TRUE(orbel.Shows("4 March   bar 1.1   240 bpm   stopped"));
   orbel.Type(" ");
-  EXPECT_TRUE(orbel.Shows("4 March   bar 1.2   240 bpm   playing"));
+  EXPECT_TRUE(orbel.ShowsLike("4 March   bar (?!1\\.1 )\\S+   240 bpm   playing"));
   orbel.Type("qq");
   EXPECT_EQ(orbel.WaitForEnd(), 0);
 }
@@ -322,7 +322,7 @@ TEST_F(ReplacedSongs, WithAnotherRateAreResampledAndPlay) {
   EXPECT_TRUE(orbel.Shows("3 Galop.obd: its 16000 Hz are resampled to 8000 Hz"));
   EXPECT_TRUE(orbel.Shows("3 Galop   bar 1.1   240 bpm   stopped"));
   orbel.Type(" ");
-  EXPECT_TRUE(orbel.Shows("3 Galop   bar 2.1   240 bpm   playing"));
+  EXPECT_TRUE(orbel.ShowsLike("3 Galop   bar (?!1\\.1 )\\S+   240 bpm   playing"));
   orbel.Type("qq");
   EXPECT_EQ(orbel.WaitForEnd(), 0);
 }

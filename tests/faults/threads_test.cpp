@@ -216,7 +216,7 @@ TEST_F(RefusedSongs, ThatAnAttaccaComesUponLeaveThePerformerToBeginTheNextSong) 
   EXPECT_TRUE(orbel.Shows("Song 2: running straight into it was broken off"));
   EXPECT_TRUE(orbel.Shows("2 Polka   bar 1.1   240 bpm   stopped"));
   orbel.Type(" ");
-  EXPECT_TRUE(orbel.Shows("2 Polka   bar 1.2   240 bpm   playing"));
+  EXPECT_TRUE(orbel.ShowsLike("2 Polka   bar (?!1\\.1 )\\S+   240 bpm   playing"));
   orbel.Type("qq");
   EXPECT_EQ(orbel.WaitForEnd(), 0);
 }

@@ -10,6 +10,7 @@
 
 #include <chrono>
 #include <cstdlib>
+#include <regex>
 
 namespace host_tests {
 
@@ -44,11 +45,28 @@ void OrbelInATerminal::Type(const std::string& keys) const {
 }
 
 bool OrbelInATerminal::Shows(const std::string& text) {
+  return ShowsWhat_([&] {
+    const std::size_t at = screen_.find(text, seen_);
+    return at == std::string::npos ? at : at + text.size();
+  });
+}
+
+bool OrbelInATerminal::ShowsLike(const std::string& pattern) {
+  const std::regex wanted(pattern);
+  return ShowsWhat_([&] {
+    std::smatch found;
+    const auto from = screen_.cbegin() + static_cast<std::ptrdiff_t>(seen_);
+    if (!std::regex_search(from, screen_.cend(), found, wanted)) return std::string::npos;
+    return static_cast<std::size_t>(found[0].second - screen_.cbegin());
+  });
+}
+
+bool OrbelInATerminal::ShowsWhat_(const std::function<std::size_t()>& find) {
   const auto deadline = std::chrono::steady_clock::now() + std::chrono::seconds(60);
   while (process_ > 0 && std::chrono::steady_clock::now() < deadline) {
-    const std::size_t at = screen_.find(text, seen_);
-    if (at != std::string::npos) {
-      seen_ = at + text.size();
+    const std::size_t end = find();
+    if (end != std::string::npos) {
+      seen_ = end;
       return true;
     }
     Read_();

@@ -2,6 +2,7 @@
 
 #include <sys/types.h>
 
+#include <functional>
 #include <string>
 #include <vector>
 
@@ -19,6 +20,9 @@ class OrbelInATerminal {
   // Whether the terminal shows `text` from now on; waits up to a minute for it. What came before is not
   // looked at again.
   bool Shows(const std::string& text);
+  // The same of a regular expression: what lasts only a moment, like a beat of a song, is never waited for by
+  // itself, because the program may have no turn in that moment.
+  bool ShowsLike(const std::string& pattern);
   // Whether the terminal echoes and waits for whole lines, as it did before the program.
   bool IsAsBefore() const;
   void CloseTerminal();
@@ -28,6 +32,8 @@ class OrbelInATerminal {
   const std::string& GetScreen() const { return screen_; }
 
  private:
+  // Until `find` returns where what is looked for ends on the screen.
+  bool ShowsWhat_(const std::function<std::size_t()>& find);
   void Read_();
 
   pid_t process_ = -1;

@@ -6,6 +6,11 @@
 namespace host_tests {
 namespace {
 
+// The bar that is shown before `words`, which begin there.
+int BarBefore(const std::string& screen, std::size_t words) {
+  return std::stoi(screen.substr(screen.rfind("bar ", words) + 4));
+}
+
 TEST(Terminal, NothingPlaysBeforeGoAndTheKeysDriveTheShow) {
   ShowFiles files;
   files.AddSong("1", "Waltz", 60, "[[vamp]]\nfrom = \"2\"\nto = \"40\"\n");
@@ -16,7 +21,7 @@ TEST(Terminal, NothingPlaysBeforeGoAndTheKeysDriveTheShow) {
                   "tempo   + - key   0 as written   q quit"));
   EXPECT_TRUE(orbel.Shows("1 Waltz   bar 1.1   240 bpm   stopped   next: 40.1 vamp back to 2.1"));
   orbel.Type(" ");
-  EXPECT_TRUE(orbel.Shows("bar 2.1   240 bpm   playing   next: 40.1 vamp back to 2.1"));
+  EXPECT_TRUE(orbel.ShowsLike("bar (?!1\\.)\\S+   240 bpm   playing   next: 40.1 vamp back to 2.1"));
   orbel.Type(" ");
   EXPECT_TRUE(orbel.Shows("go: the loop is left"));
   EXPECT_TRUE(orbel.Shows("playing   next: 61.1 end"));
@@ -46,14 +51,14 @@ TEST(Terminal, PausedItStandsWhereTheListenerIs) {
   OrbelInATerminal orbel({"play", files.Show(), "--output", "null", "--ahead", "2000"});
   EXPECT_TRUE(orbel.Shows("bar 1.1   240 bpm   stopped"));
   orbel.Type("p");
-  EXPECT_TRUE(orbel.Shows("bar 3.1   240 bpm   playing"));
+  ASSERT_TRUE(orbel.ShowsLike("bar (?!1\\.)\\S+   240 bpm   playing"));
   orbel.Type("p");
-  EXPECT_TRUE(orbel.Shows("   240 bpm   paused"));
+  ASSERT_TRUE(orbel.Shows("   240 bpm   paused"));
   const std::string& screen = orbel.GetScreen();
-  const std::size_t bar = screen.rfind("bar ", screen.find("bpm   paused"));
-  const int heard = std::stoi(screen.substr(bar + 4));
-  EXPECT_GE(heard, 3);
-  EXPECT_LE(heard, 4);
+  const std::size_t paused = screen.find("bpm   paused");
+  const int played = BarBefore(screen, screen.rfind("bpm   playing", paused));
+  EXPECT_GE(BarBefore(screen, paused), played);
+  EXPECT_LE(BarBefore(screen, paused), played + 1);
   orbel.Type("\x1b[D");
   EXPECT_TRUE(orbel.Shows("bar 1.1   240 bpm   ")) << "where a seek has led";
   orbel.Type("q");
@@ -67,14 +72,14 @@ TEST(Terminal, QuitWhilePlayingItStandsWhereTheListenerIs) {
   OrbelInATerminal orbel({"play", files.Show(), "--output", "null", "--ahead", "2000"});
   EXPECT_TRUE(orbel.Shows("bar 1.1   240 bpm   stopped"));
   orbel.Type("p");
-  EXPECT_TRUE(orbel.Shows("bar 3.1   240 bpm   playing"));
+  ASSERT_TRUE(orbel.ShowsLike("bar (?!1\\.)\\S+   240 bpm   playing"));
   orbel.Type("qq");
   EXPECT_EQ(orbel.WaitForEnd(), 0);
   const std::string& screen = orbel.GetScreen();
-  const std::size_t bar = screen.rfind("bar ", screen.rfind("bpm   stopped"));
-  const int heard = std::stoi(screen.substr(bar + 4));
-  EXPECT_GE(heard, 3);
-  EXPECT_LE(heard, 4);
+  const int played = BarBefore(screen, screen.rfind("bpm   playing"));
+  const int stopped = BarBefore(screen, screen.rfind("bpm   stopped"));
+  EXPECT_GE(stopped, played);
+  EXPECT_LE(stopped, played + 1);
 }
 
 TEST(Terminal, WhereNothingCanBeWrittenOverLinesStandUnderEachOther) {
@@ -114,15 +119,15 @@ TEST(Terminal, BehindTheLastPlaceRightSaysSoAndMovesNothing) {
 
 TEST(Terminal, ThePassOfAVampIsShownFromTheSecondOn) {
   ShowFiles files;
-  files.AddSong("1", "Waltz", 60, "[[vamp]]\nfrom = \"2\"\nto = \"3\"\n");
+  files.AddSong("1", "Waltz", 60, "[[vamp]]\nfrom = \"2\"\nto = \"4\"\n");
   OrbelInATerminal orbel({"play", files.Show(), "--output", "null"});
-  EXPECT_TRUE(orbel.Shows("stopped   next: 3.1 vamp back to 2.1\r\n"));
+  EXPECT_TRUE(orbel.Shows("stopped   next: 4.1 vamp back to 2.1\r\n"));
   orbel.Type("p");
-  EXPECT_TRUE(orbel.Shows("playing   next: 3.1 vamp back to 2.1\r\n"));
-  EXPECT_TRUE(orbel.Shows("playing   next: 3.1 vamp back to 2.1 (pass 2)\r\n"));
-  EXPECT_TRUE(orbel.Shows("playing   next: 3.1 vamp back to 2.1 (pass 3)\r\n"));
+  EXPECT_TRUE(orbel.Shows("playing   next: 4.1 vamp back to 2.1\r\n"));
+  EXPECT_TRUE(orbel.Shows("playing   next: 4.1 vamp back to 2.1 (pass 2)\r\n"));
+  EXPECT_TRUE(orbel.Shows("playing   next: 4.1 vamp back to 2.1 (pass 3)\r\n"));
   orbel.Type("s");
-  EXPECT_TRUE(orbel.Shows("stopped   next: 3.1 vamp back to 2.1\r\n"));
+  EXPECT_TRUE(orbel.Shows("stopped   next: 4.1 vamp back to 2.1\r\n"));
   orbel.Type("q");
   EXPECT_EQ(orbel.WaitForEnd(), 0);
 }
@@ -142,7 +147,7 @@ TEST(Terminal, TempoAndKeyAreTheKeysToo) {
   EXPECT_TRUE(orbel.Shows("transpose -1"));
   EXPECT_TRUE(orbel.Shows("237.6 bpm (x0.99) -1 semitone   stopped"));
   orbel.Type("p");
-  EXPECT_TRUE(orbel.Shows("bar 2.1   237.6 bpm (x0.99) -1 semitone   playing"));
+  EXPECT_TRUE(orbel.ShowsLike("bar (?!1\\.)\\S+   237.6 bpm \\(x0.99\\) -1 semitone   playing"));
   orbel.Type("0");
   EXPECT_TRUE(orbel.Shows("tempo and key as written"));
   EXPECT_TRUE(orbel.Shows("240 bpm   playing"));
@@ -175,7 +180,7 @@ TEST(Terminal, ACaesuraWaitsForGo) {
   orbel.Type(" ");
   EXPECT_TRUE(orbel.Shows("the show is over; p plays the last song again"));
   orbel.Type("p");
-  EXPECT_TRUE(orbel.Shows("playing"));
+  EXPECT_TRUE(orbel.Shows("bar 1.3   240 bpm   waiting at a caesura")) << "from the start to there";
   orbel.Type("qq");
   EXPECT_EQ(orbel.WaitForEnd(), 0);
 }
