@@ -74,7 +74,7 @@ TEST_F(Surroundings, AClockThatJumpsByHoursChangesNothing) {
   const Ended run = Orbel({"play", files_.Show(), "--caesura-silence", "0.3"});
   const auto took = std::chrono::steady_clock::now() - begin;
   EXPECT_EQ(run.status, 0) << run.messages;
-  EXPECT_THAT(run.messages, HasSubstr("2 Polka   bar 1.1"));
+  EXPECT_THAT(run.messages, HasSubstr("2 Polka   bar "));
   EXPECT_GE(took, std::chrono::milliseconds(2000)) << "two songs of a second each";
   EXPECT_LT(took, std::chrono::minutes(5));
 }
@@ -159,7 +159,7 @@ TEST_F(Surroundings, GermanNumbersAreReadAndWrittenAlike) {
 
 TEST_F(Surroundings, TheSameShowPlayedTwiceDisturbsNobody) {
   RunningOrbel playing({"play", files_.Show()});
-  ASSERT_TRUE(playing.Says("1 Waltz   bar 1.1"));
+  ASSERT_TRUE(playing.Says("1 Waltz   bar "));
   const Ended render = Orbel({"render", files_.Show(), "-o", files_.Beside("out.wav")});
   EXPECT_EQ(render.status, 0) << render.messages;
   const Ended second = Orbel({"play", files_.Show()});

@@ -58,7 +58,7 @@ TEST_P(RefusedThread, OnceIsAskedForAgainAndTheShowPlays) {
   ExpectEndedInWords(run);
   EXPECT_EQ(CountRefusals(), 1U);
   EXPECT_EQ(run.status, 0) << run.messages;
-  for (const char* song : {"1 Waltz   bar 1.1", "2 Polka   bar 1.1", "3 Galop   bar 1.1"}) {
+  for (const char* song : {"1 Waltz   bar ", "2 Polka   bar ", "3 Galop   bar "}) {
     EXPECT_THAT(run.messages, HasSubstr(song));
   }
 }
@@ -156,7 +156,7 @@ TEST_P(SeveralRefusedSongs, AreToldWithTheirNumbersAndFilesAndTheRestPlays) {
   EXPECT_GT(CountRefusals(), 0U);
   EXPECT_EQ(run.status, 0) << run.messages;
   for (const char* song : {"1", "2", "3", "4"}) {
-    const auto played = HasSubstr(NameOf(song) + "   bar 1.1");
+    const auto played = HasSubstr(NameOf(song) + "   bar ");
     const auto leftOut = HasSubstr("Song " + std::string(song) + " is left out");
     if (refused.find(song) != std::string::npos) {
       EXPECT_THAT(run.messages, HasSubstr(WhyLeftOut(song)));
@@ -319,8 +319,8 @@ TEST_F(RefusedThreads, OfTheMeterLeavesThePeaksRight) {
   EXPECT_THAT(run.messages, HasSubstr("The meter of the audio output cannot start its thread"));
   const std::size_t second = run.messages.find("2 Polka   bar");
   ASSERT_NE(second, std::string::npos) << run.messages;
-  EXPECT_THAT(run.messages.substr(second), HasSubstr("  peak "));
-  EXPECT_THAT(run.messages.substr(second), testing::Not(HasSubstr("  peak -99")));
+  // Of what has sounded since the look before, which can be nothing on a busy machine now and then.
+  EXPECT_THAT(run.messages.substr(second), testing::ContainsRegex("  peak -[1-8][0-9] dB"));
 }
 
 }  // namespace

@@ -10,6 +10,7 @@
 #include "tests/faults/circumstances.h"
 #include "tests/host/show_files.h"
 #include "tests/host/terminal_program.h"
+#include "tests/support/wait_until.h"
 
 namespace faults {
 namespace {
@@ -23,12 +24,19 @@ class Waits : public testing::Test {
  protected:
   // What comes behind the first tenth of a megabyte of that song's audio is held back from now on.
   Environment Holding(const std::string& song) const {
-    return Refusing({{"ORBEL_HOLD_READ", song + ":100000"}, {"ORBEL_HOLD_UNTIL", gate_}});
+    return Refusing({{"ORBEL_HOLD_READ", song + ":100000"},
+                     {"ORBEL_HOLD_UNTIL", gate_},
+                     {"ORBEL_COUNT_HELD", held_}});
+  }
+  // Decoding that has not come as far is broken off before anybody has to wait for it.
+  bool IsHeld() const {
+    return test_support::WaitUntil([this] { return !host_tests::ReadText(held_).empty(); });
   }
   void LetGo() const { std::ofstream(gate_) << "go"; }
 
   ShowFiles files_;
   const std::string gate_ = files_.Beside("gate");
+  const std::string held_ = files_.Beside("held");
 };
 
 TEST_F(Waits, ASongThatIsSteppedToIsNamedWhileItIsWaitedFor) {
@@ -66,6 +74,7 @@ TEST_F(Waits, ASongThatIsLeftBehindIsNamedWhileItsLoaderIsWaitedFor) {
   ASSERT_TRUE(orbel.Shows("1 Waltz   bar 1.1   240 bpm   stopped"));
   orbel.Type("n");
   ASSERT_TRUE(orbel.Shows("2 Polka   bar 1.1   240 bpm   stopped"));
+  ASSERT_TRUE(IsHeld());
   orbel.Type("b");
   EXPECT_TRUE(orbel.Shows("song 3 is still loading: waiting for it"));
   LetGo();
@@ -99,7 +108,7 @@ TEST_F(Waits, AScriptThatComesToASongTooEarlySaysSoAndGoesOn) {
   LetGo();
   const Ended run = running.WaitForEnd();
   EXPECT_EQ(run.status, 0) << run.messages;
-  EXPECT_THAT(run.messages, testing::HasSubstr("2 Polka   bar 1.1   240 bpm   playing"));
+  EXPECT_THAT(run.messages, testing::ContainsRegex("2 Polka   bar [^ ]+   240 bpm   playing"));
 }
 
 TEST_F(Waits, AnAttaccaIntoASongThatIsNotDecodedIsNotCalledPlaying) {
@@ -148,11 +157,14 @@ TEST_F(Waits, ASongThatQuittingWaitsForIsNamed) {
   const Environment holding = Holding("Polka");
   OrbelInATerminal orbel({"play", files_.Show(), "--output", "null"});
   ASSERT_TRUE(orbel.Shows("1 Waltz   bar 1.1   240 bpm   stopped"));
+  ASSERT_TRUE(IsHeld());
   orbel.Type("q");
-  EXPECT_TRUE(orbel.Shows("song 2 is still loading: waiting for it"));
+  // The first song may have been waited for as well, on a busy machine.
+  const std::string said = "song 2 is still loading";
+  EXPECT_TRUE(orbel.Shows(said + ": waiting for it"));
   LetGo();
   EXPECT_EQ(orbel.WaitForEnd(), 0);
-  EXPECT_EQ(orbel.GetScreen().find("still loading"), orbel.GetScreen().rfind("still loading")) << "once";
+  EXPECT_EQ(orbel.GetScreen().find(said), orbel.GetScreen().rfind(said)) << "once";
 }
 
 // Decoding the second song to its end would take a minute and a half and more.
@@ -161,7 +173,7 @@ TEST_F(Waits, QuittingBreaksOffWhatIsBeingDecoded) {
   files_.AddSong("2", "Polka", 1200);
   const Environment slow = Refusing({{"ORBEL_SLOW_READ", "300000"}});
   RunningOrbel running({"play", files_.Show(), "--output", "null"});
-  ASSERT_TRUE(running.Says("1 Waltz   bar 1.1   240 bpm   playing"));
+  ASSERT_TRUE(running.Says("240 bpm   playing"));
   running.Signal(SIGTERM);
   EXPECT_TRUE(running.EndsWithin(std::chrono::seconds(30)));
   EXPECT_EQ(running.WaitForEnd().status, 0);
