@@ -24,9 +24,8 @@ class Waits : public testing::Test {
  protected:
   // What comes behind the first tenth of a megabyte of that song's audio is held back from now on.
   Environment Holding(const std::string& song) const {
-    return Refusing({{"ORBEL_HOLD_READ", song + ":100000"},
-                     {"ORBEL_HOLD_UNTIL", gate_},
-                     {"ORBEL_COUNT_HELD", held_}});
+    return Refusing(
+        {{"ORBEL_HOLD_READ", song + ":100000"}, {"ORBEL_HOLD_UNTIL", gate_}, {"ORBEL_COUNT_HELD", held_}});
   }
   // Decoding that has not come as far is broken off before anybody has to wait for it.
   bool IsHeld() const {
