@@ -119,7 +119,7 @@ void PlayOneSongWhole(AudioPlayer& player) {
   EXPECT_EQ(player.GetCurrentSongContent()->GetSampleCount(), 3u * 11025u);
   const EndOfSong end;
   player.Play();
-  EXPECT_TRUE(test_support::WaitUntil([&] { return end.Count() == 1; }, std::chrono::seconds(20)));
+  EXPECT_TRUE(test_support::WaitUntil([&] { return end.Count() == 1; }));
   EXPECT_EQ(player.GetPlayerState(), PlayerState::STOP);
   EXPECT_EQ(player.GetElapsedSampleCount(), 3 * 11025);
 }

@@ -49,7 +49,7 @@ std::string Describe(void* address) {
 std::string StackOf(pid_t thread) {
   depth = -1;
   if (::syscall(SYS_tgkill, ::getpid(), thread, SIGUSR2) != 0) return "  has ended\n";
-  for (int i = 0; i < 1000 && depth < 0; ++i) std::this_thread::sleep_for(std::chrono::milliseconds(1));
+  for (int i = 0; i < 10'000 && depth < 0; ++i) std::this_thread::sleep_for(std::chrono::milliseconds(1));
   if (depth < 0) return "  does not answer\n";
   std::string text;
   for (int i = 0; i < depth; ++i) text += "  " + Describe(frames[static_cast<std::size_t>(i)]) + "\n";

@@ -109,9 +109,7 @@ class OrbelUnread {
   // Its status; -1 when a signal ended it, or when it does not end.
   int WaitForEnd() {
     int status = 0;
-    if (!WaitUntil([&] { return ::waitpid(process_, &status, WNOHANG) == process_; },
-                   std::chrono::seconds(20)))
-      return -1;
+    if (!WaitUntil([&] { return ::waitpid(process_, &status, WNOHANG) == process_; })) return -1;
     process_ = -1;
     return WIFEXITED(status) ? WEXITSTATUS(status) : -1;
   }
