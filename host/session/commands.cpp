@@ -114,12 +114,14 @@ void Session::Play_() {
   const bool goesOn = leavesCaesura || IsPaused();
   BeginAfresh_();
   PlayWhenLoaded_();
-  if (IsPlaying() || !LoadHasFailed_()) return;
   const std::string song = GetSongNumber();
   const TickIndex place = GetTick();
-  Recover_(song);
-  if (goesOn && GetSongNumber() == song) StandAgainAt_(place, leavesCaesura);
-  player_->Play();
+  // Of several in a row another may fail before the fresh player plays.
+  while (!IsPlaying() && LoadHasFailed_()) {
+    Recover_(song);
+    if (goesOn && GetSongNumber() == song) StandAgainAt_(place, leavesCaesura);
+    player_->Play();
+  }
 }
 
 // A fresh player stands at the start of its song. Seeking onto a caesura stands on it, and once more leaves
