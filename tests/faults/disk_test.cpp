@@ -144,13 +144,18 @@ TEST_F(Disk, WhoseReadsTakeAFifthOfASecondOnlyTakesLonger) {
   files_.AddSong("1", "Waltz", 1);
   files_.AddSong("2", "Polka", 1);
   const auto refusing = Refusing({{"ORBEL_SLOW_READ", "200000"}});
-  const Ended run = Orbel({"play", files_.Show(), "--output", "null", "--ahead", "150"});
-  EXPECT_EQ(run.status, 0) << run.messages;
-  EXPECT_THAT(run.messages, HasSubstr("1 Waltz   bar "));
-  EXPECT_THAT(run.messages, HasSubstr("2 Polka   bar "));
-  // A render thread that waited for one of these reads would have run out.
-  EXPECT_THAT(run.messages, HasSubstr("underruns 0"));
-  EXPECT_THAT(run.messages, testing::Not(testing::ContainsRegex("underruns [1-9]")));
+  // A render thread that waited for one of these reads would run out every time; one that a busy machine
+  // holds up does now and then.
+  bool runsOut = true;
+  for (int attempt = 0; attempt < 3 && runsOut; ++attempt) {
+    const Ended run = Orbel({"play", files_.Show(), "--output", "null", "--ahead", "150"});
+    EXPECT_EQ(run.status, 0) << run.messages;
+    EXPECT_THAT(run.messages, HasSubstr("1 Waltz   bar "));
+    EXPECT_THAT(run.messages, HasSubstr("2 Polka   bar "));
+    EXPECT_THAT(run.messages, HasSubstr("underruns 0"));
+    runsOut = testing::Matches(testing::ContainsRegex("underruns [1-9]"))(run.messages);
+  }
+  EXPECT_FALSE(runsOut);
 }
 
 TEST_F(Disk, ThatIsPulledOutLetsTheSongPlayOnFromMemoryAndEndsTheShowInWords) {
