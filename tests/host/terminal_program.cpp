@@ -74,12 +74,19 @@ bool OrbelInATerminal::ShowsWhat_(const std::function<std::size_t()>& find) {
   return false;
 }
 
-void OrbelInATerminal::Read_() {
+void OrbelInATerminal::PassOver() {
+  while (Read_(0)) {
+  }
+  seen_ = screen_.size();
+}
+
+bool OrbelInATerminal::Read_(int milliseconds) {
   pollfd input{terminal_, POLLIN, 0};
-  if (::poll(&input, 1, 20) <= 0) return;
+  if (::poll(&input, 1, milliseconds) <= 0) return false;
   char bytes[4096];
   const ssize_t count = ::read(terminal_, bytes, sizeof bytes);
   if (count > 0) screen_.append(bytes, static_cast<std::size_t>(count));
+  return count > 0;
 }
 
 bool OrbelInATerminal::IsAsBefore() const {

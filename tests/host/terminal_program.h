@@ -23,6 +23,9 @@ class OrbelInATerminal {
   // The same of a regular expression: what lasts only a moment, like a beat of a song, is never waited for by
   // itself, because the program may have no turn in that moment.
   bool ShowsLike(const std::string& pattern);
+  // From here on only what the program writes now: nobody has read the terminal since the last of these
+  // calls.
+  void PassOver();
   // Whether the terminal echoes and waits for whole lines, as it did before the program.
   bool IsAsBefore() const;
   void CloseTerminal();
@@ -34,7 +37,8 @@ class OrbelInATerminal {
  private:
   // Until `find` returns where what is looked for ends on the screen.
   bool ShowsWhat_(const std::function<std::size_t()>& find);
-  void Read_();
+  // Whether there was anything to read, for which it waits so long.
+  bool Read_(int milliseconds = 20);
 
   pid_t process_ = -1;
   int terminal_ = -1;
