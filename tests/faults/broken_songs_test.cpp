@@ -212,8 +212,10 @@ class BrokenSongsBehindAStand : public BrokenSongs {
     OrbelInATerminal orbel({"play", files_.Show(), "--output", "null"});
     ASSERT_TRUE(orbel.Shows("1 Waltz   bar 1.1   240 bpm   stopped"));
     orbel.Type(" ");
-    ASSERT_TRUE(orbel.ShowsLike("1 Waltz   bar (?!1\\.1 )\\S+   240 bpm   playing"));
-    orbel.Type(keys);
+    if (!keys.empty()) {
+      ASSERT_TRUE(orbel.ShowsLike("1 Waltz   bar (?!1\\.1 )\\S+   240 bpm   playing"));
+      orbel.Type(keys);
+    }
     ASSERT_TRUE(orbel.Shows(stands));
     ASSERT_TRUE(HasThread(orbel.GetProcess(), "file_loader2"));
     std::ofstream(gate) << "fail";
