@@ -67,8 +67,10 @@ class Desktop : public testing::Test {
                                    "module-native-protocol-unix"};
     for (const std::string& module : modules) words.insert(words.end(), {"-L", module});
     server_ = std::make_unique<Started>(std::move(words));
-    ASSERT_TRUE(Await([this] { return std::filesystem::exists(folder_ / "pulse" / "native"); }))
-        << "pulseaudio does not come up; is it installed?";
+    // Its socket is there before anybody answers at it.
+    ASSERT_TRUE(Await([this] {
+      return std::filesystem::exists(folder_ / "pulse" / "native") && Started({"pactl", "info"}).Wait();
+    })) << "pulseaudio does not come up; is it installed?";
   }
   // As a crash leaves it.
   void KillServer() {
