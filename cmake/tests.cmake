@@ -20,5 +20,6 @@ function(orbel_test name)
   target_include_directories(${name} PRIVATE ${PROJECT_SOURCE_DIR})
   target_link_libraries(${name} PRIVATE orbel_warnings ${T_LIBRARIES} ${parts} GTest::gmock GTest::gtest_main
                                         Threads::Threads)
-  gtest_discover_tests(${name} DISCOVERY_TIMEOUT 120 PROPERTIES TIMEOUT 300 LABELS ${name} ${lock})
+  # The longest takes some two minutes beside others.
+  gtest_discover_tests(${name} DISCOVERY_TIMEOUT 120 PROPERTIES TIMEOUT 900 LABELS ${name} ${lock})
 endfunction()
