@@ -206,11 +206,15 @@ bool StretchedStream::LookForAttacks_(std::size_t count) {
     float* const slice = in_.data() + at * channels_;
     if (!watch_.See(slice, std::min(kSlice, count - at))) continue;
     isAny = true;
-    if (isAtBeginning) {
-      const bool isBehind = place >= begun - kBefore * frames;
-      if (isBehind && firstAttack_ == kNever) firstAttack_ = onset_.Find(static_cast<long long>(place));
+    const bool isKnown = firstAttack_ != kNever || place < begun - kBefore * frames;
+    if (isAtBeginning && isKnown) continue;
+    // A rise that is seen late may have begun at the beginning: beginning anew for it would change nothing,
+    // and never end.
+    const long long onset = onset_.Find(static_cast<long long>(place));
+    if (static_cast<double>(onset) < begun + behind) {
+      if (firstAttack_ == kNever) firstAttack_ = onset;
     } else if (asksForBeginnings_) {
-      attack_ = onset_.Find(static_cast<long long>(place));
+      attack_ = onset;
       std::fill_n(slice, (count - at) * channels_, 0.0F);
     }
   }
