@@ -66,6 +66,7 @@ StretchPath::StretchPath(AudioPlayerOutputInterface& player, CrossFade& fade, St
       lead_(FramesIn(kLeadSeconds, rateHz)),
       stream_(MakeStream_(quality, pace, rateHz)),
       next_(MakeStream_(quality, pace, rateHz)),
+      turned_(*this, rateHz, channels, std::max(mostSeam_, fade.GetLength())),
       late_(*this, rateHz, channels, std::max({mostFrames, mostSeam_, fade.GetLength()}), reach_),
       level_(rateHz, channels),
       known_(FramesIn(kKnownSeconds, rateHz)),
@@ -166,25 +167,11 @@ void StretchPath::TakeRecorded_(const Place& place, std::size_t length) {
   late_.Cancel();
   const auto known = static_cast<std::size_t>(
       std::clamp<long long>(behind - place.before, 0, static_cast<long long>(length)));
-  if (known < length) TurnBackAtStop_(behind, known, length);
+  // Where a jump leaves from just before a caesura, nothing is left to fade out.
+  turned_.TurnAt(behind);
+  turned_.ReadAt(place.before + static_cast<long long>(known), fade_.Outgoing() + known * channels_,
+                 length - known);
   stop_ = ahead;
-}
-
-// Where a jump leaves from just before a caesura, nothing is left to fade out: the last frames before it
-// stand in, backwards, and at first upside down too, so that the sound goes on without a kink.
-void StretchPath::TurnBackAtStop_(long long stop, std::size_t from, std::size_t length) {
-  const std::size_t missing = length - from;
-  ReadAt(stop - 1 - static_cast<long long>(missing), incoming_.data(), missing + 1);
-  const float* last = incoming_.data() + missing * channels_;
-  float* out = fade_.Outgoing() + from * channels_;
-  for (std::size_t i = 0; i < missing; ++i) {
-    const double way = std::min(1.0, static_cast<double>(i) / static_cast<double>(reach_));
-    const auto turn = static_cast<float>(1.0 + std::cos(std::numbers::pi * way));
-    const float* mirrored = last - (i + 1) * channels_;
-    for (unsigned channel = 0; channel < channels_; ++channel) {
-      *out++ = mirrored[channel] + turn * (last[channel] - mirrored[channel]);
-    }
-  }
 }
 
 // Where nothing that came before leads over to it, the first moment is heard as it was recorded: an attack on

@@ -8,6 +8,7 @@
 #include "reference_suite/audio/stretch/late_read.h"
 #include "reference_suite/audio/stretch/seam_level.h"
 #include "reference_suite/audio/stretch/stretched_stream.h"
+#include "reference_suite/audio/stretch/turned_back.h"
 #include "suite/audio/output_interface.h"
 
 namespace tesk_audio {
@@ -63,7 +64,6 @@ class StretchPath : private FrameSource {
   std::size_t SeamLength_(const Place& place) const;
   void TakeOutgoing_(const Place& place, std::size_t length);
   void TakeRecorded_(const Place& place, std::size_t length);
-  void TurnBackAtStop_(long long stop, std::size_t from, std::size_t length);
   void TakeBeginning_(long long index, std::size_t length, bool isAlone);
   void BeginStream_(const Place& place, const StretchFactors& wanted);
   long long BorderFrom_(long long index) const;
@@ -90,6 +90,7 @@ class StretchPath : private FrameSource {
   std::unique_ptr<StretchedStream> stream_;  // what plays,
   std::unique_ptr<StretchedStream> next_;    // and what will, from an attack on
   long long preparedFrom_ = 0;               // the next frame when that was begun with
+  TurnedBack turned_;
   LateRead late_;
   SeamLevel level_;
   std::size_t known_;            // frames that it is shown at a time

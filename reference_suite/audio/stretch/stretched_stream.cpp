@@ -32,11 +32,11 @@ constexpr std::size_t kRoom = std::size_t{1} << 15;
 StretchedStream::StretchedStream(std::unique_ptr<StretchEngine> engine, FrameSource& source, double rateHz,
                                  unsigned channels, bool asksForBeginnings)
     : engine_(std::move(engine)),
-      source_(source),
       rateHz_(rateHz),
       channels_(channels),
       asksForBeginnings_(asksForBeginnings),
-      between_(source, channels, StretchEngine::kMostFrames),
+      source_(source, rateHz, channels, StretchEngine::kMostFrames + 3 * InBetweenReader::kReach),
+      between_(source_, channels, StretchEngine::kMostFrames),
       watch_(rateHz, channels),
       onset_(source, rateHz, channels),
       level_(rateHz, channels),
@@ -60,6 +60,7 @@ void StretchedStream::Prepare(long long index, const StretchFactors& factors, st
   beginning_ = 0;
   end_ = end;
   silentFrom_ = attack_ = firstAttack_ = kNever;
+  source_.TurnNowhere();
   begun_ = index;
   watch_.Forget(engine_->GetStep());
   fed_ = made_ = error_ = 0.0;
@@ -173,24 +174,32 @@ void StretchedStream::DoChunk_() {
 }
 
 void StretchedStream::Feed_(std::size_t count) {
+  Read_(count);
+  const bool isAttack = LookForAttacks_(count);
+  if (isAttack && attack_ != kNever) {
+    source_.TurnAt(std::max(attack_, static_cast<long long>(std::ceil(PlaceOf_(fed_)))));
+    Read_(count);
+  }
+  engine_->Process(in_.data(), count, isAttack);
+  fed_ += static_cast<double>(count);
+  if (PlaceOf_(fed_) > static_cast<double>(end_)) silentFrom_ = std::min(silentFrom_, end_);
+}
+
+void StretchedStream::Read_(std::size_t count) {
   const double step = engine_->GetStep();
   const double place = PlaceOf_(fed_);
-  const long long end = std::min(end_, attack_);
   if (step == 1.0) {
     const auto next = static_cast<long long>(place);
-    const long long known = std::clamp<long long>(end - next, 0, static_cast<long long>(count));
+    const long long known = std::clamp<long long>(end_ - next, 0, static_cast<long long>(count));
     const auto sounding = static_cast<std::size_t>(known);
     source_.ReadAt(next, in_.data(), sounding);
     std::fill_n(in_.data() + sounding * channels_, (count - sounding) * channels_, 0.0F);
   } else {
-    between_.Read(place, step, end, in_.data(), count);
+    between_.Read(place, step, end_, in_.data(), count);
   }
   const auto silent = static_cast<std::size_t>(std::clamp(
       std::ceil((static_cast<double>(beginning_) - place) / step), 0.0, static_cast<double>(count)));
   std::fill_n(in_.data(), silent * channels_, 0.0F);
-  engine_->Process(in_.data(), count, LookForAttacks_(count));
-  fed_ += static_cast<double>(count);
-  if (PlaceOf_(fed_) > static_cast<double>(end_)) silentFrom_ = std::min(silentFrom_, end_);
 }
 
 // Behind the beginning, attacks matter only to an engine that smears them.
@@ -206,6 +215,8 @@ bool StretchedStream::LookForAttacks_(std::size_t count) {
     float* const slice = in_.data() + at * channels_;
     if (!watch_.See(slice, std::min(kSlice, count - at))) continue;
     isAny = true;
+    const bool isEnd = PlaceOf_(fed_ + static_cast<double>(at + kSlice)) > static_cast<double>(end_);
+    if (isEnd) break;
     const bool isKnown = firstAttack_ != kNever || place < begun - kBefore * frames;
     if (isAtBeginning && isKnown) continue;
     // A rise that is seen late may have begun at the beginning: beginning anew for it would change nothing,
@@ -215,7 +226,6 @@ bool StretchedStream::LookForAttacks_(std::size_t count) {
       if (firstAttack_ == kNever) firstAttack_ = onset;
     } else if (asksForBeginnings_) {
       attack_ = onset;
-      std::fill_n(slice, (count - at) * channels_, 0.0F);
     }
   }
   return isAny;

@@ -10,6 +10,7 @@
 #include "reference_suite/audio/stretch/level_watch.h"
 #include "reference_suite/audio/stretch/onset_finder.h"
 #include "reference_suite/audio/stretch/stretch_engine.h"
+#include "reference_suite/audio/stretch/turned_back.h"
 
 namespace tesk_audio {
 
@@ -59,10 +60,10 @@ class StretchedStream {
   // Another end; kNever: none.
   void SetEnd(long long index) { end_ = index; }
   void SetEndHere() { end_ = static_cast<long long>(PlaceOf_(fed_)); }
-  // Whether it has taken silence for the song at `index`, so that it does not know how the song goes on.
+  // Whether it has taken something else for the song at `index`, so that it does not know how that goes on.
   bool IsSilencedAt(long long index) const { return index >= silentFrom_ || index >= attack_; }
-  // The song frame of an attack that it would smear and has taken for silence, and everything behind it:
-  // begin anew there. kNever: none.
+  // The song frame of an attack that it would smear. It has taken neither that nor what is behind it, but
+  // what was before, turned back: begin anew there. kNever: none.
   long long GetAttack() const { return attack_; }
   // The song frame of an attack at or right behind the place where it began. kNever: none.
   long long GetFirstAttack() const { return firstAttack_; }
@@ -89,8 +90,8 @@ class StretchedStream {
   void PassOverRunUp_();
   void DoChunk_();
   void Feed_(std::size_t count);
-  // Whether there is an attack in the next `count` frames that go in; silences them from the one on at which
-  // it is to begin anew.
+  void Read_(std::size_t count);
+  // Whether there is an attack in the next `count` frames that go in.
   bool LookForAttacks_(std::size_t count);
   void Collect_();
   void MeasureError_();
@@ -102,7 +103,6 @@ class StretchedStream {
   double ErrorOf_(double base, long long index, double scale) const;
 
   std::unique_ptr<StretchEngine> engine_;
-  FrameSource& source_;
   double rateHz_;
   unsigned channels_;
   const bool asksForBeginnings_;
@@ -129,6 +129,7 @@ class StretchedStream {
   bool isSettling_ = false;  // until it has begun
   double lead_ = 0.0;        // output frames
 
+  TurnedBack source_;
   InBetweenReader between_;
   AttackWatch watch_;
   OnsetFinder onset_;

@@ -287,6 +287,26 @@ TEST_P(SeamsOfEngines, AnAttackAtAChangeIsAsLoudAsElsewhere) {
   }
 }
 
+// What ends where a note begins goes on until then: silence there would be heard as a click before it.
+TEST_P(SeamsOfEngines, NoClickHeraldsAnAttack) {
+  constexpr std::size_t kFrames = 100'000;
+  constexpr double kMost = 0.0173;  // the music's own
+  const auto sound = Notes(kFrames);
+  for (const StretchFactors factors : {StretchFactors{0.33, 0}, {0.4, 0}, {0.6, 0}, {2.0, 0}, {1.0, -12}}) {
+    AudibleRun run(Songs{{.frames = kFrames,
+                          .scales = {{0, factors.scale}},
+                          .transpositions = {{0, factors.semitones}},
+                          .sound = sound}},
+                   5.0, 0.0, 48000.0, 1, GetParam());
+    run.Play();
+    for (const long long note : {24'000LL, 48'000LL, 72'000LL, 96'000LL}) {
+      const auto place = static_cast<std::size_t>(run.PlacesOf(note).at(0));
+      EXPECT_LE(LargestStep(run.heard, place - 480, place - 72), kMost)
+          << factors.scale << ", " << factors.semitones << ", the note at " << note;
+    }
+  }
+}
+
 // A passage played again, from a note on to another: both are there.
 TEST_P(SeamsOfEngines, AnAttackAtAJumpIsAsLoudAsElsewhere) {
   constexpr std::size_t kFrames = 52'000;
