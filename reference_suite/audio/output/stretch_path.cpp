@@ -136,7 +136,7 @@ void StretchPath::Turn(const Place& place, const StretchFactors& wanted) {
 // Whether the stream that plays is the one to play on.
 bool StretchPath::GoesOn_(const Place& place, const StretchFactors& wanted) {
   if (wanted.AreRecorded() || place.isNextSong || place.index != place.before) return false;
-  if (stream_->IsSilencedAt(place.index) || wanted.semitones != stream_->GetFactors().semitones) return false;
+  if (stream_->IsUnknownAt(place.index) || wanted.semitones != stream_->GetFactors().semitones) return false;
   if (stream_->IsWeakened()) return false;
   const double scale = std::max(wanted.scale, kSlowest);
   return scale == stream_->GetFactors().scale || stream_->ChangeScale(place.index, scale);
@@ -150,7 +150,7 @@ std::size_t StretchPath::SeamLength_(const Place& place) const {
 
 void StretchPath::TakeOutgoing_(const Place& place, std::size_t length) {
   if (stream_->IsActive()) {
-    if (place.isNextSong) stream_->SetEndHere();
+    if (place.isNextSong) stream_->FallSilent();
     stream_->Render(fade_.Outgoing(), length);
     return;
   }
@@ -199,7 +199,7 @@ void StretchPath::BeginStream_(const Place& place, const StretchFactors& wanted)
   }
   const bool begins = ending == 0 || place.isNextSong;
   // Where the song goes on, an attack is in what goes out already, whole and in its place.
-  const bool hasAttack = goesOn && !(stream_->IsActive() && stream_->IsSilencedAt(place.index));
+  const bool hasAttack = goesOn && !(stream_->IsActive() && stream_->IsUnknownAt(place.index));
   if (begins) TakeBeginning_(place.index, length, ending == 0);
   late_.Cancel();
   stream_->Start(place.index, wanted, reach_, stop_);

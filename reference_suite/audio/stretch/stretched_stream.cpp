@@ -59,8 +59,8 @@ void StretchedStream::Prepare(long long index, const StretchFactors& factors, st
   origin_ = static_cast<double>(index) - std::ceil(runUp + engine_->GetHalfIn() * engine_->GetStep());
   beginning_ = 0;
   end_ = end;
-  silentFrom_ = attack_ = firstAttack_ = kNever;
-  source_.TurnNowhere();
+  silence_ = unknownFrom_ = attack_ = attackTurn_ = firstAttack_ = kNever;
+  TurnBack_();
   begun_ = index;
   watch_.Forget(engine_->GetStep());
   fed_ = made_ = error_ = 0.0;
@@ -173,16 +173,26 @@ void StretchedStream::DoChunk_() {
   Correct_();
 }
 
+void StretchedStream::SetEnd(long long index) {
+  end_ = index;
+  TurnBack_();
+}
+
+void StretchedStream::TurnBack_() {
+  source_.TurnAt(std::min(end_, attackTurn_));
+}
+
 void StretchedStream::Feed_(std::size_t count) {
   Read_(count);
   const bool isAttack = LookForAttacks_(count);
   if (isAttack && attack_ != kNever) {
-    source_.TurnAt(std::max(attack_, static_cast<long long>(std::ceil(PlaceOf_(fed_)))));
+    attackTurn_ = std::max(attack_, static_cast<long long>(std::ceil(PlaceOf_(fed_))));
+    TurnBack_();
     Read_(count);
   }
   engine_->Process(in_.data(), count, isAttack);
   fed_ += static_cast<double>(count);
-  if (PlaceOf_(fed_) > static_cast<double>(end_)) silentFrom_ = std::min(silentFrom_, end_);
+  if (PlaceOf_(fed_) > static_cast<double>(end_)) unknownFrom_ = std::min(unknownFrom_, end_);
 }
 
 void StretchedStream::Read_(std::size_t count) {
@@ -190,12 +200,12 @@ void StretchedStream::Read_(std::size_t count) {
   const double place = PlaceOf_(fed_);
   if (step == 1.0) {
     const auto next = static_cast<long long>(place);
-    const long long known = std::clamp<long long>(end_ - next, 0, static_cast<long long>(count));
+    const long long known = std::clamp<long long>(silence_ - next, 0, static_cast<long long>(count));
     const auto sounding = static_cast<std::size_t>(known);
     source_.ReadAt(next, in_.data(), sounding);
     std::fill_n(in_.data() + sounding * channels_, (count - sounding) * channels_, 0.0F);
   } else {
-    between_.Read(place, step, end_, in_.data(), count);
+    between_.Read(place, step, silence_, in_.data(), count);
   }
   const auto silent = static_cast<std::size_t>(std::clamp(
       std::ceil((static_cast<double>(beginning_) - place) / step), 0.0, static_cast<double>(count)));
@@ -212,11 +222,10 @@ bool StretchedStream::LookForAttacks_(std::size_t count) {
     const double behind = firstAttack_ == kNever ? kBehind * frames : kRise * rateHz_;
     const bool isAtBeginning = place < begun + behind;
     if (!isAtBeginning && !engine_->SmearsAttacks()) break;
+    if (PlaceOf_(fed_ + static_cast<double>(at + kSlice)) > static_cast<double>(end_)) break;
     float* const slice = in_.data() + at * channels_;
     if (!watch_.See(slice, std::min(kSlice, count - at))) continue;
     isAny = true;
-    const bool isEnd = PlaceOf_(fed_ + static_cast<double>(at + kSlice)) > static_cast<double>(end_);
-    if (isEnd) break;
     const bool isKnown = firstAttack_ != kNever || place < begun - kBefore * frames;
     if (isAtBeginning && isKnown) continue;
     // A rise that is seen late may have begun at the beginning: beginning anew for it would change nothing,

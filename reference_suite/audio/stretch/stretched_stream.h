@@ -34,8 +34,8 @@ class StretchedStream {
   StretchedStream(std::unique_ptr<StretchEngine> engine, FrameSource& source, double rateHz,
                   unsigned channels, bool asksForBeginnings);
 
-  // From now on the frame of song frame `index` comes out after `lead` frames that belong before it. To the
-  // stream, the song is silent from `end` on: it reads ahead at once.
+  // From now on the frame of song frame `index` comes out after `lead` frames that belong before it. It reads
+  // ahead at once; what stands from `end` on it does not look at, and takes what is before, turned back.
   void Start(long long index, const StretchFactors& factors, std::size_t lead, long long end = kNever);
   // The same little by little: Prepare, and then PrepareFurther as often as it takes. Until then nothing else
   // is asked of it but SetEnd, Stop and the questions about it.
@@ -58,10 +58,11 @@ class StretchedStream {
   // changed, when what was read ahead already would put attacks too far beside their places: begin anew.
   bool ChangeScale(long long index, double scale);
   // Another end; kNever: none.
-  void SetEnd(long long index) { end_ = index; }
-  void SetEndHere() { end_ = static_cast<long long>(PlaceOf_(fed_)); }
+  void SetEnd(long long index);
+  // What it reads from now on is silent: it is not of the song any more.
+  void FallSilent() { silence_ = static_cast<long long>(PlaceOf_(fed_)); }
   // Whether it has taken something else for the song at `index`, so that it does not know how that goes on.
-  bool IsSilencedAt(long long index) const { return index >= silentFrom_ || index >= attack_; }
+  bool IsUnknownAt(long long index) const { return index >= unknownFrom_ || index >= attack_; }
   // The song frame of an attack that it would smear. It has taken neither that nor what is behind it, but
   // what was before, turned back: begin anew there. kNever: none.
   long long GetAttack() const { return attack_; }
@@ -89,6 +90,7 @@ class StretchedStream {
   double OffsetAtFirst_() const;
   void PassOverRunUp_();
   void DoChunk_();
+  void TurnBack_();
   void Feed_(std::size_t count);
   void Read_(std::size_t count);
   // Whether there is an attack in the next `count` frames that go in.
@@ -113,8 +115,10 @@ class StretchedStream {
   double fed_ = 0.0;     // frames that went in
   long long beginning_ = 0;
   long long end_ = kNever;
-  long long silentFrom_ = kNever;
+  long long silence_ = kNever;
+  long long unknownFrom_ = kNever;  // it has taken something else from there on
   long long attack_ = kNever;
+  long long attackTurn_ = kNever;
   long long firstAttack_ = kNever;
   long long begun_ = 0;     // song frame
   double made_ = 0.0;       // output frames since the engine began

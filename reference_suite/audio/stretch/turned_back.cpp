@@ -20,8 +20,9 @@ TurnedBack::TurnedBack(FrameSource& source, double rateHz, unsigned channels, st
       before_(mostFrames * channels) {}
 
 void TurnedBack::TurnAt(long long index) {
+  if (index == turn_) return;
   turn_ = index;
-  source_.ReadAt(turn_ - 1, last_.data(), 1);
+  if (turn_ != kNowhere) source_.ReadAt(turn_ - 1, last_.data(), 1);
 }
 
 void TurnedBack::ReadAt(long long index, float* frames, std::size_t count) {

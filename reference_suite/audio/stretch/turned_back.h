@@ -19,14 +19,13 @@ class TurnedBack : public FrameSource {
   // `mostFrames` are read at a time.
   TurnedBack(FrameSource& source, double rateHz, unsigned channels, std::size_t mostFrames);
 
+  static constexpr long long kNowhere = std::numeric_limits<long long>::max() / 2;
+
   // The first frame that is not heard any more.
   void TurnAt(long long index);
-  void TurnNowhere() { turn_ = kNowhere; }
   void ReadAt(long long index, float* frames, std::size_t count) override;
 
  private:
-  static constexpr long long kNowhere = std::numeric_limits<long long>::max() / 2;
-
   // Of the frames that stand in, `count` from the one at `behind` on.
   void ReadBackwards_(long long behind, float* frames, std::size_t count);
 

@@ -195,6 +195,29 @@ TEST_P(SeamsOfEngines, NothingFromBehindACaesuraIsHeardBeforeIt) {
   }
 }
 
+// The stretcher works with what lies behind a place too, and of a caesura that is nothing: it would be heard
+// as an end some milliseconds before.
+TEST_P(SeamsOfEngines, ACaesuraIsComeToWithoutAStep) {
+  constexpr std::size_t kFrames = 16'000;
+  for (const double hertz : {110.0, 440.0, 1000.0}) {
+    const auto sound = Tones({hertz}, 0.5, kFrames);
+    for (const StretchFactors factors :
+         {StretchFactors{0.25, 0}, {0.33, 0}, {0.5, 0}, {0.8, 0}, {1.25, 0}, {2.0, 0}, {1.0, -5}, {1.0, 5}}) {
+      AudibleRun run(Songs{{.frames = kFrames,
+                            .caesuras = {kStop},
+                            .scales = {{0, factors.scale}},
+                            .transpositions = {{0, factors.semitones}},
+                            .sound = sound}},
+                     5.0, 0.0, 48000.0, 1, GetParam());
+      run.Play();
+      const std::size_t end = run.heard.size();
+      const double own = LargestStep(run.heard, end / 2, end - 1'000);
+      EXPECT_LE(LargestStep(run.heard, end - 1'000, end), 2.0 * own)
+          << hertz << " Hz, " << factors.scale << ", " << factors.semitones;
+    }
+  }
+}
+
 // Recorded sound that has given way to the stretched one before it is back in its place at the caesura, and
 // goes on up to it.
 TEST_P(SeamsOfEngines, LeavingCloseBeforeACaesuraGoesOnUpToItWithoutAStep) {

@@ -90,7 +90,7 @@ TEST(TurnedBack, IsTheSongAgainWhenItTurnsNowhere) {
   song.end = 2'000;
   TurnedBack turned(song, kRateHz, 2, kMost);
   turned.TurnAt(kTurn);
-  turned.TurnNowhere();
+  turned.TurnAt(TurnedBack::kNowhere);
   EXPECT_EQ(Read(turned, kTurn + 10, 1).at(0), Song::Tone(kTurn + 10));
 }
 
