@@ -23,6 +23,11 @@ void RequireThatWishesFit(const std::string& output, const OutputChoice& wishes)
     throw Failure("--output null is a clock and has no devices: leave --device out, or choose another output",
                   kUsage);
   }
+  if ((output == "null" || output == "file") && !wishes.outputs.empty()) {
+    throw Failure("--output " + output +
+                      " has no outputs to choose among: leave --channels out, or choose another output",
+                  kUsage);
+  }
   if (output != "jack" && output != "auto" && !wishes.connect.empty()) {
     throw Failure(
         "--output " + output + " has no ports to connect: leave --connect out, or choose --output jack",

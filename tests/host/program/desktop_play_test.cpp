@@ -149,6 +149,16 @@ TEST_F(Desktop, AnOutputThatIsNotThereIsSaid) {
               HasSubstr("There is no output \"trumpet\" on this desktop; \"orbel devices\" lists"));
 }
 
+TEST_F(Desktop, ThatWasFoundConnectsNothingAndSaysSo) {
+  ::setenv("JACK_DEFAULT_SERVER", "nobody_is_called_so", 1);
+  ShowFiles files;
+  files.AddSong("1", "Waltz", 1);
+  const Ended run = Orbel({"play", files.Show(), "--connect", "mixer:in_.*"});
+  EXPECT_EQ(run.status, 0) << run.messages;
+  EXPECT_THAT(run.messages, HasSubstr("The desktop has no ports, so nothing is connected as --connect asks. "
+                                      "Start a JACK server and play again, or leave --connect out."));
+}
+
 TEST_F(Desktop, WhileTheServerHangsTheShowRunsOnAndTheKeysAreObeyed) {
   ShowFiles files;
   files.AddSong("1", "Waltz", 300);
