@@ -222,6 +222,7 @@ bool StretchedStream::LookForAttacks_(std::size_t count) {
     const double behind = firstAttack_ == kNever ? kBehind * frames : kRise * rateHz_;
     const bool isAtBeginning = place < begun + behind;
     if (!isAtBeginning && !engine_->SmearsAttacks()) break;
+    // Behind the end stands what was before it, in which no attack is one.
     if (PlaceOf_(fed_ + static_cast<double>(at + kSlice)) > static_cast<double>(end_)) break;
     float* const slice = in_.data() + at * channels_;
     if (!watch_.See(slice, std::min(kSlice, count - at))) continue;

@@ -1,7 +1,6 @@
 #pragma once
 
 #include <cstddef>
-#include <limits>
 #include <memory>
 #include <vector>
 
@@ -25,7 +24,7 @@ namespace tesk_audio {
 // Render     Start and a change of ratio may allocate, inside the engine; nothing else does.
 class StretchedStream {
  public:
-  static constexpr long long kNever = std::numeric_limits<long long>::max() / 2;
+  static constexpr long long kNever = TurnedBack::kNowhere;
   // Attacks are told this exactly: frames that go in.
   static constexpr long long kExactly = 16;
 
@@ -115,10 +114,10 @@ class StretchedStream {
   double fed_ = 0.0;     // frames that went in
   long long beginning_ = 0;
   long long end_ = kNever;
-  long long silence_ = kNever;
+  long long silence_ = kNever;      // it is silent from there on
   long long unknownFrom_ = kNever;  // it has taken something else from there on
   long long attack_ = kNever;
-  long long attackTurn_ = kNever;
+  long long attackTurn_ = kNever;  // where it turns back for that: it may have taken a part of it before
   long long firstAttack_ = kNever;
   long long begun_ = 0;     // song frame
   double made_ = 0.0;       // output frames since the engine began

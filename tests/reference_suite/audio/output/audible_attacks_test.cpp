@@ -11,6 +11,7 @@
 
 #include "reference_suite/audio/output/render_step.h"
 #include "tests/reference_suite/audio/support/audible_run.h"
+#include "tests/reference_suite/audio/support/open_gate.h"
 
 namespace {
 
@@ -140,10 +141,6 @@ TEST(PreEcho, IsNotHeardBeforeANote) {
     }
   }
 }
-
-class OpenGate : public tesk_audio::StepGate {
-  bool MayStep() override { return true; }
-};
 
 // What a device that waits is given of it.
 std::vector<float> RenderedInTime(const Songs& songs, unsigned channels, StretchQuality quality) {

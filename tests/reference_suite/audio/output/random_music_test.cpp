@@ -10,6 +10,7 @@
 
 #include "reference_suite/audio/output/render_step.h"
 #include "tests/reference_suite/audio/support/audible_run.h"
+#include "tests/reference_suite/audio/support/open_gate.h"
 
 namespace {
 
@@ -75,10 +76,6 @@ class ImpatientPlayer : public ScriptedPlayer {
     return ScriptedPlayer::ReadSamplesAt(index, ioCount, buffer);
   }
   int reads = 0;
-};
-
-class OpenGate : public tesk_audio::StepGate {
-  bool MayStep() override { return true; }
 };
 
 class RandomMusic : public testing::TestWithParam<std::tuple<StretchQuality, unsigned>> {};

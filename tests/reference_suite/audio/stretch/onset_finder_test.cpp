@@ -5,8 +5,9 @@
 #include <algorithm>
 #include <cmath>
 #include <random>
-#include <utility>
 #include <vector>
+
+#include "tests/reference_suite/audio/support/recorded_song.h"
 
 namespace {
 
@@ -16,24 +17,8 @@ constexpr double kRateHz = 48000.0;
 constexpr long long kOnset = 4'000;
 constexpr double kSlice = 16.0;  // frames: it is not told more exactly
 
-// Two channels of one sound, silent outside.
-class Song : public tesk_audio::FrameSource {
- public:
-  explicit Song(std::vector<float> sound) : sound_(std::move(sound)) {}
-  void ReadAt(long long index, float* frames, std::size_t count) override {
-    for (std::size_t i = 0; i < count; ++i, ++index) {
-      const bool sounds = index >= 0 && index < static_cast<long long>(sound_.size());
-      *frames++ = sounds ? sound_[static_cast<std::size_t>(index)] : 0.0F;
-      *frames++ = sounds ? -sound_[static_cast<std::size_t>(index)] : 0.0F;
-    }
-  }
-
- private:
-  std::vector<float> sound_;
-};
-
 long long Find(const std::vector<float>& sound, long long seen) {
-  Song song(sound);
+  RecordedSong song(sound, 2);
   return OnsetFinder(song, kRateHz, 2).Find(seen);
 }
 

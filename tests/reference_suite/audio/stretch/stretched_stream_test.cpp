@@ -5,8 +5,9 @@
 #include <algorithm>
 #include <cmath>
 #include <random>
-#include <utility>
 #include <vector>
+
+#include "tests/reference_suite/audio/support/recorded_song.h"
 
 namespace {
 
@@ -16,21 +17,6 @@ using tesk_audio::StretchQuality;
 
 constexpr double kRateHz = 48000.0;
 constexpr long long kRise = 20'000;
-
-// One channel, silent outside.
-class Song : public tesk_audio::FrameSource {
- public:
-  explicit Song(std::vector<float> sound) : sound_(std::move(sound)) {}
-  void ReadAt(long long index, float* frames, std::size_t count) override {
-    for (std::size_t i = 0; i < count; ++i, ++index) {
-      const bool sounds = index >= 0 && index < static_cast<long long>(sound_.size());
-      frames[i] = sounds ? sound_[static_cast<std::size_t>(index)] : 0.0F;
-    }
-  }
-
- private:
-  std::vector<float> sound_;
-};
 
 // Noise over a low tone: it takes its time to rise.
 std::vector<float> Rising(double seconds) {
@@ -52,7 +38,7 @@ TEST(StretchedStream, AnAttackToBeginAnewForLiesBehindTheBeginning) {
   int attacks = 0;
   for (const StretchFactors factors : {StretchFactors{0.25, 0}, {0.5, 0}, {0.8, 0}, {1.0, -5}}) {
     for (const double rise : {0.001, 0.002, 0.003}) {
-      Song song(Rising(rise));
+      RecordedSong song(Rising(rise), 1);
       StretchedStream stream(CreateStretchEngine(StretchQuality::Faster, kRateHz, 1), song, kRateHz, 1, true);
       for (long long begun = kRise - 600; begun < kRise + 120; begun += 8) {
         stream.Start(begun, factors, 120);
