@@ -183,33 +183,43 @@ void StretchedStream::TurnBack_() {
 }
 
 void StretchedStream::Feed_(std::size_t count) {
-  Read_(count);
+  Read_(0, count);
   const bool isAttack = LookForAttacks_(count);
   if (isAttack && attack_ != kNever) {
     attackTurn_ = std::max(attack_, static_cast<long long>(std::ceil(PlaceOf_(fed_))));
     TurnBack_();
-    Read_(count);
+    const std::size_t same = std::min(CountThatDoNotKnow_(attackTurn_), count);
+    Read_(same, count - same);
   }
   engine_->Process(in_.data(), count, isAttack);
   fed_ += static_cast<double>(count);
   if (PlaceOf_(fed_) > static_cast<double>(end_)) unknownFrom_ = std::min(unknownFrom_, end_);
 }
 
-void StretchedStream::Read_(std::size_t count) {
+// A frame between two of the song's knows of those around it.
+std::size_t StretchedStream::CountThatDoNotKnow_(long long index) const {
   const double step = engine_->GetStep();
-  const double place = PlaceOf_(fed_);
+  const int reach = step == 1.0 ? 0 : InBetweenReader::kReach;
+  return static_cast<std::size_t>(
+      std::max(0.0, std::ceil((static_cast<double>(index - reach) - PlaceOf_(fed_)) / step)));
+}
+
+void StretchedStream::Read_(std::size_t first, std::size_t count) {
+  const double step = engine_->GetStep();
+  const double place = PlaceOf_(fed_ + static_cast<double>(first));
+  float* const in = in_.data() + first * channels_;
   if (step == 1.0) {
     const auto next = static_cast<long long>(place);
     const long long known = std::clamp<long long>(silence_ - next, 0, static_cast<long long>(count));
     const auto sounding = static_cast<std::size_t>(known);
-    source_.ReadAt(next, in_.data(), sounding);
-    std::fill_n(in_.data() + sounding * channels_, (count - sounding) * channels_, 0.0F);
+    source_.ReadAt(next, in, sounding);
+    std::fill_n(in + sounding * channels_, (count - sounding) * channels_, 0.0F);
   } else {
-    between_.Read(place, step, silence_, in_.data(), count);
+    between_.Read(place, step, silence_, in, count);
   }
   const auto silent = static_cast<std::size_t>(std::clamp(
       std::ceil((static_cast<double>(beginning_) - place) / step), 0.0, static_cast<double>(count)));
-  std::fill_n(in_.data(), silent * channels_, 0.0F);
+  std::fill_n(in, silent * channels_, 0.0F);
 }
 
 // Behind the beginning, attacks matter only to an engine that smears them.

@@ -91,7 +91,10 @@ class StretchedStream {
   void DoChunk_();
   void TurnBack_();
   void Feed_(std::size_t count);
-  void Read_(std::size_t count);
+  // Of the next frames that go in, how many are the same whatever stands at song frame `index` and behind it.
+  std::size_t CountThatDoNotKnow_(long long index) const;
+  // Of the next frames that go in, `count` from the one at `first` on.
+  void Read_(std::size_t first, std::size_t count);
   // Whether there is an attack in the next `count` frames that go in.
   bool LookForAttacks_(std::size_t count);
   void Collect_();

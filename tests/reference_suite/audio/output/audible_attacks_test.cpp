@@ -198,7 +198,7 @@ TEST(OnsetInTwoChannels, IsPreparedLittleByLittle) {
     for (player.chunks = 0; step.Run(gate).outcome == tesk_audio::StepOutcome::Frames;) {
       most = std::max(most, std::exchange(player.chunks, 0));
     }
-    EXPECT_LE(most, 13) << "six of them a look at where the attack begins, what is before and behind it, and "
+    EXPECT_LE(most, 12) << "five of them a look at where the attack begins, what is before and behind it, and "
                            "what stands in for it";
   }
 }
