@@ -198,8 +198,9 @@ TEST(OnsetInTwoChannels, IsPreparedLittleByLittle) {
     for (player.chunks = 0; step.Run(gate).outcome == tesk_audio::StepOutcome::Frames;) {
       most = std::max(most, std::exchange(player.chunks, 0));
     }
-    EXPECT_LE(most, 12) << "five of them a look at where the attack begins, what is before and behind it, and "
-                           "what stands in for it";
+    EXPECT_LE(most, 12)
+        << "five of them a look at where the attack begins, what is before and behind it, and "
+           "what stands in for it";
   }
 }
 
