@@ -8,9 +8,10 @@
 namespace tesk_audio {
 
 bool GoOnAttacca(AudioPlayerOutputInterface& player) {
-  if (!player.CurrentSongIsAttacca()) return false;
   try {
+    if (!player.CurrentSongIsAttacca()) return false;
     player.LoadNextSongAttacca();
+    return player.GetAttaccaHasOccurred();
   } catch (const std::out_of_range&) {
     // The end of the show: there is no song to go on with.
     return false;
@@ -18,7 +19,6 @@ bool GoOnAttacca(AudioPlayerOutputInterface& player) {
     TeskLogException(error.what(), "reference_suite/audio/output", __LINE__);
     return false;
   }
-  return player.GetAttaccaHasOccurred();
 }
 
 }  // namespace tesk_audio

@@ -63,13 +63,14 @@ void LiveSampleOutput::Run_() {
     lock.Lock();
     inPlayer_ = false;
     changed_.WakeAll();
-    if (task == Task::LookForMove) WaitForTask_(lock);
+    if (task == Task::Open || task == Task::LookForMove) WaitForTask_(lock);
   }
 }
 
 void LiveSampleOutput::Do_(Task task) noexcept {
   try {
     if (task == Task::Step) StepWhileRunning_();
+    if (task == Task::Open) OpenUnlessMoved_();
     if (task == Task::AskAttacca) AskAttacca_();
     if (task == Task::AnnounceStop) AnnounceStop_();
     if (task == Task::LookForMove) LookForMove_();
@@ -119,8 +120,7 @@ LiveSampleOutput::Task LiveSampleOutput::NextRunningTask_() {
   if (ending_ != Ending::None) return NextEndingTask_();
   if (NeedsFrames_()) return Task::Step;
   // It can have closed by itself at an end that was taken back in the same moment.
-  if (!feedOpen_ || feed_.IsClosed()) OpenFeed_();
-  return Task::Wait;
+  return !feedOpen_ || feed_.IsClosed() ? Task::Open : Task::Wait;
 }
 
 LiveSampleOutput::Task LiveSampleOutput::NextEndingTask_() {
@@ -128,10 +128,7 @@ LiveSampleOutput::Task LiveSampleOutput::NextEndingTask_() {
   if (ending_ == Ending::Caesura && !stopIsAnnounced_) return Task::AnnounceStop;
   const bool played = feed_.IsClosed() && feed_.GetAudiblePosition() >= endPosition_;
   const bool closedTooEarly = feed_.IsClosed() && ring_.GetReadPosition() < endPosition_;
-  if (!feedOpen_ || closedTooEarly) {
-    OpenFeed_();
-    return Task::LookForMove;
-  }
+  if (!feedOpen_ || closedTooEarly) return Task::Open;
   return played ? Task::FinishEnding : Task::LookForMove;
 }
 

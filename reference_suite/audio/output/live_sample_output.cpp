@@ -48,6 +48,8 @@ LiveSampleOutput::~LiveSampleOutput() {
   UnregisterLiveOutput(this);
   {
     exc::ScopeLock lock(*this);
+    // Or the render thread would open it again.
+    if (state_ == State::Running) state_ = State::Paused;
     CloseFeed_(FramesOf(kExitFadeMs, device_->GetRateHz()));
     WaitUntilClosed_(lock);
   }

@@ -87,8 +87,14 @@ class LiveSampleOutput final : public AudioSampleOutput,
     Caesura,
     Failure,  // nothing, because a step threw
   };
+  // What the player is being told by the render thread.
+  enum class Telling {
+    Nothing,
+    Stopped,  // that the output has stopped
+    Play,     // to play: it was started again before it knew
+  };
   // What the render thread does next.
-  enum class Task { Exit, Wait, Step, AskAttacca, AnnounceStop, LookForMove, FinishStop, FinishEnding };
+  enum class Task { Exit, Wait, Step, Open, AskAttacca, AnnounceStop, LookForMove, FinishStop, FinishEnding };
 
   // ---- live_rendering.cpp: the render thread
   static void* ThreadBody_(void* self);
@@ -128,11 +134,16 @@ class LiveSampleOutput final : public AudioSampleOutput,
 
   // ---- live_transport.cpp
   void PrepareRefill_();
+  void RefillRing_() EXC_HOLDS(stepLock_);
+  // Whether the player knew of an approaching caesura; it is forgotten.
+  bool TakeBackAnnouncement_();
   static constexpr double kExitFadeMs = 10.0;
   // What a device may have taken and not played when it fails: two of the longest periods.
   static constexpr std::size_t kMostTakenBackFrames = std::size_t{2} * kMostPeriodFrames;
   bool StopAndWait_(bool wait, std::size_t fadeFrames);
   void RequestStop_(std::size_t fadeFrames) EXC_HOLDS(this);
+  // What was rendered before the position was moved is dropped instead.
+  void OpenUnlessMoved_();
   void OpenFeed_() EXC_HOLDS(this);
   void CloseFeed_(std::size_t fadeFrames) EXC_HOLDS(this);
   void WaitUntilClosed_(exc::ScopeLock& lock) EXC_HOLDS(this);
@@ -177,7 +188,7 @@ class LiveSampleOutput final : public AudioSampleOutput,
   bool stopRequested_ EXC_GUARDED_BY(this) = false;
   bool startsAfterStop_ EXC_GUARDED_BY(this) = false;
   std::size_t stopFadeFrames_ EXC_GUARDED_BY(this) = 0;
-  bool notifies_ EXC_GUARDED_BY(this) = false;  // the player is being told that the output has stopped
+  Telling telling_ EXC_GUARDED_BY(this) = Telling::Nothing;
   bool inPlayer_ EXC_GUARDED_BY(this) = false;  // the render thread is inside calls to the player
 
   std::unique_ptr<MeterNews> news_;  // goes first

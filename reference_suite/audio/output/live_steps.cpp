@@ -100,9 +100,12 @@ void LiveSampleOutput::AskAttacca_() {
   feed_.EndAt(endPosition_);
 }
 
+// Whoever refills meanwhile takes the announcement back when it has been made.
 void LiveSampleOutput::AnnounceStop_() {
+  exc::ScopeLock step(stepLock_);
   {
     exc::ScopeLock lock(*this);
+    if (ending_ != Ending::Caesura) return;
     stopIsAnnounced_ = true;
   }
   player_.NotifyApproachingStop();
@@ -117,9 +120,7 @@ bool LiveSampleOutput::LookForMove_() {
     step_.Reset();
     DropRing_();
     ForgetEnding_();
-    exc::ScopeLock state(*this);
-    wasAnnounced = stopIsAnnounced_;
-    stopIsAnnounced_ = false;
+    wasAnnounced = TakeBackAnnouncement_();
   }
   if (wasAnnounced) {
     // The stop that the player holds its display for does not come: only this lets it go on.
@@ -132,9 +133,11 @@ bool LiveSampleOutput::LookForMove_() {
 void LiveSampleOutput::FinishStop_() {
   {
     exc::ScopeLock lock(*this);
-    state_ = State::Stopped;
     stopRequested_ = false;
-    notifies_ = true;
+    // It has come to stand by itself, and the player knows.
+    if (state_ == State::Stopped) return;
+    state_ = State::Stopped;
+    telling_ = Telling::Stopped;
   }
   NotifyStopped_();
 }
@@ -155,7 +158,7 @@ void LiveSampleOutput::FinishEnding_() {
     feedOpen_ = false;
     stopIsAnnounced_ = false;
     state_ = ending == Ending::Caesura ? State::Paused : State::Stopped;
-    notifies_ = ending != Ending::Caesura;
+    if (ending != Ending::Caesura) telling_ = Telling::Stopped;
   }
   if (ending == Ending::Caesura) {
     StopAtCaesura_();
@@ -175,7 +178,7 @@ void LiveSampleOutput::StopAtCaesura_() {
     {
       exc::ScopeLock lock(*this);
       state_ = State::Stopped;
-      notifies_ = true;
+      telling_ = Telling::Stopped;
     }
     NotifyStopped_();
   }
@@ -190,15 +193,14 @@ void LiveSampleOutput::NotifyStopped_() {
   bool starts = false;
   {
     exc::ScopeLock lock(*this);
-    starts = startsAfterStop_;
+    starts = std::exchange(startsAfterStop_, false);
+    telling_ = starts ? Telling::Play : Telling::Nothing;
   }
+  if (!starts) return;
   // Through the player, which takes itself for stopped now.
-  if (starts) StartAgain_();
+  StartAgain_();
   exc::ScopeLock lock(*this);
-  // Whoever has asked for a stop or a pause meanwhile has called it off.
-  if (starts && !std::exchange(startsAfterStop_, false)) RequestStop_(0);
-  notifies_ = false;
-  changed_.WakeAll();
+  telling_ = Telling::Nothing;
 }
 
 void LiveSampleOutput::StartAgain_() {

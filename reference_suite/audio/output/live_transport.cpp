@@ -1,4 +1,6 @@
 // The commands of LiveSampleOutput.
+#include <utility>
+
 #include "exc/lock/scope_lock.h"
 #include "reference_suite/audio/output/format_fit.h"
 #include "reference_suite/audio/output/frames_of.h"
@@ -22,7 +24,31 @@ class OpenGate : public StepGate {
 
 void LiveSampleOutput::Refill() {
   PrepareRefill_();
-  exc::ScopeLock lock(stepLock_);
+  bool wasAnnounced = false;
+  {
+    // A stop that is being announced has been by now.
+    exc::ScopeLock lock(stepLock_);
+    wasAnnounced = TakeBackAnnouncement_();
+    RefillRing_();
+  }
+  // The stop that was announced lies in what was dropped.
+  if (wasAnnounced) player_.PauseAndClearApproachingStop();
+}
+
+void LiveSampleOutput::PrepareRefill_() {
+  exc::ScopeLock lock(*this);
+  idle_ = false;
+  if (state_ == State::Running) state_ = State::Paused;
+  CloseFeed_(fadeFrames_);
+  if (!OnRenderThread_()) WaitUntilClosed_(lock);
+}
+
+bool LiveSampleOutput::TakeBackAnnouncement_() {
+  exc::ScopeLock lock(*this);
+  return std::exchange(stopIsAnnounced_, false);
+}
+
+void LiveSampleOutput::RefillRing_() {
   ForgetEnding_();
   const std::uint64_t position = ring_.GetWritePosition();
   switched_ = false;
@@ -37,29 +63,16 @@ void LiveSampleOutput::Refill() {
   }
 }
 
-void LiveSampleOutput::PrepareRefill_() {
-  bool wasAnnounced = false;
-  {
-    exc::ScopeLock lock(*this);
-    idle_ = false;
-    if (state_ == State::Running) state_ = State::Paused;
-    CloseFeed_(fadeFrames_);
-    if (!OnRenderThread_()) WaitUntilClosed_(lock);
-    wasAnnounced = stopIsAnnounced_;
-    stopIsAnnounced_ = false;
-  }
-  // The stop that was announced lies in what is dropped now.
-  if (wasAnnounced) player_.PauseAndClearApproachingStop();
-}
-
 void LiveSampleOutput::Start() {
   exc::ScopeLock lock(*this);
   if (exits_) return;
   idle_ = false;
-  if (stopRequested_ && !OnRenderThread_()) {
+  if (!OnRenderThread_()) {
+    // A player that is told that it has stopped after it was started takes itself for stopped: it is to start
+    // once more.
+    startsAfterStop_ = stopRequested_ || telling_ == Telling::Stopped;
     // In the order in which they were asked for: the stop first.
-    startsAfterStop_ = true;
-    return;
+    if (stopRequested_) return;
   }
   state_ = State::Running;
   renderWakes_.WakeAll();
@@ -68,6 +81,7 @@ void LiveSampleOutput::Start() {
 void LiveSampleOutput::Pause() {
   exc::ScopeLock lock(*this);
   startsAfterStop_ = false;
+  if (telling_ == Telling::Play && state_ == State::Stopped) RequestStop_(0);
   if (state_ != State::Running) return;
   state_ = State::Paused;
   CloseFeed_(fadeFrames_);
@@ -82,10 +96,11 @@ bool LiveSampleOutput::StopAndWait_(bool wait, std::size_t fadeFrames) {
   exc::ScopeLock lock(*this);
   if (exits_) return true;
   startsAfterStop_ = false;
-  if (state_ != State::Stopped) RequestStop_(fadeFrames);
+  // A start that is under way is stopped when it has come.
+  if (state_ != State::Stopped || telling_ == Telling::Play) RequestStop_(fadeFrames);
   if (!wait || OnRenderThread_()) return true;
   long long deadline = MonotonicNow() + kPatience;
-  while (stopRequested_ || notifies_) {
+  while (stopRequested_ || telling_ != Telling::Nothing) {
     // A call to the player may take as long as it takes; the device's time begins when it has returned.
     if (inPlayer_) deadline = MonotonicNow() + kPatience;
     if (MonotonicNow() > deadline) return false;
@@ -121,6 +136,12 @@ void LiveSampleOutput::PrepareForExit() {
   if (OnRenderThread_()) return;
   JoinThread_();
   device_->Stop();
+}
+
+void LiveSampleOutput::OpenUnlessMoved_() {
+  if (LookForMove_()) return;
+  exc::ScopeLock lock(*this);
+  if (state_ == State::Running && !stopRequested_) OpenFeed_();
 }
 
 void LiveSampleOutput::OpenFeed_() {

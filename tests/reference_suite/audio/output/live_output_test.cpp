@@ -11,6 +11,7 @@
 #include "exc/lock/scope_lock.h"
 #include "reference_suite/audio/output/live_sample_output.h"
 #include "tests/reference_suite/audio/support/await.h"
+#include "tests/reference_suite/audio/support/barrier.h"
 #include "tests/reference_suite/audio/support/live_run.h"
 #include "tests/reference_suite/audio/support/logged_exceptions.h"
 #include "tests/reference_suite/audio/support/offline_run.h"
@@ -24,21 +25,6 @@
 namespace {
 
 using test_support::StaircaseContent;
-
-// Holds threads up at a place until it is opened.
-class Barrier {
- public:
-  void Pass() {
-    reached_ = true;
-    opened_.get_future().wait();
-  }
-  bool IsReached() const { return reached_; }
-  void Open() { opened_.set_value(); }
-
- private:
-  std::atomic<bool> reached_{false};
-  std::promise<void> opened_;
-};
 
 TEST(LiveOutput, PlaysTheSongFrameForFrame) {
   LiveRun run(Songs{{.frames = 20'011}});
@@ -311,6 +297,18 @@ TEST(LiveOutput, APlayerThatFailsAtACaesuraStops) {
   ASSERT_TRUE(run.HasStopped());
   EXPECT_EQ(logged_exceptions::Take(), "reference_suite/audio/output: no caesura\n");
   EXPECT_FALSE(run.output->GetOutputIsRunning());
+}
+
+// Over and over it would be asked, and nothing else be done.
+TEST(LiveOutput, APlayerThatFailsAtTheEndOfASongStops) {
+  LiveRun run(Songs{{.frames = 1'000}});
+  run.device->Spin(true);
+  logged_exceptions::Take();
+  run.player.onIsAttacca = [] { throw std::runtime_error("no memory"); };
+  run.Start();
+  ASSERT_TRUE(run.HasStopped());
+  EXPECT_EQ(logged_exceptions::Take(), "reference_suite/audio/output: no memory\n");
+  EXPECT_EQ(run.device->Heard(), Frames(0, 1'000));
 }
 
 TEST(LiveOutput, AttaccaGoesOnWithoutAGap) {

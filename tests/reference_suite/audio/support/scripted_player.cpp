@@ -84,11 +84,14 @@ void ScriptedPlayer::Write_(const std::string& line) {
 
 void ScriptedPlayer::Play() {
   Write_("play");
+  if (onPlay) onPlay();
   SetPlays(true);
   output_->Start();
+  if (onPlayed) onPlayed();
 }
 
 bool ScriptedPlayer::CurrentSongIsAttacca() {
+  if (onIsAttacca) onIsAttacca();
   exc::ScopeLock lock(lock_);
   return songs_[song_].isAttacca;
 }
@@ -147,6 +150,11 @@ long long ScriptedPlayer::GetNextCaesuraSampleIndex(long long sampleIndex) {
     if (at >= sampleIndex && caesurasPassed_.count(at) == 0) return at;
   }
   return -1;
+}
+
+void ScriptedPlayer::NotifyApproachingStop() {
+  if (onApproachingStop) onApproachingStop();
+  Write_("approaching stop");
 }
 
 long long ScriptedPlayer::GetLastJumpSampleIndex() {

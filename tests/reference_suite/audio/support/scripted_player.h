@@ -61,8 +61,12 @@ class ScriptedPlayer : public tesk_audio::AudioPlayerOutputInterface {
   bool goesOnAtCaesura = false;
   std::function<void()> onCaesura;
   std::function<void()> onStopped;
-  std::function<void()> onAttacca;  // may throw
-  std::function<void()> onPlan;     // inside the read-samples lock; may throw
+  std::function<void()> onAttacca;          // may throw
+  std::function<void()> onIsAttacca;        // may throw
+  std::function<void()> onApproachingStop;  // before it is written down
+  std::function<void()> onPlay;             // before the output is started
+  std::function<void()> onPlayed;           // and after that
+  std::function<void()> onPlan;             // inside the read-samples lock; may throw
 
   // ---- AudioPlayerOutputInterface
   void Play() override;
@@ -74,7 +78,7 @@ class ScriptedPlayer : public tesk_audio::AudioPlayerOutputInterface {
   long long GetSampleIndex() override;
   long long GetNextCaesuraSampleIndex(long long sampleIndex) override;
   void PauseAndClearApproachingStop() override { Write_("clear approaching stop"); }
-  void NotifyApproachingStop() override { Write_("approaching stop"); }
+  void NotifyApproachingStop() override;
   long long GetLastJumpSampleIndex() override;
   long long GetJumpTargetSampleIndex() override;
   bool GetJumpIsNext() override;

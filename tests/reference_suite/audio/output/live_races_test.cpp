@@ -1,0 +1,220 @@
+// Commands to the live output at the moments at which they meet what its render thread does.
+#include <gtest/gtest.h>
+
+#include <atomic>
+#include <chrono>
+#include <functional>
+#include <future>
+#include <stdexcept>
+
+#include "exc/flag/ex_scope_flag.h"
+#include "reference_suite/audio/output/live_sample_output.h"
+#include "tests/reference_suite/audio/support/await.h"
+#include "tests/reference_suite/audio/support/barrier.h"
+#include "tests/reference_suite/audio/support/live_run.h"
+#include "tests/reference_suite/audio/support/logged_exceptions.h"
+
+namespace {
+
+// Until the first frame is heard.
+void TurnUntilHeard(LiveRun* run) {
+  while (run->device->Turn(1)[0] == 0.0F) {
+  }
+}
+
+// While the device is turned by hand, which obeys after a frame.
+void PauseByHand(LiveRun* run) {
+  std::future<void> pause = std::async(std::launch::async, [&] { run->Pause(); });
+  ASSERT_TRUE(Await([&] { return !run->output->GetOutputIsRunning(); }));
+  run->device->Turn(1);
+  pause.get();
+}
+
+// The player may take itself for stopped only when it has been told, which is after it has been started: it
+// would stand still while the output plays.
+TEST(LiveRaces, AStartWhileTheStopIsToldGoesThroughThePlayerOnceMore) {
+  LiveRun run(Songs{{.frames = kEndless}});
+  Barrier told;
+  std::atomic<bool> isFirst{true};
+  run.player.onStopped = [&] {
+    if (isFirst.exchange(false)) told.Pass();
+  };
+  run.device->Spin(true);
+  run.Start();
+  run.output->Stop(false);
+  ASSERT_TRUE(Await([&] { return told.IsReached(); }));
+  run.Pause();
+  run.player.Play();
+  EXPECT_TRUE(run.output->GetOutputIsRunning());
+  told.Open();
+  ASSERT_TRUE(run.HasLogged("stopped\nplay\nplay\n")) << run.player.Log();
+  EXPECT_FALSE(run.player.HasStopped());
+  EXPECT_TRUE(run.output->GetOutputIsRunning());
+  EXPECT_TRUE(run.output->Stop(true));
+  EXPECT_EQ(run.player.Log(), "stopped\nplay\nplay\nstopped\n");
+}
+
+TEST(LiveRaces, APauseBehindAStartWhileTheStopIsToldCallsItOff) {
+  LiveRun run(Songs{{.frames = kEndless}});
+  Barrier told;
+  run.player.onStopped = [&] { told.Pass(); };
+  run.device->Spin(true);
+  run.Start();
+  run.output->Stop(false);
+  ASSERT_TRUE(Await([&] { return told.IsReached(); }));
+  run.player.Play();
+  run.Pause();
+  told.Open();
+  ASSERT_TRUE(run.HasStopped());
+  EXPECT_EQ(run.output->Stop(true), true);
+  EXPECT_EQ(run.player.Log().substr(0, 13), "stopped\nplay\n");
+  EXPECT_EQ(run.player.Log().find("play", 13), std::string::npos) << run.player.Log();
+  EXPECT_FALSE(run.output->GetOutputIsRunning());
+}
+
+// While the player, which has been told of a stop, starts the output again because that was asked for before.
+class LiveRacesStartingAgain : public testing::Test {
+ protected:
+  // Leaves the render thread in that call of the player.
+  void ComeThere(std::function<void()>* where) {
+    int calls = 0;
+    *where = [this, calls]() mutable {
+      if (++calls == 2) again.Pass();
+    };
+    run.Start();
+    TurnUntilHeard(&run);
+    run.output->Stop(false);
+    run.player.Play();
+    run.device->Spin(true);
+    ASSERT_TRUE(Await([&] { return again.IsReached(); }));
+  }
+
+  LiveRun run{Songs{{.frames = kEndless}}};
+  Barrier again;
+};
+
+TEST_F(LiveRacesStartingAgain, AStopIsObeyedBehindTheStart) {
+  ComeThere(&run.player.onPlay);
+  run.output->Stop(false);
+  again.Open();
+  EXPECT_TRUE(run.HasLogged("play\nstopped\nplay\nstopped\n")) << run.player.Log();
+  EXPECT_TRUE(run.output->Stop(true));
+  EXPECT_FALSE(run.output->GetOutputIsRunning());
+  EXPECT_EQ(run.player.Log(), "play\nstopped\nplay\nstopped\n");
+}
+
+TEST_F(LiveRacesStartingAgain, APauseBeforeTheStartStopsIt) {
+  ComeThere(&run.player.onPlay);
+  run.output->Pause();
+  again.Open();
+  EXPECT_TRUE(run.HasLogged("play\nstopped\nplay\nstopped\n")) << run.player.Log();
+  EXPECT_FALSE(run.output->GetOutputIsRunning());
+}
+
+TEST_F(LiveRacesStartingAgain, APauseThatFindsItStartedIsAPauseAndNoStop) {
+  ComeThere(&run.player.onPlayed);
+  run.Pause();
+  again.Open();
+  run.player.Play();
+  const std::size_t heard = run.device->HeardCount();
+  ASSERT_TRUE(Await([&] { return run.device->HeardCount() > heard + 2'000; }));
+  EXPECT_EQ(run.player.Log(), "play\nstopped\nplay\nplay\n");
+}
+
+// It would be told twice that it has stopped.
+TEST(LiveRaces, AStopInACaesuraThatFailsIsToldOnce) {
+  LiveRun run(Songs{{.frames = 10'000, .caesuras = {1'000}}});
+  run.device->Spin(true);
+  Barrier caesura;
+  run.player.onCaesura = [&] {
+    caesura.Pass();
+    throw std::runtime_error("no caesura");
+  };
+  logged_exceptions::Take();
+  run.Start();
+  ASSERT_TRUE(Await([&] { return caesura.IsReached(); }));
+  EXPECT_TRUE(run.output->Stop(false));
+  EXPECT_EQ(run.player.Log(), "approaching stop\nclear approaching stop\ncaesura\n");
+  run.player.ClearLog();
+  std::future<bool> stop = std::async(std::launch::async, [&] { return run.output->Stop(true); });
+  caesura.Open();
+  EXPECT_TRUE(stop.get());
+  EXPECT_EQ(run.player.Log(), "stopped\n");
+  EXPECT_EQ(logged_exceptions::Take(), "reference_suite/audio/output: no caesura\n");
+}
+
+// The display would be held at a stop that never comes.
+TEST(LiveRaces, ASeekWhileAStopIsAnnouncedFreesTheDisplayBehindIt) {
+  LiveRun run(Songs{{.frames = kEndless, .caesuras = {2'000}}});
+  Barrier announced;
+  run.player.onApproachingStop = [&] { announced.Pass(); };
+  run.device->Spin(true);
+  run.Start();
+  ASSERT_TRUE(Await([&] { return announced.IsReached(); }));
+  run.Pause();
+  std::future<void> seek = std::async(std::launch::async, [&] { run.player.SeekTo(50'000); });
+  EXPECT_EQ(seek.wait_for(std::chrono::milliseconds(50)), std::future_status::timeout);
+  announced.Open();
+  seek.get();
+  EXPECT_EQ(run.player.Log(), "approaching stop\nclear approaching stop\n");
+}
+
+TEST(LiveRaces, APauseRightBehindASeekGoesOnAtItsTarget) {
+  LiveRun run(Songs{{.frames = kEndless}});
+  run.Start();
+  TurnUntilHeard(&run);
+  ASSERT_GT(run.player.Planned() - 1, 720) << "as much ahead as is wanted";
+  {
+    // The render thread learns of the seek only when it plays on.
+    const exc::ExScopeFlag seeking(run.output->GetSeekFlag());
+    run.player.SeekTo(50'000);
+    PauseByHand(&run);
+  }
+  const long long before = run.player.Planned();
+  run.device->ClearHeard();
+  run.player.Play();
+  TurnUntilHeard(&run);
+  EXPECT_EQ(run.device->Heard().front(), ScriptedPlayer::Sample(50'000));
+  EXPECT_EQ(run.output->GetElapsedSampleCount(), before + 1) << "what was dropped counts as heard";
+}
+
+TEST(LiveRaces, APauseRightBehindASeekAwayFromAnEndGoesOnAtItsTarget) {
+  LiveRun run(Songs{{.frames = 100'000, .caesuras = {900}}});
+  run.Start();
+  ASSERT_TRUE(run.TurnsUntilLogged("approaching stop\n"));
+  {
+    const exc::ExScopeFlag seeking(run.output->GetSeekFlag());
+    run.player.SeekTo(50'000);
+    PauseByHand(&run);
+  }
+  run.device->ClearHeard();
+  run.player.Play();
+  TurnUntilHeard(&run);
+  EXPECT_EQ(run.device->Heard().front(), ScriptedPlayer::Sample(50'000));
+}
+
+TEST(LiveRaces, DeletedWhilePlayingItFadesOut) {
+  // Far enough ahead that the ring holds the whole fade.
+  LiveRun run(Songs{{.frames = kEndless}}, 0.0, 3.0, 100.0);
+  run.Start();
+  while (run.device->HeardCount() < 500) run.device->Turn(1);
+  ASSERT_TRUE(run.HasPlanned(500 + 4'800));
+  std::future<void> deletion = std::async(std::launch::async, [&] { run.output.reset(); });
+  // However long the device takes. It goes with the output.
+  EXPECT_EQ(deletion.wait_for(std::chrono::milliseconds(50)), std::future_status::timeout);
+  const auto fades = [&] {
+    const std::size_t next = run.device->HeardCount();
+    return run.device->Turn(1)[0] < ScriptedPlayer::Sample(static_cast<long long>(next));
+  };
+  ASSERT_TRUE(Await(fades));
+  int faded = 1;
+  float last = 0.0F;
+  while ((last = run.device->Turn(1)[0]) != 0.0F) {
+    ASSERT_LT(last, ScriptedPlayer::Sample(500 + faded)) << "it goes on fading";
+    ASSERT_LT(++faded, 480);
+  }
+  deletion.get();
+  EXPECT_EQ(faded, 479);
+}
+
+}  // namespace
