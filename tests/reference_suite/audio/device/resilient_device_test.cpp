@@ -6,6 +6,7 @@
 
 #include <chrono>
 #include <deque>
+#include <functional>
 #include <future>
 #include <memory>
 #include <mutex>
@@ -381,6 +382,46 @@ TEST(ResilientDevice, ThePriorityIsThatOfTheDeviceThatRuns) {
   EXPECT_EQ(resilient.GetRealTimePriority(), 7);
   device->failed = true;
   EXPECT_TRUE(Await([&] { return resilient.GetRealTimePriority() == 0; })) << "a clock has none";
+}
+
+// Looks on whenever it is asked for its name, which is in the middle of being made known.
+class WatchfulDevice : public MortalDevice {
+ public:
+  explicit WatchfulDevice(std::function<void()> look) : look_(std::move(look)) {}
+  std::string GetDescription() const override {
+    look_();
+    return "second device";
+  }
+
+ private:
+  const std::function<void()> look_;
+};
+
+// Who sees that it is there again and asks which it is must not be told of the clock, nor of its priority.
+TEST(ResilientDevice, ADeviceThatIsThereAgainIsKnownByAllThatItIsBeforeItIsSaidToBeThere) {
+  Shop shop;
+  Told told;
+  Counter counter;
+  MortalDevice* const first = shop.Put();
+  ResilientDevice resilient(kMono, shop.Source(), told.Tell());
+  resilient.Start(counter);
+  first->failed = true;
+  ASSERT_TRUE(told.Is(1));
+  std::atomic<int> looks{0};
+  std::atomic<bool> isWrong{false};
+  shop.PutDevice(std::make_unique<WatchfulDevice>([&] {
+    ++looks;
+    // In this order, as who is not the watch would ask.
+    const bool isThere = !resilient.IsRecovering();
+    const bool isKnown =
+        resilient.GetDescription() == "second device" && resilient.GetRealTimePriority() == 7;
+    if (isThere && !isKnown) isWrong = true;
+  }));
+  ASSERT_TRUE(told.Is(2));
+  EXPECT_EQ(told.Get()[1].device, "second device");
+  resilient.Stop();
+  EXPECT_GE(looks, 1);
+  EXPECT_FALSE(isWrong);
 }
 
 TEST(ResilientDevice, ADeviceThatTakesFramesTooFastMovesTheShowByAMomentAtMost) {
