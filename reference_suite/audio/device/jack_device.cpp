@@ -146,7 +146,7 @@ void JackDevice::LookAfterLinks_() {
     links.insert({channel, input});
   }
   NoteTargetLatency_(links);
-  NoteWhoHears_(inputs);
+  NoteWhoHears_(inputs, links);
 }
 
 // Of the port that is heard last. The server tells our own ports only a period or two after they are
@@ -164,12 +164,12 @@ void JackDevice::NoteTargetLatency_(const std::set<JackLink>& links) {
 }
 
 // A server that goes down takes the links away a moment before: that is told in other words.
-void JackDevice::NoteWhoHears_(const std::vector<std::string>& inputs) {
+void JackDevice::NoteWhoHears_(const std::vector<std::string>& inputs, const std::set<JackLink>& links) {
   const bool isHeard = !GetLinks_().empty();
   if (isHeard) heardUntil_ = Seconds();
   if (isHeard) connectUntil_ = 0.0;
   std::string unheard = isHeard || Seconds() < heardUntil_ + kUnheardSeconds ? "" : AdviceWhenUnheard_();
-  std::string missing = isHeard ? AdviceOnMissing_(inputs) : "";
+  std::string missing = isHeard ? AdviceOnMissing_(inputs, links) : "";
   // What is missing stays so until the other words take its place.
   const bool isTold = isHeard || !unheard.empty();
   const std::lock_guard lock(mutex_);
@@ -179,9 +179,12 @@ void JackDevice::NoteWhoHears_(const std::vector<std::string>& inputs) {
   connecting_ = Seconds() < connectUntil_;
 }
 
-std::string JackDevice::AdviceOnMissing_(const std::vector<std::string>& inputs) const {
+// What has just been connected was missing when it was looked for, and is not any more.
+std::string JackDevice::AdviceOnMissing_(const std::vector<std::string>& inputs,
+                                         const std::set<JackLink>& links) const {
   std::string advice;
   for (const auto& [channel, input] : links_->GetMissing()) {
+    if (links.contains({channel, input})) continue;
     if (!advice.empty()) advice += " ";
     advice += client_->GetName() + ":out_" + std::to_string(channel + 1);
     if (std::find(inputs.begin(), inputs.end(), input) == inputs.end()) {

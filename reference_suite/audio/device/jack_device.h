@@ -72,9 +72,9 @@ class JackDevice : public Device {
   void RenewPorts_();
   std::set<JackLink> GetLinks_() const;
   void NoteTargetLatency_(const std::set<JackLink>& links);
-  void NoteWhoHears_(const std::vector<std::string>& inputs);
+  void NoteWhoHears_(const std::vector<std::string>& inputs, const std::set<JackLink>& links);
   std::string AdviceWhenUnheard_() const;
-  std::string AdviceOnMissing_(const std::vector<std::string>& inputs) const;
+  std::string AdviceOnMissing_(const std::vector<std::string>& inputs, const std::set<JackLink>& links) const;
 
   std::unique_ptr<JackClient> client_;
   const unsigned channels_;

@@ -127,12 +127,26 @@ void JackLinks::AddWished_(const std::vector<std::string>& inputs, const std::ve
     }
     return;
   }
-  for (const std::string& text : wishes_.patterns) {
-    const std::regex pattern = Compile(text);
-    unsigned channel = 0;
-    for (const std::string& name : inputs) {
-      if (channel < wishes_.channels && std::regex_match(name, pattern)) AddLink_({channel++, name});
-    }
+  for (const std::string& pattern : wishes_.patterns) AddMatching_(pattern, inputs);
+}
+
+// Where a port goes, or is called something else, those behind it go on with what they hear; and what was
+// one port too many once does not step in when a program takes its ports away one after the other.
+void JackLinks::AddMatching_(const std::string& pattern, const std::vector<std::string>& inputs) {
+  const std::regex compiled = Compile(pattern);
+  std::map<std::string, unsigned>& channels = matched_[pattern];
+  std::set<unsigned> taken;
+  for (const std::string& name : inputs) {
+    const auto before = channels.find(name);
+    if (before != channels.end()) taken.insert(before->second);
+  }
+  for (const std::string& name : inputs) {
+    if (!std::regex_match(name, compiled)) continue;
+    unsigned free = 0;
+    while (free < wishes_.channels && taken.contains(free)) ++free;
+    const unsigned channel = channels.try_emplace(name, free).first->second;
+    taken.insert(channel);
+    if (channel < wishes_.channels) AddLink_({channel, name});
   }
 }
 

@@ -20,8 +20,8 @@ struct JackWishes {
   // and so on, round and round when there are more of them than channels. Empty: in their order, and the
   // first two for a single channel.
   std::vector<unsigned> outputs = {};
-  // Regular expressions for whole port names; the ports that match one hear the channels in their order.
-  // Empty: the physical outputs are taken.
+  // Regular expressions for whole port names; the ports that match one hear the channels in the order in
+  // which they are first seen. Empty: the physical outputs are taken.
   std::vector<std::string> patterns = {};
 };
 
@@ -54,6 +54,7 @@ class JackLinks {
 
  private:
   void AddWished_(const std::vector<std::string>& inputs, const std::vector<std::string>& physical);
+  void AddMatching_(const std::string& pattern, const std::vector<std::string>& inputs);
   void AddLink_(const JackLink& link);
   void ForgetLost_(const std::set<JackLink>& connected, const std::set<std::string>& present, double seconds);
   void NoteMissing_(const std::set<JackLink>& connected, double seconds);
@@ -61,6 +62,8 @@ class JackLinks {
   const JackWishes wishes_;
   mutable std::mutex mutex_;                // guards everything below
   std::map<unsigned, std::string> chosen_;  // of the outputs wished for by number: what they were called
+  // Of the ports that have matched a pattern: the channel that each hears; one too high: none.
+  std::map<std::string, std::map<std::string, unsigned>> matched_;
   std::set<JackLink> granted_;              // made from the wishes once; whoever takes one away means it
   std::set<JackLink> remembered_;
   std::set<std::string> known_;      // ports that were there at the last look

@@ -64,6 +64,27 @@ TEST(JackLinks, APatternWaitsForTheProgramThatItMeans) {
             (Links{{1, "mixer:in_2"}}));
 }
 
+// Otherwise both channels would sound on one side, and the other would be silent.
+TEST(JackLinks, WhereAPortIsRenamedOrGoesTheOthersStillHearTheirOwnChannels) {
+  JackLinks links({.channels = 2, .patterns = {"mixer:in_."}});
+  const Names inputs{"mixer:in_1", "mixer:in_2", "mixer:in_3"};
+  const Links all{{0, "mixer:in_1"}, {1, "mixer:in_2"}};
+  EXPECT_EQ(links.Observe({}, inputs, {}, 0.0), all);
+  links.Observe(all, inputs, {}, 0.1);
+  const Links renamed{{0, "mixer:left"}, {1, "mixer:in_2"}};
+  EXPECT_EQ(links.Observe(renamed, {"mixer:left", "mixer:in_2", "mixer:in_3"}, {}, 0.2), Links{});
+  EXPECT_EQ(links.Observe({{1, "mixer:in_2"}}, {"mixer:in_2", "mixer:in_3"}, {}, 0.3), Links{});
+  EXPECT_EQ(links.Observe({}, {"mixer:in_3"}, {}, 0.4), Links{});
+  EXPECT_EQ(links.Observe({}, inputs, {}, 0.5), all) << "started again";
+}
+
+TEST(JackLinks, AProgramThatComesBackUnderAnotherNameIsConnectedInTheSameOrder) {
+  JackLinks links({.channels = 2, .patterns = {"mixer.*:in_."}});
+  links.Observe({}, {"mixer:in_1", "mixer:in_2"}, {}, 0.0);
+  EXPECT_EQ(links.Observe({}, {"mixer-01:in_1", "mixer-01:in_2"}, {}, 1.0),
+            (Links{{0, "mixer-01:in_1"}, {1, "mixer-01:in_2"}}));
+}
+
 TEST(JackLinks, APatternThatIsNoneIsRefusedWithItsText) {
   EXPECT_TRUE(test_support::ThrowsWithText<tesk_audio::TESKAudioError>(
       [] {
