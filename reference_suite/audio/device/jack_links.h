@@ -64,7 +64,7 @@ class JackLinks {
   std::map<unsigned, std::string> chosen_;  // of the outputs wished for by number: what they were called
   // Of the ports that have matched a pattern: the channel that each hears; one too high: none.
   std::map<std::string, std::map<std::string, unsigned>> matched_;
-  std::set<JackLink> granted_;              // made from the wishes once; whoever takes one away means it
+  std::set<JackLink> granted_;  // made from the wishes once; whoever takes one away means it
   std::set<JackLink> remembered_;
   std::set<std::string> known_;      // ports that were there at the last look
   std::map<JackLink, double> lost_;  // since when
