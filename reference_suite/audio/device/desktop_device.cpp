@@ -171,8 +171,14 @@ std::string DesktopDevice::WhyUnheard() const {
   return IsDummy(*device_) ? Dummy(device_->name) : "";
 }
 
+bool DesktopDevice::HasBegunInVain_() const {
+  const double waited = static_cast<double>(MonotonicNow() - startedAt_) * 1e-9;
+  return startedAt_ != 0 && !takesSound_ && waited > GetPatienceSeconds();
+}
+
 std::string DesktopDevice::GetFailure() const {
-  return isUnplugged_ ? "it has been unplugged" : "the sound system has ended the stream";
+  if (isUnplugged_) return "it has been unplugged";
+  return failed_ ? "the sound system has ended the stream" : "it does not begin to take sound";
 }
 
 void DesktopDevice::Start(DeviceCallback& callback) {
@@ -180,6 +186,8 @@ void DesktopDevice::Start(DeviceCallback& callback) {
   callback_ = &callback;
   stops_ = false;
   if (stream_ == nullptr) OpenStream_(rateHz_);
+  hasAsked_ = takesSound_ = false;
+  startedAt_ = MonotonicNow();
   const int error = ::soundio_outstream_start(stream_.get());
   if (error != 0) {
     throw TESKAudioError("The output \"" + std::string(device_->name) +
@@ -228,6 +236,7 @@ void DesktopDevice::FailWhenUnplugged_() {
 }
 
 void DesktopDevice::Write_(int mostFrames) {
+  if (hasAsked_.exchange(true)) takesSound_ = true;
   int left = mostFrames;
   while (left > 0 && WriteSome_(&left)) {
   }

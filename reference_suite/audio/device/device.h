@@ -62,8 +62,8 @@ class Device {
   // Which of its connections are not there although somebody hears it, and what to do; empty: none is
   // missing. May change while it runs.
   virtual std::string WhatIsMissing() const { return ""; }
-  // What heard it before, in this program, is being looked for or connected: in a moment somebody may hear
-  // it, or not. Lasts for seconds at most.
+  // What heard it before, in this program, is being looked for or connected, or it has not begun to take what
+  // it is given: in a moment somebody may hear it, or not. Lasts for seconds at most.
   virtual bool IsConnecting() const { return false; }
   // It has said that it takes no more frames, and why. Many a device dies without a word.
   virtual bool HasFailed() const { return false; }

@@ -69,14 +69,7 @@ void ResilientDevice::WaitForFirst_() {
   const long long deadline = MonotonicNow() + kPatience;
   while (MonotonicNow() < deadline && search_->GetError().empty()) {
     RunningDevice found = search_->Take();
-    if (found.device != nullptr) {
-      search_.reset();
-      found.gate->Open(0, 0);
-      running_ = std::move(found);
-      Publish_();
-      if (!WhyUnheard().empty() || !WhatIsMissing().empty()) Tell_(false, "");
-      return;
-    }
+    if (found.device != nullptr) return TakeFirst_(std::move(found));
     SleepFor(kMillisecond);
   }
   recovering_ = true;
@@ -85,6 +78,16 @@ void ResilientDevice::WaitForFirst_() {
   const std::string error = search_->GetError();
   away_ = error.empty() ? kNoAnswer : error;
   Tell_(true, away_);
+}
+
+// A show that began before it takes anything would stand at its first frame, and be said to play.
+void ResilientDevice::TakeFirst_(RunningDevice found) {
+  search_.reset();
+  while (found.device->IsConnecting() && !found.device->HasFailed()) SleepFor(kMillisecond);
+  found.gate->Open(0, 0);
+  running_ = std::move(found);
+  Publish_();
+  if (!WhyUnheard().empty() || !WhatIsMissing().empty()) Tell_(false, "");
 }
 
 void ResilientDevice::Stop() {

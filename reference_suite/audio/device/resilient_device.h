@@ -68,6 +68,7 @@ class ResilientDevice : public Device {
   void TellWhyItStaysAway_(bool hangs);
   void BeginSearch_();
   void WaitForFirst_();
+  void TakeFirst_(RunningDevice found);
   void BeginWatching_();
   void CloseAll_();
   void Lose_(const std::string& reason);

@@ -186,6 +186,27 @@ TEST_F(Desktop, ItIsWaitedForAsLongAsWhatItHoldsLasts) {
   EXPECT_EQ(device->GetPatienceSeconds(), 2.5);
 }
 
+// A server that was idle fills its buffer at once and begins to play it when it likes: up to two seconds later,
+// or never.
+TEST_F(Desktop, ItIsBeingConnectedUntilItAsksForMoreThanItsBuffer) {
+  const auto device = Open();
+  EXPECT_FALSE(device->IsConnecting());
+  device->Start(counter_);
+  EXPECT_TRUE(device->IsConnecting());
+  system_.Ask(512);
+  EXPECT_TRUE(device->IsConnecting());
+  system_.Ask(256);
+  EXPECT_FALSE(device->IsConnecting());
+  EXPECT_FALSE(device->HasFailed());
+  device->Stop();
+  device->Start(counter_);
+  system_.Ask(512);
+  EXPECT_TRUE(device->IsConnecting()) << "it is another stream";
+  EXPECT_TRUE(Await([&] { return device->HasFailed(); }));
+  EXPECT_FALSE(device->IsConnecting());
+  EXPECT_EQ(device->GetFailure(), "it does not begin to take sound");
+}
+
 TEST_F(Desktop, ThePeriodIsWhatItTakesAtATimeAndNotWhatFillsItsBuffer) {
   const auto device = Open();
   device->Start(counter_);

@@ -10,6 +10,7 @@
 #include <future>
 #include <memory>
 #include <mutex>
+#include <thread>
 
 #include "reference_suite/audio/output/live_sample_output.h"
 #include "suite/audio/errors.h"
@@ -346,6 +347,26 @@ TEST(ResilientDevice, ADeviceThatIsStillBeingConnectedIsTakenWhenItIs) {
   ASSERT_TRUE(told.Is(2)) << "and the one that had failed meanwhile was let go of";
   EXPECT_FALSE(told.Get()[1].recovering);
   EXPECT_EQ(told.Get()[1].unheard, "");
+}
+
+TEST(ResilientDevice, TheFirstDeviceIsWaitedForUntilItTakesSound) {
+  for (const bool dies : {false, true}) {
+    Shop shop;
+    Told told;
+    Counter counter;
+    MortalDevice* const device = shop.Put();
+    device->connecting = true;
+    ResilientDevice resilient(kMono, shop.Source(), told.Tell());
+    std::jthread later([&] {
+      EXPECT_TRUE(Await([&] { return device->timesAsked > 20; }));
+      EXPECT_EQ(counter.count, 0) << "a show that began now would stand";
+      (dies ? device->failed : device->connecting) = dies;
+    });
+    resilient.Start(counter);
+    later.join();
+    ASSERT_TRUE(Await([&] { return counter.count > 4'000; }));
+    EXPECT_EQ(told.Get().size(), dies ? 1U : 0U);
+  }
 }
 
 TEST(ResilientDevice, WhatIsMissingOfItsConnectionsIsToldOnceAndWhenItIsThereAgain) {
