@@ -47,8 +47,8 @@ class DesktopDevice : public Device {
   // A sound server that was idle asks for a little first, then for nothing during up to two seconds, or takes
   // as much at once.
   double GetPatienceSeconds() const override { return 0.5 + (hasPace_ ? held_.load() : kMostHeldSeconds); }
-  // Until it asks a second time: the first call fills its buffer, and a server that was idle takes that when it
-  // likes, or never, as one whose output is suspended.
+  // Until it asks a second time: the first call fills its buffer, and a server that was idle takes that when
+  // it likes, or never, as one whose output is suspended.
   bool IsConnecting() const override { return startedAt_ != 0 && !takesSound_ && !HasFailed(); }
   bool HasFailed() const override { return failed_ || HasBegunInVain_(); }
   std::string GetFailure() const override;
@@ -87,8 +87,8 @@ class DesktopDevice : public Device {
   DeviceCallback* callback_ = nullptr;
   std::vector<float> frames_;
   std::atomic<unsigned> period_;
-  std::atomic<double> held_{0.0};     // seconds that it has taken before their time
-  std::atomic<bool> hasPace_{false};  // it has asked often enough
+  std::atomic<double> held_{0.0};        // seconds that it has taken before their time
+  std::atomic<bool> hasPace_{false};     // it has asked often enough
   std::atomic<bool> hasAsked_{false};    // for the first frames
   std::atomic<bool> takesSound_{false};  // and for more
   std::atomic<long long> startedAt_{0};

@@ -186,8 +186,8 @@ TEST_F(Desktop, ItIsWaitedForAsLongAsWhatItHoldsLasts) {
   EXPECT_EQ(device->GetPatienceSeconds(), 2.5);
 }
 
-// A server that was idle fills its buffer at once and begins to play it when it likes: up to two seconds later,
-// or never.
+// A server that was idle fills its buffer at once and begins to play it when it likes: up to two seconds
+// later, or never.
 TEST_F(Desktop, ItIsBeingConnectedUntilItAsksForMoreThanItsBuffer) {
   const auto device = Open();
   EXPECT_FALSE(device->IsConnecting());
