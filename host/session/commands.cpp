@@ -13,7 +13,7 @@
 namespace orbel::host {
 namespace {
 
-constexpr double kTempoStep = 0.01;
+constexpr double kTempoSteps = 100.0;  // to one
 
 }  // namespace
 
@@ -55,9 +55,9 @@ std::string Session::Do(const Command& command) {
       player_->SetTransposition(static_cast<int>(command.number));
       return "";
     case CommandKind::Faster:
-      return SetTempoScale_(player_->GetTransients().GetTempoScale() + kTempoStep);
+      return SetTempoScale_(player_->GetTransients().GetTempoScale() + 1.0 / kTempoSteps);
     case CommandKind::Slower:
-      return SetTempoScale_(player_->GetTransients().GetTempoScale() - kTempoStep);
+      return SetTempoScale_(player_->GetTransients().GetTempoScale() - 1.0 / kTempoSteps);
     case CommandKind::Higher:
       return SetTransposition_(player_->GetTransients().GetTransposition() + 1);
     case CommandKind::Lower:
@@ -70,9 +70,10 @@ std::string Session::Do(const Command& command) {
   return "";
 }
 
-// A whole number of steps, so that as many steps back are exactly the tempo that was recorded.
+// A whole number of steps, so that as many steps back are exactly the tempo that was recorded, and two digits
+// tell it.
 std::string Session::SetTempoScale_(double scale) {
-  const double stepped = std::round(scale / kTempoStep) * kTempoStep;
+  const double stepped = std::round(scale * kTempoSteps) / kTempoSteps;
   const double allowed = std::clamp(stepped, kSlowestTempo, kFastestTempo);
   player_->SetTempoScale(allowed);
   return "tempo " + ShortNumber(allowed);
@@ -138,6 +139,8 @@ void Session::PlayWhenLoaded_() {
 
 void Session::Stop_() {
   BeginAfresh_();
+  // What stands anywhere is not stopped by a reset: it would be paused at the start.
+  if (IsPaused()) player_->Stop();
   player_->StopAndReset();
 }
 

@@ -3,6 +3,7 @@
 
 #include <set>
 #include <string>
+#include <vector>
 
 #include "host/session/live.h"
 #include "tests/host/show_files.h"
@@ -52,6 +53,34 @@ TEST_F(LiveStatusOfACaesura, AlwaysTellsTheSamePlaceOfIt) {
       PlayUntil(live, "waiting at a caesura", [&](const StageStatus& status) { next.insert(status.next); }));
   next.erase("4.1 end");
   EXPECT_EQ(next, std::set<std::string>{"3.1 caesura"});
+}
+
+TEST_F(LiveStatusOfACaesura, IsStoppedAtTheStartWhereverItIsStopped) {
+  Live live = Open();
+  const auto stops = [&] {
+    live.Do({CommandKind::Stop, 0.0, ""});
+    EXPECT_FALSE(live.IsUnderWay());
+    EXPECT_EQ(live.GetStatus().position, "1.1");
+    return live.GetStatus().state;
+  };
+  EXPECT_TRUE(PlayUntil(live, "waiting at a caesura", [](const StageStatus&) {}));
+  EXPECT_EQ(stops(), "stopped");
+  EXPECT_TRUE(PlayUntil(live, "playing", [](const StageStatus&) {}));
+  EXPECT_EQ(stops(), "stopped");
+  EXPECT_TRUE(PlayUntil(live, "playing", [](const StageStatus&) {}));
+  live.Do({CommandKind::Pause, 0.0, ""});
+  EXPECT_EQ(live.GetStatus().state, "paused");
+  EXPECT_EQ(stops(), "stopped");
+  EXPECT_TRUE(PlayUntil(live, "waiting at a caesura", [](const StageStatus&) {})) << "it begins anew";
+}
+
+TEST_F(LiveStatus, ATempoIsToldInHundredths) {
+  Live live = Open();
+  std::vector<std::string> told;
+  for (int i = 0; i < 13; ++i) told = live.Do({CommandKind::Faster, 0.0, ""});
+  EXPECT_EQ(told, std::vector<std::string>{"tempo 1.13"});
+  for (int i = 0; i < 26; ++i) told = live.Do({CommandKind::Slower, 0.0, ""});
+  EXPECT_EQ(told, std::vector<std::string>{"tempo 0.87"});
 }
 
 TEST_F(LiveStatus, NeverFallsBackWhereASongEnds) {
