@@ -32,9 +32,10 @@ void AddSoundOptions(CLI::App& verb, PlayOptions& options) {
                   "Outputs of the device for channel 1, 2, ..., for instance 3,4; default: the first ones")
       ->delimiter(',')
       ->check(WholeBetween(1, 1024));
-  verb.add_option("--connect", sound.connect,
-                  "JACK alone: a regular expression for the ports to play to instead, for instance\n"
-                  "\"mixer:in_.*\"; can be given more than once")
+  verb.add_option(
+          "--connect", sound.connect,
+          "JACK alone: a regular expression for the ports to play to instead, which hear channel 1, 2, ...\n"
+          "in their order, for instance \"mixer:in_.*\"; given more than once, each from channel 1 on")
       ->allow_extra_args(false);
   verb.add_option("--on-device-loss", sound.onDeviceLoss,
                   "When the device fails: run-on (the show goes on unheard), hold (pause), end")

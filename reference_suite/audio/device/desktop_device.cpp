@@ -171,6 +171,16 @@ std::string DesktopDevice::WhyUnheard() const {
   return IsDummy(*device_) ? Dummy(device_->name) : "";
 }
 
+std::string DesktopDevice::WhatIsMissing() const {
+  const auto named = static_cast<unsigned>(outputs_.size());
+  if (named >= channels_) return "";
+  const std::string first = std::to_string(named + 1);
+  const bool one = named + 1 == channels_;
+  return "Nobody hears " +
+         (one ? "channel " + first : "channels " + first + " to " + std::to_string(channels_)) +
+         ": --channels names no output for " + (one ? "it" : "them") + ". Name one for each channel.";
+}
+
 bool DesktopDevice::HasBegunInVain_() const {
   const double waited = static_cast<double>(MonotonicNow() - startedAt_) * 1e-9;
   return startedAt_ != 0 && !takesSound_ && waited > GetPatienceSeconds();

@@ -53,6 +53,7 @@ class DesktopDevice : public Device {
   bool HasFailed() const override { return failed_ || HasBegunInVain_(); }
   std::string GetFailure() const override;
   std::string WhyUnheard() const override;
+  std::string WhatIsMissing() const override;
   void Start(DeviceCallback& callback) override;
   void Stop() override;
 

@@ -20,6 +20,8 @@ constexpr long long kLookNanoseconds = 50'000'000;
 constexpr double kUnheardSeconds = 0.3;
 // A server that is started again may have its outputs a moment later, and connect later still.
 constexpr double kConnectSeconds = 3.0;
+// A connection shows a period or two after it is made.
+constexpr double kAloneSeconds = 1.0;
 
 double Seconds() {
   return static_cast<double>(MonotonicNow()) * 1e-9;
@@ -78,6 +80,7 @@ void JackDevice::Start(DeviceCallback& callback) {
                          "\" does not start to ask for sound. Start it again.");
   }
   links_->Reopen();
+  withOthers_.assign(channels_, Seconds());
   connectUntil_ = links_->GetRemembered().empty() ? 0.0 : Seconds() + kConnectSeconds;
   LookAfterLinks_();
   try {
@@ -170,6 +173,8 @@ void JackDevice::NoteWhoHears_(const std::vector<std::string>& inputs, const std
   if (isHeard) connectUntil_ = 0.0;
   std::string unheard = isHeard || Seconds() < heardUntil_ + kUnheardSeconds ? "" : AdviceWhenUnheard_();
   std::string missing = isHeard ? AdviceOnMissing_(inputs, links) : "";
+  const std::string alone = AdviceOnAlone_(links);
+  if (isHeard && !alone.empty()) missing += (missing.empty() ? "" : " ") + alone;
   // What is missing stays so until the other words take its place.
   const bool isTold = isHeard || !unheard.empty();
   const std::lock_guard lock(mutex_);
@@ -177,6 +182,23 @@ void JackDevice::NoteWhoHears_(const std::vector<std::string>& inputs, const std
   if (isTold) missing_.swap(missing);
   // Behind the words, which are read once this is known.
   connecting_ = Seconds() < connectUntil_;
+}
+
+// Not by the wish of anybody who has connected or disconnected it: `--channels` or `--connect` have named too
+// few ports.
+std::string JackDevice::AdviceOnAlone_(const std::set<JackLink>& links) {
+  std::set<unsigned> wanted = links_->GetWantedChannels();
+  for (const JackLink& link : links) wanted.insert(link.first);
+  std::string advice;
+  for (unsigned channel = 0; channel < channels_; ++channel) {
+    if (wanted.contains(channel)) withOthers_[channel] = Seconds();
+    if (Seconds() < withOthers_[channel] + kAloneSeconds) continue;
+    if (!advice.empty()) advice += " ";
+    const std::string number = std::to_string(channel + 1);
+    advice += client_->GetName() + ":out_" + number + " is connected to nothing, so nobody hears channel " +
+              number + ". Connect it by hand, or choose with --channels or --connect.";
+  }
+  return advice;
 }
 
 // What has just been connected was missing when it was looked for, and is not any more.

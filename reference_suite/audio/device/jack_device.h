@@ -75,6 +75,7 @@ class JackDevice : public Device {
   void NoteWhoHears_(const std::vector<std::string>& inputs, const std::set<JackLink>& links);
   std::string AdviceWhenUnheard_() const;
   std::string AdviceOnMissing_(const std::vector<std::string>& inputs, const std::set<JackLink>& links) const;
+  std::string AdviceOnAlone_(const std::set<JackLink>& links);
 
   std::unique_ptr<JackClient> client_;
   const unsigned channels_;
@@ -105,8 +106,9 @@ class JackDevice : public Device {
   std::vector<jack_port_id_t> newPorts_;
 
   // The keeper's, once it runs.
-  double heardUntil_ = 0.0;    // seconds
-  double connectUntil_ = 0.0;  // what was connected before is waited for
+  double heardUntil_ = 0.0;         // seconds
+  double connectUntil_ = 0.0;       // what was connected before is waited for
+  std::vector<double> withOthers_;  // of each channel: until when it was, or ought to have been, connected
 
   pthread_t keeper_{};
   bool runs_ = false;  // active, and the keeper exists

@@ -83,6 +83,15 @@ std::set<JackLink> JackLinks::GetMissing() const {
   return missing_;
 }
 
+std::set<unsigned> JackLinks::GetWantedChannels() const {
+  const std::lock_guard lock(mutex_);
+  std::set<unsigned> channels;
+  for (const std::set<JackLink>* const links : {&remembered_, &taken_}) {
+    for (const JackLink& link : *links) channels.insert(link.first);
+  }
+  return channels;
+}
+
 void JackLinks::ForgetLost_(const std::set<JackLink>& connected, const std::set<std::string>& present,
                             double seconds) {
   std::map<JackLink, double> lost;

@@ -50,6 +50,8 @@ class JackLinks {
   // Links that there ought to be, or that somebody has taken away on this server, and that there have not
   // been for a second; for three since the first look when they have not been there at all.
   std::set<JackLink> GetMissing() const;
+  // Those with a link that is remembered, or that somebody has taken away on this server.
+  std::set<unsigned> GetWantedChannels() const;
   bool HasPatterns() const { return !wishes_.patterns.empty(); }
 
  private:

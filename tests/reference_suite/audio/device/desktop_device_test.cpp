@@ -207,6 +207,21 @@ TEST_F(Desktop, ItIsBeingConnectedUntilItAsksForMoreThanItsBuffer) {
   EXPECT_EQ(device->GetFailure(), "it does not begin to take sound");
 }
 
+TEST_F(Desktop, AChannelForWhichNoOutputIsNamedIsMissing) {
+  const auto missing = [&](unsigned channels, const std::vector<unsigned>& outputs) {
+    OutputSettings settings;
+    settings.outputs = outputs;
+    return DesktopDevice(settings, kRate, channels, chosen_).WhatIsMissing();
+  };
+  EXPECT_EQ(missing(2, {}), "");
+  EXPECT_EQ(missing(2, {2, 1}), "");
+  EXPECT_EQ(missing(1, {2}), "");
+  EXPECT_EQ(missing(2, {1}),
+            "Nobody hears channel 2: --channels names no output for it. Name one for each channel.");
+  EXPECT_EQ(missing(4, {1, 2}),
+            "Nobody hears channels 3 to 4: --channels names no output for them. Name one for each channel.");
+}
+
 TEST_F(Desktop, ThePeriodIsWhatItTakesAtATimeAndNotWhatFillsItsBuffer) {
   const auto device = Open();
   device->Start(counter_);

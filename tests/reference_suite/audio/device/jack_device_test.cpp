@@ -352,6 +352,24 @@ TEST(JackDevice, AProgramThatGoesAwayIsMissedUntilItIsThereAgain) {
   device.Stop();
 }
 
+TEST(JackDevice, AChannelThatIsNeverConnectedIsMissing) {
+  JackServer server({.outputs = 2});
+  JackRecorder other(server.GetName(), 1);
+  Counter counter(2);
+  // Each pattern begins with the first channel.
+  JackDevice device(server.GetName(), 2, LinksTo({"system:playback_1", "system:playback_2"}, 2));
+  device.Start(counter);
+  EXPECT_TRUE(Await([&] { return !device.WhatIsMissing().empty(); }));
+  EXPECT_EQ(
+      device.WhatIsMissing(),
+      "orbel:out_2 is connected to nothing, so nobody hears channel 2. Connect it by hand, or choose with "
+      "--channels or --connect.");
+  EXPECT_EQ(device.WhyUnheard(), "");
+  other.ConnectPorts("orbel:out_2", "system:playback_2");
+  EXPECT_TRUE(Await([&] { return device.WhatIsMissing().empty(); }));
+  device.Stop();
+}
+
 TEST(JackDevice, ItKnowsThePriorityOfTheThreadOnWhichItAsks) {
   for (const unsigned priority : {0U, 20U, 70U}) {
     JackServer server({.priority = priority});
