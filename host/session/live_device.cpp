@@ -34,11 +34,6 @@ void Live::SayWhereItPlays_() {
     messages_.push_back("Connected to " + Shown(meters.device) + ".");
     messages_.push_back(Shown(unheard_));
   }
-  if (sound_.output == "desktop" && !sound_.connect.empty()) {
-    messages_.push_back(
-        "The desktop has no ports, so nothing is connected as --connect asks. Start a JACK server and play "
-        "again, or leave --connect out.");
-  }
   const std::size_t highest = sound_.outputs.empty()
                                   ? meters.peaks.size()
                                   : *std::max_element(sound_.outputs.begin(), sound_.outputs.end());

@@ -71,6 +71,12 @@ constexpr char kNoOutput[] =
     "The sound of the desktop has no output. Plug a loudspeaker or a sound card in, or choose another "
     "output.";
 
+// Asked for in case of a JACK server.
+constexpr char kNoPorts[] =
+    "The desktop has no ports, so nothing is connected as --connect asks. Start a JACK server and play "
+    "again, or "
+    "leave --connect out.";
+
 std::string Missing(const std::string& name) {
   if (name.empty()) return kNoOutput;
   return "There is no output \"" + name + "\" on this desktop; \"orbel devices\" lists what there is.";
@@ -100,6 +106,7 @@ DesktopDevice::DesktopDevice(const OutputSettings& settings, double rateHz, unsi
                              std::shared_ptr<Chosen> chosen)
     : channels_(channels),
       wishedFrames_(settings.periodFrames),
+      isToConnect_(!settings.connect.empty()),
       chosen_(std::move(chosen)),
       outputs_(settings.outputs),
       soundio_(Connect()),
@@ -172,11 +179,13 @@ std::string DesktopDevice::WhyUnheard() const {
 }
 
 std::string DesktopDevice::WhatIsMissing() const {
+  std::string missing = isToConnect_ ? kNoPorts : "";
   const auto named = static_cast<unsigned>(outputs_.size());
-  if (named >= channels_) return "";
+  if (named >= channels_) return missing;
+  if (isToConnect_) missing += " ";
   const std::string first = std::to_string(named + 1);
   const bool one = named + 1 == channels_;
-  return "Nobody hears " +
+  return missing + "Nobody hears " +
          (one ? "channel " + first : "channels " + first + " to " + std::to_string(channels_)) +
          ": --channels names no output for " + (one ? "it" : "them") + ". Name one for each channel.";
 }

@@ -79,6 +79,7 @@ class DesktopDevice : public Device {
 
   const unsigned channels_;
   const unsigned wishedFrames_;  // a period
+  const bool isToConnect_;       // to ports, which it has none of
   const std::shared_ptr<Chosen> chosen_;
   double rateHz_ = 0.0;
   unsigned outputCount_ = 0;

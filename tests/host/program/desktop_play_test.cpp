@@ -245,12 +245,13 @@ TEST_F(Desktop, WhereThereWasNoSoundSystemTheFirstThatComesIsTaken) {
   const Ended devices = Orbel({"devices"});
   EXPECT_THAT(devices.out, HasSubstr("play would use null: no sound system answers. It would look for JACK, "
                                      "PulseAudio and ALSA every second."));
-  OrbelInATerminal orbel({"play", files.Show()});
+  OrbelInATerminal orbel({"play", files.Show(), "--connect", "mixer:in_.*"});
   ASSERT_TRUE(orbel.Shows("no audio: null device. No JACK server \"nobody_is_called_so\" answers."));
   orbel.Type("p");
   ASSERT_TRUE(orbel.Shows("recovering"));
   StartServer();
   ASSERT_TRUE(orbel.Shows("sound again: PulseAudio"));
+  ASSERT_TRUE(orbel.Shows("The desktop has no ports, so nothing is connected as --connect asks."));
   orbel.Type("qq");
   EXPECT_EQ(orbel.WaitForEnd(), 0);
 }
