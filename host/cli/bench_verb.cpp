@@ -49,8 +49,16 @@ double Tenths(double number) {
 }
 
 // Of no trial there is no figure.
+bool IsFigure(double number) {
+  return number > 0.0 && std::isfinite(number);
+}
+
 std::string Ms(double number) {
-  return number > 0.0 && std::isfinite(number) ? ShortNumber(Tenths(number)) : "-";
+  return IsFigure(number) ? ShortNumber(Tenths(number)) : "-";
+}
+
+nlohmann::ordered_json MsOrNull(double number) {
+  return IsFigure(number) ? nlohmann::ordered_json(Tenths(number)) : nlohmann::ordered_json(nullptr);
 }
 
 nlohmann::ordered_json ToJson(const LiveBenchRow& row) {
@@ -60,13 +68,13 @@ nlohmann::ordered_json ToJson(const LiveBenchRow& row) {
           {"latencyMs", Tenths(row.latencyMs)},
           {"vamp",
            {{"trials", row.goTrials},
-            {"latestGoThatLeftMs", Tenths(row.goLeaves)},
-            {"earliestGoTooLateMs", Tenths(row.goTooLate)},
+            {"latestGoThatLeftMs", MsOrNull(row.goLeaves)},
+            {"earliestGoTooLateMs", MsOrNull(row.goTooLate)},
             {"boundMs", Tenths(row.goBound)}}},
           {"caesura",
            {{"trials", row.caesuraTrials},
-            {"goToSoundMedianMs", Tenths(row.soundsMedian)},
-            {"goToSoundLongestMs", Tenths(row.soundsLongest)},
+            {"goToSoundMedianMs", MsOrNull(row.soundsMedian)},
+            {"goToSoundLongestMs", MsOrNull(row.soundsLongest)},
             {"boundMs", Tenths(row.soundsBound)}}},
           {"disturbed", row.disturbed},
           {"underrunFrames", row.underrunFrames},

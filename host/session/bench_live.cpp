@@ -11,6 +11,7 @@
 #include "host/session/interrupts.h"
 #include "host/session/output_choice.h"
 #include "host/session/session.h"
+#include "host/session/shown_text.h"
 #include "host/session/song_clock.h"
 
 namespace orbel::host {
@@ -34,7 +35,9 @@ class Trials {
   Trials(const LiveBenchOptions& options, const OutputChoice& sound)
       : session_(options.showPath, "1", OutputKind::Live, sound), count_(options.trials) {
     Meters meters;
-    if (!ReadMeters(&meters) || meters.recovering) throw Failure("There is no device to measure.");
+    if (!ReadMeters(&meters) || meters.recovering) {
+      throw Failure("There is no device to measure. " + WhatIsWrong_());
+    }
     row_.device = meters.device;
     row_.periodFrames = meters.periodFrames;
     row_.latencyMs = meters.latencyMs;
@@ -50,6 +53,7 @@ class Trials {
     MeasureCaesura_();
     Meters meters;
     ReadMeters(&meters);
+    RequireDevice_();
     row_.underrunFrames = meters.underrunFrames;
     row_.xruns = meters.xruns;
     return row_;
@@ -158,7 +162,24 @@ class Trials {
     return Now() - pressed;
   }
 
+  // As it was told.
+  std::string WhatIsWrong_() {
+    std::string reason;
+    for (const notify::DeviceUpdate& update : session_.TakeDeviceUpdates()) {
+      if (update.recovering) reason = update.reason;
+    }
+    return Shown(reason);
+  }
+
+  // What a clock is measured to do in its place is no figure of the device.
+  void RequireDevice_() {
+    const std::string lost = WhatIsWrong_();
+    if (!lost.empty())
+      throw Failure("The device was lost while it was measured. " + lost + " Measure again when it is back.");
+  }
+
   void StandAt_(const std::string& position) {
+    RequireDevice_();
     session_.Do({CommandKind::Stop, 0.0, ""});
     session_.Do({CommandKind::Seek, 0.0, position});
     session_.TakeEvents();

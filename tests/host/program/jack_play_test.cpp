@@ -918,6 +918,31 @@ TEST(JackOutputs, AServerThatHangsIsWaitedForAMomentAndSaid) {
   server.Signal(SIGCONT);
 }
 
+TEST(JackBench, WithoutAServerItSaysWhatToDo) {
+  const std::string name = JackServer::NewName();
+  const Ended run = Orbel({"bench", "live", "--output", "jack", "--device", name});
+  EXPECT_EQ(run.status, 1);
+  EXPECT_THAT(run.messages, HasSubstr("There is no device to measure. No JACK server \"" + name +
+                                      "\" answers. Start it, or choose another output"));
+}
+
+// A clock goes on in the device's place: what it is measured to do is no figure of the device.
+TEST(JackBench, WhereTheServerDiesNoFiguresAreToldButThat) {
+  JackServer server;
+  RunningOrbel orbel({"bench", "live", "--output", "jack", "--device", server.GetName(), "--trials", "20"});
+  {
+    const JackRecorder recorder(server.GetName(), 1);
+    ASSERT_TRUE(Await([&] { return recorder.HasPort("orbel:out_2"); }));
+  }
+  server.End(SIGKILL);
+  const Ended run = orbel.WaitForEnd();
+  EXPECT_EQ(run.status, 1);
+  EXPECT_EQ(run.out, "");
+  // It may not have begun yet.
+  EXPECT_THAT(run.messages, testing::AnyOf(HasSubstr("The device was lost while it was measured. "),
+                                           HasSubstr("There is no device to measure. ")));
+}
+
 TEST(JackOutputs, HowItWentIsToldAsJson) {
   ShowFiles files;
   files.AddSong("1", "Waltz", 1);
