@@ -35,6 +35,15 @@ void RequireThatWishesFit(const std::string& output, const OutputChoice& wishes)
   }
 }
 
+// Of several outputs of the desktop the one that is named, else the usual one, which comes first.
+const DeviceLine& FindChosen(const std::vector<DeviceLine>& devices, const OutputChoice& wishes) {
+  const auto isOfOutput = [&](const DeviceLine& line) { return line.output == wishes.output; };
+  const auto named = std::find_if(devices.begin(), devices.end(), [&](const DeviceLine& line) {
+    return isOfOutput(line) && line.name == wishes.device;
+  });
+  return named != devices.end() ? *named : *std::find_if(devices.begin(), devices.end(), isOfOutput);
+}
+
 }  // namespace
 
 OutputChoice ChooseOutput(const std::string& output, OutputChoice wishes, const Say& say) {
@@ -50,9 +59,8 @@ OutputChoice ChooseOutput(const std::string& output, OutputChoice wishes, const 
     if (first == devices.end()) return wishes;
     wishes.output = first->output;
   }
-  const auto chosen = std::find_if(devices.begin(), devices.end(),
-                                   [&](const DeviceLine& line) { return line.output == wishes.output; });
-  if (chosen->answers && chosen->rateHz > 0.0 && wishes.rateHz == 0.0) wishes.rateHz = chosen->rateHz;
+  const DeviceLine& chosen = FindChosen(devices, wishes);
+  if (chosen.answers && chosen.rateHz > 0.0 && wishes.rateHz == 0.0) wishes.rateHz = chosen.rateHz;
   return wishes;
 }
 

@@ -166,7 +166,9 @@ void DesktopDevice::OpenStream_(double wantedHz) {
                          ::soundio_strerror(error) + ". Close other programs, or choose another output.");
   }
   rateHz_ = stream_->sample_rate;
-  outputCount_ = static_cast<unsigned>(stream_->layout.channel_count);
+  // More than it has are mixed into those.
+  const int has = device_->current_layout.channel_count;
+  outputCount_ = static_cast<unsigned>(has > 0 ? has : stream_->layout.channel_count);
 }
 
 std::string DesktopDevice::GetDescription() const {

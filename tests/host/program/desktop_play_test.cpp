@@ -149,6 +149,25 @@ TEST_F(Desktop, AnOutputThatIsNotThereIsSaid) {
               HasSubstr("There is no output \"trumpet\" on this desktop; \"orbel devices\" lists"));
 }
 
+TEST_F(Desktop, TheOutputThatIsNamedIsPlayedToAtItsOwnRate) {
+  KillServer();
+  StartServer({kStage, "module-null-sink sink_name=two rate=44100 sink_properties=device.description=Two"});
+  ShowFiles files;
+  files.AddSong("1", "Waltz", 1);
+  const Ended run = Orbel({"play", files.Show(), "--output", "desktop", "--device", "Two"});
+  EXPECT_EQ(run.status, 0);
+  EXPECT_THAT(run.messages, HasSubstr("Playing to PulseAudio \"Two\", 44100 Hz."));
+}
+
+TEST_F(Desktop, FewerOutputsThanTheShowWantsAreSaidAtTheStart) {
+  ShowFiles files;
+  files.AddSong("1", "Waltz", 1);
+  const Ended run = Orbel({"play", files.Show(), "--output", "desktop", "--channels", "6"});
+  EXPECT_EQ(run.status, 0);
+  EXPECT_THAT(run.messages,
+              HasSubstr("The show wants output 6 and the device has 2: what there is is used."));
+}
+
 TEST_F(Desktop, ThatWasFoundConnectsNothingAndSaysSo) {
   ::setenv("JACK_DEFAULT_SERVER", "nobody_is_called_so", 1);
   ShowFiles files;
