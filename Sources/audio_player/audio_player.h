@@ -232,6 +232,8 @@ class AudioPlayer : public Player, public tesk_audio::AudioPlayerOutputInterface
   // True when the state was PLAY.
   bool EnterPause_();
   void StartOutput_();
+  // True when the state is PLAY.
+  bool StartAgainIfPlaying_();
   // While it is `PLAY`, the output has been told to start.
   PlayerState GetStateBetweenStarts_();
   // False when the output does not stop, however often it is asked.

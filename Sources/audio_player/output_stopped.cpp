@@ -4,6 +4,8 @@
 
 void AudioPlayer::NotifyOutputHasStopped() {
   {
+    // Not between the state and the start of whoever starts: the output would play for a player that stands.
+    exc::ScopeLock starting(startLock_);
     exc::ScopeLock lock(*this);
     SetPlayerState(PlayerState::STOP);
     if (stopRequested_.exchange(false)) return;

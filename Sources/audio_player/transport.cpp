@@ -38,7 +38,15 @@ void AudioPlayer::StartOutput_() {
 void AudioPlayer::Pause() {
   if (!EnterPause_()) return;
   if (tesk_audio::AudioSampleOutput* const output = Output_()) output->Pause();
-  notify::guiDispatcher.SendPlaybackPaused();
+  if (!StartAgainIfPlaying_()) notify::guiDispatcher.SendPlaybackPaused();
+}
+
+// Somebody else may have it play before the pause comes to the output, which has then paused what plays.
+bool AudioPlayer::StartAgainIfPlaying_() {
+  exc::ScopeLock starting(startLock_);
+  if (!IsPlaying()) return false;
+  StartOutput_();
+  return true;
 }
 
 // One step, because the output may stop by itself at this moment: a song that has ended stays stopped.

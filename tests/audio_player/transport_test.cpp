@@ -143,6 +143,43 @@ TEST_F(Transport, ASongThatEndsDuringAPauseStaysStopped) {
   EXPECT_EQ(State(), PlayerState::STOP);
 }
 
+// The render thread starts again at a caesura that is passed through, or behind a stop.
+TEST_F(Transport, APauseThatComesToTheOutputBehindAPlayLeavesItPlaying) {
+  LoadAndPlay("1");
+  bool isFirst = true;
+  Output().OnCall([&](const std::string& call) {
+    if (call != "Pause" || !std::exchange(isFirst, false)) return;
+    std::thread([&] { GetPlayer().Play(); }).join();
+  });
+  GetPlayer().Pause();
+  Output().OnCall(nullptr);
+  EXPECT_EQ(State(), PlayerState::PLAY);
+  EXPECT_TRUE(Output().GetOutputIsRunning());
+  const Journal told = Told("notify");
+  EXPECT_EQ(told, (Journal{"notify.PlaybackStarted"})) << "it is not paused";
+}
+
+// One step: else the output would play for a player that takes itself for stopped.
+TEST_F(Transport, AStopIsToldBeforeOrBehindAStartAndNotInTheMiddle) {
+  LoadReady("1");
+  std::thread render;
+  Output().OnCall([&](const std::string& call) {
+    if (call != "Start") return;
+    std::atomic<pid_t> renderId{0};
+    render = std::thread([&] {
+      renderId = test_support::ThisThread();
+      AsOutputSees().NotifyOutputHasStopped();
+    });
+    while (renderId == 0) std::this_thread::yield();
+    EXPECT_TRUE(test_support::WaitUntilItSleeps(renderId));
+    EXPECT_EQ(State(), PlayerState::PLAY);
+  });
+  GetPlayer().Play();
+  render.join();
+  Output().OnCall(nullptr);
+  EXPECT_EQ(State(), PlayerState::STOP);
+}
+
 TEST_F(Transport, EveryChangeOfStateGoesThroughTheBase) {
   using States = std::vector<PlayerState>;
   LoadReady("1");
