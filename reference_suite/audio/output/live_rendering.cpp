@@ -114,7 +114,7 @@ void LiveSampleOutput::GiveWayToDevice_() {
 }
 
 LiveSampleOutput::Task LiveSampleOutput::NextRunningTask_() {
-  if (idle_ || seekFlag_.GetIsSet()) return Task::Wait;
+  if (idle_ || refills_ > 0 || seekFlag_.GetIsSet()) return Task::Wait;
   // Another song: neither the frames nor the ending of the one before count any more.
   if (switched_) return Task::LookForMove;
   if (ending_ != Ending::None) return NextEndingTask_();

@@ -133,8 +133,9 @@ class LiveSampleOutput final : public AudioSampleOutput,
   bool OnDeviceLost() override;
 
   // ---- live_transport.cpp
-  void PrepareRefill_();
+  void BeginRefill_();
   void RefillRing_() EXC_HOLDS(stepLock_);
+  void EndRefill_();
   // Whether the player knew of an approaching caesura; it is forgotten.
   bool TakeBackAnnouncement_();
   static constexpr double kExitFadeMs = 10.0;
@@ -183,10 +184,13 @@ class LiveSampleOutput final : public AudioSampleOutput,
   std::string failure_ EXC_GUARDED_BY(this);
   bool exits_ EXC_GUARDED_BY(this) = false;
   bool idle_ EXC_GUARDED_BY(this) = false;
+  int refills_ EXC_GUARDED_BY(this) = 0;               // under way; nothing is opened meanwhile
   bool feedOpen_ EXC_GUARDED_BY(this) = false;         // the last command to the feed was to open
   bool stopIsAnnounced_ EXC_GUARDED_BY(this) = false;  // the player knows of an approaching caesura
   bool stopRequested_ EXC_GUARDED_BY(this) = false;
   bool startsAfterStop_ EXC_GUARDED_BY(this) = false;
+  bool startedWhileTold_ EXC_GUARDED_BY(this) =
+      false;  // of a stop: before or behind it, as the player sees it
   std::size_t stopFadeFrames_ EXC_GUARDED_BY(this) = 0;
   Telling telling_ EXC_GUARDED_BY(this) = Telling::Nothing;
   bool inPlayer_ EXC_GUARDED_BY(this) = false;  // the render thread is inside calls to the player

@@ -134,8 +134,6 @@ void LiveSampleOutput::FinishStop_() {
   {
     exc::ScopeLock lock(*this);
     stopRequested_ = false;
-    // It has come to stand by itself, and the player knows.
-    if (state_ == State::Stopped) return;
     state_ = State::Stopped;
     telling_ = Telling::Stopped;
   }
@@ -178,6 +176,7 @@ void LiveSampleOutput::StopAtCaesura_() {
     {
       exc::ScopeLock lock(*this);
       state_ = State::Stopped;
+      stopRequested_ = false;
       telling_ = Telling::Stopped;
     }
     NotifyStopped_();
@@ -193,7 +192,7 @@ void LiveSampleOutput::NotifyStopped_() {
   bool starts = false;
   {
     exc::ScopeLock lock(*this);
-    starts = std::exchange(startsAfterStop_, false);
+    starts = startsAfterStop_;
     telling_ = starts ? Telling::Play : Telling::Nothing;
   }
   if (!starts) return;
@@ -201,6 +200,9 @@ void LiveSampleOutput::NotifyStopped_() {
   StartAgain_();
   exc::ScopeLock lock(*this);
   telling_ = Telling::Nothing;
+  // Unless it has been told before it was started, and takes itself for playing already.
+  const bool isLeftToUs = startedWhileTold_ && state_ == State::Stopped;
+  if (std::exchange(startsAfterStop_, false) && isLeftToUs) state_ = State::Running;
 }
 
 void LiveSampleOutput::StartAgain_() {

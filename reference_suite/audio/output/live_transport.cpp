@@ -23,7 +23,7 @@ class OpenGate : public StepGate {
 }  // namespace
 
 void LiveSampleOutput::Refill() {
-  PrepareRefill_();
+  BeginRefill_();
   bool wasAnnounced = false;
   {
     // A stop that is being announced has been by now.
@@ -31,16 +31,25 @@ void LiveSampleOutput::Refill() {
     wasAnnounced = TakeBackAnnouncement_();
     RefillRing_();
   }
+  EndRefill_();
   // The stop that was announced lies in what was dropped.
   if (wasAnnounced) player_.PauseAndClearApproachingStop();
 }
 
-void LiveSampleOutput::PrepareRefill_() {
+void LiveSampleOutput::BeginRefill_() {
   exc::ScopeLock lock(*this);
   idle_ = false;
-  if (state_ == State::Running) state_ = State::Paused;
+  ++refills_;
   CloseFeed_(fadeFrames_);
   if (!OnRenderThread_()) WaitUntilClosed_(lock);
+}
+
+// What somebody has started meanwhile, although it was about to be refilled, plays from there: the player
+// takes it for playing.
+void LiveSampleOutput::EndRefill_() {
+  exc::ScopeLock lock(*this);
+  --refills_;
+  renderWakes_.WakeAll();
 }
 
 bool LiveSampleOutput::TakeBackAnnouncement_() {
@@ -68,11 +77,10 @@ void LiveSampleOutput::Start() {
   if (exits_) return;
   idle_ = false;
   if (!OnRenderThread_()) {
-    // A player that is told that it has stopped after it was started takes itself for stopped: it is to start
-    // once more.
-    startsAfterStop_ = stopRequested_ || telling_ == Telling::Stopped;
-    // In the order in which they were asked for: the stop first.
-    if (stopRequested_) return;
+    startedWhileTold_ = telling_ == Telling::Stopped;
+    // In the order in which they were asked for: the stop first, until it is told.
+    startsAfterStop_ = stopRequested_ || startedWhileTold_;
+    if (startsAfterStop_) return;
   }
   state_ = State::Running;
   renderWakes_.WakeAll();
@@ -81,7 +89,6 @@ void LiveSampleOutput::Start() {
 void LiveSampleOutput::Pause() {
   exc::ScopeLock lock(*this);
   startsAfterStop_ = false;
-  if (telling_ == Telling::Play && state_ == State::Stopped) RequestStop_(0);
   if (state_ != State::Running) return;
   state_ = State::Paused;
   CloseFeed_(fadeFrames_);
@@ -95,9 +102,10 @@ bool LiveSampleOutput::Stop(bool wait) {
 bool LiveSampleOutput::StopAndWait_(bool wait, std::size_t fadeFrames) {
   exc::ScopeLock lock(*this);
   if (exits_) return true;
-  startsAfterStop_ = false;
-  // A start that is under way is stopped when it has come.
-  if (state_ != State::Stopped || telling_ == Telling::Play) RequestStop_(fadeFrames);
+  const bool isTakenBack = std::exchange(startsAfterStop_, false) && telling_ == Telling::Stopped;
+  // A start that is under way is stopped when it has come. The player takes itself for playing since one that
+  // is taken back.
+  if (state_ != State::Stopped || telling_ == Telling::Play || isTakenBack) RequestStop_(fadeFrames);
   if (!wait || OnRenderThread_()) return true;
   long long deadline = MonotonicNow() + kPatience;
   while (stopRequested_ || telling_ != Telling::Nothing) {
@@ -141,7 +149,7 @@ void LiveSampleOutput::PrepareForExit() {
 void LiveSampleOutput::OpenUnlessMoved_() {
   if (LookForMove_()) return;
   exc::ScopeLock lock(*this);
-  if (state_ == State::Running && !stopRequested_) OpenFeed_();
+  if (state_ == State::Running && !stopRequested_ && refills_ == 0) OpenFeed_();
 }
 
 void LiveSampleOutput::OpenFeed_() {

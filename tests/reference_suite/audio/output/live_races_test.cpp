@@ -1,11 +1,13 @@
 // Commands to the live output at the moments at which they meet what its render thread does.
 #include <gtest/gtest.h>
 
+#include <algorithm>
 #include <atomic>
 #include <chrono>
 #include <functional>
 #include <future>
 #include <stdexcept>
+#include <vector>
 
 #include "exc/flag/ex_scope_flag.h"
 #include "reference_suite/audio/output/live_sample_output.h"
@@ -13,6 +15,7 @@
 #include "tests/reference_suite/audio/support/barrier.h"
 #include "tests/reference_suite/audio/support/live_run.h"
 #include "tests/reference_suite/audio/support/logged_exceptions.h"
+#include "tests/reference_suite/audio/support/offline_run.h"
 
 namespace {
 
@@ -30,45 +33,60 @@ void PauseByHand(LiveRun* run) {
   pause.get();
 }
 
-// The player may take itself for stopped only when it has been told, which is after it has been started: it
-// would stand still while the output plays.
-TEST(LiveRaces, AStartWhileTheStopIsToldGoesThroughThePlayerOnceMore) {
-  LiveRun run(Songs{{.frames = kEndless}});
+// The player may take itself for stopped before it is started or behind it, which only the player knows.
+class LiveRacesTelling : public testing::Test {
+ protected:
+  void SetUp() override {
+    run.player.onStopped = [this] {
+      if (isFirst.exchange(false)) told.Pass();
+    };
+    run.device->Spin(true);
+    run.Start();
+    run.output->Stop(false);
+    ASSERT_TRUE(Await([&] { return told.IsReached(); }));
+  }
+
+  LiveRun run{Songs{{.frames = kEndless}}};
   Barrier told;
   std::atomic<bool> isFirst{true};
-  run.player.onStopped = [&] {
-    if (isFirst.exchange(false)) told.Pass();
-  };
-  run.device->Spin(true);
-  run.Start();
-  run.output->Stop(false);
-  ASSERT_TRUE(Await([&] { return told.IsReached(); }));
-  run.Pause();
+};
+
+TEST_F(LiveRacesTelling, AStartGoesThroughThePlayerOnceMoreWhenItIsTold) {
   run.player.Play();
-  EXPECT_TRUE(run.output->GetOutputIsRunning());
+  EXPECT_FALSE(run.output->GetOutputIsRunning());
   told.Open();
   ASSERT_TRUE(run.HasLogged("stopped\nplay\nplay\n")) << run.player.Log();
-  EXPECT_FALSE(run.player.HasStopped());
-  EXPECT_TRUE(run.output->GetOutputIsRunning());
   EXPECT_TRUE(run.output->Stop(true));
   EXPECT_EQ(run.player.Log(), "stopped\nplay\nplay\nstopped\n");
 }
 
-TEST(LiveRaces, APauseBehindAStartWhileTheStopIsToldCallsItOff) {
-  LiveRun run(Songs{{.frames = kEndless}});
-  Barrier told;
-  run.player.onStopped = [&] { told.Pass(); };
-  run.device->Spin(true);
-  run.Start();
-  run.output->Stop(false);
-  ASSERT_TRUE(Await([&] { return told.IsReached(); }));
-  run.player.Play();
-  run.Pause();
+// A player that takes itself for playing does nothing more when it is asked to play.
+TEST_F(LiveRacesTelling, AStartThatThePlayerHasMadeBehindItIsMade) {
+  run.player.onPlay = [] { throw std::runtime_error("plays already"); };
+  logged_exceptions::Take();
+  run.output->Start();
   told.Open();
-  ASSERT_TRUE(run.HasStopped());
-  EXPECT_EQ(run.output->Stop(true), true);
-  EXPECT_EQ(run.player.Log().substr(0, 13), "stopped\nplay\n");
-  EXPECT_EQ(run.player.Log().find("play", 13), std::string::npos) << run.player.Log();
+  EXPECT_TRUE(Await([&] { return run.output->GetOutputIsRunning(); }));
+  EXPECT_EQ(run.player.Log(), "stopped\nplay\n");
+  logged_exceptions::Take();
+}
+
+TEST_F(LiveRacesTelling, AStartThatIsTakenBackByAStopIsToldAsOne) {
+  run.output->Start();
+  std::future<bool> stop = std::async(std::launch::async, [&] { return run.output->Stop(true); });
+  EXPECT_EQ(stop.wait_for(std::chrono::milliseconds(50)), std::future_status::timeout);
+  told.Open();
+  EXPECT_TRUE(stop.get());
+  EXPECT_EQ(run.player.Log(), "stopped\nstopped\n");
+  EXPECT_FALSE(run.output->GetOutputIsRunning());
+}
+
+TEST_F(LiveRacesTelling, AStartThatIsTakenBackByAPauseIsNone) {
+  run.output->Start();
+  run.output->Pause();
+  told.Open();
+  EXPECT_TRUE(run.output->Stop(true));
+  EXPECT_EQ(run.player.Log(), "stopped\n");
   EXPECT_FALSE(run.output->GetOutputIsRunning());
 }
 
@@ -101,14 +119,6 @@ TEST_F(LiveRacesStartingAgain, AStopIsObeyedBehindTheStart) {
   EXPECT_TRUE(run.output->Stop(true));
   EXPECT_FALSE(run.output->GetOutputIsRunning());
   EXPECT_EQ(run.player.Log(), "play\nstopped\nplay\nstopped\n");
-}
-
-TEST_F(LiveRacesStartingAgain, APauseBeforeTheStartStopsIt) {
-  ComeThere(&run.player.onPlay);
-  run.output->Pause();
-  again.Open();
-  EXPECT_TRUE(run.HasLogged("play\nstopped\nplay\nstopped\n")) << run.player.Log();
-  EXPECT_FALSE(run.output->GetOutputIsRunning());
 }
 
 TEST_F(LiveRacesStartingAgain, APauseThatFindsItStartedIsAPauseAndNoStop) {
@@ -157,6 +167,23 @@ TEST(LiveRaces, ASeekWhileAStopIsAnnouncedFreesTheDisplayBehindIt) {
   announced.Open();
   seek.get();
   EXPECT_EQ(run.player.Log(), "approaching stop\nclear approaching stop\n");
+}
+
+// Its player takes itself for playing, and was about to refill when somebody else had it play.
+TEST(LiveRaces, ARefillOfWhatWasStartedMeanwhileGoesOnPlaying) {
+  LiveRun run(Songs{{.frames = kEndless}});
+  run.device->Spin(true);
+  run.Start();
+  ASSERT_TRUE(Await([&] { return run.device->HeardCount() > 2'000; }));
+  run.player.RewindAndRefill();
+  const std::size_t heard = run.device->HeardCount();
+  EXPECT_TRUE(run.output->GetOutputIsRunning());
+  ASSERT_TRUE(Await([&] { return run.device->HeardCount() > heard + 2'000; }));
+  EXPECT_TRUE(run.output->Stop(true));
+  const std::vector<float> all = run.device->Heard();
+  const auto again = std::find(all.begin() + 1, all.end(), ScriptedPlayer::Sample(0));
+  EXPECT_EQ(std::vector<float>(all.begin(), again), Frames(0, again - all.begin()));
+  EXPECT_EQ(std::vector<float>(again, all.end()), Frames(0, all.end() - again));
 }
 
 TEST(LiveRaces, APauseRightBehindASeekGoesOnAtItsTarget) {
