@@ -103,10 +103,15 @@ void* FileDevice::ThreadBody_(void* self) {
 }
 
 void FileDevice::Run_() noexcept {
-  while (!stops_ && !failed_) {
-    const bool mayTake = allowed_ - taken_ >= static_cast<long long>(kPeriodFrames);
+  while (!stops_) {
+    const bool mayTake = !failed_ && allowed_ - taken_ >= static_cast<long long>(kPeriodFrames);
     if (!mayTake && !callback_->IsAwaited()) {
       SleepFor(kLook);
+      continue;
+    }
+    if (failed_) {
+      // Whoever stops what plays waits to be obeyed, though nothing is written any more.
+      callback_->Process(frames_.data(), kPeriodFrames);
       continue;
     }
     try {

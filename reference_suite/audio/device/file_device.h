@@ -22,7 +22,8 @@ namespace tesk_audio {
 //
 // Units      frames; seconds of sound.
 // Threads    its own while it runs; Take and Finish by one other thread.
-// Errors     what the writing throws is kept, thrown by Take and Finish, and ends the taking.
+// Errors     what the writing throws is kept, thrown by Take and Finish, and ends the taking, but for what
+//            somebody waits for, which then goes nowhere.
 class FileDevice : public Device {
  public:
   static constexpr unsigned kPeriodFrames = 64;

@@ -150,6 +150,8 @@ TEST_F(FileDeviceTest, WhatCannotBeWrittenIsThrownAtTheNextTakeAndAtTheEnd) {
     text = error.what();
   }
   EXPECT_EQ(text.rfind(path_ + ": cannot be written: ", 0), 0U) << text;
+  callback_.awaited = true;
+  EXPECT_TRUE(Await([&] { return !callback_.awaited; })) << "whoever stops what plays is obeyed all the same";
   EXPECT_THROW(device.Finish(), tesk_audio::SoundFileError);
   EXPECT_FALSE(std::filesystem::exists(path_));
 }
