@@ -224,7 +224,7 @@ class LiveStates : public testing::TestWithParam<unsigned> {
     done_ += " " + std::to_string(what);
     if (what == 0) return Load_();
     if (what == 1) return player_.Stop();
-    if (what == 2) return player_.Reset();
+    if (what == 2) return ResetUntilLoaded_();
     if (what <= 4) return player_.Pause();
     while (awaited_) Sleep(50);
     if (what == 5) return player_.Seek(kCaesura);
@@ -262,6 +262,11 @@ class LiveStates : public testing::TestWithParam<unsigned> {
   void Load_() {
     player_.Stop();
     awaited_ = true;
+  }
+  // What the loader has play meanwhile meets the reset at any place.
+  void ResetUntilLoaded_() {
+    Load_();
+    while (awaited_) player_.Reset();
   }
   static bool SoonHolds_(const std::function<bool()>& condition) {
     const auto limit = std::chrono::steady_clock::now() + std::chrono::seconds(60);
