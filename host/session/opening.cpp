@@ -37,8 +37,7 @@ Session::Session(const std::string& showPath, const std::string& song, OutputKin
   RequireASongForAllAudio(folder_);
   ChooseFormat_();
   {
-    const std::string first = FirstSongBut_({});
-    const LongWait wait(say_, first.empty() ? "" : LoadingText(first));
+    const LongWait wait(say_, WhatIsWaitedForAtTheStart_());
     BuildWithoutBrokenSongs_();
   }
   for (const std::string& number : folder_.GetData().GetRunningOrder()) {

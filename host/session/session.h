@@ -177,6 +177,7 @@ class Session {
   std::string SongFromHere_(int places) const;
   // What a change of song, and playing the current one, wait for; empty when for nothing.
   std::string WhatIsWaitedForOnTheWayTo_(const std::string& song) const;
+  std::string WhatIsWaitedForAtTheStart_() const;
   std::string WhatIsWaitedForHere_() const;
   // What closing the show waits for.
   std::string WhatIsWaitedForAtTheEnd_() const;

@@ -130,8 +130,7 @@ void Session::BeginAnew_(const std::string& song) {
 // A fresh player begins with the first song of the show, whichever it is brought to.
 void Session::BuildAnew_() {
   try {
-    const std::string first = FirstSongBut_({});
-    const LongWait wait(say_, first.empty() ? "" : LoadingText(first));
+    const LongWait wait(say_, WhatIsWaitedForAtTheStart_());
     BuildWithoutBrokenSongs_();
   } catch (const PlayerLost&) {
     throw;

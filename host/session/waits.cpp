@@ -41,6 +41,15 @@ std::string Session::WhatIsWaitedForOnTheWayTo_(const std::string& song) const {
   return "";
 }
 
+// A fresh player loads its first song and opens the device.
+std::string Session::WhatIsWaitedForAtTheStart_() const {
+  const std::string first = FirstSongBut_({});
+  if (first.empty()) return "";
+  const bool hasDevice = kind_ == OutputKind::Live && choice_.output != "null" && choice_.output != "file";
+  if (!hasDevice) return LoadingText(first);
+  return "song " + Shown(first) + " is still loading, or the audio device still opening: waiting for them";
+}
+
 std::string Session::WhatIsWaitedForHere_() const {
   return IsLoading() ? LoadingText(GetSongNumber()) : "";
 }

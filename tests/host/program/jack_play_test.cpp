@@ -914,6 +914,8 @@ TEST(JackOutputs, AServerThatHangsIsWaitedForAMomentAndSaid) {
   const Ended play = Orbel({"play", files.Show(), "--device", server.GetName()});
   EXPECT_EQ(play.status, 0) << play.messages;
   EXPECT_THAT(play.messages, HasSubstr("Waiting for " + name + " to answer ..."));
+  EXPECT_THAT(play.messages,
+              HasSubstr("song 1 is still loading, or the audio device still opening: waiting for them"));
   EXPECT_THAT(play.messages, HasSubstr("no audio: null device. The audio device does not answer."));
   server.Signal(SIGCONT);
 }
