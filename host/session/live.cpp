@@ -54,9 +54,10 @@ std::vector<std::string> Live::Start() {
 std::vector<std::string> Live::Poll(double now) {
   if (writesFile_) now = PlayIntoFile_(now);
   TakeEvents_();
+  // In this order: what was told before a device came or went is of the one before.
+  TakeMeters_();
   TakeDeviceUpdates_();
   TakeSystemLines_(now);
-  TakeMeters_();
   SayWhatIsWaitedFor_();
   Look_(now);
   isHeld_ = isHeld_ && !session_.IsPlaying();

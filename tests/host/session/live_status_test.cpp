@@ -6,6 +6,10 @@
 #include <vector>
 
 #include "host/session/live.h"
+#include "suite/core/callback_dispatcher.h"
+#include "suite/core/device_update.h"
+#include "suite/core/meters_update.h"
+#include "suite/core/notification_names.h"
 #include "tests/host/show_files.h"
 #include "tests/support/wait_until.h"
 
@@ -81,6 +85,21 @@ TEST_F(LiveStatus, ATempoIsToldInHundredths) {
   EXPECT_EQ(told, std::vector<std::string>{"tempo 1.13"});
   for (int i = 0; i < 26; ++i) told = live.Do({CommandKind::Slower, 0.0, ""});
   EXPECT_EQ(told, std::vector<std::string>{"tempo 0.87"});
+}
+
+// The meters come ten times a second, and what was told last may be of the clock in the device's place.
+TEST_F(LiveStatus, WhereADeviceHasComeTheMetersAreItsOwn) {
+  Live live = Open();
+  live.Start();
+  live.Poll(0.0);
+  notify::MetersUpdate meters;
+  meters.xruns = 77;
+  notify::callbackDispatcher.Notify(notify::names::audio_meters, &meters);
+  notify::DeviceUpdate device{.recovering = false, .device = "another", .reason = ""};
+  notify::callbackDispatcher.Notify(notify::names::audio_device_changed, &device);
+  live.Poll(0.0);
+  EXPECT_EQ(live.GetStatus().sound.find("xruns 77"), std::string::npos) << live.GetStatus().sound;
+  EXPECT_NE(live.GetStatus().sound.find("xruns 0"), std::string::npos) << live.GetStatus().sound;
 }
 
 TEST_F(LiveStatus, NeverFallsBackWhereASongEnds) {
