@@ -64,7 +64,7 @@ std::size_t StretchPath::SeamWithAttack_(std::size_t length, long long behind, d
   const double until = recorded / scale;
   if (until > kSoon * static_cast<double>(mostSeam_)) return length;
   if (isRecorded && recorded - until > static_cast<double>(reach_)) return length;
-  return std::max(length, static_cast<std::size_t>(until / kSoon) + 1);
+  return std::clamp(static_cast<std::size_t>(until / kSoon) + 1, length, mostSeam_);
 }
 
 // An attack is seen coming long before it is heard. What begins anew there is made in between, little by
