@@ -28,13 +28,8 @@ CrossFade::CrossFade(unsigned channels, std::size_t frames, std::size_t most)
       fresh_(in_.size() * channels),
       outgoing_(fresh_.size()) {}
 
-void CrossFade::GoOnInOutgoing(std::size_t frames) {
-  Apply(fresh_.data(), frames);
-  Cancel();
-}
-
 void CrossFade::Take_(std::size_t frames) {
-  GoOnInOutgoing(frames);
+  Apply(fresh_.data(), frames);
   outgoing_.swap(fresh_);
   length_ = frames;
   position_ = 0;

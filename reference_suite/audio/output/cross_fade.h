@@ -22,10 +22,7 @@ class CrossFade {
 
   // Where the caller puts the outgoing frames, as many as the fade will have, before Begin.
   float* Outgoing() { return fresh_.data(); }
-  // A fade under way goes on inside those, so that nothing is cut off. Begin does so by itself; before it for
-  // who lays something else over them, which is to be heard as it is.
-  void GoOnInOutgoing(std::size_t frames);
-  // Starts with those.
+  // Starts with those. A fade under way goes on inside them, so that nothing is cut off.
   void Begin();
   // Without a bend at either end. `correlation` of what goes out with what comes in, from -1 to 1.
   void Begin(std::size_t frames, double correlation);

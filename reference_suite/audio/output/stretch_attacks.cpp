@@ -41,7 +41,6 @@ void StretchPath::BeginAnewAt_(long long index) {
   const std::size_t length = AttackSeam_();
   const long long attack = stream_->GetAttack();
   stream_->Render(fade_.Outgoing(), length);
-  fade_.GoOnInOutgoing(length);
   std::swap(stream_, next_);
   next_->Stop();
   levels_ = 0;
@@ -53,18 +52,6 @@ void StretchPath::BeginAnewAt_(long long index) {
 // Where the song is played faster, that one would be too far behind by then.
 std::size_t StretchPath::AttackSeam_() const {
   return stream_->GetFactors().scale > 1.0 ? seam_ : mostSeam_;
-}
-
-// An attack a few milliseconds behind a beginning belongs to that: until it is heard, what it is heard in
-// must not have given way. `behind`: in frames of the song. `isRecorded`: it is heard in recorded sound,
-// which brings it later, or earlier, than the stretched one would.
-std::size_t StretchPath::SeamWithAttack_(std::size_t length, long long behind, double scale,
-                                         bool isRecorded) const {
-  const double recorded = static_cast<double>(std::max(0LL, behind));
-  const double until = recorded / scale;
-  if (until > kSoon * static_cast<double>(mostSeam_)) return length;
-  if (isRecorded && recorded - until > static_cast<double>(reach_)) return length;
-  return std::clamp(static_cast<std::size_t>(until / kSoon) + 1, length, mostSeam_);
 }
 
 // An attack is seen coming long before it is heard. What begins anew there is made in between, little by
@@ -108,7 +95,7 @@ void StretchPath::LayAttackOver_(long long known, long long index, std::size_t l
   const auto lead = static_cast<double>(lead_);
   const double from = std::max(0.0, until - lead);
   // What began before goes on: nothing of it is there at once.
-  const bool goesOn = known + StretchedStream::kAlmost < index;
+  const bool goesOn = known + StretchedStream::kExactly < index;
   const double rise = std::max(goesOn ? lead : 1.0, until - from);
   const float* recorded = incoming_.data();
   float* out = fade_.Outgoing();

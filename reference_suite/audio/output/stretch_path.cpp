@@ -152,10 +152,9 @@ void StretchPath::TakeOutgoing_(const Place& place, std::size_t length) {
   if (stream_->IsActive()) {
     if (place.isNextSong) stream_->FallSilent();
     stream_->Render(fade_.Outgoing(), length);
-  } else {
-    TakeRecorded_(place, length);
+    return;
   }
-  fade_.GoOnInOutgoing(length);
+  TakeRecorded_(place, length);
 }
 
 void StretchPath::TakeRecorded_(const Place& place, std::size_t length) {
@@ -191,27 +190,20 @@ void StretchPath::BeginStream_(const Place& place, const StretchFactors& wanted)
   // As recorded, the next song follows the one before without a fade, and nothing of that one is left.
   const bool follows = place.isNextSong && !stream_->IsActive();
   const std::size_t ending = follows ? 0 : SeamLength_(place);
-  const bool begins = ending == 0 || place.isNextSong;
-  const bool goesOn = !begins && place.index == place.before;
-  next_->Start(place.index, wanted, reach_, stop_);
-  const long long attack = next_->GetFirstAttack();
-  // Where the song goes on, an attack is in what goes out already, whole and in its place, unless that has
-  // turned back for it.
-  const bool isUnknown = stream_->IsActive() && stream_->IsUnknownAt(attack + StretchedStream::kExactly);
-  const bool hasAttack = goesOn && !isUnknown;
-  const bool isRecorded = begins || (hasAttack && !stream_->IsActive());
-  const std::size_t length =
-      SeamWithAttack_(ending > 0 ? ending : seam_, attack - place.index, wanted.scale, isRecorded);
+  const std::size_t length = ending > 0 ? ending : seam_;
   if (ending > 0) TakeOutgoing_(place, length);
+  const bool goesOn = ending > 0 && place.index == place.before && !place.isNextSong;
   const bool isLevel = goesOn && (!stream_->IsActive() || stream_->KeepsLevel());
   if (!stream_->IsActive()) {
     ReadAt(place.index - static_cast<long long>(level_.GetFrames()), level_.Before(), level_.GetFrames());
   }
+  const bool begins = ending == 0 || place.isNextSong;
+  // Where the song goes on, an attack is in what goes out already, whole and in its place.
+  const bool hasAttack = goesOn && !(stream_->IsActive() && stream_->IsUnknownAt(place.index));
   if (begins) TakeBeginning_(place.index, length, ending == 0);
   late_.Cancel();
-  std::swap(stream_, next_);
-  next_->Stop();
-  if (!begins && !hasAttack) LayAttackOver_(attack, place.index, length);
+  stream_->Start(place.index, wanted, reach_, stop_);
+  if (!begins && !hasAttack) LayAttackOver_(stream_->GetFirstAttack(), place.index, length);
   JoinStream_(place.index, length, begins || place.index != place.before ? near_ : reach_);
   levels_ = 0;
   if (isLevel && stream_->KeepsLevel()) SeeAround_(place.index);

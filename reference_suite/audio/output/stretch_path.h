@@ -62,7 +62,6 @@ class StretchPath : private FrameSource {
   bool GoesOn_(const Place& place, const StretchFactors& wanted);
   void TakeTail_(long long index, float* out, std::size_t count);
   std::size_t SeamLength_(const Place& place) const;
-  std::size_t SeamWithAttack_(std::size_t length, long long behind, double scale, bool isRecorded) const;
   void TakeOutgoing_(const Place& place, std::size_t length);
   void TakeRecorded_(const Place& place, std::size_t length);
   void TakeBeginning_(long long index, std::size_t length, bool isAlone);

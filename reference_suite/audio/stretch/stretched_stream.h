@@ -27,9 +27,6 @@ class StretchedStream {
   static constexpr long long kNever = TurnedBack::kNowhere;
   // Attacks are told this exactly: frames that go in.
   static constexpr long long kExactly = 16;
-  // And so much too early, in song frames, where the song is read more densely: an attack is seen in what is
-  // read just before it too.
-  static constexpr long long kAlmost = kExactly + InBetweenReader::kReach;
 
   // `source` outlives it. `asksForBeginnings`: whoever plays it has it begin anew at attacks and when it is
   // weakened; without that it says nothing of either, and plays on as it can.
