@@ -284,8 +284,9 @@ TEST_F(ReplacedSongs, WithOtherChannelsAreNamedAndTheOthersPlay) {
   orbel.Type("n");
   ASSERT_TRUE(orbel.Shows("2 Polka   bar 1.1   240 bpm   stopped"));
   orbel.Type("n");
-  EXPECT_TRUE(orbel.Shows(kGalopHasChanged));
   EXPECT_TRUE(orbel.Shows("4 March   bar 1.1   240 bpm   stopped"));
+  // Loaded ahead, it can have failed before the second song was shown.
+  EXPECT_THAT(orbel.GetScreen(), HasSubstr(kGalopHasChanged));
   orbel.Type(" ");
   EXPECT_TRUE(orbel.ShowsLike("4 March   bar (?!1\\.1 )\\S+   240 bpm   playing"));
   orbel.Type("qq");

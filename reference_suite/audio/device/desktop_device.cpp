@@ -74,8 +74,7 @@ constexpr char kNoOutput[] =
 // Asked for in case of a JACK server.
 constexpr char kNoPorts[] =
     "The desktop has no ports, so nothing is connected as --connect asks. Start a JACK server and play "
-    "again, or "
-    "leave --connect out.";
+    "again, or leave --connect out.";
 
 std::string Missing(const std::string& name) {
   if (name.empty()) return kNoOutput;

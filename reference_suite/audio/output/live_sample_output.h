@@ -189,8 +189,8 @@ class LiveSampleOutput final : public AudioSampleOutput,
   bool stopIsAnnounced_ EXC_GUARDED_BY(this) = false;  // the player knows of an approaching caesura
   bool stopRequested_ EXC_GUARDED_BY(this) = false;
   bool startsAfterStop_ EXC_GUARDED_BY(this) = false;
-  bool startedWhileTold_ EXC_GUARDED_BY(this) =
-      false;  // of a stop: before or behind it, as the player sees it
+  // While the player was being told of a stop: before or behind that, as the player sees it.
+  bool startedWhileTold_ EXC_GUARDED_BY(this) = false;
   std::size_t stopFadeFrames_ EXC_GUARDED_BY(this) = 0;
   Telling telling_ EXC_GUARDED_BY(this) = Telling::Nothing;
   bool inPlayer_ EXC_GUARDED_BY(this) = false;  // the render thread is inside calls to the player
