@@ -32,6 +32,17 @@ class Transport : public PlayerTest {
   PlayerState State() { return GetPlayer().GetPlayerState(); }
   // Whether a continue asked for earlier is still pending: it lets a caesura be passed through.
   bool ContinueIsPending() { return AsOutputSees().OnCaesuraStop(); }
+  // The output has stopped by itself; whoever tells of it waits for what is under way.
+  std::thread TellOfAStopThatWaits() {
+    std::atomic<pid_t> id{0};
+    std::thread render([this, &id] {
+      id = test_support::ThisThread();
+      AsOutputSees().NotifyOutputHasStopped();
+    });
+    while (id == 0) std::this_thread::yield();
+    EXPECT_TRUE(test_support::WaitUntilItSleeps(id));
+    return render;
+  }
 };
 
 // ---- Play ------------------------------------------------------------------------------------------
@@ -129,13 +140,7 @@ TEST_F(Transport, ASongThatEndsDuringAPauseStaysStopped) {
   fakes::player::OnSetState([&](PlayerState pause) {
     fakes::player::OnSetState(nullptr);
     EXPECT_EQ(pause, PlayerState::PAUSE);
-    std::atomic<pid_t> renderId{0};
-    render = std::thread([&] {
-      renderId = test_support::ThisThread();
-      AsOutputSees().NotifyOutputHasStopped();
-    });
-    while (renderId == 0) std::this_thread::yield();
-    EXPECT_TRUE(test_support::WaitUntilItSleeps(renderId));
+    render = TellOfAStopThatWaits();
     EXPECT_EQ(State(), PlayerState::PLAY);
   });
   GetPlayer().Pause();
@@ -165,13 +170,7 @@ TEST_F(Transport, AStopIsToldBeforeOrBehindAStartAndNotInTheMiddle) {
   std::thread render;
   Output().OnCall([&](const std::string& call) {
     if (call != "Start") return;
-    std::atomic<pid_t> renderId{0};
-    render = std::thread([&] {
-      renderId = test_support::ThisThread();
-      AsOutputSees().NotifyOutputHasStopped();
-    });
-    while (renderId == 0) std::this_thread::yield();
-    EXPECT_TRUE(test_support::WaitUntilItSleeps(renderId));
+    render = TellOfAStopThatWaits();
     EXPECT_EQ(State(), PlayerState::PLAY);
   });
   GetPlayer().Play();
