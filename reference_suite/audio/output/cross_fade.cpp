@@ -1,6 +1,7 @@
 #include "reference_suite/audio/output/cross_fade.h"
 
 #include <algorithm>
+#include <array>
 #include <cmath>
 #include <numbers>
 
@@ -8,14 +9,30 @@ namespace tesk_audio {
 
 namespace {
 
-// Sounds that all but cancel each other out stay a little weaker, rather than that everything else gets loud.
-constexpr double kMostOpposed = -0.8;
-
 constexpr double kQuarter = std::numbers::pi / 2.0;
 
 // How far along a fade of `frames` the middle of its frame `i` is.
 double Way(std::size_t i, std::size_t frames) {
   return (static_cast<double>(i) + 0.5) / static_cast<double>(frames);
+}
+
+// What the two sounds are multiplied by.
+struct Gains {
+  double in = 1.0;
+  double out = 0.0;
+};
+
+Gains GainsAt(std::size_t i, std::size_t frames, double correlation) {
+  if (i >= frames) return {};
+  const double way = Way(i, frames);
+  // It sets out and arrives without a bend, which would be heard as a click in a low and steady tone.
+  const double angle = kQuarter * way * way * (3.0 - 2.0 * way);
+  const double in = std::sin(angle);
+  const double out = std::cos(angle);
+  // Where the two weaken each other, making up for it would bend a low tone many times as much as it sways by
+  // itself.
+  const double level = 1.0 / std::sqrt(1.0 + 2.0 * std::max(correlation, 0.0) * in * out);
+  return {in * level, out * level};
 }
 
 }  // namespace
@@ -28,8 +45,13 @@ CrossFade::CrossFade(unsigned channels, std::size_t frames, std::size_t most)
       fresh_(in_.size() * channels),
       outgoing_(fresh_.size()) {}
 
-void CrossFade::Take_(std::size_t frames) {
+void CrossFade::GoOnInOutgoing(std::size_t frames) {
   Apply(fresh_.data(), frames);
+  Cancel();
+}
+
+void CrossFade::Take_(std::size_t frames) {
+  GoOnInOutgoing(frames);
   outgoing_.swap(fresh_);
   length_ = frames;
   position_ = 0;
@@ -46,17 +68,30 @@ void CrossFade::Begin() {
 
 void CrossFade::Begin(std::size_t frames, double correlation) {
   Take_(frames);
-  const double alike = std::max(correlation, kMostOpposed);
   for (std::size_t i = 0; i < frames; ++i) {
-    const double way = Way(i, frames);
-    // It sets out and arrives without a bend, which would be heard as a click in a low and steady tone.
-    const double angle = kQuarter * way * way * (3.0 - 2.0 * way);
-    const double in = std::sin(angle);
-    const double out = std::cos(angle);
-    const double level = 1.0 / std::sqrt(1.0 + 2.0 * alike * in * out);
-    in_[i] = static_cast<float>(in * level);
-    out_[i] = static_cast<float>(out * level);
+    const Gains gains = GainsAt(i, frames, correlation);
+    in_[i] = static_cast<float>(gains.in);
+    out_[i] = static_cast<float>(gains.out);
   }
+}
+
+double CrossFade::BendWith(const float* coming, std::size_t frames, double correlation,
+                           std::size_t within) const {
+  std::array<Gains, 3> gains{GainsAt(0, frames, correlation), GainsAt(1, frames, correlation)};
+  const auto mixed = [&](std::size_t i, unsigned channel) {
+    const std::size_t sample = i * channels_ + channel;
+    return gains[i % 3].in * static_cast<double>(coming[sample]) +
+           gains[i % 3].out * static_cast<double>(fresh_[sample]);
+  };
+  double largest = 0.0;
+  for (std::size_t i = 2; i < within; ++i) {
+    gains[i % 3] = GainsAt(i, frames, correlation);
+    for (unsigned channel = 0; channel < channels_; ++channel) {
+      const double bend = mixed(i, channel) - 2.0 * mixed(i - 1, channel) + mixed(i - 2, channel);
+      largest = std::max(largest, std::fabs(bend));
+    }
+  }
+  return largest;
 }
 
 void CrossFade::BeginTail(std::size_t frames) {

@@ -6,8 +6,8 @@
 namespace tesk_audio {
 
 // Lets frames that would have come next fade out under those that come instead, while the new ones fade in,
-// at equal power. Of sounds that are alike, or that weaken each other, it keeps the power too, when it is
-// told how much they are.
+// at equal power. Of sounds that are alike it keeps the power too, when it is told how much they are; sounds
+// that weaken each other stay weaker for a moment.
 //
 // Units      interleaved frames.
 // Threads    one at a time.
@@ -22,10 +22,16 @@ class CrossFade {
 
   // Where the caller puts the outgoing frames, as many as the fade will have, before Begin.
   float* Outgoing() { return fresh_.data(); }
-  // Starts with those. A fade under way goes on inside them, so that nothing is cut off.
+  // A fade under way goes on inside those, so that nothing is cut off. Begin does so by itself; before it for
+  // who lays something else over them, which is to be heard as it is.
+  void GoOnInOutgoing(std::size_t frames);
+  // Starts with those.
   void Begin();
   // Without a bend at either end. `correlation` of what goes out with what comes in, from -1 to 1.
   void Begin(std::size_t frames, double correlation);
+  // The largest second difference, in `within` frames, of what such a fade would make of the frames that the
+  // caller has put there and those that are `coming`.
+  double BendWith(const float* coming, std::size_t frames, double correlation, std::size_t within) const;
   // Only the outgoing frames fade; what comes in does so at its full level.
   void BeginTail(std::size_t frames);
   // What the frames that come next, mixed, become besides: factors of frames. What there is no room for, as

@@ -41,17 +41,40 @@ void StretchPath::BeginAnewAt_(long long index) {
   const std::size_t length = AttackSeam_();
   const long long attack = stream_->GetAttack();
   stream_->Render(fade_.Outgoing(), length);
+  fade_.GoOnInOutgoing(length);
   std::swap(stream_, next_);
   next_->Stop();
   levels_ = 0;
   LayAttackOver_(attack, index, length);
   JoinStream_(index, length, near_);
+  BeginFade_(stream_->Peek(length), length, false);
 }
 
 // In the first chunks a sound rises more slowly than it should: until it is there, the recorded one is heard.
 // Where the song is played faster, that one would be too far behind by then.
 std::size_t StretchPath::AttackSeam_() const {
   return stream_->GetFactors().scale > 1.0 ? seam_ : mostSeam_;
+}
+
+// Whether there is music on both sides of a seam, and nothing begins or ends within it, in the stretched
+// sound or in the recorded one. `attack`: the next that is known of. A jump's seam is as long as is wished
+// for.
+bool StretchPath::IsSteady_(const Place& place, long long attack, double scale) const {
+  const auto reach = static_cast<long long>(static_cast<double>(mostSeam_) * std::max(1.0, scale));
+  const bool jumps = isSounding_ && place.index != place.before;
+  return !jumps && attack >= place.index + reach && stop_ >= place.index + reach;
+}
+
+// An attack a few milliseconds behind a beginning belongs to that: until it is heard, what it is heard in
+// must not have given way. `behind`: in frames of the song. `isRecorded`: it is heard in recorded sound,
+// which brings it later, or earlier, than the stretched one would.
+std::size_t StretchPath::SeamWithAttack_(std::size_t length, long long behind, double scale,
+                                         bool isRecorded) const {
+  const double recorded = static_cast<double>(std::max(0LL, behind));
+  const double until = recorded / scale;
+  if (until > kSoon * static_cast<double>(mostSeam_)) return length;
+  if (isRecorded && recorded - until > static_cast<double>(reach_)) return length;
+  return std::clamp(static_cast<std::size_t>(until / kSoon) + 1, length, mostSeam_);
 }
 
 // An attack is seen coming long before it is heard. What begins anew there is made in between, little by
@@ -95,7 +118,7 @@ void StretchPath::LayAttackOver_(long long known, long long index, std::size_t l
   const auto lead = static_cast<double>(lead_);
   const double from = std::max(0.0, until - lead);
   // What began before goes on: nothing of it is there at once.
-  const bool goesOn = known + StretchedStream::kExactly < index;
+  const bool goesOn = known + StretchedStream::kAlmost < index;
   const double rise = std::max(goesOn ? lead : 1.0, until - from);
   const float* recorded = incoming_.data();
   float* out = fade_.Outgoing();

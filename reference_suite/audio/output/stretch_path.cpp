@@ -13,7 +13,8 @@ namespace {
 
 constexpr double kSlowest = 0.25;
 constexpr double kSeamSeconds = 0.005;
-// A jump's, when a longer cross-fade is wished for: a chunk or two to be made at once.
+// Where nothing begins or ends in it, as a low tone wants, and a jump's, when a longer cross-fade is wished
+// for: a chunk or two to be made at once.
 constexpr double kMostSeamSeconds = 0.010;
 constexpr double kReachSeconds = 0.0025;
 constexpr double kNearSeconds = 0.001;
@@ -152,9 +153,10 @@ void StretchPath::TakeOutgoing_(const Place& place, std::size_t length) {
   if (stream_->IsActive()) {
     if (place.isNextSong) stream_->FallSilent();
     stream_->Render(fade_.Outgoing(), length);
-    return;
+  } else {
+    TakeRecorded_(place, length);
   }
-  TakeRecorded_(place, length);
+  fade_.GoOnInOutgoing(length);
 }
 
 void StretchPath::TakeRecorded_(const Place& place, std::size_t length) {
@@ -190,21 +192,31 @@ void StretchPath::BeginStream_(const Place& place, const StretchFactors& wanted)
   // As recorded, the next song follows the one before without a fade, and nothing of that one is left.
   const bool follows = place.isNextSong && !stream_->IsActive();
   const std::size_t ending = follows ? 0 : SeamLength_(place);
-  const std::size_t length = ending > 0 ? ending : seam_;
+  const bool begins = ending == 0 || place.isNextSong;
+  const bool goesOn = !begins && place.index == place.before;
+  next_->Start(place.index, wanted, reach_, stop_);
+  const long long attack = next_->GetFirstAttack();
+  // Where the song goes on, an attack is in what goes out already, whole and in its place, unless that has
+  // turned back for it.
+  const bool isUnknown = stream_->IsActive() && stream_->IsUnknownAt(attack + StretchedStream::kExactly);
+  const bool hasAttack = goesOn && !isUnknown;
+  const bool isRecorded = begins || (hasAttack && !stream_->IsActive());
+  const bool isSteady = IsSteady_(place, next_->GetNearAttack(), wanted.scale);
+  const std::size_t length =
+      isSteady ? mostSeam_
+               : SeamWithAttack_(ending > 0 ? ending : seam_, attack - place.index, wanted.scale, isRecorded);
   if (ending > 0) TakeOutgoing_(place, length);
-  const bool goesOn = ending > 0 && place.index == place.before && !place.isNextSong;
   const bool isLevel = goesOn && (!stream_->IsActive() || stream_->KeepsLevel());
   if (!stream_->IsActive()) {
     ReadAt(place.index - static_cast<long long>(level_.GetFrames()), level_.Before(), level_.GetFrames());
   }
-  const bool begins = ending == 0 || place.isNextSong;
-  // Where the song goes on, an attack is in what goes out already, whole and in its place.
-  const bool hasAttack = goesOn && !(stream_->IsActive() && stream_->IsUnknownAt(place.index));
   if (begins) TakeBeginning_(place.index, length, ending == 0);
   late_.Cancel();
-  stream_->Start(place.index, wanted, reach_, stop_);
-  if (!begins && !hasAttack) LayAttackOver_(stream_->GetFirstAttack(), place.index, length);
+  std::swap(stream_, next_);
+  next_->Stop();
+  if (!begins && !hasAttack) LayAttackOver_(attack, place.index, length);
   JoinStream_(place.index, length, begins || place.index != place.before ? near_ : reach_);
+  BeginFade_(stream_->Peek(length), length, isSteady);
   levels_ = 0;
   if (isLevel && stream_->KeepsLevel()) SeeAround_(place.index);
 }
@@ -216,7 +228,16 @@ void StretchPath::JoinStream_(long long index, std::size_t length, std::size_t r
       FindSeam(fade_.Outgoing(), stream_->Peek(length + 2 * reach), length, channels_, reach, near_);
   stream_->Skip(match.lag);
   stream_->DeclareHere(index);
-  fade_.Begin(length, match.correlation);
+}
+
+// `mayBeShort`: it may be as short as seams are, too. A low tone that meets itself at another phase wants a
+// long one; high tones that have just got another key run apart in that.
+void StretchPath::BeginFade_(const float* coming, std::size_t length, bool mayBeShort) {
+  const double correlation = Correlation(fade_.Outgoing(), coming, length * channels_);
+  const double shorter = Correlation(fade_.Outgoing(), coming, seam_ * channels_);
+  const bool isShort = mayBeShort && fade_.BendWith(coming, seam_, shorter, length) <=
+                                         fade_.BendWith(coming, length, correlation, length);
+  fade_.Begin(isShort ? seam_ : length, isShort ? shorter : correlation);
 }
 
 // The music goes on at `index`, behind a seam at which its level is to be kept.
@@ -242,7 +263,9 @@ void StretchPath::JumpAsRecorded_(const Place& place) {
 }
 
 void StretchPath::LeaveStream_(const Place& place) {
-  const std::size_t length = SeamLength_(place);
+  const bool isSteady =
+      isSounding_ && !place.isNextSong && IsSteady_(place, stream_->GetAttack(), stream_->GetFactors().scale);
+  const std::size_t length = isSteady ? mostSeam_ : SeamLength_(place);
   if (length > 0) TakeOutgoing_(place, length);
   stream_->Stop();
   if (length == 0) return;
@@ -253,15 +276,16 @@ void StretchPath::LeaveStream_(const Place& place) {
   ReadAt(place.index - static_cast<long long>(reach_), incoming_.data(),
          std::max(length, level_.GetFrames()) + 2 * reach_);
   const float* here = incoming_.data() + reach_ * channels_;
-  SeamMatch match{reach_, Correlation(fade_.Outgoing(), here, length * channels_)};
+  const std::size_t compared = isSteady ? seam_ : length;
+  SeamMatch match{reach_, Correlation(fade_.Outgoing(), here, compared * channels_)};
   const auto room = static_cast<std::size_t>(std::max(0LL, stop_ - place.index - kBetween));
   // With a caesura at hand there is no time to come back gently.
   const bool mayGiveWay = place.index == place.before && room >= kGentle * reach_;
   if (match.correlation < kOpposed && mayGiveWay) {
-    match = FindSeam(fade_.Outgoing(), incoming_.data(), length, channels_, reach_, reach_);
+    match = FindSeam(fade_.Outgoing(), incoming_.data(), compared, channels_, reach_, reach_);
     late_.Begin(static_cast<double>(reach_) - static_cast<double>(match.lag), room);
   }
-  fade_.Begin(length, match.correlation);
+  BeginFade_(incoming_.data() + match.lag * channels_, length, isSteady);
   if (place.index == place.before && stream_->KeepsLevel()) {
     SeeAround_(place.index);
     LevelSeam_(incoming_.data() + match.lag * channels_, level_.GetFrames());

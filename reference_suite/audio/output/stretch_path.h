@@ -62,6 +62,8 @@ class StretchPath : private FrameSource {
   bool GoesOn_(const Place& place, const StretchFactors& wanted);
   void TakeTail_(long long index, float* out, std::size_t count);
   std::size_t SeamLength_(const Place& place) const;
+  bool IsSteady_(const Place& place, long long attack, double scale) const;
+  std::size_t SeamWithAttack_(std::size_t length, long long behind, double scale, bool isRecorded) const;
   void TakeOutgoing_(const Place& place, std::size_t length);
   void TakeRecorded_(const Place& place, std::size_t length);
   void TakeBeginning_(long long index, std::size_t length, bool isAlone);
@@ -73,6 +75,7 @@ class StretchPath : private FrameSource {
   void LayAttackOver_(long long known, long long index, std::size_t length);
   std::size_t AttackSeam_() const;
   void JoinStream_(long long index, std::size_t length, std::size_t reach);
+  void BeginFade_(const float* coming, std::size_t length, bool mayBeShort);
   std::size_t RenderStretched_(float* out, std::size_t count);
   void SeeAround_(long long index);
   void LevelSeam_(const float* coming, std::size_t known);

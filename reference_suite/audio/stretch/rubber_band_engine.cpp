@@ -9,19 +9,31 @@ namespace tesk_audio {
 
 namespace {
 
-// What the engines stretch by at most and at least: beyond, the other plays.
-constexpr double kMostOfTheFaster = 2.0;
+// What the engines stretch by at most and at least: beyond, the other plays. The faster one finds an attack
+// at the end of a chunk, so that what begins there stays weak for as long as it is put together with that in
+// mind: by 2 dB here, by 10 at twice its length.
+constexpr double kMostOfTheFaster = 1.45;
 constexpr double kLeastOfTheFiner = 0.34;
+// For more samples a second the finer one takes too long: the faster one plays up to where it doubles
+// attacks.
+constexpr double kMostSamplesOfTheFiner = 100'000.0;
+constexpr double kMostOfMany = 2.0;
 // Beyond, the finer one puts the attacks of some sounds beside their places.
 constexpr double kMostInPlace = 1.3;
 constexpr double kLeastInPlace = 0.72;
-// At higher rates the finer one puts attacks elsewhere, by kinds of sound.
+// At higher rates the finer one puts attacks elsewhere, by kinds of sound: there the faster one plays up to
+// that too.
 constexpr double kMostRateOfTheFiner = 50'000.0;
 // The faster engine takes other steps where it stretches than where it compresses, and loses the phases when
 // it goes over from one to the other.
 constexpr double kOneSide = 1e-7;
 // Below this time ratio the faster engine takes longer chunks.
 constexpr double kLeastOfAWindow = 0.15;
+
+double MostOfTheFaster(double rateHz, unsigned channels) {
+  const bool isMuch = rateHz > kMostRateOfTheFiner || rateHz * channels > kMostSamplesOfTheFiner;
+  return isMuch ? kMostOfMany : kMostOfTheFaster;
+}
 
 std::unique_ptr<RubberBand::RubberBandStretcher> Make(int engine, double rateHz, unsigned channels) {
   using Stretcher = RubberBand::RubberBandStretcher;
@@ -40,6 +52,7 @@ RubberBandEngine::RubberBandEngine(StretchQuality quality, double rateHz, unsign
     : finer_(Make(Stretcher::OptionEngineFiner, rateHz, channels)),
       faster_(Make(Stretcher::OptionEngineFaster, rateHz, channels)),
       quality_(rateHz > kMostRateOfTheFiner ? StretchQuality::Faster : quality),
+      mostOfTheFaster_(MostOfTheFaster(rateHz, channels)),
       stretcher_(finer_.get()),
       halfWindow_(static_cast<double>(stretcher_->getPreferredStartPad())),
       higher_(channels, kMostFrames),
@@ -50,7 +63,7 @@ RubberBandEngine::RubberBandEngine(StretchQuality quality, double rateHz, unsign
 
 StretchQuality RubberBandEngine::QualityFor_(double scale) const {
   const double stretch = pitch_ / scale;
-  if (stretch > kMostOfTheFaster) return StretchQuality::Finer;
+  if (stretch > mostOfTheFaster_) return StretchQuality::Finer;
   return stretch < kLeastOfTheFiner ? StretchQuality::Faster : quality_;
 }
 

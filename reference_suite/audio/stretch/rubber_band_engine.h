@@ -14,8 +14,9 @@ namespace tesk_audio {
 // Rubber Band's real-time engines. They transpose nothing, for their resampling takes a third of their time.
 // Upwards, what they have stretched is played faster; downwards the song is read more densely and stretched
 // less. So chunks are never longer in terms of what is heard. Where the faster engine would have to stretch
-// to more than twice the length, it doubles attacks: there the finer one plays whatever was asked for; and
-// where much is left out, the faster one, which is nearer to the places of attacks.
+// by half and more, what begins with an attack stays weak, and beyond twice the length it doubles attacks:
+// there the finer one plays whatever was asked for; and where much is left out, the faster one, which is
+// nearer to the places of attacks.
 //
 // Left to itself, the faster engine takes the waves of steady tones for attacks; each time their phases begin
 // anew, which puts pure tones up to a semitone beside their pitch. It is allowed to look for attacks only
@@ -50,6 +51,7 @@ class RubberBandEngine : public StretchEngine {
   std::unique_ptr<Stretcher> finer_;
   std::unique_ptr<Stretcher> faster_;
   StretchQuality quality_;  // asked for
+  double mostOfTheFaster_;  // stretch
   Stretcher* stretcher_;    // the one that plays
   bool isFaster_ = false;   // which that is
   double halfWindow_;       // its, in frames

@@ -25,6 +25,8 @@ constexpr std::size_t kSlice{StretchedStream::kExactly};
 constexpr double kBefore = 0.001;
 constexpr double kBehind = 0.004;
 constexpr double kRise = 0.03;
+// And so far behind it one is near.
+constexpr double kNear = 0.01;
 constexpr std::size_t kRoom = std::size_t{1} << 15;
 
 }  // namespace
@@ -59,7 +61,7 @@ void StretchedStream::Prepare(long long index, const StretchFactors& factors, st
   origin_ = static_cast<double>(index) - std::ceil(runUp + engine_->GetHalfIn() * engine_->GetStep());
   beginning_ = 0;
   end_ = end;
-  silence_ = unknownFrom_ = attack_ = attackTurn_ = firstAttack_ = kNever;
+  silence_ = unknownFrom_ = attack_ = attackTurn_ = firstAttack_ = nearAttack_ = kNever;
   TurnBack_();
   begun_ = index;
   watch_.Forget(engine_->GetStep());
@@ -222,7 +224,7 @@ void StretchedStream::Read_(std::size_t first, std::size_t count) {
   std::fill_n(in, silent * channels_, 0.0F);
 }
 
-// Behind the beginning, attacks matter only to an engine that smears them.
+// Behind the beginning, attacks matter only to an engine that smears them, and to whoever goes over into it.
 bool StretchedStream::LookForAttacks_(std::size_t count) {
   const auto begun = static_cast<double>(begun_);
   const double frames = rateHz_ * factors_.scale;
@@ -231,7 +233,8 @@ bool StretchedStream::LookForAttacks_(std::size_t count) {
     const double place = PlaceOf_(fed_ + static_cast<double>(at));
     const double behind = firstAttack_ == kNever ? kBehind * frames : kRise * rateHz_;
     const bool isAtBeginning = place < begun + behind;
-    if (!isAtBeginning && !engine_->SmearsAttacks()) break;
+    const bool isNear = place < begun + kNear * rateHz_ * std::max(1.0, factors_.scale);
+    if (!isAtBeginning && !isNear && !engine_->SmearsAttacks()) break;
     // Behind the end stands what was before it, in which no attack is one.
     if (PlaceOf_(fed_ + static_cast<double>(at + kSlice)) > static_cast<double>(end_)) break;
     float* const slice = in_.data() + at * channels_;
@@ -242,9 +245,10 @@ bool StretchedStream::LookForAttacks_(std::size_t count) {
     // A rise that is seen late may have begun at the beginning: beginning anew for it would change nothing,
     // and never end.
     const long long onset = onset_.Find(static_cast<long long>(place));
+    if (isNear) nearAttack_ = std::min(nearAttack_, onset);
     if (static_cast<double>(onset) < begun + behind) {
       if (firstAttack_ == kNever) firstAttack_ = onset;
-    } else if (asksForBeginnings_) {
+    } else if (asksForBeginnings_ && engine_->SmearsAttacks()) {
       attack_ = onset;
     }
   }

@@ -27,6 +27,9 @@ class StretchedStream {
   static constexpr long long kNever = TurnedBack::kNowhere;
   // Attacks are told this exactly: frames that go in.
   static constexpr long long kExactly = 16;
+  // And so much too early, in song frames, where the song is read more densely: an attack is seen in what is
+  // read just before it too.
+  static constexpr long long kAlmost = kExactly + InBetweenReader::kReach;
 
   // `source` outlives it. `asksForBeginnings`: whoever plays it has it begin anew at attacks and when it is
   // weakened; without that it says nothing of either, and plays on as it can.
@@ -67,6 +70,9 @@ class StretchedStream {
   long long GetAttack() const { return attack_; }
   // The song frame of an attack at or right behind the place where it began. kNever: none.
   long long GetFirstAttack() const { return firstAttack_; }
+  // The song frame of the first attack that it saw within a hundredth of a second of that place, as heard in
+  // it or in the recording, whatever it makes of it. kNever: none.
+  long long GetNearAttack() const { return nearAttack_; }
 
   // Whether steady sound is as loud in it as recorded.
   bool KeepsLevel() const { return !engine_->WeakensSound(); }
@@ -122,6 +128,7 @@ class StretchedStream {
   long long attack_ = kNever;
   long long attackTurn_ = kNever;  // where it turns back for that: it may have taken a part of it before
   long long firstAttack_ = kNever;
+  long long nearAttack_ = kNever;
   long long begun_ = 0;     // song frame
   double made_ = 0.0;       // output frames since the engine began
   double middleIn_ = 0.0;   // the middle of the next chunk: song frame,

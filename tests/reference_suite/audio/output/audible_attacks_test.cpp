@@ -337,6 +337,80 @@ TEST_P(AttackAfterAJump, IsInItsPlaceHoweverCloseBehindIt) {
   }
 }
 
+// Of a click of 0.9, within three milliseconds of its place.
+float LoudnessOf(const AudibleRun& run, double place) {
+  const auto at = static_cast<std::size_t>(std::llround(place));
+  float loudest = 0.0F;
+  for (std::size_t i = at > 144 ? at - 144 : 0; i < at + 144; ++i)
+    loudest = std::max(loudest, std::fabs(run.heard[i]));
+  return loudest;
+}
+
+constexpr float kLoud = 0.32F;  // elsewhere too, a click is heard about half as loud
+constexpr long long kBehind[] = {0, 20, 40, 62, 84, 105, 130, 164};
+
+TEST_P(AttackAfterAJump, IsLoudHoweverCloseBehindIt) {
+  constexpr long long kFrames = 40'000;
+  constexpr long long kAttack = 20'000;
+  for (const auto& [scale, semitones] : std::vector<std::pair<double, int>>{
+           {0.5, 0}, {0.7, 0}, {0.8, 0}, {0.95, 0}, {1.25, 0}, {2.0, 0}, {1.0, -3}, {1.0, 3}, {1.0, 11}}) {
+    for (const long long behind : kBehind) {
+      AudibleRun run(Songs{{.frames = kFrames,
+                            .jumps = {{10'000, {kAttack - behind}}},
+                            .scales = {{0, scale}},
+                            .transpositions = {{0, semitones}},
+                            .sound = Clicks({kAttack}, kFrames)}},
+                     5.0, 0.0, kRateHz, 1, GetParam());
+      run.Play();
+      EXPECT_GT(LoudnessOf(run, run.PlacesOf(kAttack).at(0)), kLoud)
+          << scale << ", " << semitones << " semitones, " << behind << " frames behind the jump";
+    }
+  }
+}
+
+struct Live {
+  double scale;
+  int semitones;
+  double thenScale;
+  int thenSemitones;
+};
+
+// What goes out has turned back for it, and what comes in has just begun.
+TEST_P(AttackAfterAJump, IsLoudHoweverCloseBehindAChangeToo) {
+  constexpr long long kFrames = 40'000;
+  constexpr long long kAttack = 20'000;
+  for (const Live& live :
+       {Live{1.03, -7, 1.0, 11}, Live{0.9, -2, 1.03, 10}, Live{1.1, 0, 0.9, 0}, Live{0.8, 0, 0.5, 0},
+        Live{1.1, 0, 1.1, 2}, Live{0.6, 0, 0.8, 0}, Live{0.5, 0, 2.0, 0}, Live{1.2, -5, 0.8, 5}}) {
+    for (const long long behind : kBehind) {
+      const long long change = kAttack - behind;
+      AudibleRun run(Songs{{.frames = kFrames,
+                            .scales = {{0, live.scale}, {change, live.thenScale}},
+                            .transpositions = {{0, live.semitones}, {change, live.thenSemitones}},
+                            .sound = Clicks({kAttack}, kFrames)}},
+                     5.0, 0.0, kRateHz, 1, GetParam());
+      run.Play();
+      EXPECT_GT(LoudnessOf(run, run.PlacesOf(kAttack).at(0)), kLoud)
+          << live.scale << " " << live.semitones << " to " << live.thenScale << " " << live.thenSemitones
+          << ", " << behind << " frames behind the change";
+    }
+  }
+}
+
+// What ends in the middle of a sound ends with what looks like an attack: nothing of what is done for that
+// is done to the next song.
+TEST_P(AttackAfterAJump, IsWholeAtTheBeginningOfASongBehindOneThatEndsInASound) {
+  for (const double scale : {0.5, 0.7, 0.9, 1.2, 2.0}) {
+    AudibleRun run(
+        Songs{
+            {.frames = 9'000, .scales = {{0, 0.9}}, .isAttacca = true, .sound = Tones({220.0}, 0.05, 9'000)},
+            {.frames = 20'000, .scales = {{0, scale}}, .sound = Clicks({0}, 20'000)}},
+        5.0, 0.0, kRateHz, 1, GetParam());
+    run.Play();
+    EXPECT_NEAR(run.heard[10'000], 0.9F, 0.06F) << scale;
+  }
+}
+
 INSTANTIATE_TEST_SUITE_P(Qualities, AttackAfterAJump,
                          testing::Values(StretchQuality::Faster, StretchQuality::Finer));
 

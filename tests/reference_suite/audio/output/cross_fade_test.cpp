@@ -31,8 +31,8 @@ TEST(CrossFade, KeepsThePowerOfUnrelatedSignals) {
   EXPECT_FALSE(fade.IsActive());
 }
 
-TEST(CrossFade, KeepsTheLevelOfSoundsThatAreAlikeOrOpposed) {
-  for (const double degrees : {0.0, 30.0, 90.0, 120.0}) {
+TEST(CrossFade, KeepsTheLevelOfSoundsThatAreAlike) {
+  for (const double degrees : {0.0, 30.0, 60.0, 90.0}) {
     const double phase = degrees / 180.0 * M_PI;
     tesk_audio::CrossFade fade(1, 0, 4800);
     std::vector<float> frames(4800);
@@ -47,6 +47,34 @@ TEST(CrossFade, KeepsTheLevelOfSoundsThatAreAlikeOrOpposed) {
       EXPECT_NEAR(loudest, 1.0F, 0.02F) << degrees << " degrees, frame " << i;
     }
   }
+}
+
+// A tone of 41 Hz that meets itself upside down, in ten milliseconds: kept at its level, it would bend 40
+// times as much as by itself.
+TEST(CrossFade, BendsAToneThatIsOpposedToItselfNoMoreThanItHasTo) {
+  constexpr double kStep = 2.0 * M_PI * 41.2 / 48000.0;
+  constexpr std::size_t kFrames = 480;
+  double worst = 0.0;
+  for (double phase = 0.0; phase < 2.0 * M_PI; phase += 0.1) {
+    tesk_audio::CrossFade fade(1, 0, kFrames);
+    std::vector<float> frames(2 * kFrames);
+    for (std::size_t i = 0; i < frames.size(); ++i) {
+      frames[i] = static_cast<float>(-std::sin(kStep * static_cast<double>(i) + phase));
+      if (i < kFrames) fade.Outgoing()[i] = -frames[i];
+    }
+    const double foretold = fade.BendWith(frames.data(), kFrames, -1.0, kFrames);
+    fade.Begin(kFrames, -1.0);
+    fade.Apply(frames.data(), kFrames);
+    double heard = 0.0;
+    for (std::size_t i = 2; i < kFrames; ++i) {
+      heard = std::max(heard,
+                       std::fabs(static_cast<double>(frames[i]) - 2.0 * static_cast<double>(frames[i - 1]) +
+                                 static_cast<double>(frames[i - 2])));
+    }
+    EXPECT_NEAR(foretold, heard, 0.01 * kStep * kStep) << phase;
+    worst = std::max(worst, heard);
+  }
+  EXPECT_LT(worst, 4.0 * kStep * kStep);
 }
 
 TEST(CrossFade, ATailFadesOutUnderWhatComesInAtItsFullLevel) {

@@ -76,6 +76,36 @@ INSTANTIATE_TEST_SUITE_P(EnteringChangingAndLeaving, Seams,
 
 class SeamsOfEngines : public testing::TestWithParam<StretchQuality> {};
 
+struct LowTone {
+  double hertz;
+  double mostStep;  // in those of the tone itself
+  double mostBend;
+};
+
+// A stretched tone has another phase than the recorded one, and a low one cannot be met where it fits: in
+// half the time, at its full level, it would make steps six times as large as its own.
+TEST_P(SeamsOfEngines, AreGentleToLowTones) {
+  constexpr long long kFrames = 48'000;
+  for (const LowTone& low : {LowTone{41.2, 2.0, 4.4}, LowTone{82.4, 1.45, 2.3}}) {
+    const auto sound = Tones({low.hertz}, 0.5, kFrames);
+    const double step = LargestStep(*sound, 0, kFrames);
+    const double bend = LargestBend(*sound, 0, kFrames);
+    for (const auto& [before, then] :
+         {std::pair{1.0, 0.8}, {1.0, 1.1}, {1.0, 1.25}, {0.85, 1.1}, {1.2, 0.9}, {0.8, 1.0}, {1.1, 1.0}}) {
+      for (long long at = 20'000; at < 21'400; at += 173) {
+        AudibleRun run(Songs{{.frames = kFrames, .scales = {{0, before}, {at, then}}, .sound = sound}}, 5.0,
+                       0.0, 48000.0, 1, GetParam());
+        run.Play();
+        const auto seam = static_cast<std::size_t>(run.PlacesOf(at).at(0));
+        EXPECT_LE(LargestStep(run.heard, seam - 1'500, seam + 3'000), low.mostStep * step)
+            << low.hertz << " Hz, " << before << " to " << then << " at " << at;
+        EXPECT_LE(LargestBend(run.heard, seam - 1'500, seam + 3'000), low.mostBend * bend)
+            << low.hertz << " Hz, " << before << " to " << then << " at " << at;
+      }
+    }
+  }
+}
+
 TEST(StretchBypass, EverySampleIsAsRecordedBeforeAndAQuarterOfASecondAfter) {
   for (const StretchQuality quality : {StretchQuality::Faster, StretchQuality::Finer}) {
     AudibleRun run(Songs{{.frames = 100'000, .scales = {{30'000, 1.25L}, {50'000, 1.0L}}}}, 5.0, 0.0, 48000.0,
