@@ -45,7 +45,7 @@ void StretchPath::BeginAnewAt_(long long index) {
   std::swap(stream_, next_);
   next_->Stop();
   levels_ = 0;
-  LayAttackOver_(attack, index, length);
+  LayAttackOver_(attack, index, length, stream_->GetFactors().scale);
   JoinStream_(index, length, near_);
   BeginFade_(stream_->Peek(length), length, false);
 }
@@ -65,15 +65,24 @@ bool StretchPath::IsSteady_(const Place& place, long long attack, double scale) 
   return !jumps && attack >= place.index + reach && stop_ >= place.index + reach;
 }
 
+// Whether an attack stands in the recorded sound that a long seam from `index` on would hold. Not every
+// stream tells.
+bool StretchPath::HasAttackSoon_(long long index) {
+  const std::size_t before = level_.GetAroundFrames() / 2;
+  ReadAt(index - static_cast<long long>(before), around_.data(), before + mostSeam_);
+  watch_.Forget(1.0);
+  watch_.See(around_.data(), before);
+  return watch_.See(around_.data() + before * channels_, mostSeam_);
+}
+
 // An attack a few milliseconds behind a beginning belongs to that: until it is heard, what it is heard in
 // must not have given way. `behind`: in frames of the song. `isRecorded`: it is heard in recorded sound,
 // which brings it later, or earlier, than the stretched one would.
 std::size_t StretchPath::SeamWithAttack_(std::size_t length, long long behind, double scale,
                                          bool isRecorded) const {
   const double recorded = static_cast<double>(std::max(0LL, behind));
-  const double until = recorded / scale;
+  const double until = isRecorded ? std::max(recorded, recorded / scale) : recorded / scale;
   if (until > kSoon * static_cast<double>(mostSeam_)) return length;
-  if (isRecorded && recorded - until > static_cast<double>(reach_)) return length;
   return std::clamp(static_cast<std::size_t>(until / kSoon) + 1, length, mostSeam_);
 }
 
@@ -109,10 +118,10 @@ bool StretchPath::RisesOutOfLittle_(long long index) {
 
 // An attack right behind a beginning is heard as it was recorded, from a moment before it on: whole and in
 // its place.
-void StretchPath::LayAttackOver_(long long known, long long index, std::size_t length) {
+void StretchPath::LayAttackOver_(long long known, long long index, std::size_t length, double scale) {
   if (known == StretchedStream::kNever) return;
   const long long attack = std::max(known, index);
-  const auto until = static_cast<double>(attack - index) / stream_->GetFactors().scale;
+  const auto until = static_cast<double>(attack - index) / scale;
   if (until > kSoon * static_cast<double>(length)) return;
   ReadAt(attack - std::llround(until), incoming_.data(), length);
   const auto lead = static_cast<double>(lead_);

@@ -30,6 +30,8 @@ constexpr std::size_t kGentle = 8;
 // Samples a second of which a stretch begins anew by itself: of more, playing and preparing the beginning at
 // once may take longer than there is time.
 constexpr double kMostRenewed = 200'000.0;
+// The share of the reach by which recorded sound may bring an attack late or early in stretched sound.
+constexpr double kBeside = 0.75;
 // Frames behind a place between two that have a say there.
 constexpr long long kBetween = 2;
 
@@ -69,6 +71,7 @@ StretchPath::StretchPath(AudioPlayerOutputInterface& player, CrossFade& fade, St
       next_(MakeStream_(quality, pace, rateHz)),
       turned_(*this, rateHz, channels, std::max(mostSeam_, fade.GetLength())),
       late_(*this, rateHz, channels, std::max({mostFrames, mostSeam_, fade.GetLength()}), reach_),
+      watch_(rateHz, channels),
       level_(rateHz, channels),
       known_(FramesIn(kKnownSeconds, rateHz)),
       around_(level_.GetAroundFrames() * channels),
@@ -149,17 +152,17 @@ std::size_t StretchPath::SeamLength_(const Place& place) const {
   return place.index != place.before ? std::clamp(fade_.GetLength(), seam_, mostSeam_) : seam_;
 }
 
-void StretchPath::TakeOutgoing_(const Place& place, std::size_t length) {
+void StretchPath::TakeOutgoing_(const Place& place, std::size_t length, long long turn) {
   if (stream_->IsActive()) {
     if (place.isNextSong) stream_->FallSilent();
     stream_->Render(fade_.Outgoing(), length);
   } else {
-    TakeRecorded_(place, length);
+    TakeRecorded_(place, length, turn);
   }
   fade_.GoOnInOutgoing(length);
 }
 
-void StretchPath::TakeRecorded_(const Place& place, std::size_t length) {
+void StretchPath::TakeRecorded_(const Place& place, std::size_t length, long long turn) {
   const bool jumps = place.index != place.before;
   const long long jumpedFrom = place.stop < 0 ? StretchedStream::kNever : place.stop;
   const long long behind = jumps ? jumpedFrom : stop_;
@@ -167,23 +170,31 @@ void StretchPath::TakeRecorded_(const Place& place, std::size_t length) {
   ReadAt(place.before, fade_.Outgoing(), length);
   late_.Apply(place.before, fade_.Outgoing(), length);
   late_.Cancel();
-  const auto known = static_cast<std::size_t>(
-      std::clamp<long long>(behind - place.before, 0, static_cast<long long>(length)));
+  turn = std::min(turn, behind);
+  const auto known =
+      static_cast<std::size_t>(std::clamp<long long>(turn - place.before, 0, static_cast<long long>(length)));
   // Where a jump leaves from just before a caesura, nothing is left to fade out.
-  turned_.TurnAt(behind);
+  TurnAt_(turn);
   turned_.ReadAt(place.before + static_cast<long long>(known), fade_.Outgoing() + known * channels_,
                  length - known);
   stop_ = ahead;
 }
 
+// What stood before the same place of another song is not to be heard.
+void StretchPath::TurnAt_(long long index) {
+  turned_.TurnAt(TurnedBack::kNowhere);
+  turned_.TurnAt(index);
+}
+
 // Where nothing that came before leads over to it, the first moment is heard as it was recorded: an attack on
 // the first frame is there, whole and in time, before the stretcher knows of anything.
-void StretchPath::TakeBeginning_(long long index, std::size_t length, bool isAlone) {
+void StretchPath::TakeBeginning_(long long index, std::size_t length, bool isAlone, long long turn) {
+  TurnAt_(turn);
   if (isAlone) {
-    ReadAt(index, fade_.Outgoing(), length);
+    turned_.ReadAt(index, fade_.Outgoing(), length);
     return;
   }
-  ReadAt(index, incoming_.data(), length);
+  turned_.ReadAt(index, incoming_.data(), length);
   float* outgoing = fade_.Outgoing();
   for (std::size_t i = 0; i < length * channels_; ++i) outgoing[i] += incoming_[i];
 }
@@ -199,22 +210,28 @@ void StretchPath::BeginStream_(const Place& place, const StretchFactors& wanted)
   // Where the song goes on, an attack is in what goes out already, whole and in its place, unless that has
   // turned back for it.
   const bool isUnknown = stream_->IsActive() && stream_->IsUnknownAt(attack + StretchedStream::kExactly);
-  const bool hasAttack = goesOn && !isUnknown;
-  const bool isRecorded = begins || (hasAttack && !stream_->IsActive());
-  const bool isSteady = IsSteady_(place, next_->GetNearAttack(), wanted.scale);
+  // Recorded sound that would bring it far beside its place turns back for it as well.
+  const long long near = next_->GetNearAttack();
+  const auto recorded = static_cast<double>(near - place.index);
+  const bool isBeside = (begins || (goesOn && !stream_->IsActive())) &&
+                        std::fabs(recorded - recorded / wanted.scale) > kBeside * static_cast<double>(reach_);
+  const bool hasAttack = goesOn && !isUnknown && !isBeside;
+  const bool isRecorded = !isBeside && (begins || (hasAttack && !stream_->IsActive()));
+  const bool isSteady = IsSteady_(place, near, wanted.scale);
   const std::size_t length =
       isSteady ? mostSeam_
                : SeamWithAttack_(ending > 0 ? ending : seam_, attack - place.index, wanted.scale, isRecorded);
-  if (ending > 0) TakeOutgoing_(place, length);
+  const long long turn = isBeside ? near : StretchedStream::kNever;
+  if (ending > 0) TakeOutgoing_(place, length, turn);
   const bool isLevel = goesOn && (!stream_->IsActive() || stream_->KeepsLevel());
   if (!stream_->IsActive()) {
     ReadAt(place.index - static_cast<long long>(level_.GetFrames()), level_.Before(), level_.GetFrames());
   }
-  if (begins) TakeBeginning_(place.index, length, ending == 0);
+  if (begins) TakeBeginning_(place.index, length, ending == 0, turn);
   late_.Cancel();
   std::swap(stream_, next_);
   next_->Stop();
-  if (!begins && !hasAttack) LayAttackOver_(attack, place.index, length);
+  if (isBeside || (!begins && !hasAttack)) LayAttackOver_(attack, place.index, length, wanted.scale);
   JoinStream_(place.index, length, begins || place.index != place.before ? near_ : reach_);
   BeginFade_(stream_->Peek(length), length, isSteady);
   levels_ = 0;
@@ -263,10 +280,14 @@ void StretchPath::JumpAsRecorded_(const Place& place) {
 }
 
 void StretchPath::LeaveStream_(const Place& place) {
-  const bool isSteady =
-      isSounding_ && !place.isNextSong && IsSteady_(place, stream_->GetAttack(), stream_->GetFactors().scale);
+  const bool goesOn = place.index == place.before && !place.isNextSong;
+  const bool isSteady = isSounding_ && !place.isNextSong &&
+                        IsSteady_(place, stream_->GetAttack(), stream_->GetFactors().scale) &&
+                        !HasAttackSoon_(place.index);
   const std::size_t length = isSteady ? mostSeam_ : SeamLength_(place);
   if (length > 0) TakeOutgoing_(place, length);
+  // What goes out has turned back for it, and what comes in has not risen.
+  if (length > 0 && goesOn) LayAttackOver_(stream_->GetAttack(), place.index, length, 1.0);
   stream_->Stop();
   if (length == 0) return;
   if (place.isNextSong) {

@@ -5,6 +5,7 @@
 #include <vector>
 
 #include "reference_suite/audio/output/cross_fade.h"
+#include "reference_suite/audio/stretch/attack_watch.h"
 #include "reference_suite/audio/stretch/late_read.h"
 #include "reference_suite/audio/stretch/seam_level.h"
 #include "reference_suite/audio/stretch/stretched_stream.h"
@@ -64,15 +65,17 @@ class StretchPath : private FrameSource {
   std::size_t SeamLength_(const Place& place) const;
   bool IsSteady_(const Place& place, long long attack, double scale) const;
   std::size_t SeamWithAttack_(std::size_t length, long long behind, double scale, bool isRecorded) const;
-  void TakeOutgoing_(const Place& place, std::size_t length);
-  void TakeRecorded_(const Place& place, std::size_t length);
-  void TakeBeginning_(long long index, std::size_t length, bool isAlone);
+  void TakeOutgoing_(const Place& place, std::size_t length, long long turn = StretchedStream::kNever);
+  void TakeRecorded_(const Place& place, std::size_t length, long long turn);
+  void TurnAt_(long long index);
+  void TakeBeginning_(long long index, std::size_t length, bool isAlone, long long turn);
   void BeginStream_(const Place& place, const StretchFactors& wanted);
   long long BorderFrom_(long long index) const;
   void BeginAnewAt_(long long index);
   void PrepareNext_(long long index, long long soon);
+  bool HasAttackSoon_(long long index);
   bool RisesOutOfLittle_(long long index);
-  void LayAttackOver_(long long known, long long index, std::size_t length);
+  void LayAttackOver_(long long known, long long index, std::size_t length, double scale);
   std::size_t AttackSeam_() const;
   void JoinStream_(long long index, std::size_t length, std::size_t reach);
   void BeginFade_(const float* coming, std::size_t length, bool mayBeShort);
@@ -95,6 +98,7 @@ class StretchPath : private FrameSource {
   long long preparedFrom_ = 0;               // the next frame when that was begun with
   TurnedBack turned_;
   LateRead late_;
+  AttackWatch watch_;
   SeamLevel level_;
   std::size_t known_;            // frames that it is shown at a time
   std::size_t levels_ = 0;       // frames to come that it is for

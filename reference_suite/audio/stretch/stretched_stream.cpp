@@ -62,6 +62,7 @@ void StretchedStream::Prepare(long long index, const StretchFactors& factors, st
   beginning_ = 0;
   end_ = end;
   silence_ = unknownFrom_ = attack_ = attackTurn_ = firstAttack_ = nearAttack_ = kNever;
+  source_.TurnAt(kNever);  // what stood before the same place of another song is not to be heard
   TurnBack_();
   begun_ = index;
   watch_.Forget(engine_->GetStep());

@@ -397,6 +397,30 @@ TEST_P(AttackAfterAJump, IsLoudHoweverCloseBehindAChangeToo) {
   }
 }
 
+// Recorded sound that goes out would bring it late, and one that comes in has not risen when it should be
+// heard.
+TEST_P(AttackAfterAJump, IsLoudHoweverCloseBehindTheRecordedTempo) {
+  constexpr long long kFrames = 40'000;
+  constexpr long long kAttack = 20'000;
+  for (const Live& live :
+       {Live{1.0, 0, 1.3, 0}, Live{1.0, 0, 2.0, 0}, Live{1.0, 0, 0.5, 0}, Live{0.5, 0, 1.0, 0},
+        Live{0.8, 0, 1.0, 0}, Live{0.95, 0, 1.0, 0}, Live{1.3, 0, 1.0, 0}, Live{2.0, 0, 1.0, 0},
+        Live{1.0, 5, 1.0, 0}, Live{1.0, 12, 1.0, 0}}) {
+    for (long long behind = 0; behind <= 480; behind += 24) {
+      const long long change = kAttack - behind;
+      AudibleRun run(Songs{{.frames = kFrames,
+                            .scales = {{0, live.scale}, {change, live.thenScale}},
+                            .transpositions = {{0, live.semitones}, {change, live.thenSemitones}},
+                            .sound = Clicks({kAttack}, kFrames)}},
+                     5.0, 0.0, kRateHz, 1, GetParam());
+      run.Play();
+      EXPECT_GT(LoudnessOf(run, run.PlacesOf(kAttack).at(0)), kLoud)
+          << live.scale << " " << live.semitones << " to " << live.thenScale << " " << live.thenSemitones
+          << ", " << behind << " frames behind the change";
+    }
+  }
+}
+
 // What ends in the middle of a sound ends with what looks like an attack: nothing of what is done for that
 // is done to the next song.
 TEST_P(AttackAfterAJump, IsWholeAtTheBeginningOfASongBehindOneThatEndsInASound) {
