@@ -375,49 +375,38 @@ struct Live {
   int thenSemitones;
 };
 
-// What goes out has turned back for it, and what comes in has just begun.
-TEST_P(AttackAfterAJump, IsLoudHoweverCloseBehindAChangeToo) {
+void ExpectLoudBehindAChange(const Live& live, long long behind, StretchQuality quality) {
   constexpr long long kFrames = 40'000;
   constexpr long long kAttack = 20'000;
+  const long long change = kAttack - behind;
+  AudibleRun run(Songs{{.frames = kFrames,
+                        .scales = {{0, live.scale}, {change, live.thenScale}},
+                        .transpositions = {{0, live.semitones}, {change, live.thenSemitones}},
+                        .sound = Clicks({kAttack}, kFrames)}},
+                 5.0, 0.0, kRateHz, 1, quality);
+  run.Play();
+  EXPECT_GT(LoudnessOf(run, run.PlacesOf(kAttack).at(0)), kLoud)
+      << live.scale << " " << live.semitones << " to " << live.thenScale << " " << live.thenSemitones << ", "
+      << behind << " frames behind the change";
+}
+
+// What goes out has turned back for it, and what comes in has just begun.
+TEST_P(AttackAfterAJump, IsLoudHoweverCloseBehindAChangeToo) {
   for (const Live& live :
        {Live{1.03, -7, 1.0, 11}, Live{0.9, -2, 1.03, 10}, Live{1.1, 0, 0.9, 0}, Live{0.8, 0, 0.5, 0},
         Live{1.1, 0, 1.1, 2}, Live{0.6, 0, 0.8, 0}, Live{0.5, 0, 2.0, 0}, Live{1.2, -5, 0.8, 5}}) {
-    for (const long long behind : kBehind) {
-      const long long change = kAttack - behind;
-      AudibleRun run(Songs{{.frames = kFrames,
-                            .scales = {{0, live.scale}, {change, live.thenScale}},
-                            .transpositions = {{0, live.semitones}, {change, live.thenSemitones}},
-                            .sound = Clicks({kAttack}, kFrames)}},
-                     5.0, 0.0, kRateHz, 1, GetParam());
-      run.Play();
-      EXPECT_GT(LoudnessOf(run, run.PlacesOf(kAttack).at(0)), kLoud)
-          << live.scale << " " << live.semitones << " to " << live.thenScale << " " << live.thenSemitones
-          << ", " << behind << " frames behind the change";
-    }
+    for (const long long behind : kBehind) ExpectLoudBehindAChange(live, behind, GetParam());
   }
 }
 
 // Recorded sound that goes out would bring it late, and one that comes in has not risen when it should be
 // heard.
 TEST_P(AttackAfterAJump, IsLoudHoweverCloseBehindTheRecordedTempo) {
-  constexpr long long kFrames = 40'000;
-  constexpr long long kAttack = 20'000;
   for (const Live& live :
        {Live{1.0, 0, 1.3, 0}, Live{1.0, 0, 2.0, 0}, Live{1.0, 0, 0.5, 0}, Live{0.5, 0, 1.0, 0},
         Live{0.8, 0, 1.0, 0}, Live{0.95, 0, 1.0, 0}, Live{1.3, 0, 1.0, 0}, Live{2.0, 0, 1.0, 0},
         Live{1.0, 5, 1.0, 0}, Live{1.0, 12, 1.0, 0}}) {
-    for (long long behind = 0; behind <= 480; behind += 24) {
-      const long long change = kAttack - behind;
-      AudibleRun run(Songs{{.frames = kFrames,
-                            .scales = {{0, live.scale}, {change, live.thenScale}},
-                            .transpositions = {{0, live.semitones}, {change, live.thenSemitones}},
-                            .sound = Clicks({kAttack}, kFrames)}},
-                     5.0, 0.0, kRateHz, 1, GetParam());
-      run.Play();
-      EXPECT_GT(LoudnessOf(run, run.PlacesOf(kAttack).at(0)), kLoud)
-          << live.scale << " " << live.semitones << " to " << live.thenScale << " " << live.thenSemitones
-          << ", " << behind << " frames behind the change";
-    }
+    for (long long behind = 0; behind <= 480; behind += 24) ExpectLoudBehindAChange(live, behind, GetParam());
   }
 }
 

@@ -49,6 +49,26 @@ TEST(CrossFade, KeepsTheLevelOfSoundsThatAreAlike) {
   }
 }
 
+// By no more than they take from each other: half the power, in the middle.
+TEST(CrossFade, LeavesSoundsThatWeakenEachOtherAtTheSumOfBoth) {
+  tesk_audio::CrossFade fade(1, 0, 4800);
+  const double phase = 2.0 / 3.0 * M_PI;
+  std::vector<float> frames(4800);
+  for (std::size_t i = 0; i < 4800; ++i) {
+    fade.Outgoing()[i] = static_cast<float>(std::sin(0.1 * static_cast<double>(i)));
+    frames[i] = static_cast<float>(std::sin(0.1 * static_cast<double>(i) + phase));
+  }
+  fade.Begin(4800, std::cos(phase));
+  fade.Apply(frames.data(), 4800);
+  const auto loudest = [&](std::size_t at) {
+    return *std::max_element(frames.begin() + static_cast<std::ptrdiff_t>(at),
+                             frames.begin() + static_cast<std::ptrdiff_t>(at) + 63);
+  };
+  EXPECT_NEAR(loudest(2'400 - 31), std::sqrt(0.5F), 0.02F);
+  EXPECT_NEAR(loudest(0), 1.0F, 0.02F);
+  EXPECT_NEAR(loudest(4'737), 1.0F, 0.02F);
+}
+
 // A tone of 41 Hz that meets itself upside down, in ten milliseconds: kept at its level, it would bend 40
 // times as much as by itself.
 TEST(CrossFade, BendsAToneThatIsOpposedToItselfNoMoreThanItHasTo) {
