@@ -105,6 +105,28 @@ TEST_F(Gate, WhenEverythingIsThereItIsHeardAtOnce) {
   EXPECT_NEAR(static_cast<double>(first), 28 * 48, 2.0);
 }
 
+// What was passed over has no part in the fade.
+TEST_F(Gate, FadesInFromTheFirstFrameThatIsHeardOnAndThenLeavesEveryFrameAsItIs) {
+  constexpr std::size_t kFade = 960;
+  rendered_.rendered_ = 100'000;
+  gate_.Open(kFade, now - 28 * kMillisecond);
+  std::vector<float> heard;
+  for (int turn = 0; turn < 5; ++turn) {
+    const std::vector<float> more = Turn(256);
+    heard.insert(heard.end(), more.begin(), more.end());
+  }
+  const long long first = rendered_.taken_ - static_cast<long long>(heard.size());
+  EXPECT_NEAR(static_cast<double>(first), 28 * 48, 2.0);
+  for (std::size_t i = 0; i < heard.size(); ++i) {
+    const auto frame = static_cast<float>(first + static_cast<long long>(i) + 1);
+    if (i + 1 < kFade) {
+      ASSERT_NEAR(heard[i], frame * static_cast<float>(i + 1) / static_cast<float>(kFade), 0.01F) << i;
+    } else {
+      ASSERT_EQ(heard[i], frame) << i;
+    }
+  }
+}
+
 TEST_F(Gate, LostAgainBeforeAnythingIsHeardNothingIsLostTwice) {
   const long long due = now - 28 * kMillisecond;
   gate_.Open(0, due);

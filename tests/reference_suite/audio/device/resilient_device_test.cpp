@@ -231,6 +231,28 @@ TEST(ResilientDevice, ADeviceThatStopsWithoutAWordIsNoticedAndWhatWasLostIsMadeU
   EXPECT_TRUE(KeepsTime(counter, clock, start)) << "the silent half second is taken at once";
 }
 
+// Of what the first one hears nothing fades in: the output itself begins softly, where that is wanted.
+TEST(ResilientDevice, ADeviceThatIsThereAgainFadesInOverTwentyMilliseconds) {
+  Shop shop;
+  Told told;
+  Counter counter;
+  TestDevice* const first = shop.PutTestDevice();
+  ResilientDevice resilient(kMono, shop.Source(), told.Tell());
+  resilient.Start(counter);
+  EXPECT_EQ(first->Turn(1'024), std::vector<float>(1'024, 1.0F));
+  ASSERT_TRUE(told.Is(1)) << "it asks for nothing any more";
+  TestDevice* const found = shop.PutTestDevice();
+  ASSERT_TRUE(Await([&] {
+    std::this_thread::sleep_for(std::chrono::milliseconds(5));
+    found->Turn(256);
+    return found->HeardCount() > 2'000;
+  }));
+  const std::vector<float> heard = found->Heard();
+  for (std::size_t i = 0; i < 959; ++i) ASSERT_NEAR(heard[i], static_cast<float>(i + 1) / 960.0F, 1e-5F) << i;
+  EXPECT_EQ(std::vector<float>(heard.begin() + 959, heard.end()),
+            std::vector<float>(heard.size() - 959, 1.0F));
+}
+
 // Its thread is the last that the system grants.
 class LastThread : public MortalDevice, private tesk_audio::DeviceCallback {
  public:
