@@ -74,6 +74,21 @@ TEST_F(Caesuras, TheStateIsStoredAs4PastTheBase) {
   EXPECT_EQ(fakes::player::TakeStatesSet(), std::vector<PlayerState>{});
 }
 
+TEST_F(Caesuras, TheStateChangesBehindTheRefillAndBeforeAnybodyIsTold) {
+  LoadAndPlay("1");
+  std::vector<PlayerState> states;
+  Output().OnCall([&](const std::string& call) {
+    if (call == "Refill") states.push_back(State());
+  });
+  fakes::gui_update::OnCall([&](const std::string& call) {
+    if (call == "UpdateOnce") states.push_back(State());
+  });
+  AsOutputSees().OnCaesuraStop();
+  Output().OnCall(nullptr);
+  fakes::gui_update::OnCall(nullptr);
+  EXPECT_EQ(states, (std::vector<PlayerState>{PlayerState::PLAY, PlayerState::PAUSE}));
+}
+
 TEST_F(Caesuras, AStopHoldsNoLockWhileItRefills) {
   LoadAndPlay("1");
   bool wasFree = false;

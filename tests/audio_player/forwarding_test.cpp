@@ -1,11 +1,13 @@
 #include <gtest/gtest.h>
 
+#include <atomic>
 #include <memory>
 
 #include "exc/lock/scope_lock.h"
 #include "tests/audio_player/player_test.h"
 #include "tests/fakes/fake_player.h"
 #include "tests/fakes/scripted_show_control.h"
+#include "tests/support/deleter_clock.h"
 
 namespace {
 
@@ -36,6 +38,30 @@ TEST_F(Forwarding, LoopEventsAreProcessedByTheShowControl) {
   LoadReady("1");
   AsOutputSees().ProcessLoopEventsAtCurrentTickIndex();
   EXPECT_EQ(Told(), (Journal{"control.ProcessLoopEvents"}));
+}
+
+// Counts how often its show control is asked for.
+class AskedForItsShowControl : public AudioPlayer {
+ public:
+  using AudioPlayer::AudioPlayer;
+  ShowControl& GetShowControl() override {
+    ++asked;
+    return AudioPlayer::GetShowControl();
+  }
+  std::atomic<int> asked{0};
+};
+
+TEST_F(Forwarding, LoopEventsGoThroughThePlayersShowControl) {
+  test_support::deleter_clock::Hold();
+  auto player = std::make_unique<AskedForItsShowControl>("/show", show_, &changeLog_, AudioFiles());
+  const AskedForItsShowControl& asked = *player;
+  TakePlayer(std::move(player));
+  LoadReady("1");
+  const int before = asked.asked;
+  AsOutputSees().ProcessLoopEventsAtCurrentTickIndex();
+  EXPECT_EQ(asked.asked, before + 1);
+  EXPECT_EQ(Told(), (Journal{"control.ProcessLoopEvents"}));
+  DestroyOwnPlayer();
 }
 
 TEST_F(Forwarding, JumpQueriesAnswerAsTheShowControlDoes) {

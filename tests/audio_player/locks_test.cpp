@@ -5,6 +5,7 @@
 #include <functional>
 
 #include "tests/audio_player/player_test.h"
+#include "tests/fakes/fake_player.h"
 #include "tests/fakes/journal.h"
 #include "tests/fakes/journaling_locks.h"
 #include "tests/fakes/scripted_show_control.h"
@@ -112,17 +113,17 @@ TEST_F(Locks, TheAudibleTickIsConvertedUnderThePlayerLock) {
 TEST_F(Locks, WhileNotPlayingTheAudibleTickIsReadUnderThePlayerLock) {
   LoadReady("1");
   unsigned tick = 0;
+  fakes::show_control::OnLastSeekQuery([] { fakes::Write("last seek"); });
   const Journal told = During([&] { GetPlayer().GetAudibleTickIndex(&tick); });
-  EXPECT_EQ(told.front(), "+Player");
-  EXPECT_EQ(told.back(), "-Player");
-  EXPECT_EQ(Count(told, "+Player"), 1);
+  EXPECT_EQ(told, (Journal{"+Player", "last seek", "-Player"}));
 }
 
 // The song is announced without the lock.
 TEST_F(Locks, TheOutputsStopChangesStateAndRequestUnderThePlayerLock) {
   LoadAndPlay("1");
+  fakes::player::OnSetState([](PlayerState) { fakes::Write("state"); });
   EXPECT_EQ(Only(During([&] { AsOutputSees().NotifyOutputHasStopped(); }), {"Player"}),
-            (Journal{"+Player", "-Player", "notify.EndOfSong"}));
+            (Journal{"+Player", "state", "-Player", "notify.EndOfSong"}));
 }
 
 // Two clocks restart: what is shown, then what is registered; then the output renders ahead again.
@@ -162,7 +163,10 @@ TEST_F(Locks, TheShortResetHasNoFlag) {
   LoadReady("1");
   const Journal told = During([&] { GetPlayer().ResetPlayerNoFillBuffers(); });
   EXPECT_EQ(Count(told, "+AudioPlayer_PlayerIsResetting"), 0);
-  EXPECT_EQ(Only(told, {"Player", "SamplesTicksConverter"})[0], "+Player");
+  const auto reset = std::find(told.begin(), told.end(), "control.FullReset");
+  EXPECT_EQ(Only(Journal(told.begin(), reset), {"Player", "SamplesTicksConverter"}),
+            (Journal{"+Player", "-Player", "+SamplesTicksConverter", "-SamplesTicksConverter"}))
+      << "flags, then the registry, then the show control";
 }
 
 // The flags by name, in the order in which a load passes them: what was awaited is given up, a reset and a

@@ -82,8 +82,13 @@ TEST_F(RenderPath, WithoutDecodedAudioTheIndexMovesOnInSilence) {
 class CountingPlayer : public AudioPlayer {
  public:
   using AudioPlayer::AudioPlayer;
-  void AddToSampleIndex(long long samples) override { moved += samples; }
+  void AddToSampleIndex(long long samples) override {
+    moved += samples;
+    if (request != nullptr) countWhenMoved = request->GetUnscaled();
+  }
   long long moved = 0;
+  const SampleCount* request = nullptr;  // to be looked at when the index moves
+  long long countWhenMoved = -1;
 };
 
 TEST_F(RenderPath, WithoutACurrentSongTheIndexMovesOnInSilence) {
@@ -101,6 +106,21 @@ TEST_F(RenderPath, WithoutACurrentSongTheIndexMovesOnInSilence) {
   DestroyOwnPlayer();
 }
 
+TEST_F(RenderPath, TheCountIsWhatThereIsWhenTheIndexMoves) {
+  test_support::deleter_clock::Hold();
+  auto player = std::make_unique<CountingPlayer>("/show", show_, &changeLog_, AudioFiles());
+  CountingPlayer& counting = *player;
+  TakePlayer(std::move(player));
+  LoadReady("1");
+  SampleCount count(2'000, 1.0L);
+  counting.request = &count;
+  std::vector<float> buffer(2'000);
+  EXPECT_EQ(AsOutputSees().ReadSamples(&count, buffer.data()), 1'000);
+  EXPECT_EQ(counting.moved, 1'000);
+  EXPECT_EQ(counting.countWhenMoved, 1'000);
+  DestroyOwnPlayer();
+}
+
 TEST_F(RenderPath, AScaleOtherThan1IsFoundAfterTheReadAndMovesNothing) {
   LoadReady("1");
   SampleCount count(4, 1.25L);
@@ -109,6 +129,15 @@ TEST_F(RenderPath, AScaleOtherThan1IsFoundAfterTheReadAndMovesNothing) {
   EXPECT_EQ(buffer_[3], 3.0F);  // it was read
   EXPECT_EQ(AsOutputSees().GetSampleIndex(), 0);
   EXPECT_EQ(count.GetUnscaled(), 4);
+}
+
+TEST_F(RenderPath, AScaleOtherThan1LeavesTheCountAsItWasAskedFor) {
+  LoadReady("1");
+  AsOutputSees().AddToSampleIndex(990);  // 10 frames are left
+  SampleCount count(16, 1.25L);
+  EXPECT_THROW(AsOutputSees().ReadSamples(&count, buffer_.data()), exc::ExAssertionError);
+  EXPECT_EQ(buffer_[9], 999.0F);
+  EXPECT_EQ(count.GetUnscaled(), 16);
 }
 
 TEST_F(RenderPath, TheScaleIsCheckedWithoutDecodedAudioToo) {
@@ -208,6 +237,20 @@ TEST_F(RenderPath, NoLockIsHeldWhileTheContentIsRead) {
   SampleCount count(4, 1.0L);
   AsOutputSees().ReadSamples(&count, buffer_.data());
   EXPECT_TRUE(wasFree);
+}
+
+TEST_F(RenderPath, ACountOf0DoesNotComeToTheContent) {
+  int reads = 0;
+  fakes::decoder::SetContent(Path("1"), [&] { return new WatchedContent([&] { ++reads; }); });
+  LoadReady("1");
+  long long plainCount = 0;
+  EXPECT_EQ(AsOutputSees().ReadSamplesAt(500, &plainCount, buffer_.data()), 0);
+  SampleCount count(0, 1.0L);
+  EXPECT_EQ(AsOutputSees().ReadSamples(&count, buffer_.data()), 0);
+  EXPECT_EQ(reads, 0);
+  plainCount = 1;
+  AsOutputSees().ReadSamplesAt(500, &plainCount, buffer_.data());
+  EXPECT_EQ(reads, 1);
 }
 
 TEST_F(RenderPath, OtherExceptionsOfAReadPassThrough) {

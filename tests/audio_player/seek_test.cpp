@@ -136,8 +136,18 @@ TEST_F(Seeking, AsksAnOutputThatStillRunsUpToElevenTimes) {
   EXPECT_EQ(console.Text(), "");
 }
 
+// Whoever is asked to seek on this thread can tell whose seek it is.
+TEST_F(Seeking, IsKnownAsTheUsersBeforeThePositionMoves) {
+  LoadReady("1");
+  bool wasUsers = false;
+  fakes::show_control::OnSeek([&] { wasUsers = GetPlayer().GetUserRequestedSeek(); });
+  GetPlayer().Seek(960);
+  EXPECT_TRUE(wasUsers);
+}
+
 TEST_F(Seeking, IsGivenUpAfterElevenRefusals) {
   PauseWithARunningOutput();
+  GetPlayer().GetSeekRequestedWhileNotPlay();
   Output().RefuseStops(11);
   const test_support::CoutCapture console;
   GetPlayer().Seek(960);
@@ -146,6 +156,7 @@ TEST_F(Seeking, IsGivenUpAfterElevenRefusals) {
   EXPECT_EQ(told, Journal(11, "output.Stop(true)"));
   EXPECT_EQ(GetPlayer().GetPlayerState(), PlayerState::PAUSE);
   EXPECT_TRUE(GetPlayer().GetStopRequested()) << "the request stays";
+  EXPECT_TRUE(GetPlayer().GetSeekRequestedWhileNotPlay()) << "it was asked for all the same";
   Output().SetRunning(false);
 }
 
@@ -175,8 +186,25 @@ TEST_F(Seeking, IsGivenUpWithoutAWordWhenAPausedOutputRunsAllTheSame) {
 
 TEST_F(Seeking, IsGivenUpAfterALoadThatFailed) {
   LoadReadyWithBrokenNeighbour("1", "2", fakes::decoder::ErrorKind::Audio, "cannot open");
+  GetPlayer().GetSeekRequestedWhileNotPlay();
   GetPlayer().Seek(960);
   EXPECT_EQ(Told(), (Journal{}));
+  EXPECT_TRUE(GetPlayer().GetSeekRequestedWhileNotPlay()) << "it was asked for all the same";
+}
+
+TEST_F(Seeking, WhilePausedStopsAnOutputThatStillRunsAlsoAfterALoadThatFailed) {
+  fakes::show_control::Skip("2");
+  LoadAndPlay("1");
+  GetPlayer().Pause();
+  fakes::decoder::FailDecode(Path("2"), fakes::decoder::ErrorKind::Audio, "cannot open");
+  fakes::show_control::SkipNothing();
+  GetPlayer().SetAttaccaState("1", 1);
+  ASSERT_TRUE(AwaitLoaders());
+  ASSERT_TRUE(GetPlayer().GetFileLoaderErrorOccurred());
+  Output().SetRunning(true);
+  Told();
+  GetPlayer().Seek(960);
+  EXPECT_EQ(Told(), (Journal{"output.Stop(true)"}));
 }
 
 TEST_F(Seeking, WithARunningOutputWhileStoppedIsAFault) {

@@ -39,6 +39,7 @@ struct Script {
   std::function<void()> onFullReset;
   std::function<void()> onSeek;
   std::function<void()> onSongQuery;
+  std::function<void()> onLastSeekQuery;
 };
 
 std::mutex mutex;
@@ -114,6 +115,9 @@ void OnSeek(std::function<void()> hook) {
 }
 void OnSongQuery(std::function<void()> hook) {
   Set([&](Script& s) { s.onSongQuery = std::move(hook); });
+}
+void OnLastSeekQuery(std::function<void()> hook) {
+  Set([&](Script& s) { s.onLastSeekQuery = std::move(hook); });
 }
 
 }  // namespace fakes::show_control
@@ -224,7 +228,9 @@ void ShowControl::SetJump(unsigned tickIndex, exc::ExLock& /*lock*/, bool /*skip
 }
 
 unsigned ShowControl::GetLastSeekTickIndex() {
-  return script::Get().lastSeek;
+  const auto answers = script::Get();
+  script::Call(answers.onLastSeekQuery);
+  return answers.lastSeek;
 }
 
 unsigned ShowControl::GetSeekLeft() {

@@ -34,5 +34,7 @@ void OnFullReset(std::function<void()> hook);
 void OnSeek(std::function<void()> hook);
 // Called from within GetSongAfter and GetSongBefore.
 void OnSongQuery(std::function<void()> hook);
+// Called from within GetLastSeekTickIndex.
+void OnLastSeekQuery(std::function<void()> hook);
 
 }  // namespace fakes::show_control

@@ -117,6 +117,11 @@ TEST_F(ReadsAcrossTicks, AfterAJumpTheTargetIsRegistered) {
   EXPECT_EQ(converter.GetTickIndexFromElapsedSampleCount(264), 3u);
 }
 
+TEST_F(ReadsAcrossTicks, TheTickIsRegisteredBeforeTheBaseIsAsked) {
+  script.onProcessLoopEvents = [&] { EXPECT_EQ(Registrations(), Journal{"0, 0"}); };
+  EXPECT_EQ(Plan(100), 100);
+}
+
 // ---- loop events ---------------------------------------------------------------------------------------
 
 TEST_F(ReadsAcrossTicks, AReadGoesNoFurtherThanTheFirstLoopEvent) {
@@ -265,6 +270,16 @@ TEST_F(ReadsAcrossTicks, AReplanStartsAgainFromThePositionAsItIsNow) {
   EXPECT_EQ(control->GetTickIndex(), 81u);
 }
 
+TEST_F(ReadsAcrossTicks, AReplanKeepsTheCutThatTheRequestHasHad) {
+  Place(20);
+  control->AddLoop(Vamp(2, 22));
+  script.found = {{.replan = true}, {}};
+  script.onFindOnAdvance = [&] {
+    if (control->GetTickIndex() == 20) Place(2);
+  };
+  EXPECT_EQ(Plan(1000), 48) << "two ticks, from the new position too";
+}
+
 TEST_F(ReadsAcrossTicks, AJumpComesBeforeAReplan) {
   Place(20);
   script.found = {{.jumpPending = true, .replan = true, .reachedTick = 2}};
@@ -328,6 +343,7 @@ TEST_F(ReadsAcrossTicks, ASongThatEndsBehindThePositionFails) {
   control->endTick = 50;
   CoutCapture console;
   EXPECT_TRUE(PlanFails(1000, "requestedEndTickIndex > this->tickIndex_", 186));
+  EXPECT_EQ(Registrations(), Journal());
   EXPECT_EQ(control->GetSampleIndex(), 1200) << "the clamp is not taken back";
   EXPECT_TRUE(LocksAreFree());
 }
@@ -338,6 +354,7 @@ TEST_F(ReadsAcrossTicks, ARequestThatWasCutTo0FailsAcrossTicks) {
   control->PlaceTick(10);
   CoutCapture console;
   EXPECT_TRUE(PlanFails(1000, "requestedSampleCount.GetUnscaled() != 0", 187));
+  EXPECT_EQ(Registrations(), Journal());
 }
 
 TEST_F(ReadsAcrossTicks, ALoopEventAtThePositionFails) {
@@ -355,6 +372,8 @@ TEST_F(ReadsAcrossTicks, AnAdvancePastTheEndOfTheAudioFails) {
   Load({.midiEnd = 1000, .audioEnd = 100});
   script.found = {{.reachedTick = 101}};
   EXPECT_TRUE(PlanFails(10'000, "this->tickIndex_ <= this->audioEndTickIndex_", 262));
+  EXPECT_EQ(control->GetTickIndex(), 101u) << "found when it has moved";
+  EXPECT_EQ(stream.tick, 0u) << "the control stream has not";
 }
 
 TEST_F(ReadsAcrossTicks, AnAdvancePastTheRequestedEndFails) {
