@@ -98,6 +98,41 @@ TEST_P(LastMoment, ACaesuraIsHeardToItsEndAndGoSoundsWithinAheadAPeriodAndFiveMi
   }
 }
 
+// How long after a performer's change the first frame sounds that is another than without it.
+template <typename Change>
+long long HeardAfter(unsigned period, long long phase, Change change) {
+  SteppedRun run(Songs{{.frames = 1'000'000}}, period);
+  run.player.RewindAndRefill();
+  run.Play();
+  while (run.SoundsAt(ScriptedPlayer::Sample(0)) < 0) run.Step(16);
+  const long long start = run.SoundsAt(ScriptedPlayer::Sample(0));
+  run.StepUntil(4 * std::max<long long>(period, 512) + phase);
+  const long long pressed = run.Now();
+  change(run.player);
+  long long at = start;
+  for (; at < pressed + 3 * (kAhead + period); ++at) {
+    while (static_cast<long long>(run.Heard().size()) <= at) run.Step();
+    if (run.Heard()[static_cast<std::size_t>(at)] != ScriptedPlayer::Sample(at - start)) break;
+  }
+  EXPECT_EQ(run.output->GetUnderrunFrames(), 0);
+  return at - pressed;
+}
+
+// It acts where the next read begins: of those that wait for the device the last one may be there already.
+TEST_P(LastMoment, AnotherTempoOrKeyIsHeardWithinAheadAReadAndAPeriod) {
+  constexpr long long kRead = 264;
+  const unsigned period = GetParam();
+  for (const long long phase : {0LL, period / 2LL}) {
+    const long long tempo = HeardAfter(period, phase, [](ScriptedPlayer& player) { player.liveScale = 0.8; });
+    const long long key = HeardAfter(period, phase, [](ScriptedPlayer& player) { player.liveSemitones = 2; });
+    std::printf("period %u: another tempo is heard after %.1f ms, another key after %.1f ms\n", period,
+                static_cast<double>(tempo) / kMillisecond, static_cast<double>(key) / kMillisecond);
+    EXPECT_LE(tempo, kAhead + kRead + period);
+    EXPECT_LE(key, kAhead + kRead + period);
+    EXPECT_GT(std::min(tempo, key), kMillisecond) << "what the device has taken cannot be taken back";
+  }
+}
+
 // A server that runs without a clock, as fast as its clients are.
 TEST(LastMomentWithoutAClock, ADeviceThatWaitsIsGivenItsPeriodWithoutDelay) {
   constexpr long long kPeriod = 1'024;
