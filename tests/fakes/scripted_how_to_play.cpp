@@ -53,6 +53,7 @@ void HowToPlay::SetData(const CL::SongLog& /*log*/, const TL::Timeline& /*timeli
                         unsigned startTickIndex) {
   exc::ScopeLock lock(*this);
   Tell("SetData", startTickIndex);
+  if (script.onSetData) script.onSetData();
   script.tick = startTickIndex;
 }
 unsigned HowToPlay::GetTickIndex() {

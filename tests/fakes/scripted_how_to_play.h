@@ -1,5 +1,6 @@
 #pragma once
 
+#include <functional>
 #include <limits>
 #include <map>
 
@@ -21,6 +22,7 @@ struct Script {
   Values beforeSeek;
   std::map<unsigned, Values> atTick;  // for the queries about a tick
   bool writesJournal = true;
+  std::function<void()> onSetData;  // called in the middle of SetData
 };
 
 Script& GetScript();

@@ -25,6 +25,7 @@ Player& NoPlayer() {
 
 unsigned OpenShowControl::GetEndTickIndex() {
   ++endQueries;
+  tickAtEndQuery = GetTickIndex();
   return endTick.value_or(OBShowControl::GetEndTickIndex());
 }
 

@@ -40,6 +40,7 @@ class OpenShowControl : public OBShowControl {
   std::pair<double, int> GetStoredDspFactors();
 
   std::atomic<int> endQueries{0};
+  std::atomic<unsigned> tickAtEndQuery{0};  // where the control position was at the last one
   std::atomic<int> caesuraStops{0};
   std::atomic<int> variableResets{0};
   std::atomic<int> jumps{0};

@@ -5,6 +5,7 @@
 #include "suite/midi/song_log.h"
 #include "suite/midi/transients.h"
 #include "tests/fakes/journal.h"
+#include "tests/fakes/scripted_how_to_play.h"
 #include "tests/support/slot_index.h"
 #include "tests/support/tempo_songs.h"
 
@@ -38,6 +39,13 @@ TEST_F(HowToPlayOrbelTest, ItEndsWhereTheAudioDoes) {
   EXPECT_EQ(stream.GetEndTickIndex(), 500u);
   EXPECT_EQ(TakeJournal(), std::vector<std::string>{"stream.SetData 7"})
       << "the base takes over the same song";
+}
+
+TEST_F(HowToPlayOrbelTest, TheBaseFindsItsEndInPlace) {
+  unsigned end = 0;
+  fakes::how_to_play::GetScript().onSetData = [&] { end = stream.GetEndTickIndex(); };
+  SetAudioEnd(500);
+  EXPECT_EQ(end, 500u);
 }
 
 TEST_F(HowToPlayOrbelTest, WithoutAnAudioEndItEndsAt0AndNotWithTheMidi) {

@@ -1,5 +1,7 @@
 #include <gtest/gtest.h>
 
+#include <stdexcept>
+
 #include "exc/assertion/ex_assertion_error.h"
 #include "tests/fakes/journal.h"
 #include "tests/fakes/planning_show_control.h"
@@ -80,6 +82,14 @@ TEST_F(ReadPlanning, TheControlStreamIsCheckedBeforeTheAudioCatchesUp) {
   fakes::how_to_play::GetScript().tick = 9;
   EXPECT_TRUE(test_support::ThrowsWithText<exc::ExAssertionError>(
       [&] { Plan(5); }, test_support::Failed("this->tickIndex_ == controlStreamTickIndex", 121)));
+}
+
+// Before the audio no sample has a tick; that is found first.
+TEST_F(ReadPlanning, TheSamplesTickIsFoundBeforeTheControlStreamIsChecked) {
+  control->AddToSampleIndex(-1);
+  fakes::how_to_play::GetScript().tick = 9;
+  EXPECT_TRUE(
+      test_support::ThrowsWithText<std::logic_error>([&] { Plan(5); }, "found this->tempoEvents_.begin()"));
 }
 
 // ---- the audio lags behind the control position --------------------------------------------------------

@@ -69,6 +69,7 @@ TEST_F(SamplePosition, TheEndIsAskedForAfterSkippingAhead) {
   control->endQueries = 0;
   control->AddToSampleIndex(100);
   EXPECT_EQ(control->endQueries, 1);
+  EXPECT_EQ(control->tickAtEndQuery, 4u);
 }
 
 // Whichever way a plan ends, its count is what is expected: the tick is pulled back so that a read of more

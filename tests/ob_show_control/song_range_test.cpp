@@ -103,9 +103,11 @@ TEST_F(SongRange, TheLocksAreTakenInTheirOrder) {
 }
 
 TEST_F(SongRange, ASongWithoutATempoAtTheStartIsAnErrorAndTheLocksAreFree) {
+  Place(20);
   song.emplace(test_support::SongWithTempos({{10, 500'000}}));
   EXPECT_THROW(control->FinishLoadingSongLog(), std::logic_error);
   EXPECT_TRUE(LocksAreFree());
+  EXPECT_EQ(control->GetSampleIndex(), 480) << "nothing starts anew";
   EXPECT_EQ(TakeJournal(), Journal()) << "the base is not called";
 }
 
