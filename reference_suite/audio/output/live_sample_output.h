@@ -120,6 +120,7 @@ class LiveSampleOutput final : public AudioSampleOutput,
   void AnnounceStop_();
   // Drops what was rendered before a seek or a switch. True when there was one.
   bool LookForMove_();
+  bool IsToPlay_();
   void FinishStop_();
   void FinishEnding_();
   void StopAtCaesura_();

@@ -111,11 +111,13 @@ void LiveSampleOutput::AnnounceStop_() {
   player_.NotifyApproachingStop();
 }
 
+// What is paused or stopped meanwhile stays so, and is looked at again when it plays on.
 bool LiveSampleOutput::LookForMove_() {
   bool wasAnnounced = false;
   {
     exc::ScopeLock lock(stepLock_);
     if (!switched_ && !step_.PositionHasMoved()) return false;
+    if (!IsToPlay_()) return true;
     switched_ = false;
     step_.Reset();
     DropRing_();
@@ -125,9 +127,14 @@ bool LiveSampleOutput::LookForMove_() {
   if (wasAnnounced) {
     // The stop that the player holds its display for does not come: only this lets it go on.
     player_.PauseAndClearApproachingStop();
-    player_.Play();
+    if (IsToPlay_()) player_.Play();
   }
   return true;
+}
+
+bool LiveSampleOutput::IsToPlay_() {
+  exc::ScopeLock lock(*this);
+  return state_ == State::Running && !stopRequested_;
 }
 
 void LiveSampleOutput::FinishStop_() {

@@ -169,6 +169,30 @@ TEST(LiveRaces, ASeekWhileAStopIsAnnouncedFreesTheDisplayBehindIt) {
   EXPECT_EQ(run.player.Log(), "approaching stop\nclear approaching stop\n");
 }
 
+// The look at an announced end that has begun before the pause finds the position moved behind it.
+TEST(LiveRaces, APauseThatASeekIsFoundBehindStaysAPause) {
+  LiveRun run(Songs{{.frames = kEndless, .caesuras = {2'000}}});
+  Barrier look;
+  std::atomic<bool> isArmed{false};
+  run.player.onPosition = [&] {
+    if (isArmed.exchange(false)) look.Pass();
+  };
+  run.Start();
+  ASSERT_TRUE(run.TurnsUntilLogged("approaching stop\n"));
+  isArmed = true;
+  ASSERT_TRUE(Await([&] { return look.IsReached(); }));
+  PauseByHand(&run);
+  std::future<void> seek = std::async(std::launch::async, [&] { run.player.SeekTo(50'000); });
+  ASSERT_TRUE(Await([&] { return run.player.Position() == 50'000; }));
+  look.Open();
+  seek.get();
+  EXPECT_TRUE(run.HasLogged("clear approaching stop\n"));
+  EXPECT_FALSE(run.output->GetOutputIsRunning());
+  run.device->Spin(true);
+  EXPECT_TRUE(run.output->Stop(true)) << "behind everything that the look has led to";
+  EXPECT_EQ(run.player.Log(), "approaching stop\nclear approaching stop\nstopped\n");
+}
+
 // Its player takes itself for playing, and was about to refill when somebody else had it play.
 TEST(LiveRaces, ARefillOfWhatWasStartedMeanwhileGoesOnPlaying) {
   LiveRun run(Songs{{.frames = kEndless}});

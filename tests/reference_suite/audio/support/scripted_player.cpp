@@ -67,6 +67,11 @@ long long ScriptedPlayer::Planned() {
   return planned_;
 }
 
+long long ScriptedPlayer::Position() {
+  exc::ScopeLock lock(lock_);
+  return index_;
+}
+
 bool ScriptedPlayer::HasStopped() {
   exc::ScopeLock lock(lock_);
   return hasStopped_;
@@ -140,8 +145,8 @@ SampleCount ScriptedPlayer::GetNextReadSampleCount(SampleCount requested) {
 }
 
 long long ScriptedPlayer::GetSampleIndex() {
-  exc::ScopeLock lock(lock_);
-  return index_;
+  if (onPosition) onPosition();
+  return Position();
 }
 
 long long ScriptedPlayer::GetNextCaesuraSampleIndex(long long sampleIndex) {

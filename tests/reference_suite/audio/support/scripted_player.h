@@ -46,8 +46,9 @@ class ScriptedPlayer : public tesk_audio::AudioPlayerOutputInterface {
   std::string Log();
   void ClearLog();
   long long Planned();  // frames read or passed over since the last rewind
-  bool HasStopped();    // the output has said so since the last start
-  bool Waits();         // at a caesura
+  long long Position();
+  bool HasStopped();  // the output has said so since the last start
+  bool Waits();       // at a caesura
   static float Sample(long long frame, int song = 0) {
     return static_cast<float>(frame + 1 + song * 1'000'000LL);
   }
@@ -67,6 +68,7 @@ class ScriptedPlayer : public tesk_audio::AudioPlayerOutputInterface {
   std::function<void()> onPlay;             // before the output is started
   std::function<void()> onPlayed;           // and after that
   std::function<void()> onPlan;             // inside the read-samples lock; may throw
+  std::function<void()> onPosition;         // before it is told
 
   // ---- AudioPlayerOutputInterface
   void Play() override;
