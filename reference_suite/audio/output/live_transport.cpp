@@ -5,14 +5,13 @@
 #include "reference_suite/audio/output/format_fit.h"
 #include "reference_suite/audio/output/frames_of.h"
 #include "reference_suite/audio/output/live_sample_output.h"
-#include "reference_suite/audio/output/monotonic_now.h"
 
 namespace tesk_audio {
 
 namespace {
 
 constexpr long long kMillisecond = 1'000'000;
-// How long a device may take to obey.
+// How long a device may take to obey, by its own clock.
 constexpr long long kPatience = 500 * kMillisecond;
 
 class OpenGate : public StepGate {
@@ -107,11 +106,11 @@ bool LiveSampleOutput::StopAndWait_(bool wait, std::size_t fadeFrames) {
   // is taken back.
   if (state_ != State::Stopped || telling_ == Telling::Play || isTakenBack) RequestStop_(fadeFrames);
   if (!wait || OnRenderThread_()) return true;
-  long long deadline = MonotonicNow() + kPatience;
+  long long deadline = clock_() + kPatience;
   while (stopRequested_ || telling_ != Telling::Nothing) {
     // A call to the player may take as long as it takes; the device's time begins when it has returned.
-    if (inPlayer_) deadline = MonotonicNow() + kPatience;
-    if (MonotonicNow() > deadline) return false;
+    if (inPlayer_) deadline = clock_() + kPatience;
+    if (clock_() > deadline) return false;
     changed_.WaitFor(lock, kMillisecond);
   }
   return true;
@@ -165,8 +164,8 @@ void LiveSampleOutput::CloseFeed_(std::size_t fadeFrames) {
 }
 
 void LiveSampleOutput::WaitUntilClosed_(exc::ScopeLock& lock) {
-  const long long deadline = MonotonicNow() + kPatience;
-  while (!feed_.IsClosed() && MonotonicNow() < deadline) changed_.WaitFor(lock, kMillisecond / 2);
+  const long long deadline = clock_() + kPatience;
+  while (!feed_.IsClosed() && clock_() < deadline) changed_.WaitFor(lock, kMillisecond / 2);
 }
 
 }  // namespace tesk_audio

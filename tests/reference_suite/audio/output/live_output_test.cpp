@@ -201,7 +201,9 @@ TEST(LiveOutput, APauseBehindAStartBehindAStopLeavesItStopped) {
   }
   run.output->Stop(false);
   run.player.Play();
+  run.timePasses = true;
   run.output->Pause();
+  run.timePasses = false;
   run.device->Spin(true);
   EXPECT_TRUE(run.output->Stop(true)) << "returns once the first stop is done";
   EXPECT_EQ(run.player.Log(), "play\nstopped\n");
@@ -224,10 +226,12 @@ TEST(LiveOutput, ADeviceThatDoesNotAnswerMakesStopFailAfterHalfASecond) {
   run.Start();
   while (run.device->Turn(1)[0] == 0.0F) {
   }
+  run.timePasses = true;
   const auto before = std::chrono::steady_clock::now();
   EXPECT_FALSE(run.output->Stop(true));
   EXPECT_GE(std::chrono::steady_clock::now() - before, std::chrono::milliseconds(500));
   EXPECT_EQ(run.player.Log(), "");
+  run.timePasses = false;
   run.device->Spin(true);
   EXPECT_TRUE(run.output->Stop(true)) << "once it answers again";
   EXPECT_EQ(run.player.Log(), "stopped\n");
@@ -358,8 +362,9 @@ TEST(LiveOutput, AfterTheEndStartEndsAgain) {
   run.device->Spin(true);
   run.Start();
   ASSERT_TRUE(run.HasStopped());
+  EXPECT_TRUE(run.output->Stop(true)) << "once the player has been told";
   run.player.Play();
-  ASSERT_TRUE(run.HasLogged("stopped\nplay\nstopped\n"));
+  ASSERT_TRUE(run.HasLogged("stopped\nplay\nstopped\n")) << run.player.Log();
 }
 
 TEST(LiveOutput, RefilledAtTheEndItAsksForTheNextSongOnlyWhenItStarts) {
@@ -479,9 +484,13 @@ TEST(LiveOutput, IdleWaitsForTheStepInProgressAndNoneFollows) {
 TEST(LiveOutput, IdleOnTheRenderThreadReturns) {
   LiveRun run(Songs{{.frames = 1'000, .isAttacca = true}, {.frames = 1'000}});
   run.device->Spin(true);
-  run.player.onAttacca = [&] { run.output->Idle(); };
+  std::atomic<bool> isIdle{false};
+  run.player.onAttacca = [&] {
+    run.output->Idle();
+    isIdle = true;
+  };
   run.Start();
-  ASSERT_TRUE(run.HasLogged("attacca\n"));
+  ASSERT_TRUE(Await([&] { return isIdle.load(); }));
   run.output->Start();
   EXPECT_TRUE(run.HasStopped());
 }
@@ -647,6 +656,7 @@ TEST(LiveOutput, PrepareForExitFadesOutOverTenMilliseconds) {
 
 TEST(LiveOutput, PrepareForExitDoesNotWaitForADeviceThatTakesNothing) {
   LiveRun run(Songs{{.frames = kEndless}});
+  run.timePasses = true;
   run.Start();
   run.output->PrepareForExit();
   EXPECT_FALSE(run.output->GetOutputIsRunning());

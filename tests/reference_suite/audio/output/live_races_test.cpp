@@ -73,6 +73,7 @@ TEST_F(LiveRacesTelling, AStartThatThePlayerHasMadeBehindItIsMade) {
 
 TEST_F(LiveRacesTelling, AStartThatIsTakenBackByAStopIsToldAsOne) {
   run.output->Start();
+  EXPECT_TRUE(run.output->Stop(false));
   std::future<bool> stop = std::async(std::launch::async, [&] { return run.output->Stop(true); });
   EXPECT_EQ(stop.wait_for(std::chrono::milliseconds(50)), std::future_status::timeout);
   told.Open();

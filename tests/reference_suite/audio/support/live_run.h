@@ -1,9 +1,11 @@
 #pragma once
 
+#include <atomic>
 #include <memory>
 #include <vector>
 
 #include "reference_suite/audio/output/live_sample_output.h"
+#include "reference_suite/audio/output/monotonic_now.h"
 #include "tests/reference_suite/audio/support/await.h"
 #include "tests/reference_suite/audio/support/scripted_player.h"
 #include "tests/reference_suite/audio/support/test_device.h"
@@ -12,7 +14,8 @@
 constexpr long long kEndless = 15'000'000;
 
 // A live output with a scripted player on a test device: one channel at 48 000 frames a second, as a rule 15
-// ms ahead (720 frames), reads of 264 frames.
+// ms ahead (720 frames), reads of 264 frames. A device has all the time there is to obey, so that a machine
+// that stands still for a while is not taken for a device that does not answer, until a test lets time pass.
 struct LiveRun {
   explicit LiveRun(Songs songs, double crossfadeMs = 0.0, double fadeMs = 0.0, double aheadMs = 15.0)
       : player(std::move(songs)) {
@@ -22,7 +25,8 @@ struct LiveRun {
     settings.fadeMs = fadeMs;
     auto owned = std::make_unique<TestDevice>();
     device = owned.get();
-    output = std::make_unique<tesk_audio::LiveSampleOutput>(player, std::move(owned), settings);
+    output = std::make_unique<tesk_audio::LiveSampleOutput>(
+        player, std::move(owned), settings, [this] { return timePasses ? tesk_audio::MonotonicNow() : 0; });
     player.SetOutput(output.get());
   }
   ~LiveRun() {
@@ -40,9 +44,12 @@ struct LiveRun {
     output->Pause();
   }
 
-  // Waits until the render thread has planned that many frames since the last refill.
+  // Waits until the render thread, which runs, has planned that many frames since the last refill, and they
+  // are in the ring: it looks for what to do next only then.
   bool HasPlanned(long long frames) {
-    return Await([&] { return player.Planned() >= frames; });
+    if (!Await([&] { return player.Planned() >= frames; })) return false;
+    const long long looks = device->GetLooks();
+    return Await([&] { return device->GetLooks() > looks; });
   }
   // Turns the device by hand until the player has been told that, and leaves frames in the ring.
   bool TurnsUntilLogged(const std::string& text) {
@@ -61,6 +68,7 @@ struct LiveRun {
     return Await([&] { return player.Log().find(text) != std::string::npos; });
   }
 
+  std::atomic<bool> timePasses{false};
   ScriptedPlayer player;
   TestDevice* device = nullptr;  // the output's
   std::unique_ptr<tesk_audio::LiveSampleOutput> output;

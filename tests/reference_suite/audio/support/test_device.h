@@ -50,8 +50,10 @@ class TestDevice : public tesk_audio::Device {
     const std::lock_guard lock(callbackMutex_);
     if (callback_ == nullptr) return taken;
     std::fill(taken.begin(), taken.end(), -1.0F);
+    ++begunTurns_;
     callback_->Process(taken.data(), frames);
     Keep_(taken);
+    ++endedTurns_;
     return taken;
   }
 
@@ -77,16 +79,20 @@ class TestDevice : public tesk_audio::Device {
     });
   }
 
-  // Everything taken so far that was not silence.
+  // Everything taken so far that was not silence, with what the period under way takes: who learns from the
+  // callback that its last frame has been taken finds it here.
   std::vector<float> Heard() const {
+    AwaitTurn_();
     const std::lock_guard lock(mutex_);
     return heard_;
   }
   std::size_t HeardCount() const {
+    AwaitTurn_();
     const std::lock_guard lock(mutex_);
     return heard_.size();
   }
   void ClearHeard() {
+    AwaitTurn_();
     const std::lock_guard lock(mutex_);
     heard_.clear();
   }
@@ -98,6 +104,11 @@ class TestDevice : public tesk_audio::Device {
   bool refuses = false;
 
  private:
+  void AwaitTurn_() const {
+    const long long begun = begunTurns_;
+    while (endedTurns_ < begun) std::this_thread::sleep_for(std::chrono::microseconds(20));
+  }
+
   void Keep_(const std::vector<float>& taken) {
     const std::lock_guard lock(mutex_);
     for (const float sample : taken) {
@@ -109,6 +120,8 @@ class TestDevice : public tesk_audio::Device {
   unsigned channels_;
   unsigned periodFrames_;
   mutable std::atomic<long long> looks_{0};
+  std::atomic<long long> begunTurns_{0};
+  std::atomic<long long> endedTurns_{0};
   mutable std::mutex callbackMutex_;
   tesk_audio::DeviceCallback* callback_ = nullptr;
   mutable std::mutex mutex_;
