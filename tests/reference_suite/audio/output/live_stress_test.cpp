@@ -204,7 +204,8 @@ TEST(LiveNullDevice, TheElapsedCountNeverDecreasesWhilePlayingAndNeverPassesWhat
   player.Play();
   long long last = 0;
   int seeks = 0;
-  while (last < 20'000) {
+  // However far it plays between two looks.
+  while (last < 20'000 || seeks < 5) {
     const long long elapsed = output.GetElapsedSampleCount();
     ASSERT_GE(elapsed, last);
     ASSERT_LE(elapsed, player.Planned());
@@ -214,7 +215,6 @@ TEST(LiveNullDevice, TheElapsedCountNeverDecreasesWhilePlayingAndNeverPassesWhat
     last = elapsed;
     std::this_thread::sleep_for(std::chrono::microseconds(100));
   }
-  EXPECT_GE(seeks, 5);
   output.Stop(true);
 }
 
