@@ -1,11 +1,15 @@
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 #include <signal.h>
+#include <sys/mman.h>
+#include <sys/resource.h>
 #include <sys/wait.h>
+#include <unistd.h>
 
 #include <chrono>
 #include <cstdlib>
 #include <filesystem>
+#include <fstream>
 
 #include "tests/host/run_orbel.h"
 #include "tests/host/show_files.h"
@@ -212,6 +216,68 @@ TEST(PlayOptions, WithoutASoundSystemItPlaysToTheClockAndSaysSo) {
   EXPECT_EQ(run.status, 0) << run.messages;
   EXPECT_THAT(run.messages,
               HasSubstr("no audio: null device. No JACK server \"nobody_is_called_so\" answers."));
+}
+
+constexpr char kNoLock[] =
+    "the system does not let memory be locked, so sound may drop out when memory runs short; for a stage "
+    "machine put \"@audio - memlock unlimited\" and \"@audio - rtprio 95\" into "
+    "/etc/security/limits.d/audio.conf, add yourself to the group audio, and log in again\n";
+
+// Whether this process, and so one that it starts, may lock what memory it likes.
+bool MayLockMemory() {
+  rlimit limit{};
+  if (::geteuid() != 0 && (::getrlimit(RLIMIT_MEMLOCK, &limit) != 0 || limit.rlim_cur != RLIM_INFINITY)) {
+    return false;
+  }
+  const pid_t child = ::fork();
+  if (child == 0) ::_exit(::mlockall(MCL_CURRENT | MCL_ONFAULT) == 0 ? 0 : 1);
+  int status = -1;
+  ::waitpid(child, &status, 0);
+  return WIFEXITED(status) && WEXITSTATUS(status) == 0;
+}
+
+// What the kernel keeps in memory of a process; sanitizers keep programs from locking anything.
+long long LockedKilobytes(pid_t process) {
+  std::ifstream status("/proc/" + std::to_string(process) + "/status");
+  for (std::string line; std::getline(status, line);) {
+    if (line.rfind("VmLck:", 0) == 0) return std::atoll(line.c_str() + 6);
+  }
+  return -1;
+}
+
+TEST(PlayInMemory, IsLockedThereWhereTheSystemGrantsIt) {
+  ShowFiles files;
+  files.AddSong("1", "Waltz", 60);
+  RunningOrbel running({"play", files.Show(), "--output", "null"});
+  ASSERT_TRUE(running.Says("playing   next: 61.1 end"));
+  const long long locked = LockedKilobytes(running.GetProcess());
+  running.Signal(SIGTERM);
+  const Ended run = running.WaitForEnd();
+  if (!MayLockMemory()) {
+    EXPECT_THAT(run.messages, HasSubstr(kNoLock));
+    return;
+  }
+  EXPECT_THAT(run.messages, Not(HasSubstr("let memory be locked")));
+#if !defined(__SANITIZE_ADDRESS__) && !defined(__SANITIZE_THREAD__)
+  EXPECT_GT(locked, 0);
+#endif
+}
+
+TEST(PlayInMemory, OfNobodyWithoutRightsItIsSaidWithTheRemedyAndTheShowPlays) {
+  ShowFiles files;
+  files.AddSong("1", "Waltz", 1);
+  const std::string said = files.Beside("said");
+  const std::string asNobody = ::geteuid() == 0 ? "setpriv --reuid 65534 --clear-groups " : "";
+  const std::string command = "ulimit -l 64; ulimit -r 0; " + asNobody + "'" ORBEL_PROGRAM "' play '" +
+                              files.Show() + "' --output null </dev/null 2>'" + said + "'";
+  EXPECT_EQ(WEXITSTATUS(std::system(command.c_str())), 0);
+  const std::string messages = ReadText(said);
+  EXPECT_THAT(messages, HasSubstr(kNoLock));
+  EXPECT_THAT(messages, HasSubstr("the system grants the audio output no real-time priority; sound may drop "
+                                  "out when other programs are busy. For a stage machine put \"@audio - "
+                                  "rtprio 95\" into /etc/security/limits.d/audio.conf, add yourself to the "
+                                  "group audio, and log in again."));
+  EXPECT_THAT(messages, HasSubstr("1 Waltz   bar 2.1"));
 }
 
 TEST(PlayOptions, WrongValuesAreToldWithStatusTwo) {

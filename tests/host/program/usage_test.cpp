@@ -34,6 +34,20 @@ TEST(Usage, EveryVerbHasHelpOfItsOwn) {
   }
 }
 
+TEST(Usage, WhatIsNotSaidIsThatOfAStage) {
+  const std::string play = Orbel({"play", "--help"}).out;
+  for (const char* const option :
+       {"--output TEXT:{auto,jack,desktop,null,file}=auto", "--period UINT:16 to 8192=256 ",
+        "--ahead FLOAT:1 to 2000=15 ", "--on-device-loss TEXT:{run-on,hold,end}=run-on",
+        "--stretch TEXT:{faster,finer}=faster", "--crossfade FLOAT:0 to 1000=5 ",
+        "--fade FLOAT:0 to 1000=3 "}) {
+    EXPECT_THAT(play, HasSubstr(option));
+  }
+  const std::string bench = Orbel({"bench", "live", "--help"}).out;
+  EXPECT_THAT(bench, HasSubstr("--period INT:16 to 8192=[64,128,256,512,1024] "));
+  EXPECT_THAT(bench, HasSubstr("--ahead FLOAT:1 to 2000=15 "));
+}
+
 TEST(Usage, ResultsThatAreLostAreAFailure) {
   for (const char* option : {"--help", "--version"}) {
     const Ended run = Orbel({option}, "/dev/full");

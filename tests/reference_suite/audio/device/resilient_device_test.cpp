@@ -501,6 +501,33 @@ TEST(ResilientDevice, WithoutADeviceTheClockBeginsAndSaysWhy) {
   EXPECT_EQ(told.Get()[1].device, "mortal device");
 }
 
+TEST(ResilientDevice, WhatIsLostIsLookedForOnceASecond) {
+  struct Tries {
+    std::vector<double> Get() {
+      const std::lock_guard lock(mutex);
+      return at;
+    }
+    const Clock clock;
+    std::mutex mutex;
+    std::vector<double> at;  // seconds
+  };
+  // A search that nobody wants any more may still ask when this test is over.
+  const auto tries = std::make_shared<Tries>();
+  Counter counter;
+  ResilientDevice resilient(kMono,
+                            [tries]() -> std::unique_ptr<Device> {
+                              const std::lock_guard lock(tries->mutex);
+                              tries->at.push_back(tries->clock.Seconds());
+                              throw tesk_audio::TESKAudioError("The shop is empty.");
+                            },
+                            {});
+  resilient.Start(counter);
+  ASSERT_TRUE(Await([&] { return tries->Get().size() > 2; }));
+  const std::vector<double> at = tries->Get();
+  EXPECT_GE(at[2] - at[0], 2.0);
+  EXPECT_LT(at[2] - at[0], 8.0) << "this machine may be held up";
+}
+
 TEST(ResilientDevice, WhyALostDeviceStaysAwayIsToldWheneverItChanges) {
   Shop shop;
   Told told;
