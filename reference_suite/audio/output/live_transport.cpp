@@ -1,4 +1,5 @@
 // The commands of LiveSampleOutput.
+#include <algorithm>
 #include <utility>
 
 #include "exc/lock/scope_lock.h"
@@ -11,8 +12,27 @@ namespace tesk_audio {
 namespace {
 
 constexpr long long kMillisecond = 1'000'000;
-// How long a device may take to obey, by its own clock.
+// How long a device may take to obey.
 constexpr long long kPatience = 500 * kMillisecond;
+// What may pass between two looks and still be the device's: a machine that stands still, or a program that
+// is stopped and goes on, holds the device up as well.
+constexpr long long kLongestLook = 50 * kMillisecond;
+
+// Of somebody who waits for a device, and looks again and again. By the device's clock.
+class Patience {
+ public:
+  explicit Patience(long long now) : last_(now) {}
+  void BeginAnew() { spent_ = 0; }
+  bool IsLeftAt(long long now) {
+    spent_ += std::min(now - last_, kLongestLook);
+    last_ = now;
+    return spent_ <= kPatience;
+  }
+
+ private:
+  long long last_;
+  long long spent_ = 0;
+};
 
 class OpenGate : public StepGate {
  public:
@@ -106,11 +126,11 @@ bool LiveSampleOutput::StopAndWait_(bool wait, std::size_t fadeFrames) {
   // is taken back.
   if (state_ != State::Stopped || telling_ == Telling::Play || isTakenBack) RequestStop_(fadeFrames);
   if (!wait || OnRenderThread_()) return true;
-  long long deadline = clock_() + kPatience;
+  Patience patience(clock_());
   while (stopRequested_ || telling_ != Telling::Nothing) {
     // A call to the player may take as long as it takes; the device's time begins when it has returned.
-    if (inPlayer_) deadline = clock_() + kPatience;
-    if (clock_() > deadline) return false;
+    if (inPlayer_) patience.BeginAnew();
+    if (!patience.IsLeftAt(clock_())) return false;
     changed_.WaitFor(lock, kMillisecond);
   }
   return true;
@@ -164,8 +184,8 @@ void LiveSampleOutput::CloseFeed_(std::size_t fadeFrames) {
 }
 
 void LiveSampleOutput::WaitUntilClosed_(exc::ScopeLock& lock) {
-  const long long deadline = clock_() + kPatience;
-  while (!feed_.IsClosed() && clock_() < deadline) changed_.WaitFor(lock, kMillisecond / 2);
+  Patience patience(clock_());
+  while (!feed_.IsClosed() && patience.IsLeftAt(clock_())) changed_.WaitFor(lock, kMillisecond / 2);
 }
 
 }  // namespace tesk_audio

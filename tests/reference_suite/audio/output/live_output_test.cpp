@@ -237,6 +237,26 @@ TEST(LiveOutput, ADeviceThatDoesNotAnswerMakesStopFailAfterHalfASecond) {
   EXPECT_EQ(run.player.Log(), "stopped\n");
 }
 
+TEST(LiveOutput, AMachineThatHasStoodStillIsNoDeviceThatDoesNotAnswer) {
+  for (const bool pauses : {false, true}) {
+    LiveRun run(Songs{{.frames = kEndless}});
+    run.Start();
+    while (run.device->Turn(1)[0] == 0.0F) {
+    }
+    std::future<bool> obeyed = std::async(std::launch::async, [&] {
+      if (!pauses) return run.output->Stop(true);
+      run.Pause();
+      return true;
+    });
+    const int looks = run.clockLooks;
+    ASSERT_TRUE(Await([&] { return run.clockLooks > looks + 3; }));
+    run.now = 3'600'000'000'000;
+    EXPECT_EQ(obeyed.wait_for(std::chrono::milliseconds(50)), std::future_status::timeout);
+    run.device->Spin(true);
+    EXPECT_TRUE(obeyed.get());
+  }
+}
+
 TEST(LiveOutput, StopWaitsAsLongAsTheRenderThreadIsInsideThePlayer) {
   LiveRun run(Songs{{.frames = 1'000, .isAttacca = true}, {.frames = kEndless}});
   Barrier loader;

@@ -25,8 +25,10 @@ struct LiveRun {
     settings.fadeMs = fadeMs;
     auto owned = std::make_unique<TestDevice>();
     device = owned.get();
-    output = std::make_unique<tesk_audio::LiveSampleOutput>(
-        player, std::move(owned), settings, [this] { return timePasses ? tesk_audio::MonotonicNow() : 0; });
+    output = std::make_unique<tesk_audio::LiveSampleOutput>(player, std::move(owned), settings, [this] {
+      ++clockLooks;
+      return timePasses ? tesk_audio::MonotonicNow() : now.load();
+    });
     player.SetOutput(output.get());
   }
   ~LiveRun() {
@@ -69,6 +71,8 @@ struct LiveRun {
   }
 
   std::atomic<bool> timePasses{false};
+  std::atomic<long long> now{0};   // while it does not
+  std::atomic<int> clockLooks{0};  // while the device stands still, of those who wait for it
   ScriptedPlayer player;
   TestDevice* device = nullptr;  // the output's
   std::unique_ptr<tesk_audio::LiveSampleOutput> output;
