@@ -9,8 +9,10 @@
 #include <unistd.h>
 
 #include <atomic>
+#include <chrono>
 #include <cstdarg>
 #include <cstdlib>
+#include <thread>
 #include <utility>
 
 #include "suite/audio/errors.h"
@@ -163,6 +165,30 @@ TEST(JackDevice, TheServerDecidesRateAndPeriod) {
   for (const char* const port : {"orbel:out_1", "orbel:out_2", "orbel:out_3"}) {
     EXPECT_TRUE(looker.HasPort(port)) << port;
   }
+}
+
+// Comes back much too late, once.
+class LateOnce : public Counter {
+ public:
+  using Counter::Counter;
+  void Process(float* out, std::size_t frames) noexcept override {
+    Counter::Process(out, frames);
+    if (isLate.exchange(false)) std::this_thread::sleep_for(std::chrono::milliseconds(100));
+  }
+  std::atomic<bool> isLate{false};
+};
+
+TEST(JackDevice, ADropoutThatTheServerReportsIsCounted) {
+  const JackServer server;
+  LateOnce counter(1);
+  JackDevice device(server.GetName(), 1, LinksTo({}));
+  device.Start(counter);
+  ASSERT_TRUE(Await([&] { return counter.calls > 3; }));
+  // This machine may have been held up already.
+  const long long before = device.GetXrunCount();
+  counter.isLate = true;
+  EXPECT_TRUE(Await([&] { return device.GetXrunCount() > before; }));
+  device.Stop();
 }
 
 TEST(JackDevice, InFreewheelEveryFrameArrivesOnItsPort) {

@@ -57,6 +57,8 @@ class MortalDevice : public NullDevice {
     return missing_;
   }
   int GetRealTimePriority() const override { return 7; }
+  long long GetXrunCount() const override { return xruns; }
+  long long GetSilentFrames() const override { return silentFrames; }
   bool IsConnecting() const override {
     ++timesAsked;
     return connecting;
@@ -72,6 +74,8 @@ class MortalDevice : public NullDevice {
   std::atomic<bool> failed{false};
   std::atomic<bool> connecting{false};
   mutable std::atomic<int> timesAsked{0};  // whether it is connecting
+  std::atomic<long long> xruns{0};
+  std::atomic<long long> silentFrames{0};
 
  private:
   mutable std::mutex mutex_;
@@ -434,6 +438,33 @@ TEST(ResilientDevice, WhatIsMissingOfItsConnectionsIsToldOnceAndWhenItIsThereAga
   ASSERT_TRUE(told.Is(4));
   EXPECT_TRUE(told.Get()[3].recovering);
   EXPECT_EQ(told.Get()[3].missing, "") << "of what is gone altogether";
+}
+
+TEST(ResilientDevice, WhatOneDeviceCountedIsAddedToWhatTheNextOneDoes) {
+  Shop shop;
+  Told told;
+  Counter counter;
+  MortalDevice* const device = shop.Put();
+  ResilientDevice resilient(kMono, shop.Source(), told.Tell());
+  resilient.Start(counter);
+  // Besides, a device that makes up for being held up may be given silence.
+  const long long silence = 1'000'000;
+  device->xruns = 3;
+  ASSERT_TRUE(Await([&] { return resilient.GetXrunCount() == 3; }));
+  device->xruns = 4;
+  device->silentFrames = silence;
+  device->failed = true;
+  ASSERT_TRUE(told.Is(1));
+  ASSERT_EQ(resilient.GetXrunCount(), 4) << "the last of them, too";
+  EXPECT_GE(resilient.GetSilentFrames(), silence);
+  MortalDevice* const next = shop.Put();
+  ASSERT_TRUE(told.Is(2));
+  EXPECT_EQ(resilient.GetXrunCount(), 4);
+  next->xruns = 2;
+  next->silentFrames = silence;
+  ASSERT_TRUE(Await([&] { return resilient.GetXrunCount() == 6; }));
+  ASSERT_TRUE(Await([&] { return resilient.GetSilentFrames() >= 2 * silence; }));
+  EXPECT_LT(resilient.GetSilentFrames(), 3 * silence);
 }
 
 TEST(ResilientDevice, ThePriorityIsThatOfTheDeviceThatRuns) {

@@ -46,6 +46,7 @@ TEST(OutputMeters, ThereAreNoneWithoutALiveOutput) {
 TEST(OutputMeters, TellHowTheLiveOutputIsDoing) {
   LiveRun run(Songs{{.frames = kEndless}});
   run.device->latency = 480;
+  run.device->xruns = 5;
   run.Start();
   ASSERT_TRUE(run.HasPlanned(720));
   tesk_audio::OutputMeters meters;
@@ -57,13 +58,20 @@ TEST(OutputMeters, TellHowTheLiveOutputIsDoing) {
   EXPECT_GE(meters.ringMs, 15.0);
   EXPECT_EQ(meters.latencyMs, 10.0);
   EXPECT_EQ(meters.underrunFrames, 0);
+  EXPECT_EQ(meters.xruns, 5);
+  EXPECT_EQ(meters.periodFrames, run.device->GetPeriodFrames());
   // More than there is: the rest is silence, and is counted.
   ASSERT_TRUE(Await([&] {
     run.device->Turn(30'000);
     return run.output->GetUnderrunFrames() > 0;
   }));
   ASSERT_TRUE(tesk_audio::ReadOutputMeters(&meters));
+  EXPECT_EQ(meters.underrunFrames, run.output->GetUnderrunFrames());
   EXPECT_GT(meters.underrunFrames, 0);
+  // Silence that the device gave by itself is heard as well.
+  run.device->silentFrames = 7;
+  ASSERT_TRUE(tesk_audio::ReadOutputMeters(&meters));
+  EXPECT_EQ(meters.underrunFrames, run.output->GetUnderrunFrames() + 7);
   ASSERT_TRUE(Await([&] {
     run.device->Turn(64);
     tesk_audio::ReadOutputMeters(&meters);

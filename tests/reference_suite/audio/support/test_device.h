@@ -28,6 +28,8 @@ class TestDevice : public tesk_audio::Device {
     return latency;
   }
   std::string GetDescription() const override { return "test device"; }
+  long long GetXrunCount() const override { return xruns; }
+  long long GetSilentFrames() const override { return silentFrames; }
 
   void Start(tesk_audio::DeviceCallback& callback) override {
     if (refuses) throw tesk_audio::TESKAudioError("The device refuses.");
@@ -101,6 +103,8 @@ class TestDevice : public tesk_audio::Device {
   long long GetLooks() const { return looks_; }
 
   std::atomic<unsigned> latency{0};
+  std::atomic<long long> xruns{0};
+  std::atomic<long long> silentFrames{0};
   bool refuses = false;
 
  private:
