@@ -501,6 +501,16 @@ TEST(LiveOutput, IdleWaitsForTheStepInProgressAndNoneFollows) {
   EXPECT_TRUE(run.HasPlanned(planned + 1));
 }
 
+TEST(LiveOutput, ARefillEndsTheIdlingOfAnOutputThatPlays) {
+  LiveRun run(Songs{{.frames = kEndless}});
+  run.device->Spin(true);
+  run.Start();
+  ASSERT_TRUE(run.HasPlanned(2'000));
+  run.output->Idle();
+  run.player.RewindAndRefill();
+  EXPECT_TRUE(run.HasPlanned(5'000));
+}
+
 TEST(LiveOutput, IdleOnTheRenderThreadReturns) {
   LiveRun run(Songs{{.frames = 1'000, .isAttacca = true}, {.frames = 1'000}});
   run.device->Spin(true);
@@ -620,6 +630,45 @@ TEST(LiveOutput, FadesAreHeardOnPauseAndStartAndNotAtTheFirstFrameOfARefill) {
   }
   EXPECT_NEAR(first, ScriptedPlayer::Sample(344) / 144.0, 0.001)
       << "goes on with the frame after the last one";
+}
+
+TEST(LiveOutput, TheFirstFrameOfALaterRefillIsNotFadedInEither) {
+  LiveRun run(Songs{{.frames = kEndless}}, 0.0, 3.0);
+  run.device->Spin(true);
+  run.Start();
+  ASSERT_TRUE(Await([&] { return run.device->HeardCount() > 2'000; }));
+  ASSERT_TRUE(run.output->Stop(true));
+  run.device->Spin(false);
+  run.Start();
+  float first = 0.0F;
+  while ((first = run.device->Turn(1)[0]) == 0.0F) {
+  }
+  EXPECT_EQ(first, ScriptedPlayer::Sample(0));
+  EXPECT_EQ(run.device->Turn(199), Frames(1, 200));
+}
+
+// Nothing of what was stretched before is left in what comes, also where the position has not moved.
+TEST(LiveOutput, ARefillBeginsTheStretchAnew) {
+  constexpr std::size_t kFrames = 10'000;
+  const Songs songs{{.frames = kEndless, .scales = {{0, 0.8L}}}};
+  const auto hearFromRefill = [](LiveRun* run) {
+    run->device->ClearHeard();
+    run->output->Refill();
+    run->player.SetPlays(true);
+    run->output->Start();
+    EXPECT_TRUE(Await([&] { return run->device->HeardCount() > kFrames; }));
+    EXPECT_TRUE(run->output->Stop(true));
+    std::vector<float> heard = run->device->Heard();
+    heard.resize(kFrames);
+    return heard;
+  };
+  LiveRun run(songs, 5.0);
+  run.device->Spin(true);
+  hearFromRefill(&run);
+  LiveRun fresh(songs, 5.0);
+  fresh.device->Spin(true);
+  fresh.player.AddToSampleIndex(run.player.GetSampleIndex());
+  EXPECT_TRUE(hearFromRefill(&run) == hearFromRefill(&fresh));
 }
 
 TEST(LiveOutput, WithoutFadesEverySampleIsLeftAsItIs) {
