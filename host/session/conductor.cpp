@@ -31,6 +31,14 @@ Conductor::Conductor(Session& session, Directions directions)
       leaver_(directions_.vampPasses) {}
 
 void Conductor::OnSong() {
+  BeginSong_(session_.GetTick());
+}
+
+void Conductor::OnStandingSong() {
+  BeginSong_(session_.GetLandingTick());
+}
+
+void Conductor::BeginSong_(TickIndex tick) {
   const std::string number = session_.GetSongNumber();
   const ShowFolder& folder = session_.GetFolder();
   NoteSong(number, folder.HasAudio(number) ? "data/" + folder.GetAudioFiles().at(number) : "");
@@ -45,7 +53,7 @@ void Conductor::OnSong() {
           return std::nullopt;  // it lies in another song of the performance
         }
       },
-      session_.GetTick());
+      tick);
 }
 
 void Conductor::OnJump(TickIndex from, TickIndex to) {

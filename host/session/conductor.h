@@ -35,6 +35,8 @@ class Conductor {
   // ---- what happens ----------------------------------------------------------------------------
   // The session stands at the start of what it is to play, or a song has begun by attacca.
   void OnSong();
+  // The same for one that stands where it was loaded: what has been rendered ahead is not reached yet.
+  void OnStandingSong();
   void OnJump(TickIndex from, TickIndex to);
   void OnPosition(TickIndex tick);
   void OnTime(double seconds);
@@ -56,6 +58,7 @@ class Conductor {
   bool IsStuck() const { return stuck_; }
 
  private:
+  void BeginSong_(TickIndex tick);
   void Carry_(const ScriptLine& line);
   bool IsVamp_(TickIndex from, TickIndex to) const;
 

@@ -176,8 +176,8 @@ void Live::GoOnAfterBrokenAttacca_() {
 
 void Live::StandAtSong_() {
   song_ = session_.GetSongNumber();
-  tick_ = session_.GetTick();
-  conductor_.OnSong();
+  tick_ = session_.GetLandingTick();
+  conductor_.OnStandingSong();
 }
 
 void Live::EndWith_(ExitStatus status, const std::string& message) {

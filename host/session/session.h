@@ -67,6 +67,9 @@ class Session {
   // Playback stands at a caesura.
   bool IsWaiting() const;
   TickIndex GetTick() const;
+  // Where the last load, seek or caesura has led: what is rendered ahead of that has not been heard while
+  // playback stands.
+  TickIndex GetLandingTick() const;
   std::string GetSongNumber() const;
   const tesk_midi::SongData& GetSong() const;
   const CL::SongLog& GetLog() const;

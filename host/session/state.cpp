@@ -25,6 +25,10 @@ TickIndex Session::GetTick() const {
   return player_->GetTickIndex();
 }
 
+TickIndex Session::GetLandingTick() const {
+  return player_->GetShowControl().GetLastSeekTickIndex();
+}
+
 // Neither the last moment of a song is told, nor where a seek from elsewhere has led onto a caesura.
 TickIndex Session::GetHeardTick() const {
   if (leftAt_) return *leftAt_;

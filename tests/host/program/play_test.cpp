@@ -10,6 +10,7 @@
 #include <cstdlib>
 #include <filesystem>
 #include <fstream>
+#include <nlohmann/json.hpp>
 
 #include "tests/host/run_orbel.h"
 #include "tests/host/show_files.h"
@@ -207,6 +208,42 @@ TEST(PlayOptions, EachDoesWhatItSays) {
       Orbel({"play", files.Show(), "--output", "file", "--device", out, "--rate", "16000", "--fade", "0"});
   EXPECT_EQ(file.status, 0) << file.messages;
   EXPECT_THAT(file.messages, HasSubstr(out + ", 16000 Hz.\n"));
+}
+
+TEST(PlayJson, TellsHowItStoodAndHowTheSoundWas) {
+  ShowFiles files;
+  files.AddSong("1", "Waltz", 1);
+  files.Write("../slower.txt", "at 1.1 tempo 0.8\nat 1.1 transpose -2\n");
+  for (const bool scripted : {false, true}) {
+    std::vector<std::string> words{"play", files.Show(), "--output", "null", "--fade", "0", "--json"};
+    if (scripted) words.insert(words.end(), {"--script", files.Beside("slower.txt")});
+    const Ended run = Orbel(words);
+    ASSERT_EQ(run.status, 0) << run.messages;
+    const nlohmann::json told = nlohmann::json::parse(run.out);
+    EXPECT_EQ(told["song"], "1 Waltz");
+    EXPECT_EQ(told["position"], "2.1");
+    EXPECT_EQ(told["state"], "ended");
+    EXPECT_EQ(told["tempo"], scripted ? 192.0 : 240.0);
+    EXPECT_EQ(told["tempoScale"], scripted ? 0.8 : 1.0);
+    EXPECT_EQ(told["transposition"], scripted ? -2 : 0);
+    EXPECT_EQ(told["device"], "a clock without sound, 8000 Hz, 256 frames a period");
+    EXPECT_EQ(told["recovering"], false);
+    EXPECT_EQ(told["unheard"], "");
+    EXPECT_EQ(told["deviceLosses"], 0);
+    ASSERT_EQ(told["peaks"].size(), 1U);
+    if (!scripted) {
+      EXPECT_NEAR(told["peaks"][0], FrameValue(ShowFiles::kRate - 1), 1e-6) << "of all of it";
+    }
+    EXPECT_EQ(told["latencyMs"], 0.0);
+    const nlohmann::json& load = told["renderLoad"];
+    EXPECT_GT(load["median"], 0.0);
+    EXPECT_LE(load["median"], load["p999"]);
+    EXPECT_LT(load["median"], load["longest"]);
+    EXPECT_LE(load["p999"], load["longest"]);
+    EXPECT_GE(told["ringMs"], 0.0);
+    EXPECT_GE(told["underrunFrames"], 0);
+    EXPECT_EQ(told["xruns"], 0);
+  }
 }
 
 TEST(PlayOptions, WithoutASoundSystemItPlaysToTheClockAndSaysSo) {
