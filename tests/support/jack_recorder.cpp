@@ -70,6 +70,7 @@ void JackRecorder::Process_(jack_nframes_t frames) {
     for (std::size_t port = 0; port < ports_.size(); ++port) kept_[port][count] = Arrived(in[port], i);
     ++count;
   }
+  ++periods_;
   ++changes_;
   count_ = count;
   newestAt_ = std::chrono::duration<double>(now.time_since_epoch()).count();
@@ -92,10 +93,17 @@ std::vector<float> JackRecorder::GetFrames(unsigned port) const {
 void JackRecorder::SetFreewheel(bool freewheels) {
   ASSERT_EQ(::jack_set_freewheel(client_, freewheels ? 1 : 0), 0);
   const auto deadline = std::chrono::steady_clock::now() + std::chrono::minutes(1);
-  while (freewheels_ != freewheels && std::chrono::steady_clock::now() < deadline) {
-    std::this_thread::sleep_for(std::chrono::milliseconds(1));
-  }
-  ASSERT_EQ(freewheels_, freewheels);
+  const auto await = [&](const auto& condition) {
+    while (!condition() && std::chrono::steady_clock::now() < deadline) {
+      std::this_thread::sleep_for(std::chrono::milliseconds(1));
+    }
+    ASSERT_TRUE(condition());
+  };
+  await([&] { return freewheels_ == freewheels; });
+  // Clients are told one after the other, and one may still be in a period from before, which the recorder
+  // never gets.
+  const long long periods = periods_;
+  await([&] { return periods_ > periods + 2; });
 }
 
 std::vector<std::string> JackRecorder::GetSources(unsigned port) const {

@@ -36,7 +36,8 @@ class JackRecorder {
   // From now on the next frame that is not silent is the first.
   void Restart() { restart_ = true; }
 
-  // Without a clock, as fast as the clients are. Returns when the server has switched.
+  // Without a clock, as fast as the clients are. Returns when the server has switched, and every client has
+  // been through a period since.
   void SetFreewheel(bool freewheels);
   // The ports that play to in_1.
   std::vector<std::string> GetSources(unsigned port = 0) const;
@@ -53,6 +54,7 @@ class JackRecorder {
   std::size_t room_;
   std::vector<std::unique_ptr<float[]>> kept_;  // memory that is not touched before it is needed
   std::atomic<std::size_t> count_{0};
+  std::atomic<long long> periods_{0};
   std::atomic<unsigned> changes_{0};  // odd while count_ and newestAt_ change
   std::atomic<double> newestAt_{0.0};
   std::atomic<long long> silence_{0};
