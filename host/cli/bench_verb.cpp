@@ -99,8 +99,8 @@ constexpr char kLegend[] =
     "Milliseconds. in time: the latest go that left a vamp, before the device plays its end; too late: the\n"
     "earliest that did not, and what that may be at most (what is rendered ahead, one period, 1 ms).\n"
     "sounds: from go at a caesura until the next frame, half of them, the longest, and at most (ahead, one\n"
-    "period, 5 ms). held up: trials that do not count, since the machine stood still meanwhile. Figures of\n"
-    "this machine as it is now.";
+    "period, 5 ms). held up: trials that do not count, since the machine stood still meanwhile. underruns:\n"
+    "in frames. Figures of this machine as it is now.";
 
 int Run(const Faces& faces, LiveBenchOptions options, bool asJson) {
   const ScratchFolder folder;

@@ -69,7 +69,11 @@ void AddPlay(CLI::App& app, const Faces& faces, Action* action) {
           "under way. Without a terminal nobody can press a key: vamps are left and caesuras waited out by\n"
           "themselves, and song follows song to the end of the show.\n"
           "A song that is still loading is named and waited for; keys pressed meanwhile are obeyed "
-          "then.\n\n") +
+          "then.\n"
+          "The sound: underruns, silence heard because nothing was rendered in time; xruns, as the device\n"
+          "counts them; peak of each channel; ring, rendered ahead by now; latency, until it is heard; "
+          "load,\n"
+          "of the time to render in: median, 99.9th percentile, longest.\n\n") +
       kExitStatuses);
   verb->callback([=] { *action = [=] { return Run(faces, *options, *asJson); }; });
 }

@@ -160,7 +160,7 @@ void Live::NoteMeters_(Meters meters) {
 std::string Live::SoundText_() const {
   if (!hasMeters_) return "";
   // On a narrow terminal the end is cut off: what a performer must not miss comes first.
-  std::string text = "underruns " + std::to_string(meters_.underrunFrames) + "  xruns " +
+  std::string text = "underruns " + std::to_string(meters_.underrunFrames) + " frames  xruns " +
                      std::to_string(meters_.xruns) + "  peak";
   for (const float peak : meters_.peaks) text += " " + Decibels(peak);
   return text + " dB  ring " + Whole(meters_.ringMs) + " ms  latency " + Whole(meters_.latencyMs) +

@@ -152,7 +152,7 @@ TEST_F(Disk, WhoseReadsTakeAFifthOfASecondOnlyTakesLonger) {
     EXPECT_EQ(run.status, 0) << run.messages;
     EXPECT_THAT(run.messages, HasSubstr("1 Waltz   bar "));
     EXPECT_THAT(run.messages, HasSubstr("2 Polka   bar "));
-    EXPECT_THAT(run.messages, HasSubstr("underruns 0"));
+    EXPECT_THAT(run.messages, HasSubstr("underruns 0 frames"));
     runsOut = testing::Matches(testing::ContainsRegex("underruns [1-9]"))(run.messages);
   }
   EXPECT_FALSE(runsOut);

@@ -159,7 +159,7 @@ TEST(Terminal, TheSoundHasALineOfItsOwn) {
   ShowFiles files;
   files.AddSong("1", "Waltz", 60);
   OrbelInATerminal orbel({"play", files.Show(), "--output", "null"});
-  EXPECT_TRUE(orbel.Shows("stopped   next: 61.1 end\r\n\r\x1b[Kunderruns 0  xruns 0  peak "));
+  EXPECT_TRUE(orbel.Shows("stopped   next: 61.1 end\r\n\r\x1b[Kunderruns 0 frames  xruns 0  peak "));
   EXPECT_TRUE(orbel.Shows(" dB  ring "));
   EXPECT_TRUE(orbel.Shows(" ms  latency 0 ms  load "));
   EXPECT_TRUE(orbel.Shows(" %\x1b[A\r"));
