@@ -28,11 +28,14 @@ double Power(const float* samples, std::size_t count) {
 
 }  // namespace
 
-// Where the stream that plays is to begin anew, in time for an attack; `index` is the next frame.
+// Where the stream that plays is to begin anew, in time for an attack, or another one takes its place;
+// `index` is the next frame.
 long long StretchPath::BorderFrom_(long long index) const {
-  const long long attack = stream_->GetAttack();
-  const long long border = attack - std::llround(static_cast<double>(lead_) * stream_->GetFactors().scale);
-  return std::max(border, index);
+  return std::max(std::min(AttackBorder_(), change_.at), index);
+}
+
+long long StretchPath::AttackBorder_() const {
+  return stream_->GetAttack() - std::llround(static_cast<double>(lead_) * stream_->GetFactors().scale);
 }
 
 // Goes over into another beginning of what the stream plays.
@@ -90,14 +93,18 @@ std::size_t StretchPath::SeamWithAttack_(std::size_t length, long long behind, d
 // little: at once, it would take longer than what waits for the device lasts. What comes next is `index`;
 // before `soon` nothing more can be made.
 void StretchPath::PrepareNext_(long long index, long long soon) {
-  if (stream_->GetAttack() == StretchedStream::kNever) return;
+  if (PreparesChange_(index, soon - index) || stream_->GetAttack() == StretchedStream::kNever) return;
   const long long border = BorderFrom_(index);
   if (!next_->IsFrom(border, stream_->GetFactors())) {
     next_->Prepare(border, stream_->GetFactors(), reach_, stop_);
     if (RisesOutOfLittle_(border)) next_->SetBeginning(border);
     preparedFrom_ = index;
   }
-  const std::size_t ahead = reach_ + near_ + AttackSeam_();
+  PrepareUntil_(border, reach_ + near_ + AttackSeam_(), soon);
+}
+
+// So that `ahead` frames of what comes are there at the border.
+void StretchPath::PrepareUntil_(long long border, std::size_t ahead, long long soon) {
   const double share =
       soon < border ? static_cast<double>(soon - preparedFrom_) / static_cast<double>(border - preparedFrom_)
                     : std::numeric_limits<double>::infinity();

@@ -61,6 +61,7 @@ StretchPath::StretchPath(AudioPlayerOutputInterface& player, CrossFade& fade, St
                          StretchPace pace, double rateHz, unsigned channels, std::size_t mostFrames)
     : player_(player),
       fade_(fade),
+      rateHz_(rateHz),
       channels_(channels),
       seam_(FramesIn(kSeamSeconds, rateHz)),
       mostSeam_(MostSeamFrames(rateHz)),
@@ -69,6 +70,7 @@ StretchPath::StretchPath(AudioPlayerOutputInterface& player, CrossFade& fade, St
       lead_(FramesIn(kLeadSeconds, rateHz)),
       stream_(MakeStream_(quality, pace, rateHz)),
       next_(MakeStream_(quality, pace, rateHz)),
+      isInTime_(pace == StretchPace::InTime),
       turned_(*this, rateHz, channels, std::max(mostSeam_, fade.GetLength())),
       late_(*this, rateHz, channels, std::max({mostFrames, mostSeam_, fade.GetLength()}), reach_),
       watch_(rateHz, channels),
@@ -83,6 +85,7 @@ void StretchPath::Drop() {
   stream_->Stop();
   next_->Stop();
   late_.Cancel();
+  ForgetChange_();
   due_ = 0.0;
   levels_ = 0;
   isSounding_ = false;
@@ -117,24 +120,38 @@ void StretchPath::ReadAt(long long index, float* frames, std::size_t count) {
   if (wanted > 0) player_.ReadSamplesAt(before, &wanted, frames + silent * channels_);
 }
 
-void StretchPath::Turn(const Place& place, const StretchFactors& wanted) {
-  if (stream_->IsActive() || !wanted.AreRecorded() || late_.IsActive()) {
+StretchFactors StretchPath::Limited_(const StretchFactors& factors) {
+  return {std::max(factors.scale, kSlowest), factors.semitones};
+}
+
+void StretchPath::Turn(const Place& place, const StretchFactors& asked) {
+  const StretchFactors wanted = Limited_(asked);
+  if (stream_->IsActive() || !wanted.AreRecorded() || late_.IsActive() ||
+      change_.at != StretchedStream::kNever) {
     // Asked for first: a stream that begins reads ahead at once.
-    const long long caesura = player_.GetNextCaesuraSampleIndex(place.index);
-    stop_ = caesura > place.index ? caesura : StretchedStream::kNever;
+    NoteStop_(place.index);
   }
+  GoOver_(place, FactorsInForce_(place, wanted));
+  if (change_.at <= place.index) ForgetChange_();
+  // Not even the shadow of an attack behind it is heard before it.
+  if (stream_->IsActive()) stream_->SetEnd(stop_);
+  if (next_->IsActive()) next_->SetEnd(stop_);
+}
+
+void StretchPath::NoteStop_(long long index) {
+  const long long caesura = player_.GetNextCaesuraSampleIndex(index);
+  stop_ = caesura > index ? caesura : StretchedStream::kNever;
+}
+
+void StretchPath::GoOver_(const Place& place, const StretchFactors& wanted) {
   if (stream_->IsActive() ? GoesOn_(place, wanted) : wanted.AreRecorded()) {
     if (place.index != place.before) JumpAsRecorded_(place);
   } else if (wanted.AreRecorded()) {
     next_->Stop();
     LeaveStream_(place);
   } else {
-    next_->Stop();
-    BeginStream_(place, {std::max(wanted.scale, kSlowest), wanted.semitones});
+    BeginStream_(place, wanted);
   }
-  // Not even the shadow of an attack behind it is heard before it.
-  if (stream_->IsActive()) stream_->SetEnd(stop_);
-  if (next_->IsActive()) next_->SetEnd(stop_);
 }
 
 // Whether the stream that plays is the one to play on.
@@ -142,8 +159,7 @@ bool StretchPath::GoesOn_(const Place& place, const StretchFactors& wanted) {
   if (wanted.AreRecorded() || place.isNextSong || place.index != place.before) return false;
   if (stream_->IsUnknownAt(place.index) || wanted.semitones != stream_->GetFactors().semitones) return false;
   if (stream_->IsWeakened()) return false;
-  const double scale = std::max(wanted.scale, kSlowest);
-  return scale == stream_->GetFactors().scale || stream_->ChangeScale(place.index, scale);
+  return wanted.scale == stream_->GetFactors().scale || stream_->ChangeScale(place.index, wanted.scale);
 }
 
 std::size_t StretchPath::SeamLength_(const Place& place) const {
@@ -205,7 +221,11 @@ void StretchPath::BeginStream_(const Place& place, const StretchFactors& wanted)
   const std::size_t ending = follows ? 0 : SeamLength_(place);
   const bool begins = ending == 0 || place.isNextSong;
   const bool goesOn = !begins && place.index == place.before;
-  next_->Start(place.index, wanted, reach_, stop_);
+  const bool isPrepared = change_.at == place.index && next_->IsFrom(place.index, wanted);
+  if (!isPrepared) next_->Prepare(place.index, wanted, reach_, stop_);
+  change_ = {};
+  while (!next_->PrepareFurther(0)) {
+  }
   const long long attack = next_->GetFirstAttack();
   // Where the song goes on, an attack is in what goes out already, whole and in its place, unless that has
   // turned back for it.
@@ -317,17 +337,28 @@ void StretchPath::LeaveStream_(const Place& place) {
 std::size_t StretchPath::Render(long long index, float* frames, std::size_t count) {
   isSounding_ = true;
   frames_ = frames;
-  if (!stream_->IsActive()) {
-    late_.Apply(index, frames_, count);
-    fade_.Apply(frames_, count);
-    return count;
-  }
-  frames_ = out_.data();
   const long long end = index + static_cast<long long>(count);
   std::size_t made = 0;
+  if (!stream_->IsActive()) {
+    made = static_cast<std::size_t>(std::min(end, change_.at) - index);
+    late_.Apply(index, frames_, made);
+    fade_.Apply(frames_, made);
+    if (change_.at >= end) {
+      PreparesChange_(end, static_cast<long long>(count));
+      return count;
+    }
+    std::copy_n(frames_, made * channels_, out_.data());
+    index = change_.at;
+    MakeChange_();
+  }
+  frames_ = out_.data();
   for (long long border = BorderFrom_(index); border < end; border = BorderFrom_(index)) {
     made += RenderStretched_(frames_ + made * channels_, static_cast<std::size_t>(border - index));
-    BeginAnewAt_(border);
+    if (border == change_.at) {
+      MakeChange_();
+    } else {
+      BeginAnewAt_(border);
+    }
     index = border;
   }
   made += RenderStretched_(frames_ + made * channels_, static_cast<std::size_t>(end - index));

@@ -45,7 +45,8 @@ class StretchPath : private FrameSource {
     bool isNextSong = false;  // which the one before runs into
     long long stop = -1;      // after a jump: the caesura that lies at or behind `before`; -1: none
   };
-  // Before the read: leads over to it. Throws what the player throws.
+  // Before the read: leads over to it. Where a device waits and a beginning would take too long, another
+  // tempo or key acts a moment later, unless the show has it written. Throws what the player throws.
   void Turn(const Place& place, const StretchFactors& wanted);
   // After the read: `frames` are the ones read. How many device frames they became; those are at Frames().
   std::size_t Render(long long index, float* frames, std::size_t count);
@@ -61,6 +62,21 @@ class StretchPath : private FrameSource {
   void ReadAt(long long index, float* frames, std::size_t count) override;
   std::unique_ptr<StretchedStream> MakeStream_(StretchQuality quality, StretchPace pace, double rateHz);
   bool GoesOn_(const Place& place, const StretchFactors& wanted);
+  void GoOver_(const Place& place, const StretchFactors& wanted);
+  void NoteStop_(long long index);
+  StretchFactors FactorsInForce_(const Place& place, const StretchFactors& wanted);
+  StretchFactors Await_(long long index, const StretchFactors& wanted);
+  void LookAhead_(long long index, const StretchFactors& wanted);
+  void FindWritten_(long long index, const StretchFactors& wanted, long long until);
+  StretchFactors FactorsAt_(long long index);
+  static StretchFactors Limited_(const StretchFactors& factors);
+  StretchFactors GetFactors_() const;
+  bool TakesLong_(const StretchFactors& wanted) const;
+  long long FramesToPrepare_(double work) const;
+  void ForgetChange_();
+  void MakeChange_();
+  bool PreparesChange_(long long index, long long count);
+  void PrepareUntil_(long long border, std::size_t ahead, long long soon);
   void TakeTail_(long long index, float* out, std::size_t count);
   std::size_t SeamLength_(const Place& place) const;
   bool IsSteady_(const Place& place, long long attack, double scale) const;
@@ -71,6 +87,7 @@ class StretchPath : private FrameSource {
   void TakeBeginning_(long long index, std::size_t length, bool isAlone, long long turn);
   void BeginStream_(const Place& place, const StretchFactors& wanted);
   long long BorderFrom_(long long index) const;
+  long long AttackBorder_() const;
   void BeginAnewAt_(long long index);
   void PrepareNext_(long long index, long long soon);
   bool HasAttackSoon_(long long index);
@@ -87,6 +104,7 @@ class StretchPath : private FrameSource {
 
   AudioPlayerOutputInterface& player_;
   CrossFade& fade_;
+  double rateHz_;
   unsigned channels_;
   std::size_t seam_;
   std::size_t mostSeam_;
@@ -96,6 +114,17 @@ class StretchPath : private FrameSource {
   std::unique_ptr<StretchedStream> stream_;  // what plays,
   std::unique_ptr<StretchedStream> next_;    // and what will, from an attack on
   long long preparedFrom_ = 0;               // the next frame when that was begun with
+  bool isInTime_;                            // a device waits
+  // A change of tempo or key that is being prepared.
+  struct Change {
+    long long at = StretchedStream::kNever;
+    StretchFactors to;
+    bool isWritten = false;  // in the show: it acts there and nowhere else
+  };
+  Change change_;
+  long long writtenAt_ = StretchedStream::kNever;  // the next change that is written, if it is near
+  StretchFactors writtenTo_;
+  long long waitsSince_ = StretchedStream::kNever;  // a change, for an attack
   TurnedBack turned_;
   LateRead late_;
   AttackWatch watch_;

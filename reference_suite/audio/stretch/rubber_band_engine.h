@@ -26,6 +26,7 @@ class RubberBandEngine : public StretchEngine {
   RubberBandEngine(StretchQuality quality, double rateHz, unsigned channels);
 
   void Begin(const StretchFactors& factors) override;
+  double GetWorkToBegin(const StretchFactors& factors) const override;
   double GetStep() const override { return step_; }
   bool CanGoOnAt(double scale) const override;
   void SetScale(double scale) override;
@@ -43,13 +44,15 @@ class RubberBandEngine : public StretchEngine {
  private:
   using Stretcher = RubberBand::RubberBandStretcher;
 
-  StretchQuality QualityFor_(double scale) const;
+  StretchQuality QualityFor_(double scale) const { return QualityOf_(pitch_ / scale); }
+  StretchQuality QualityOf_(double stretch) const;
   std::size_t RetrieveStretched_(float* frames, std::size_t room);
   void ForgetPhases_();
   void KeepAttacks_(std::size_t count, bool isAttack);
 
   std::unique_ptr<Stretcher> finer_;
   std::unique_ptr<Stretcher> faster_;
+  double load_;             // of this rate and so many channels, as a multiple of stereo at 48 kHz
   StretchQuality quality_;  // asked for
   double mostOfTheFaster_;  // stretch
   Stretcher* stretcher_;    // the one that plays

@@ -23,6 +23,8 @@ class StretchEngine {
   virtual void Begin(const StretchFactors& factors) = 0;
   // Song frames from one frame that goes in to the next, at most 1; set by Begin.
   virtual double GetStep() const = 0;
+  // What a beginning with these takes, with what is there before it: milliseconds of a core, roughly.
+  virtual double GetWorkToBegin(const StretchFactors& factors) const = 0;
   // Whether it can go over to that scale; if not, it must begin anew.
   virtual bool CanGoOnAt(double scale) const = 0;
   // Another tempo scale from the next chunk on, without a click.

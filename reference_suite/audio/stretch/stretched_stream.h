@@ -52,6 +52,8 @@ class StretchedStream {
   bool IsFrom(long long index, const StretchFactors& factors) const {
     return active_ && begun_ == index && factors_ == factors;
   }
+  // What a beginning with these takes: milliseconds of a core, roughly.
+  double GetWorkToBegin(const StretchFactors& factors) const { return engine_->GetWorkToBegin(factors); }
   void Stop() { active_ = false; }
   bool IsActive() const { return active_; }
   const StretchFactors& GetFactors() const { return factors_; }

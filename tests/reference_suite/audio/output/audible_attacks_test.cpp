@@ -11,6 +11,7 @@
 
 #include "reference_suite/audio/output/render_step.h"
 #include "tests/reference_suite/audio/support/audible_run.h"
+#include "tests/reference_suite/audio/support/counting_player.h"
 #include "tests/reference_suite/audio/support/open_gate.h"
 
 namespace {
@@ -172,17 +173,6 @@ TEST(OnsetInManyChannels, IsHeard) {
     }
   }
 }
-
-// Counts how often a stretcher is given frames.
-class CountingPlayer : public ScriptedPlayer {
- public:
-  using ScriptedPlayer::ScriptedPlayer;
-  long long ReadSamplesAt(long long index, long long* ioCount, void* buffer) override {
-    ++chunks;
-    return ScriptedPlayer::ReadSamplesAt(index, ioCount, buffer);
-  }
-  int chunks = 0;
-};
 
 // A beginning takes a dozen chunks. Done at once, they take longer than what waits for the device may last.
 TEST(OnsetInTwoChannels, IsPreparedLittleByLittle) {
