@@ -7,6 +7,7 @@
 #include "host/session/script.h"
 #include "host/session/session.h"
 #include "host/session/shown_text.h"
+#include "host/session/song_clock.h"
 #include "suite/core/event_codes.h"
 #include "suite/midi/positions.h"
 #include "suite/midi/song_data.h"
@@ -36,6 +37,10 @@ void Conductor::OnSong() {
 
 void Conductor::OnStandingSong() {
   BeginSong_(session_.GetLandingTick());
+}
+
+void Conductor::OnBegunSong() {
+  BeginSong_(session_.GetClock().GetStartTick());
 }
 
 void Conductor::BeginSong_(TickIndex tick) {
@@ -131,15 +136,19 @@ void Conductor::Carry_(const ScriptLine& line) {
   idlePasses_.clear();
   try {
     const std::string song = session_.GetSongNumber();
-    session_.Do(line.command);
+    // What it says is why nothing has moved.
+    const bool isDone = session_.Do(line.command).empty();
     const bool moved = line.command.kind == CommandKind::Seek || line.command.kind == CommandKind::Left ||
                        line.command.kind == CommandKind::Right || line.command.kind == CommandKind::Stop;
     const bool otherSong =
         line.command.kind == CommandKind::Next || line.command.kind == CommandKind::Previous;
-    if (otherSong || session_.GetSongNumber() != song) {
+    if (session_.GetSongNumber() != song) {
+      OnBegunSong();
+    } else if (otherSong) {
       OnSong();
-    } else if (moved) {
-      script_.Land(session_.GetTick());
+    } else if (moved && isDone) {
+      // What has been rendered on from there is not reached yet.
+      script_.Land(session_.GetLandingTick());
     }
   } catch (const Failure& failure) {
     throw Failure(Shown(directions_.scriptName) + ":" + std::to_string(line.line) + ": " + failure.what(),

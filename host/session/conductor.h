@@ -35,6 +35,8 @@ class Conductor {
   // ---- what happens ----------------------------------------------------------------------------
   // The session stands at the start of what it is to play, or a song has begun by attacca.
   void OnSong();
+  // A song has begun at its start, and may have been rendered ahead already.
+  void OnBegunSong();
   // The same for one that stands where it was loaded: what has been rendered ahead is not reached yet.
   void OnStandingSong();
   void OnJump(TickIndex from, TickIndex to);

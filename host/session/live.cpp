@@ -112,7 +112,11 @@ void Live::Look_(double now) {
   conductor_.OnTime(now);
   if (session_.GetSongNumber() != song_) {
     song_ = session_.GetSongNumber();
-    conductor_.OnSong();
+    if (session_.IsPlaying()) {
+      conductor_.OnBegunSong();
+    } else {
+      conductor_.OnSong();
+    }
     tick_ = session_.GetTick();
   }
   const TickIndex tick = session_.GetTick();

@@ -210,6 +210,24 @@ TEST(PlayOptions, EachDoesWhatItSays) {
   EXPECT_THAT(file.messages, HasSubstr(out + ", 16000 Hz.\n"));
 }
 
+// What is rendered ahead of a place that was sought, or a song that has begun, is no place passed by.
+TEST(PlayScript, ActsAtTheVeryPlaceThatASeekOrASongLeadsTo) {
+  ShowFiles files;
+  files.AddSong("1", "Waltz", 4, "attacca = true\n");
+  files.AddSong("2", "Polka", 1);
+  const std::vector<std::pair<std::string, int>> scripts{
+      {"at 1.2 seek 4.1\nat 4.1 transpose 3\n", 3},
+      {"at 1.2 seek 4.1\nat 4.2 left\nat 4.1 pass 2 transpose 2\n", 2},
+      {"at 1.1 pass 2 transpose -2\n", -2}};
+  for (const auto& [script, semitones] : scripts) {
+    files.Write("../script.txt", script);
+    const Ended run =
+        Orbel({"play", files.Show(), "--output", "null", "--json", "--script", files.Beside("script.txt")});
+    ASSERT_EQ(run.status, 0) << script << run.messages;
+    EXPECT_EQ(nlohmann::json::parse(run.out)["transposition"], semitones) << script << run.messages;
+  }
+}
+
 TEST(PlayJson, TellsHowItStoodAndHowTheSoundWas) {
   ShowFiles files;
   files.AddSong("1", "Waltz", 1);
