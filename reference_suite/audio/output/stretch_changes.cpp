@@ -47,11 +47,12 @@ StretchFactors StretchPath::Await_(long long index, const StretchFactors& wanted
   if (index == writtenAt_ || isUnknown || !TakesLong_(wanted)) return wanted;
   const long long least = FramesToPrepare_(next_->GetWorkToBegin(wanted));
   change_ = {index + least, wanted, false};
-  if (!stream_->IsActive() || AttackBorder_() >= change_.at) {
+  // Right behind it, too, there would be no time to begin anew for an attack.
+  if (!stream_->IsActive() || AttackBorder_() >= change_.at + least) {
     NoteStop_(index);
     return GetFactors_();
   }
-  // What plays begins anew at an attack first: there, if there is time, or else behind it.
+  // Where what plays is to begin anew for one: there, if there is time, or else behind it.
   change_.at = AttackBorder_();
   if (change_.at - index >= least / 2) return GetFactors_();
   change_ = {};

@@ -159,6 +159,18 @@ TEST(StretchChange, DoesNotWaitForEver) {
   }
 }
 
+// Begun right before an attack, it would have to begin anew at once.
+TEST(StretchChange, IsHeardWithAnAttackRatherThanRightBeforeIt) {
+  for (long long asked = 17'600; asked < 20'400; asked += 264) {
+    RunInTime run({{.frames = kFrames, .sound = Clicks({20'000}, kFrames)}}, StretchQuality::Finer);
+    run.Change({1.0, 7});
+    run.StepTo(asked);
+    run.Change({1.0, -12});
+    run.StepTo(30'000);
+    EXPECT_LE(run.most, 14.0) << asked;
+  }
+}
+
 TEST(StretchChange, AJumpDoesNotWaitForIt) {
   RunInTime run({{.frames = kFrames,
                   .jumps = {{20'000, {50'000}}},
