@@ -35,10 +35,10 @@ class Conductor {
   // ---- what happens ----------------------------------------------------------------------------
   // The session stands at the start of what it is to play, or a song has begun by attacca.
   void OnSong();
-  // A song has begun at its start, and may have been rendered ahead already.
-  void OnBegunSong();
   // The same for one that stands where it was loaded: what has been rendered ahead is not reached yet.
   void OnStandingSong();
+  // And for one that has begun at its start, and has been played on from there.
+  void OnBegunSong();
   void OnJump(TickIndex from, TickIndex to);
   void OnPosition(TickIndex tick);
   void OnTime(double seconds);
